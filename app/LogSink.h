@@ -1,0 +1,38 @@
+#pragma once
+
+// The process-wide log sink: Qt messages, FFmpeg's av_log output and everything written to
+// stderr become whole lines in one bounded queue; a single writer thread appends them to a
+// rotating file "selvane_<yyyyMMdd_HHmmss>.log" in logDirectoryPath(). Producers on any thread
+// only take the queue mutex; the disk is touched by the writer thread alone (and, best effort,
+// by emergencyFlush on an abnormal end). Started once by main, stopped exactly once.
+
+#include <QByteArray>
+#include <QString>
+#include <QtGlobal>
+
+namespace selvane {
+
+QString logDirectoryPath();
+void pruneOversizedLogs(qint64 limitBytes);
+void initLogSink();
+void shutdownLogSink();
+void enqueueLogLine(const QByteArray &bytes);
+void reassertFfmpegLogging();
+void emergencyFlush();
+
+// Start-up prune limit used by main: half the default rotation size, so that rotated files
+// left by earlier runs are removed at the next start.
+inline constexpr qint64 kStartupLogPruneBytes = 10485760;
+
+// The limits in force (after the environment was read by initLogSink) and the live file.
+struct LogSinkSettings
+{
+    qint64 maxFileBytes = 0;
+    int maxFileCount = 0;
+    int maxQueueLines = 0;
+    int ffmpegLogLevel = 0;
+};
+LogSinkSettings logSinkSettings();
+QString logFilePath();
+
+} // namespace selvane

@@ -1,0 +1,98 @@
+// Process entry of both faces. The GUI face follows a fixed start-up order: meta types, the
+// application object and its identity, logging, the single-instance lock, the main window, the
+// event loop, and teardown in reverse.
+
+#include "Version.h"
+#include "app/CommandLine.h"
+#include "app/LogSink.h"
+#include "app/MainWindow.h"
+#include "app/SingleInstance.h"
+#include "compose/FrameToken.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QIcon>
+#include <QImage>
+#include <QLocalServer>
+
+#include <memory>
+
+namespace {
+
+int runConsoleOnly(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName("Selvane");
+    QCoreApplication::setApplicationVersion(SELVANE_VERSION_STRING);
+    QCommandLineParser parser;
+    selvane::configureCommandLine(parser);
+    parser.process(app); // prints help, version or the error and exits
+    if (!parser.positionalArguments().isEmpty()) {
+        fprintf(stderr, "selvane: unexpected argument '%s'\n",
+                qPrintable(parser.positionalArguments().first()));
+        return 1;
+    }
+    return 0;
+}
+
+int runGui(int argc, char *argv[])
+{
+    qRegisterMetaType<FrameTokenPtr>("FrameTokenPtr");
+    qRegisterMetaType<QImage>("QImage");
+
+    auto app = std::make_unique<QApplication>(argc, argv);
+    QCoreApplication::setApplicationName("Selvane");
+    QCoreApplication::setApplicationVersion(SELVANE_VERSION_STRING);
+    const QIcon icon(":/resources/images/logo.png");
+    if (!icon.isNull())
+        QApplication::setWindowIcon(icon);
+
+    selvane::pruneOversizedLogs(selvane::kStartupLogPruneBytes);
+    selvane::initLogSink();
+
+    const QString serverName = selvane::singleInstanceServerName();
+    if (selvane::probeRunningInstance(serverName, selvane::kInstanceProbeTimeoutMs))
+        return 0; // the connection itself woke the running instance
+
+    // A crashed instance may have left its socket behind; nobody answered the probe, so the
+    // name is free to take.
+    QLocalServer::removeServer(serverName);
+    auto server = std::make_unique<QLocalServer>();
+    server->setSocketOptions(QLocalServer::UserAccessOption);
+    if (!server->listen(serverName)) {
+        qCritical().noquote() << "Single-instance lock listen failed:" << server->errorString();
+        return 1;
+    }
+
+    auto window = std::make_unique<MainWindow>();
+    MainWindow *windowPtr = window.get();
+    selvane::connectWakeUpHandler(server.get(), [windowPtr] {
+        windowPtr->raise();
+        windowPtr->activateWindow();
+    });
+    window->show();
+    selvane::reassertFfmpegLogging();
+
+    const int exitCode = QApplication::exec();
+
+    window.reset();
+    server.reset();
+    app.reset();
+    return exitCode;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    switch (selvane::launchFaceFor(arguments)) {
+    case selvane::LaunchFace::ConsoleOnly:
+        return runConsoleOnly(argc, argv);
+    case selvane::LaunchFace::Gui:
+        break;
+    }
+    return runGui(argc, argv);
+}

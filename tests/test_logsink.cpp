@@ -1,0 +1,324 @@
+// The log sink is a process-wide singleton that reads its environment once, so every case runs
+// in a child process of this executable ("--child SCENARIO") with its own XDG data folder, and
+// the parent inspects the files and streams the child left behind.
+
+#include "TestProcess.h"
+#include "app/LogSink.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QRegularExpression>
+#include <QThread>
+#include <QtTest>
+
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+extern "C" {
+#include <libavutil/log.h>
+}
+
+using namespace testsupport;
+
+namespace {
+
+const char *testContextName(void *) { return "testctx"; }
+AVClass makeTestClass()
+{
+    AVClass avClass{};
+    avClass.class_name = "testctx";
+    avClass.item_name = testContextName;
+    avClass.version = LIBAVUTIL_VERSION_INT;
+    return avClass;
+}
+const AVClass kTestClass = makeTestClass();
+struct TestContext
+{
+    const AVClass *avClass = &kTestClass;
+};
+
+QByteArray currentLogFile() { return readAll(selvane::logFilePath()); }
+
+// Waits for `needle` to appear in the live log file; returns the milliseconds it took or -1.
+qint64 waitForInLog(const QByteArray &needle, int timeoutMs)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < timeoutMs) {
+        if (currentLogFile().contains(needle))
+            return timer.elapsed();
+        QThread::msleep(5);
+    }
+    return -1;
+}
+
+int runChild(const QByteArray &scenario)
+{
+    if (scenario == "queue") {
+        // Lines queued before the writer runs are bounded by the default 20000: the oldest go.
+        for (int i = 0; i < 25000; ++i)
+            selvane::enqueueLogLine(QByteArray("q") + QByteArray::number(i).rightJustified(5, '0'));
+    }
+    selvane::initLogSink();
+    if (scenario == "settings") {
+        const selvane::LogSinkSettings s = selvane::logSinkSettings();
+        std::printf("%lld %d %d %d\n", static_cast<long long>(s.maxFileBytes), s.maxFileCount,
+                    s.maxQueueLines, s.ffmpegLogLevel);
+    } else if (scenario == "lines") {
+        qInfo("hello-info");
+        selvane::enqueueLogLine("two-crlf\r\n\r\n");
+        selvane::enqueueLogLine("\r\n\n");
+        TestContext ctx;
+        av_log(&ctx, AV_LOG_ERROR, "ff-error-line %d\n", 7);
+        av_log(&ctx, AV_LOG_INFO, "ff-info-hidden\n");
+        std::fprintf(stderr, "stderr-full-line\n");
+        std::fflush(stderr);
+        if (waitForInLog("stderr-full-line", 3000) < 0)
+            return 3;
+        // A partial line (no LF) must reach the log about 400 ms after its last byte.
+        QElapsedTimer sinceWrite;
+        std::fputs("stderr-partial", stderr);
+        std::fflush(stderr);
+        sinceWrite.start();
+        while (!currentLogFile().contains("stderr-partial") && sinceWrite.elapsed() < 3000)
+            QThread::msleep(5);
+        std::printf("partial-after-ms %lld\n", static_cast<long long>(sinceWrite.elapsed()));
+    } else if (scenario == "rotate") {
+        for (int i = 0; i < 200; ++i)
+            selvane::enqueueLogLine(QByteArray("r") + QByteArray::number(i).rightJustified(4, '0') +
+                                    QByteArray(94, 'x'));
+    } else if (scenario == "fatal") {
+        for (int i = 0; i < 20000; ++i)
+            selvane::enqueueLogLine(QByteArray("f") + QByteArray::number(i));
+        qFatal("fatal-now");
+    } else if (scenario == "abort") {
+        qInfo("before-abort");
+        std::abort();
+    } else if (scenario == "sigterm") {
+        qInfo("before-term");
+        std::raise(SIGTERM);
+    } else if (scenario == "prune") {
+        // initLogSink ran already; the prune happens in main before it, here after it, which
+        // is the same for files of earlier runs.
+        selvane::pruneOversizedLogs(selvane::kStartupLogPruneBytes);
+    }
+    selvane::shutdownLogSink();
+    selvane::shutdownLogSink(); // a second call must be a no-op
+    return 0;
+}
+
+} // namespace
+
+class TestLogSink : public QObject
+{
+    Q_OBJECT
+
+private:
+    ProcessResult child(const IsolatedHome &home, const QByteArray &scenario,
+                        const QList<QPair<QString, QString>> &env = {})
+    {
+        QProcessEnvironment environment = home.environment();
+        for (const auto &[name, value] : env)
+            environment.insert(name, value);
+        return runProcess(QCoreApplication::applicationFilePath(),
+                          {"--child", QString::fromLatin1(scenario)}, environment);
+    }
+
+    static QStringList logFiles(const IsolatedHome &home)
+    {
+        QStringList names = QDir(home.logDir()).entryList(QDir::Files, QDir::Name);
+        return names;
+    }
+
+private slots:
+    void environmentAcceptanceRules_data()
+    {
+        QTest::addColumn<QString>("variable");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("expected"); // "bytes files queue level"
+        QTest::newRow("files 0 ignored") << "SELVANE_LOG_MAX_FILES" << "0" << "20971520 5 20000 24";
+        QTest::newRow("files 33 ignored") << "SELVANE_LOG_MAX_FILES" << "33" << "20971520 5 20000 24";
+        QTest::newRow("files abc ignored") << "SELVANE_LOG_MAX_FILES" << "abc" << "20971520 5 20000 24";
+        QTest::newRow("files 1") << "SELVANE_LOG_MAX_FILES" << "1" << "20971520 1 20000 24";
+        QTest::newRow("files 32") << "SELVANE_LOG_MAX_FILES" << "32" << "20971520 32 20000 24";
+        QTest::newRow("queue 999 ignored") << "SELVANE_LOG_QUEUE_MAX" << "999" << "20971520 5 20000 24";
+        QTest::newRow("queue 1000") << "SELVANE_LOG_QUEUE_MAX" << "1000" << "20971520 5 1000 24";
+        QTest::newRow("queue beyond 32 bits") << "SELVANE_LOG_QUEUE_MAX" << "4294967296" << "20971520 5 20000 24";
+        QTest::newRow("bytes 0 ignored") << "SELVANE_LOG_MAX_BYTES" << "0" << "20971520 5 20000 24";
+        QTest::newRow("bytes negative ignored") << "SELVANE_LOG_MAX_BYTES" << "-5" << "20971520 5 20000 24";
+        QTest::newRow("bytes 64-bit") << "SELVANE_LOG_MAX_BYTES" << "8589934592" << "8589934592 5 20000 24";
+        QTest::newRow("av level unbounded") << "SELVANE_AV_LOG_LEVEL" << "-8" << "20971520 5 20000 -8";
+        QTest::newRow("av level bad") << "SELVANE_AV_LOG_LEVEL" << "loud" << "20971520 5 20000 24";
+    }
+
+    void environmentAcceptanceRules()
+    {
+        QFETCH(QString, variable);
+        QFETCH(QString, value);
+        QFETCH(QString, expected);
+        IsolatedHome home;
+        const ProcessResult r = child(home, "settings", {{variable, value}});
+        QVERIFY(r.finished);
+        QCOMPARE(r.exitCode, 0);
+        QCOMPARE(QString::fromLatin1(r.out.trimmed()), expected);
+    }
+
+    void linesFromEverySourceAreWholeAndEchoed()
+    {
+        IsolatedHome home;
+        const ProcessResult r = child(home, "lines");
+        QVERIFY(r.finished);
+        QCOMPARE(r.exitCode, 0);
+        const QStringList files = logFiles(home);
+        QCOMPARE(files.size(), 1);
+        QVERIFY(QRegularExpression("^selvane_\\d{8}_\\d{6}\\.log$").match(files[0]).hasMatch());
+        const QList<QByteArray> lines =
+            readAll(QDir(home.logDir()).filePath(files[0])).split('\n');
+        QVERIFY2(lines.value(0).startsWith("selvane log file: ") &&
+                     lines.value(0).endsWith(files[0].toUtf8()),
+                 lines.value(0).constData());
+        QVERIFY(lines.contains("hello-info"));
+        // Trailing CR LF pairs are stripped; a message of line breaks only is never queued.
+        QVERIFY(lines.contains("two-crlf"));
+        QCOMPARE(lines.count(QByteArray()), 1); // only after the final LF
+        // FFmpeg lines carry the context prefix; lines above the level are dropped.
+        bool prefixed = false;
+        for (const QByteArray &line : lines)
+            prefixed = prefixed || QRegularExpression("^\\[testctx @ 0x[0-9a-f]+\\] ff-error-line 7$")
+                                       .match(QString::fromUtf8(line))
+                                       .hasMatch();
+        QVERIFY(prefixed);
+        QVERIFY(!readAll(QDir(home.logDir()).filePath(files[0])).contains("ff-info-hidden"));
+        QVERIFY(lines.contains("stderr-full-line"));
+        QVERIFY(lines.contains("stderr-partial"));
+        // Console output keeps working through the saved stderr descriptor.
+        QVERIFY(r.err.contains("hello-info\n"));
+        QVERIFY(r.err.contains("stderr-full-line\n"));
+        QVERIFY(r.err.contains("ff-error-line 7\n"));
+        const qint64 partialMs = r.out.split(' ').value(1).trimmed().toLongLong();
+        QVERIFY2(partialMs >= 395 && partialMs < 1200, r.out.constData());
+    }
+
+    void fullQueueDropsTheOldestLines()
+    {
+        IsolatedHome home;
+        const ProcessResult r = child(home, "queue");
+        QCOMPARE(r.exitCode, 0);
+        const QByteArray text = readAll(QDir(home.logDir()).filePath(logFiles(home).value(0)));
+        QVERIFY(!text.contains("q04999\n"));
+        QVERIFY(text.contains("\nq05000\n") || text.startsWith("q05000\n"));
+        QVERIFY(text.contains("q24999\n"));
+        QCOMPARE(text.count("\nq") + (text.startsWith("q") ? 1 : 0), 20000);
+    }
+
+    void rotationKeepsTheConfiguredNumberOfFiles()
+    {
+        IsolatedHome home;
+        const ProcessResult r = child(home, "rotate",
+                                      {{"SELVANE_LOG_MAX_BYTES", "1000"}, {"SELVANE_LOG_MAX_FILES", "3"}});
+        QCOMPARE(r.exitCode, 0);
+        const QStringList files = logFiles(home);
+        QCOMPARE(files.size(), 3);
+        const QString live = files[0];
+        QCOMPARE(files[1], live + ".1");
+        QCOMPARE(files[2], live + ".2");
+        // Oldest to newest, the kept files hold consecutive whole lines ending with the last one.
+        const QDir dir(home.logDir());
+        QVERIFY(QFileInfo(dir.filePath(live)).size() < 1000);
+        const qint64 olderSize = QFileInfo(dir.filePath(live + ".1")).size();
+        QVERIFY(olderSize >= 1000 && olderSize < 1100);
+        QList<QByteArray> lines;
+        for (const QString &name : {live + ".2", live + ".1", live})
+            for (const QByteArray &line : readAll(dir.filePath(name)).split('\n'))
+                if (line.startsWith('r'))
+                    lines << line;
+        QVERIFY(lines.size() >= 20);
+        for (qsizetype i = 0; i < lines.size(); ++i) {
+            QCOMPARE(lines[i].size(), 99);
+            QCOMPARE(lines[i].mid(1, 4).toInt(), 200 - lines.size() + i);
+        }
+    }
+
+    void countOfOneKeepsGrowingOneFile()
+    {
+        IsolatedHome home;
+        const ProcessResult r = child(home, "rotate",
+                                      {{"SELVANE_LOG_MAX_BYTES", "1000"}, {"SELVANE_LOG_MAX_FILES", "1"}});
+        QCOMPARE(r.exitCode, 0);
+        const QStringList files = logFiles(home);
+        QCOMPARE(files.size(), 1);
+        const QByteArray text = readAll(QDir(home.logDir()).filePath(files[0]));
+        QVERIFY(text.size() > 200 * 100);
+        QVERIFY(text.contains("r0000") && text.contains("r0199"));
+    }
+
+    void startupPruneDeletesOnlyFilesAboveTheLimit()
+    {
+        IsolatedHome home;
+        QDir().mkpath(home.logDir());
+        const auto makeSparse = [&](const QString &name, qint64 size) {
+            QFile file(QDir(home.logDir()).filePath(name));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            QVERIFY(file.resize(size));
+        };
+        makeSparse("selvane_20260101_000000.log", 10485760);
+        makeSparse("selvane_20260101_000001.log", 10485761);
+        makeSparse("selvane_20260101_000002.log.3", 20971520);
+        makeSparse("other.log", 20971520);
+        const ProcessResult r = child(home, "prune");
+        QCOMPARE(r.exitCode, 0);
+        const QStringList files = logFiles(home);
+        QVERIFY(files.contains("selvane_20260101_000000.log"));
+        QVERIFY(!files.contains("selvane_20260101_000001.log"));
+        QVERIFY(!files.contains("selvane_20260101_000002.log.3"));
+        QVERIFY(files.contains("other.log"));
+    }
+
+    void fatalMessageDrainsTheQueueBeforeAborting()
+    {
+        IsolatedHome home;
+        const ProcessResult r = child(home, "fatal");
+        QVERIFY(r.finished);
+        QCOMPARE(r.exitStatus, QProcess::CrashExit);
+        const QByteArray text = readAll(QDir(home.logDir()).filePath(logFiles(home).value(0)));
+        QVERIFY(text.contains("\nf0\n"));
+        QVERIFY(text.contains("\nf19999\n"));
+        QVERIFY(text.contains("fatal-now"));
+    }
+
+    void abnormalEndsFlushAndStillEndTheProcess_data()
+    {
+        QTest::addColumn<QByteArray>("scenario");
+        QTest::addColumn<QByteArray>("line");
+        QTest::newRow("SIGABRT") << QByteArray("abort") << QByteArray("before-abort");
+        QTest::newRow("SIGTERM") << QByteArray("sigterm") << QByteArray("before-term");
+    }
+
+    void abnormalEndsFlushAndStillEndTheProcess()
+    {
+        QFETCH(QByteArray, scenario);
+        QFETCH(QByteArray, line);
+        IsolatedHome home;
+        const ProcessResult r = child(home, scenario);
+        QVERIFY(r.finished);
+        QCOMPARE(r.exitStatus, QProcess::CrashExit);
+        const QByteArray text = readAll(QDir(home.logDir()).filePath(logFiles(home).value(0)));
+        QVERIFY(text.contains(line + "\n"));
+    }
+};
+
+int main(int argc, char *argv[])
+{
+    if (argc >= 3 && std::strcmp(argv[1], "--child") == 0) {
+        QCoreApplication app(argc, argv);
+        QCoreApplication::setApplicationName("Selvane");
+        return runChild(QByteArray(argv[2]));
+    }
+    QCoreApplication app(argc, argv);
+    TestLogSink test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_logsink.moc"

@@ -1,8 +1,10 @@
 #pragma once
 
-// The command line shared by both faces. The GUI face takes no options of its own; the
-// headless options are listed here so that `--help` documents everything in one place.
+// The command line shared by both faces. Without options the mixer window opens; --headless
+// runs the same engine without a window (see HeadlessRunner).
 
+#include <QMap>
+#include <QString>
 #include <QStringList>
 
 class QCommandLineParser;
@@ -12,7 +14,15 @@ namespace selvane {
 enum class LaunchFace
 {
     Gui,         // the main window with the single-instance lock
+    Headless,    // --headless: no window, no lock
     ConsoleOnly, // --help, --version or a command line error: answered without any window
+};
+
+struct HeadlessOptions
+{
+    QMap<int, QString> channels; // channel index 0..3 -> source address
+    int baseChannel = 0;         // 0..3
+    double durationSeconds = 0;  // 0: until interrupted
 };
 
 // Decides, before any application object exists, which face the arguments ask for.
@@ -20,5 +30,10 @@ LaunchFace launchFaceFor(const QStringList &arguments);
 
 // Adds every option to `parser` (help and version included) and sets the description.
 void configureCommandLine(QCommandLineParser &parser);
+
+// Reads the headless options of a parser that has processed the arguments. False with a reason
+// for the operator when a value is unusable.
+bool readHeadlessOptions(const QCommandLineParser &parser, HeadlessOptions *options,
+                         QString *error);
 
 } // namespace selvane

@@ -4,6 +4,8 @@
 
 #include "Version.h"
 #include "app/CommandLine.h"
+#include "app/Engine.h"
+#include "app/HeadlessRunner.h"
 #include "app/LogSink.h"
 #include "app/MainWindow.h"
 #include "app/SingleInstance.h"
@@ -11,10 +13,12 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QGuiApplication>
 #include <QIcon>
 #include <QImage>
 #include <QLocalServer>
 
+#include <cstdio>
 #include <memory>
 
 namespace {
@@ -35,10 +39,34 @@ int runConsoleOnly(int argc, char *argv[])
     return 0;
 }
 
+int runHeadless(int argc, char *argv[])
+{
+    registerEngineMetaTypes();
+    // Fonts and painting need a GUI application; without a display it runs offscreen.
+    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
+        qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    QCoreApplication::setApplicationName("Selvane");
+    QCoreApplication::setApplicationVersion(SELVANE_VERSION_STRING);
+    QCommandLineParser parser;
+    selvane::configureCommandLine(parser);
+    parser.process(app);
+    selvane::HeadlessOptions options;
+    QString error;
+    if (!selvane::readHeadlessOptions(parser, &options, &error)) {
+        std::fprintf(stderr, "selvane: %s\n", qPrintable(error));
+        return 1;
+    }
+    selvane::pruneOversizedLogs(selvane::kStartupLogPruneBytes);
+    selvane::initLogSink();
+    HeadlessRunner runner(options);
+    return runner.run();
+}
+
 int runGui(int argc, char *argv[])
 {
-    qRegisterMetaType<FrameTokenPtr>("FrameTokenPtr");
-    qRegisterMetaType<QImage>("QImage");
+    registerEngineMetaTypes();
 
     auto app = std::make_unique<QApplication>(argc, argv);
     QCoreApplication::setApplicationName("Selvane");
@@ -91,6 +119,8 @@ int main(int argc, char *argv[])
     switch (selvane::launchFaceFor(arguments)) {
     case selvane::LaunchFace::ConsoleOnly:
         return runConsoleOnly(argc, argv);
+    case selvane::LaunchFace::Headless:
+        return runHeadless(argc, argv);
     case selvane::LaunchFace::Gui:
         break;
     }

@@ -1,0 +1,233 @@
+#include "input/MediaOpen.h"
+
+#include "input/SourceAddress.h"
+#include "net/ProxySettings.h"
+
+#include <QDebug>
+
+#include <mutex>
+
+extern "C" {
+#include <libavdevice/avdevice.h>
+#include <libavutil/opt.h>
+}
+
+namespace selvane {
+
+namespace {
+
+using ffsupport::Dictionary;
+using ffsupport::InputContextPtr;
+
+enum class DeviceMedia
+{
+    Camera,
+    Microphone,
+};
+
+const AVInputFormat *deviceInputFormat(DeviceMedia media)
+{
+#ifdef _WIN32
+    Q_UNUSED(media);
+    return av_find_input_format("dshow");
+#else
+    return av_find_input_format(media == DeviceMedia::Camera ? "v4l2" : "pulse");
+#endif
+}
+
+#ifndef _WIN32
+// Maps a friendly device name to what the Linux input device opens: the device whose
+// description or device name equals it; the name itself when none does.
+QByteArray linuxDeviceName(const AVInputFormat *format, const QString &friendlyName)
+{
+    AVDeviceInfoList *list = nullptr;
+    QByteArray match;
+    if (avdevice_list_input_sources(format, nullptr, nullptr, &list) >= 0 && list) {
+        for (int i = 0; i < list->nb_devices && match.isEmpty(); ++i) {
+            const AVDeviceInfo *info = list->devices[i];
+            if (QString::fromUtf8(info->device_description) == friendlyName ||
+                QString::fromUtf8(info->device_name) == friendlyName)
+                match = info->device_name;
+        }
+    }
+    avdevice_free_list_devices(&list);
+    return match.isEmpty() ? friendlyName.toUtf8() : match;
+}
+#endif
+
+InputContextPtr allocateInput(const AVIOInterruptCB &interrupt)
+{
+    AVFormatContext *raw = avformat_alloc_context();
+    if (raw)
+        raw->interrupt_callback = interrupt;
+    return InputContextPtr(raw);
+}
+
+// avformat_open_input frees the context on failure; ownership passes in and back out.
+int openInto(InputContextPtr &context, const char *url, const AVInputFormat *format,
+             AVDictionary **options)
+{
+    AVFormatContext *raw = context.release();
+    const int err = avformat_open_input(&raw, url, format, options);
+    context.reset(err < 0 ? nullptr : raw);
+    return err;
+}
+
+// The probe limits are demuxer options (analyzeduration, probesize): they are applied to the
+// opened context right before the stream-info probe, which then runs with them. (The probe's
+// own options argument takes per-stream decoder options, one dictionary per stream.)
+int probeStreams(AVFormatContext *context, Dictionary &probeOptions)
+{
+    if (probeOptions.get())
+        av_opt_set_dict(context, probeOptions.address());
+    return avformat_find_stream_info(context, nullptr);
+}
+
+} // namespace
+
+void ensureMediaLibrariesReady()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        avformat_network_init();
+        avdevice_register_all();
+    });
+}
+
+OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
+                          const AVIOInterruptCB &interrupt)
+{
+    ensureMediaLibrariesReady();
+    OpenedInput result;
+    QString address = sourceAddress;
+    if (isTcpCarriedUrl(address))
+        address = proxy::rewriteTcpCarriedUrl(address);
+    result.openedUrl = address;
+
+    Dictionary openOptions;
+    buildInputOptions(address, openOptions.address(), false);
+    Dictionary probeOptions;
+
+    result.context = allocateInput(interrupt);
+    if (!result.context) {
+        result.error = openerror::kOpenFailed;
+        return result;
+    }
+
+    QString camera;
+    QString microphone;
+    const bool device = parseDshowAddress(address, &camera, &microphone) && !camera.isEmpty();
+    const QString lower = address.toLower();
+    int err = 0;
+    if (device) {
+        result.captureDevice = true;
+        const AVInputFormat *format = deviceInputFormat(DeviceMedia::Camera);
+        if (!format) {
+            result.context.reset();
+            result.error = openerror::kDshowNotRegistered;
+            return result;
+        }
+        Dictionary deviceOptions;
+#ifdef _WIN32
+        const QByteArray spec = buildDshowDeviceSpec(camera, separateAudio ? QString() : microphone);
+        deviceOptions.set("rtbufsize", separateAudio ? "16777216" : "33554432");
+#else
+        const QByteArray spec = linuxDeviceName(format, camera);
+        if (!separateAudio)
+            result.deviceMicrophone = microphone;
+#endif
+        probeOptions.set("analyzeduration", "2000000");
+        probeOptions.set("probesize", "2000000");
+        err = openInto(result.context, spec.constData(), format, deviceOptions.address());
+        if (err < 0) {
+            qWarning().noquote() << "FFmpegVideoDecoder:"
+                                 << ffsupport::errorText("avformat_open_input", err);
+            result.error = openerror::kDeviceOpenFailed;
+            return result;
+        }
+    } else {
+        const AVInputFormat *format = nullptr;
+        QByteArray url = address.toUtf8();
+        if (classifySource(address) == SourceKind::TestSignal) {
+            format = av_find_input_format("lavfi");
+            url = testSignalGraph(address).toUtf8();
+            openOptions.reset();
+        }
+        if (lower.startsWith("rtmp://") || lower.startsWith("rtmps://") ||
+            lower.startsWith("rtmpt://")) {
+            probeOptions.set("analyzeduration", "10000000");
+            probeOptions.set("probesize", "8000000");
+        }
+        err = openInto(result.context, url.constData(), format, openOptions.address());
+        if (err < 0) {
+            qWarning().noquote() << "FFmpegVideoDecoder:"
+                                 << ffsupport::errorText("avformat_open_input", err);
+            result.error = openerror::kOpenFailed;
+            return result;
+        }
+    }
+    openOptions.reset();
+
+    err = probeStreams(result.context.get(), probeOptions);
+    if (err < 0) {
+        qWarning().noquote() << "FFmpegVideoDecoder:"
+                             << ffsupport::errorText("avformat_find_stream_info", err);
+        result.context.reset();
+        result.error = openerror::kProbeFailed;
+        return result;
+    }
+    if (result.context->duration > 0 && result.context->duration != AV_NOPTS_VALUE)
+        result.durationMs = result.context->duration / 1000;
+    result.live = isLiveSource(sourceAddress, result.context.get());
+    return result;
+}
+
+OpenedInput openMicrophoneInput(const QString &addressOrName, bool isBareDeviceName,
+                                const AVIOInterruptCB &interrupt)
+{
+    ensureMediaLibrariesReady();
+    OpenedInput result;
+    result.captureDevice = true;
+    result.live = true;
+    QString microphone = addressOrName;
+    if (!isBareDeviceName) {
+        QString camera;
+        if (!parseDshowAddress(addressOrName, &camera, &microphone) || microphone.isEmpty()) {
+            result.error = openerror::kMicUrlInvalid;
+            return result;
+        }
+    }
+    const AVInputFormat *format = deviceInputFormat(DeviceMedia::Microphone);
+    if (!format) {
+        result.error = openerror::kMicNotRegistered;
+        return result;
+    }
+    Dictionary options;
+#ifdef _WIN32
+    const QByteArray spec = buildDshowDeviceSpec(QString(), microphone);
+    options.set("rtbufsize", "8388608");
+#else
+    const QByteArray spec = linuxDeviceName(format, microphone);
+#endif
+    result.context = allocateInput(interrupt);
+    int err = result.context ? openInto(result.context, spec.constData(), format, options.address())
+                             : AVERROR(ENOMEM);
+    if (err < 0) {
+        qWarning().noquote() << "FFmpegVideoDecoder:" << ffsupport::errorText("avformat_open_input", err);
+        result.context.reset();
+        result.error = openerror::kMicOpenFailed;
+        return result;
+    }
+    Dictionary probe;
+    probe.set("analyzeduration", "1000000");
+    probe.set("probesize", "1000000");
+    err = probeStreams(result.context.get(), probe);
+    if (err < 0) {
+        result.context.reset();
+        result.error = openerror::kMicProbeFailed;
+        return result;
+    }
+    return result;
+}
+
+} // namespace selvane

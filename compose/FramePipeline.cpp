@@ -30,7 +30,7 @@ FramePipeline::FramePipeline(QObject *parent) : QObject(parent)
         channel.decoder = std::make_unique<FFmpegVideoDecoder>();
         FFmpegVideoDecoder *decoder = channel.decoder.get();
         decoder->setFramePool(m_programPool);
-        decoder->setFrameSink([this, c](FrameTokenPtr frame) { onChannelFrame(c, std::move(frame)); });
+        decoder->setFrameSink([this, c](FrameTokenPtr frame) { submitChannelFrame(c, std::move(frame)); });
         connect(decoder, &FFmpegVideoDecoder::decodeError, this, [this, c](const QString &message) {
             qWarning().noquote() << "Channel" << c << "decoder:" << message;
             emit errorOccurred(message);
@@ -126,7 +126,7 @@ void FramePipeline::setProgramSourceMode(int mode)
         selectOutputResolution();
 }
 
-void FramePipeline::onChannelFrame(int channel, FrameTokenPtr frame)
+void FramePipeline::submitChannelFrame(int channel, FrameTokenPtr frame)
 {
     if (!frame)
         return;
@@ -447,7 +447,7 @@ void FramePipeline::runUnregisterOverlayVideoAsync(int mediaId)
     QPointer<FramePipeline> guard(this);
     QThreadPool::globalInstance()->start([weakDecoder, guard, slot, mediaId, genAtCancel] {
         if (auto decoder = weakDecoder.lock())
-            decoder->stop();
+            decoder->stopGeneration(genAtCancel);
         // Checked on the GUI thread: the pipeline may be gone by the time this arrives.
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),

@@ -49,6 +49,9 @@ public:
     // Channels 0..3. An empty source stops the channel.
     void setChannelSource(int channel, const QString &source, const QString &audioSource = {});
     FFmpegVideoDecoder *channelDecoder(int channel) const;
+    // The decoder-thread entry of a channel's frames (any thread): the channel preview mailbox,
+    // and, for the base channel, the decoded-frame mailbox.
+    void submitChannelFrame(int channel, FrameTokenPtr frame);
     QSize channelDisplaySize(int channel) const;
 
     // 0..3 selects a channel; any other value means no channel is the base.
@@ -128,7 +131,6 @@ private:
         std::atomic<bool> posted{false};
     };
 
-    void onChannelFrame(int channel, FrameTokenPtr frame);
     void onOverlayFrame(int slot, FrameTokenPtr frame);
     void storeInPreviewMailbox(PreviewMailbox &mailbox, int index, FrameTokenPtr frame,
                                const char *flushSlot);

@@ -83,6 +83,15 @@ void FFmpegVideoDecoder::stop()
     joinWorker();
 }
 
+void FFmpegVideoDecoder::stopGeneration(quint64 generation)
+{
+    std::lock_guard lifecycle(m_lifecycleMutex);
+    if (m_generation.load() != generation)
+        return;
+    requestStop();
+    joinWorker();
+}
+
 void FFmpegVideoDecoder::joinWorker()
 {
     if (m_worker.joinable())

@@ -55,6 +55,9 @@ public:
     void requestStop();
     // Stops and joins the worker (and its helper threads).
     void stop();
+    // Stops and joins only if the source of this generation is still the current one: a
+    // teardown that arrives after a newer setSource leaves the newer run alone.
+    void stopGeneration(quint64 generation);
 
     void pause();
     void resume();

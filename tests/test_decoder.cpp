@@ -1,0 +1,397 @@
+// The channel decoder against real media made at test time and a real RTMP server: pacing,
+// loop and natural end, rotation, AV1 fallback, damaged files, pause and seek, live sources
+// and a stop while the server has gone silent.
+
+#include "MediaFixtures.h"
+#include "RtmpServer.h"
+#include "TestProcess.h"
+#include "input/FFmpegVideoDecoder.h"
+#include "input/MediaOpen.h"
+
+#include <QColor>
+#include <QtTest>
+
+#include <algorithm>
+#include <mutex>
+
+using namespace testsupport;
+
+namespace {
+
+struct Delivered
+{
+    qint64 ptsUs = 0;
+    qint64 wallUs = 0;
+    int width = 0;
+    int height = 0;
+    QColor topLeft;
+    QColor topRight;
+    QColor bottomLeft;
+    QColor bottomRight;
+};
+
+QColor pixelAt(const FrameToken &frame, int x, int y)
+{
+    const auto *p = reinterpret_cast<const uchar *>(frame.pixels.constData()) + y * frame.stride + x * 4;
+    return QColor(p[0], p[1], p[2], p[3]);
+}
+
+bool near(const QColor &a, const QColor &b, int tolerance = 40)
+{
+    return std::abs(a.red() - b.red()) <= tolerance && std::abs(a.green() - b.green()) <= tolerance &&
+           std::abs(a.blue() - b.blue()) <= tolerance;
+}
+
+class DecoderProbe : public QObject
+{
+public:
+    FramePool pool{18, 1920, 1080};
+    FFmpegVideoDecoder decoder;
+    QStringList errors;
+    QList<QList<int>> infos;
+    int ended = 0;
+
+    DecoderProbe()
+    {
+        clock.start();
+        decoder.setFramePool(pool);
+        decoder.setFrameSink([this](FrameTokenPtr frame) {
+            const int w = frame->width;
+            const int h = frame->height;
+            Delivered d{frame->pts,           clock.nsecsElapsed() / 1000,
+                        w,                    h,
+                        pixelAt(*frame, 4, 4), pixelAt(*frame, w - 5, 4),
+                        pixelAt(*frame, 4, h - 5), pixelAt(*frame, w - 5, h - 5)};
+            std::lock_guard lock(mutex);
+            frames.push_back(d);
+        });
+        decoder.setAudioSink([this](const std::int16_t *, int count) {
+            std::lock_guard lock(mutex);
+            audioFrames += count;
+        });
+        connect(&decoder, &FFmpegVideoDecoder::decodeError, this,
+                [this](const QString &message) { errors << message; });
+        connect(&decoder, &FFmpegVideoDecoder::sourceVideoInfoChanged, this,
+                [this](int cw, int ch, int dw, int dh, quint64 generation) {
+                    infos << QList<int>{cw, ch, dw, dh, int(generation)};
+                });
+        connect(&decoder, &FFmpegVideoDecoder::playbackEndedNaturally, this, [this] { ++ended; });
+    }
+
+    std::vector<Delivered> snapshot()
+    {
+        std::lock_guard lock(mutex);
+        return frames;
+    }
+    qsizetype frameCount()
+    {
+        std::lock_guard lock(mutex);
+        return qsizetype(frames.size());
+    }
+    qint64 audio()
+    {
+        std::lock_guard lock(mutex);
+        return audioFrames;
+    }
+    void clear()
+    {
+        std::lock_guard lock(mutex);
+        frames.clear();
+        audioFrames = 0;
+    }
+
+private:
+    std::mutex mutex;
+    std::vector<Delivered> frames;
+    qint64 audioFrames = 0;
+    QElapsedTimer clock;
+};
+
+qint64 median(std::vector<qint64> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.empty() ? 0 : values[values.size() / 2];
+}
+
+QStringList x264(const QString &extra = {})
+{
+    QStringList args{"-c:v", "libx264", "-preset", "ultrafast", "-pix_fmt", "yuv420p"};
+    if (!extra.isEmpty())
+        args << extra.split(' ');
+    return args;
+}
+
+} // namespace
+
+class TestDecoder : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    QString path(const QString &name) const { return QDir(m_dir.path()).filePath(name); }
+
+    // A 1-second 320x240 clip at 30 fps with a 1 kHz tone.
+    QString shortClip()
+    {
+        const QString file = path("short.mp4");
+        if (!QFile::exists(file))
+            makeClip(file, "testsrc2=size=320x240:rate=30", "sine=frequency=1000:sample_rate=44100",
+                     1.0, x264() << "-c:a" << "aac" << "-movflags" << "+faststart");
+        return file;
+    }
+
+private slots:
+    void pacedFileDeliversOnSchedule()
+    {
+        const QString file = path("paced1080.mp4");
+        QByteArray log;
+        QVERIFY2(makeClip(file, "testsrc2=size=1920x1080:rate=30", "sine=frequency=1000", 10.0,
+                          x264("-g 60") << "-c:a" << "aac", &log),
+                 log.constData());
+        DecoderProbe probe;
+        probe.decoder.setSource(file);
+        QTRY_VERIFY_WITH_TIMEOUT(probe.decoder.hasEnded(), 20000);
+        const std::vector<Delivered> frames = probe.snapshot();
+        QVERIFY(probe.errors.isEmpty());
+        QVERIFY(!probe.decoder.isLive());
+        QCOMPARE(probe.decoder.durationMs() / 100, 100); // 10.0x s
+        QVERIFY2(frames.size() >= 295, QByteArray::number(qulonglong(frames.size())).constData());
+        QCOMPARE(frames.front().width, 1920);
+        // Lateness of each picture against the second one (the first also pays for setting up
+        // the scaler and the pool's buffers).
+        std::vector<qint64> lateness;
+        const Delivered &ref = frames[1];
+        for (std::size_t i = 1; i < frames.size(); ++i)
+            lateness.push_back((frames[i].wallUs - ref.wallUs) - (frames[i].ptsUs - ref.ptsUs));
+        const qint64 medianUs = median(lateness);
+        const std::vector<qint64> head(lateness.begin(), lateness.begin() + 60);
+        const std::vector<qint64> tail(lateness.end() - 60, lateness.end());
+        const qint64 driftUs = median(tail) - median(head);
+        qInfo("paced 1080p30: %zu frames, median lateness %lld us, drift over 10 s %lld us",
+              frames.size(), medianUs, driftUs);
+        QVERIFY2(std::abs(medianUs) < 5000, QByteArray::number(medianUs).constData());
+        QVERIFY2(std::abs(driftUs) < 5000, QByteArray::number(driftUs).constData());
+        // The tone keeps flowing at 48 kHz alongside the pictures.
+        QVERIFY(std::abs(probe.audio() - 480000) < 4800);
+    }
+
+    void loopRestartsWithoutEndSignal()
+    {
+        DecoderProbe probe;
+        probe.decoder.setLoop(true);
+        probe.decoder.setSource(shortClip());
+        QTest::qWait(2600);
+        QCOMPARE(probe.ended, 0);
+        QVERIFY(!probe.decoder.hasEnded());
+        const qsizetype frames = probe.frameCount();
+        QVERIFY2(frames >= 70 && frames <= 82, QByteArray::number(frames).constData());
+        probe.decoder.stop();
+    }
+
+    void fileWithoutLoopEndsOnce()
+    {
+        DecoderProbe probe;
+        probe.decoder.setSource(shortClip());
+        QTRY_COMPARE_WITH_TIMEOUT(probe.ended, 1, 5000);
+        QCOMPARE(probe.frameCount(), qsizetype(30)); // the decoder's last pictures included
+        QTest::qWait(300);
+        QCOMPARE(probe.ended, 1);
+        QCOMPARE(probe.infos.size(), 1);
+        QCOMPARE(probe.infos[0], (QList<int>{320, 240, 320, 240, int(probe.decoder.generation())}));
+        // A seek from the end plays again.
+        probe.clear();
+        probe.decoder.seek(500);
+        QTRY_VERIFY_WITH_TIMEOUT(probe.frameCount() >= 14, 3000);
+        QVERIFY(probe.snapshot().front().ptsUs >= 500000);
+    }
+
+    void rotatedClipArrivesUpright()
+    {
+        // Blue picture with a red square in its top-left corner, stored with a display rotation.
+        const QString plain = path("plain.mp4");
+        const QString file = path("rotated.mp4");
+        QByteArray log;
+        QVERIFY2(makeClip(plain, "color=c=blue:size=320x240:rate=10,drawbox=x=0:y=0:w=60:h=60:color=red:t=fill",
+                          {}, 0.5, x264(), &log),
+                 log.constData());
+        QVERIFY(runFfmpeg({"-i", plain, "-c", "copy", "-metadata:s:v:0", "rotate=90", file}, &log));
+        // The ffmpeg CLI's own upright picture is the reference.
+        QProcess reference;
+        reference.start("ffmpeg", {"-hide_banner", "-loglevel", "error", "-i", file, "-frames:v", "1",
+                                   "-f", "rawvideo", "-pix_fmt", "rgb24", "-"});
+        QVERIFY(reference.waitForFinished(10000));
+        const QByteArray rgb = reference.readAllStandardOutput();
+        QCOMPARE(rgb.size(), 240 * 320 * 3);
+        const auto refPixel = [&rgb](int x, int y) {
+            const qsizetype i = (qsizetype(y) * 240 + x) * 3;
+            return QColor(uchar(rgb[i]), uchar(rgb[i + 1]), uchar(rgb[i + 2]));
+        };
+
+        DecoderProbe probe;
+        probe.decoder.setSource(file);
+        QTRY_VERIFY_WITH_TIMEOUT(probe.frameCount() >= 1, 5000);
+        QTRY_COMPARE(probe.infos.size(), 1);
+        QCOMPARE(probe.infos[0].mid(0, 4), (QList<int>{320, 240, 240, 320}));
+        const Delivered first = probe.snapshot().front();
+        QCOMPARE(first.width, 240);
+        QCOMPARE(first.height, 320);
+        const QList<QPair<QColor, QColor>> corners{{first.topLeft, refPixel(4, 4)},
+                                                   {first.topRight, refPixel(235, 4)},
+                                                   {first.bottomLeft, refPixel(4, 315)},
+                                                   {first.bottomRight, refPixel(235, 315)}};
+        int red = 0;
+        for (const auto &[ours, theirs] : corners) {
+            QVERIFY2(near(ours, theirs), qPrintable(ours.name() + " vs " + theirs.name()));
+            red += near(ours, Qt::red) ? 1 : 0;
+        }
+        QCOMPARE(red, 1); // exactly one corner carries the square, the same one as the CLI's
+        QVERIFY(!near(first.topLeft, Qt::red));
+    }
+
+    void av1PlaysThroughSoftwareAfterOneWarning()
+    {
+        const QString file = path("clip_av1.mkv");
+        QByteArray log;
+        QVERIFY2(makeClip(file, "testsrc2=size=160x120:rate=10", {}, 1.0,
+                          {"-c:v", "libaom-av1", "-cpu-used", "8", "-row-mt", "1", "-b:v", "200k"},
+                          &log),
+                 log.constData());
+        static int warnings = 0;
+        warnings = 0;
+        const QtMessageHandler previous = qInstallMessageHandler(
+            [](QtMsgType type, const QMessageLogContext &, const QString &message) {
+                if (type == QtWarningMsg &&
+                    message == "FFmpegVideoDecoder: AV1 hardware decode unavailable; using software decoder")
+                    ++warnings;
+            });
+        DecoderProbe probe;
+        probe.decoder.setSource(file);
+        QTRY_COMPARE_WITH_TIMEOUT(probe.ended, 1, 8000);
+        qInstallMessageHandler(previous);
+        QCOMPARE(warnings, 1);
+        QVERIFY(probe.errors.isEmpty());
+        QCOMPARE(probe.frameCount(), qsizetype(10));
+    }
+
+    void damagedFilesEndOrFailNeverHang_data()
+    {
+        QTest::addColumn<QString>("damage");
+        QTest::newRow("truncated, index first") << "truncate-faststart";
+        QTest::newRow("truncated, index last") << "truncate-indexlast";
+        QTest::newRow("bit-flipped") << "bitflip";
+        QTest::newRow("transport stream bit-flipped") << "bitflip-ts";
+        QTest::newRow("missing file") << "missing";
+    }
+
+    void damagedFilesEndOrFailNeverHang()
+    {
+        QFETCH(QString, damage);
+        const QString good = path("good_" + damage + (damage.endsWith("ts") ? ".ts" : ".mp4"));
+        QStringList encode = x264("-g 15") << "-c:a" << "aac";
+        if (damage == "truncate-faststart" || damage == "bitflip")
+            encode << "-movflags" << "+faststart";
+        QVERIFY(makeClip(good, "testsrc2=size=320x240:rate=30", "sine", 2.0, encode));
+        const QString bad = path("bad_" + damage);
+        if (damage.startsWith("truncate"))
+            QVERIFY(truncateCopy(good, bad, 0.5));
+        else if (damage.startsWith("bitflip"))
+            QVERIFY(bitFlipCopy(good, bad, 4096, 211));
+        DecoderProbe probe;
+        probe.decoder.setSource(damage == "missing" ? path("does_not_exist.mp4") : bad);
+        const QStringList known{selvane::openerror::kOpenFailed, selvane::openerror::kProbeFailed,
+                                "no video stream", "decoder open failed"};
+        QTRY_VERIFY_WITH_TIMEOUT(probe.ended == 1 || !probe.errors.isEmpty(), 10000);
+        if (!probe.errors.isEmpty())
+            QVERIFY2(known.contains(probe.errors.first()), qPrintable(probe.errors.first()));
+        if (damage == "truncate-indexlast" || damage == "missing")
+            QCOMPARE(probe.errors, QStringList{selvane::openerror::kOpenFailed});
+        if (damage == "truncate-faststart")
+            QVERIFY(probe.frameCount() > 5 && probe.frameCount() < 60);
+        QElapsedTimer stopTimer;
+        stopTimer.start();
+        probe.decoder.stop();
+        QVERIFY(stopTimer.elapsed() < 1000);
+    }
+
+    void audioOnlyFileHasNoVideoStream()
+    {
+        const QString file = path("tone.m4a");
+        QVERIFY(makeClip(file, {}, "sine=frequency=440", 1.0, {"-c:a", "aac"}));
+        DecoderProbe probe;
+        probe.decoder.setSource(file);
+        QTRY_COMPARE_WITH_TIMEOUT(probe.errors, QStringList{"no video stream"}, 5000);
+        QCOMPARE(probe.frameCount(), qsizetype(0));
+        QVERIFY(!probe.decoder.isRunning() || probe.decoder.source() == file); // keeps its source
+    }
+
+    void seekInPauseShowsExactlyOneFrame()
+    {
+        DecoderProbe probe;
+        probe.decoder.setSource(shortClip());
+        QTRY_VERIFY_WITH_TIMEOUT(probe.frameCount() >= 3, 3000);
+        probe.decoder.pause();
+        QTest::qWait(100);
+        probe.clear();
+        probe.decoder.seek(600);
+        QTRY_COMPARE_WITH_TIMEOUT(probe.frameCount(), qsizetype(1), 3000);
+        QTest::qWait(200);
+        std::vector<Delivered> frames = probe.snapshot();
+        QCOMPARE(frames.size(), std::size_t(1));
+        QVERIFY2(frames[0].ptsUs >= 600000 && frames[0].ptsUs < 640000,
+                 QByteArray::number(frames[0].ptsUs).constData());
+        // The same position again: nothing new.
+        probe.decoder.seek(600);
+        QTest::qWait(300);
+        QCOMPARE(probe.frameCount(), qsizetype(1));
+        probe.decoder.seek(200);
+        QTRY_COMPARE_WITH_TIMEOUT(probe.frameCount(), qsizetype(2), 3000);
+        frames = probe.snapshot();
+        QVERIFY(frames[1].ptsUs >= 200000 && frames[1].ptsUs < 240000);
+        // Resume plays on from there at the normal pace.
+        probe.decoder.resume();
+        QTRY_VERIFY_WITH_TIMEOUT(probe.frameCount() >= 10, 3000);
+        QVERIFY(probe.snapshot()[2].ptsUs > frames[1].ptsUs);
+    }
+
+    void liveRtmpIsNotPacedAndStopsWhileServerIsFrozen()
+    {
+        RtmpServer server;
+        QVERIFY2(server.start(), server.errorLog().constData());
+        // A publisher that sends far faster than real time: 60 fps of pictures encoded as fast
+        // as the machine can.
+        QProcess publisher;
+        publisher.start("ffmpeg", {"-hide_banner", "-loglevel", "error", "-nostdin", "-f", "lavfi",
+                                   "-i", "testsrc2=size=320x240:rate=60", "-c:v", "libx264",
+                                   "-preset", "ultrafast", "-tune", "zerolatency", "-g", "30",
+                                   "-f", "flv", server.url("cam")});
+        QVERIFY(publisher.waitForStarted());
+        QTest::qWait(1500);
+
+        DecoderProbe probe;
+        probe.decoder.setSource(server.url("cam"));
+        QTRY_VERIFY_WITH_TIMEOUT(probe.frameCount() >= 10, 15000);
+        QVERIFY(probe.decoder.isLive());
+        const qsizetype before = probe.frameCount();
+        QTest::qWait(2000);
+        const double fps = (probe.frameCount() - before) / 2.0;
+        qInfo("live RTMP delivery: %.1f pictures per second for a 60 fps stream sent faster than real time",
+              fps);
+        QVERIFY2(fps > 90.0, QByteArray::number(fps).constData()); // not paced to 60 fps
+        QVERIFY(probe.errors.isEmpty());
+
+        publisher.kill();
+        publisher.waitForFinished(3000);
+        server.freeze();
+        QTest::qWait(500);
+        QElapsedTimer stopTimer;
+        stopTimer.start();
+        probe.decoder.stop();
+        const qint64 stopMs = stopTimer.elapsed();
+        qInfo("stop with the server frozen: %lld ms", stopMs);
+        QVERIFY2(stopMs < 1000, QByteArray::number(stopMs).constData());
+        server.stop();
+    }
+};
+
+QTEST_GUILESS_MAIN(TestDecoder)
+#include "test_decoder.moc"

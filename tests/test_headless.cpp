@@ -1,0 +1,129 @@
+// The headless face run as a real process: channels from test signals, the progress line, the
+// duration, Ctrl+C, and refusals of bad arguments.
+
+#include "TestProcess.h"
+
+#include <QRegularExpression>
+#include <QtTest>
+
+#include <csignal>
+
+using namespace testsupport;
+
+namespace {
+
+const QString kBinary = QStringLiteral(SELVANE_BINARY);
+const QString kBars = "1=lavfi://testsrc2=size=640x360:rate=30[out0];sine=frequency=1000[out1]";
+
+struct Progress
+{
+    int lines = 0;
+    qint64 finalFrames = -1;
+    double finalFps = 0;
+};
+
+Progress parseProgress(const QByteArray &out)
+{
+    Progress p;
+    static const QRegularExpression line(
+        R"(^(done: )?elapsed \d\d:\d\d:\d\d\.\d  frames (\d+)  fps ([\d.]+)  dropped (\d+)$)");
+    for (const QByteArray &raw : out.split('\n')) {
+        const QRegularExpressionMatch m = line.match(QString::fromUtf8(raw));
+        if (!m.hasMatch())
+            continue;
+        ++p.lines;
+        if (!m.captured(1).isEmpty()) {
+            p.finalFrames = m.captured(2).toLongLong();
+            p.finalFps = m.captured(3).toDouble();
+        }
+    }
+    return p;
+}
+
+} // namespace
+
+class TestHeadless : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void runsChannelsForTheDuration()
+    {
+        IsolatedHome home;
+        QProcessEnvironment env = home.environment();
+        env.remove("QT_QPA_PLATFORM");
+        env.remove("DISPLAY");
+        const ProcessResult r =
+            runProcess(kBinary, {"--headless", "--channel", kBars, "--duration", "3"}, env);
+        QVERIFY(r.finished);
+        QCOMPARE(r.exitCode, 0);
+        const Progress p = parseProgress(r.out);
+        QVERIFY2(p.lines >= 3, r.out.constData());
+        QVERIFY2(p.finalFrames >= 85 && p.finalFrames <= 95, r.out.constData());
+        QVERIFY(p.finalFps > 28 && p.finalFps < 32);
+        // No lock was taken; the progress stays out of the log file.
+        QVERIFY(!QFile::exists(home.path("run/selvane_single_instance")));
+        const QStringList logs = QDir(home.logDir()).entryList(QDir::Files);
+        QCOMPARE(logs.size(), 1);
+        QVERIFY(!readAll(QDir(home.logDir()).filePath(logs[0])).contains("fps"));
+    }
+
+    void interruptStopsCleanly()
+    {
+        IsolatedHome home;
+        QProcess process;
+        process.setProcessEnvironment(home.environment());
+        process.start(kBinary, {"--headless", "--channel", kBars});
+        QVERIFY(process.waitForStarted());
+        QByteArray out;
+        QTRY_VERIFY_WITH_TIMEOUT((out += process.readAllStandardOutput()).contains("frames"), 10000);
+        ::kill(pid_t(process.processId()), SIGINT);
+        QVERIFY(process.waitForFinished(5000));
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), 0);
+        out += process.readAllStandardOutput();
+        QVERIFY2(out.contains("interrupted: stopping"), out.constData());
+        QVERIFY(parseProgress(out).finalFrames > 0);
+    }
+
+    void badArgumentsAreRefused_data()
+    {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("no channel") << QStringList{"--headless"} << "at least one --channel";
+        QTest::newRow("channel 5") << QStringList{"--headless", "--channel", "5=/tmp/x.mp4"}
+                                   << "--channel expects N=ADDRESS";
+        QTest::newRow("no address") << QStringList{"--headless", "--channel", "1="}
+                                    << "--channel expects N=ADDRESS";
+        QTest::newRow("base without source")
+            << QStringList{"--headless", "--channel", "1=/tmp/x.mp4", "--base", "2"}
+            << "the base channel 2 has no source";
+        QTest::newRow("negative duration")
+            << QStringList{"--headless", "--channel", "1=/tmp/x.mp4", "--duration", "-1"}
+            << "--duration expects a positive number";
+    }
+
+    void badArgumentsAreRefused()
+    {
+        QFETCH(QStringList, args);
+        QFETCH(QString, message);
+        IsolatedHome home;
+        const ProcessResult r = runProcess(kBinary, args, home.environment());
+        QCOMPARE(r.exitCode, 1);
+        QVERIFY2(r.err.contains(message.toUtf8()), r.err.constData());
+    }
+
+    void missingSourceIsLoggedAndRunStillEnds()
+    {
+        IsolatedHome home;
+        const ProcessResult r = runProcess(
+            kBinary, {"--headless", "--channel", "1=" + home.path("missing.mp4"), "--duration", "1"},
+            home.environment());
+        QCOMPARE(r.exitCode, 0);
+        QVERIFY(r.err.contains("Channel 0 decoder: avformat_open_input failed"));
+        QCOMPARE(parseProgress(r.out).finalFrames, 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestHeadless)
+#include "test_headless.moc"

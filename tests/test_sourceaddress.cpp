@@ -1,0 +1,179 @@
+// Source address grammar, classification and the demuxer open options of each kind.
+
+#include "TestProcess.h"
+#include "input/FfmpegSupport.h"
+#include "input/SourceAddress.h"
+
+#include <QSettings>
+#include <QtTest>
+
+extern "C" {
+#include <libavformat/avformat.h>
+}
+
+using namespace selvane;
+
+namespace {
+
+QMap<QString, QString> optionsFor(const QString &address)
+{
+    ffsupport::Dictionary dict;
+    buildInputOptions(address, dict.address(), false);
+    QMap<QString, QString> map;
+    const AVDictionaryEntry *entry = nullptr;
+    while ((entry = av_dict_get(dict.get(), "", entry, AV_DICT_IGNORE_SUFFIX)))
+        map.insert(entry->key, entry->value);
+    return map;
+}
+
+} // namespace
+
+class TestSourceAddress : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { QSettings("Ostrel", "Selvane").clear(); }
+
+    void kindsInTheirOrder_data()
+    {
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<int>("kind");
+        QTest::newRow("window") << "wgc://capture?hwnd=0x1A2B" << int(SourceKind::WindowCapture);
+        QTest::newRow("window upper") << "WGC://capture?hwnd=1" << int(SourceKind::WindowCapture);
+        QTest::newRow("display") << "desktop://capture?monitor=1" << int(SourceKind::DisplayCapture);
+        QTest::newRow("camera") << "dshow://capture?video=Cam" << int(SourceKind::CaptureDevice);
+        QTest::newRow("camera upper") << "DSHOW://capture?video=Cam" << int(SourceKind::CaptureDevice);
+        QTest::newRow("microphone only is no device")
+            << "dshow://capture?audio=Mic" << int(SourceKind::NetworkStream);
+        QTest::newRow("test signal") << "lavfi://testsrc2" << int(SourceKind::TestSignal);
+        QTest::newRow("rtmp") << "rtmp://host/app/key" << int(SourceKind::NetworkStream);
+        QTest::newRow("file url") << "file:///tmp/a.mp4" << int(SourceKind::NetworkStream);
+        QTest::newRow("path") << "/tmp/a b.mp4" << int(SourceKind::LocalFile);
+    }
+
+    void kindsInTheirOrder()
+    {
+        QFETCH(QString, address);
+        QFETCH(int, kind);
+        QCOMPARE(int(classifySource(address)), kind);
+    }
+
+    void captureQueryValues()
+    {
+        QString video;
+        QString audio;
+        QVERIFY(parseDshowAddress("DSHOW://capture?video=USB%20Cam%3A2&audio=Mic%20(Realtek)",
+                                  &video, &audio));
+        QCOMPARE(video, QString("USB Cam:2"));
+        QCOMPARE(audio, QString("Mic (Realtek)"));
+        QVERIFY(!parseDshowAddress("dshow://capture", &video, &audio));
+        QVERIFY(!parseDshowAddress("rtmp://capture?video=x", &video, &audio));
+
+        QCOMPARE(escapeDshowDeviceName("a:b\\c"), QString("a\\:b\\\\c"));
+        QCOMPARE(buildDshowDeviceSpec(" a:b ", "Mic"), QByteArray("video=a\\:b:audio=Mic"));
+        QCOMPARE(buildDshowDeviceSpec("Cam", ""), QByteArray("video=Cam"));
+        QCOMPARE(buildDshowDeviceSpec("", "Mic"), QByteArray("audio=Mic"));
+        QCOMPARE(buildDshowDeviceSpec("", ""), QByteArray());
+
+        QCOMPARE(parseMonitorIndex("2"), 2);
+        QCOMPARE(parseMonitorIndex("-3"), 0);
+        QCOMPARE(parseMonitorIndex("x"), 0);
+        QCOMPARE(parseMonitorIndex("99999999999"), 0);
+        QVERIFY(parseWgcFlag("1") && parseWgcFlag("TRUE") && !parseWgcFlag("yes") &&
+                !parseWgcFlag(""));
+        QCOMPARE(parseWindowHandle("0X1A2B").value(), quint64(6699));
+        QCOMPARE(parseWindowHandle("6699").value(), quint64(6699));
+        QVERIFY(!parseWindowHandle("0xZZ").has_value());
+        QVERIFY(!parseWindowHandle("").has_value());
+
+        QCOMPARE(testSignalGraph("lavfi://testsrc2=size=64x64%3Arate=5"),
+                 QString("testsrc2=size=64x64:rate=5"));
+    }
+
+    void liveness()
+    {
+        QVERIFY(isLiveSource("RTMP://host/app", nullptr));
+        QVERIFY(isLiveSource("udp://239.0.0.1:1234", nullptr));
+        QVERIFY(isLiveSource("dshow://capture?video=Cam", nullptr));
+        QVERIFY(!isLiveSource("/tmp/file.mp4", nullptr));
+        QVERIFY(!isLiveSource("lavfi://testsrc2", nullptr));
+        AVFormatContext *context = avformat_alloc_context();
+        context->duration = AV_NOPTS_VALUE;
+        QVERIFY(isLiveSource("http://host/stream", context));
+        context->duration = 0;
+        QVERIFY(isLiveSource("https://host/stream", context));
+        context->duration = 5 * AV_TIME_BASE;
+        QVERIFY(!isLiveSource("https://host/clip.mp4", context));
+        QVERIFY(!isLiveSource("http://host/clip.mp4", nullptr));
+        avformat_free_context(context);
+
+        QVERIFY(usesHttpProxy("  HTTPS://x") && usesHttpProxy("rtmpt://x") && !usesHttpProxy("rtmp://x"));
+        QVERIFY(isTcpCarriedUrl(" RTMP://x") && isTcpCarriedUrl("tcp://x") &&
+                isTcpCarriedUrl("rtmpe://x") && !isTcpCarriedUrl("rtmps://x") &&
+                !isTcpCarriedUrl("srt://x"));
+    }
+
+    void openOptionsPerKind()
+    {
+        QVERIFY(optionsFor("/tmp/a.mp4").isEmpty());
+        QVERIFY(optionsFor("dshow://capture?video=Cam").isEmpty());
+        const auto rtmp = optionsFor("RTMP://host/app/key");
+        QCOMPARE(rtmp.value("rw_timeout"), QString("30000000"));
+        QCOMPARE(rtmp.value("stimeout"), QString("30000000"));
+        QCOMPARE(rtmp.value("rtmp_live"), QString("live"));
+        QCOMPARE(rtmp.value("buffer_size"), QString("2097152"));
+        QVERIFY(!rtmp.contains("rtsp_transport"));
+        QCOMPARE(optionsFor("rtsps://cam/stream").value("rtsp_transport"), QString("tcp"));
+        QCOMPARE(optionsFor("srt://host:9000").size(), 2);
+
+        ffsupport::Dictionary skip;
+        buildInputOptions("http://host/x", skip.address(), true);
+        QCOMPARE(skip.value("rtsp_transport"), QString("tcp"));
+    }
+
+    void proxiesApplyByScheme()
+    {
+        QSettings settings("Ostrel", "Selvane");
+        settings.setValue("proxy_mode", "manual");
+        settings.setValue("proxy_http_url", "http://127.0.0.1:3128");
+        settings.setValue("proxy_socks_url", "socks5://127.0.0.1:1080");
+        settings.sync();
+        QCOMPARE(optionsFor("https://host/live.m3u8").value("http_proxy"),
+                 QString("http://127.0.0.1:3128"));
+        QCOMPARE(optionsFor("rtmps://host/app/key").value("socks_proxy"),
+                 QString("socks5://127.0.0.1:1080"));
+        QVERIFY(!optionsFor("rtmp://host/app/key").contains("socks_proxy"));
+        QVERIFY(!optionsFor("rtmp://host/app/key").contains("http_proxy"));
+        settings.setValue("proxy_mode", "off");
+        settings.sync();
+        QVERIFY(!optionsFor("https://host/live.m3u8").contains("http_proxy"));
+        QVERIFY(!optionsFor("rtmps://host/app/key").contains("socks_proxy"));
+    }
+
+    void rotationFromMetadataAndDisplayMatrix()
+    {
+        AVFormatContext *context = avformat_alloc_context();
+        AVStream *stream = avformat_new_stream(context, nullptr);
+        QCOMPARE(ffsupport::uprightRotationDegrees(stream), 0);
+        av_dict_set(&stream->metadata, "rotate", "-90", 0);
+        QCOMPARE(ffsupport::uprightRotationDegrees(stream), 270);
+        av_dict_set(&stream->metadata, "rotate", "180.0", 0);
+        QCOMPARE(ffsupport::uprightRotationDegrees(stream), 180);
+        avformat_free_context(context);
+    }
+};
+
+int main(int argc, char *argv[])
+{
+    static testsupport::IsolatedHome home;
+    qputenv("XDG_CONFIG_HOME", home.path("config").toUtf8());
+    for (const char *name : {"http_proxy", "https_proxy", "HTTP_PROXY", "HTTPS_PROXY", "all_proxy",
+                             "ALL_PROXY"})
+        qunsetenv(name);
+    QCoreApplication app(argc, argv);
+    TestSourceAddress test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_sourceaddress.moc"

@@ -23,6 +23,35 @@ void configureCommandLine(QCommandLineParser &parser)
     parser.addOption({"base", tr("Channel (1-4) that forms the program picture. Default 1."), "N"});
     parser.addOption({"duration", tr("Stop after this many seconds (default: until Ctrl+C)."),
                       "SECONDS"});
+    parser.addOption({"volume",
+                      tr("Preview (speaker) volume of channel N, linear, e.g. 1=0.5. Repeatable."),
+                      "N=V"});
+    parser.addOption({"program-volume",
+                      tr("Volume of the program channel in the program mix, linear (default 1)."),
+                      "V"});
+    parser.addOption({"gain", tr("Program bus gain for recording and streaming, in percent "
+                                 "(default 100)."),
+                      "PERCENT"});
+    parser.addOption({"record", tr("Record the program to this file (MP4, MKV, MOV, TS ...)."),
+                      "PATH"});
+    parser.addOption({"segment-minutes",
+                      tr("Start a new recording file at a keyframe after this many minutes."), "M"});
+    parser.addOption({"segment-gib",
+                      tr("Start a new recording file at a keyframe once a file reaches this many GiB."),
+                      "G"});
+    parser.addOption({"stream",
+                      tr("Publish the program to this URL (rtmp://, rtmps://, srt://, udp:// ...); "
+                         "#FORMAT picks the container (flv, mpegts). Repeatable."),
+                      "URL[#FORMAT]"});
+    parser.addOption({"size", tr("Output size, e.g. 1280x720 (default: same as the program)."),
+                      "WxH"});
+    parser.addOption({"fps", tr("Output frame rate: 30 or 60 (default 30)."), "FPS"});
+    parser.addOption({"bitrate", tr("Video bitrate in kbit/s (default: automatic)."), "KBPS"});
+    parser.addOption({"encoder", tr("Video encoder: auto, hardware or software (default auto)."),
+                      "MODE"});
+    parser.addOption({"preset",
+                      tr("Quality preset: performance, balanced or quality (default balanced)."),
+                      "PRESET"});
 }
 
 LaunchFace launchFaceFor(const QStringList &arguments)
@@ -54,6 +83,149 @@ LaunchFace launchFaceFor(const QStringList &arguments)
         return LaunchFace::Headless;
     return LaunchFace::Gui;
 }
+
+namespace {
+
+QString defaultStreamFormat(const QString &url)
+{
+    const QString lower = url.toLower();
+    if (lower.startsWith("rtmp"))
+        return "flv";
+    if (lower.startsWith("srt://") || lower.startsWith("udp://") || lower.startsWith("rtp://"))
+        return "mpegts";
+    return {};
+}
+
+bool readOutputOptions(const QCommandLineParser &parser, HeadlessOptions *options, QString *error)
+{
+    EncoderSettings &out = options->output;
+    if (parser.isSet("record")) {
+        out.filePath = parser.value("record").trimmed();
+        out.fileEnabled = !out.filePath.isEmpty();
+        if (!out.fileEnabled) {
+            *error = tr("--record expects a file path");
+            return false;
+        }
+    }
+    const auto positive = [&](const char *name, double *value) {
+        if (!parser.isSet(name))
+            return true;
+        bool ok = false;
+        *value = parser.value(name).toDouble(&ok);
+        if (!ok || *value <= 0) {
+            *error = tr("--%1 expects a positive number, got \"%2\"")
+                         .arg(QLatin1String(name), parser.value(name));
+            return false;
+        }
+        return true;
+    };
+    if (!positive("segment-minutes", &out.segmentMinutes) || !positive("segment-gib", &out.segmentGiB))
+        return false;
+    out.segmentEnabled = out.segmentMinutes > 0 || out.segmentGiB > 0;
+    if (out.segmentEnabled && !out.fileEnabled) {
+        *error = tr("segment limits need --record");
+        return false;
+    }
+    for (const QString &value : parser.values("stream")) {
+        const qsizetype hash = value.lastIndexOf('#');
+        StreamTarget target;
+        target.url = (hash > 0 ? value.left(hash) : value).trimmed();
+        target.formatName = hash > 0 ? value.mid(hash + 1).trimmed() : defaultStreamFormat(target.url);
+        if (!target.url.contains("://")) {
+            *error = tr("--stream expects a URL such as rtmp://host/app/key, got \"%1\"").arg(value);
+            return false;
+        }
+        out.streamTargets << target;
+    }
+    if (parser.isSet("size")) {
+        const QStringList parts = parser.value("size").toLower().split('x');
+        bool okW = false;
+        bool okH = false;
+        const int w = parts.value(0).toInt(&okW);
+        const int h = parts.value(1).toInt(&okH);
+        if (parts.size() != 2 || !okW || !okH || w < 2 || h < 2 || w > 8192 || h > 8192) {
+            *error = tr("--size expects WIDTHxHEIGHT, got \"%1\"").arg(parser.value("size"));
+            return false;
+        }
+        options->outputSize = QSize(w, h);
+    }
+    if (parser.isSet("fps")) {
+        const QString fps = parser.value("fps");
+        if (fps != "30" && fps != "60") {
+            *error = tr("--fps expects 30 or 60, got \"%1\"").arg(fps);
+            return false;
+        }
+        out.fps = fps.toDouble();
+    }
+    if (parser.isSet("bitrate")) {
+        bool ok = false;
+        out.bitrateKbps = parser.value("bitrate").toInt(&ok);
+        if (!ok || out.bitrateKbps < 100 || out.bitrateKbps > 400000) {
+            *error = tr("--bitrate expects kbit/s from 100 to 400000, got \"%1\"")
+                         .arg(parser.value("bitrate"));
+            return false;
+        }
+    }
+    if (parser.isSet("encoder")) {
+        static const QStringList modes{"auto", "hardware", "software"};
+        const int mode = int(modes.indexOf(parser.value("encoder").toLower()));
+        if (mode < 0) {
+            *error = tr("--encoder expects auto, hardware or software, got \"%1\"")
+                         .arg(parser.value("encoder"));
+            return false;
+        }
+        out.encoderMode = mode;
+    }
+    if (parser.isSet("preset")) {
+        static const QStringList presets{"performance", "balanced", "quality"};
+        const int preset = int(presets.indexOf(parser.value("preset").toLower()));
+        if (preset < 0) {
+            *error = tr("--preset expects performance, balanced or quality, got \"%1\"")
+                         .arg(parser.value("preset"));
+            return false;
+        }
+        out.qualityPreset = preset;
+    }
+    return true;
+}
+
+bool readAudioOptions(const QCommandLineParser &parser, HeadlessOptions *options, QString *error)
+{
+    for (const QString &value : parser.values("volume")) {
+        const qsizetype eq = value.indexOf('=');
+        bool okChannel = false;
+        bool okVolume = false;
+        const int channel = eq > 0 ? value.left(eq).toInt(&okChannel) : 0;
+        const double volume = eq > 0 ? value.mid(eq + 1).toDouble(&okVolume) : -1;
+        if (!okChannel || channel < 1 || channel > 4 || !okVolume || volume < 0 || volume > 4) {
+            *error = tr("--volume expects N=V with N from 1 to 4 and V from 0 to 4, got \"%1\"")
+                         .arg(value);
+            return false;
+        }
+        options->channelVolumes.insert(channel - 1, volume);
+    }
+    if (parser.isSet("program-volume")) {
+        bool ok = false;
+        options->programVolume = parser.value("program-volume").toDouble(&ok);
+        if (!ok || options->programVolume < 0 || options->programVolume > 4) {
+            *error = tr("--program-volume expects a number from 0 to 4, got \"%1\"")
+                         .arg(parser.value("program-volume"));
+            return false;
+        }
+    }
+    if (parser.isSet("gain")) {
+        bool ok = false;
+        options->programGainPercent = parser.value("gain").toDouble(&ok);
+        if (!ok || options->programGainPercent < 0 || options->programGainPercent > 1000) {
+            *error = tr("--gain expects a percentage from 0 to 1000, got \"%1\"")
+                         .arg(parser.value("gain"));
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
 
 bool readHeadlessOptions(const QCommandLineParser &parser, HeadlessOptions *options,
                          QString *error)
@@ -91,6 +263,8 @@ bool readHeadlessOptions(const QCommandLineParser &parser, HeadlessOptions *opti
             return false;
         }
     }
+    if (!readOutputOptions(parser, options, error) || !readAudioOptions(parser, options, error))
+        return false;
     if (options->channels.isEmpty()) {
         *error = tr("--headless needs at least one --channel");
         return false;

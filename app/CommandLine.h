@@ -3,7 +3,10 @@
 // The command line shared by both faces. Without options the mixer window opens; --headless
 // runs the same engine without a window (see HeadlessRunner).
 
+#include "output/EncoderSettings.h"
+
 #include <QMap>
+#include <QSize>
 #include <QString>
 #include <QStringList>
 
@@ -23,6 +26,17 @@ struct HeadlessOptions
     QMap<int, QString> channels; // channel index 0..3 -> source address
     int baseChannel = 0;         // 0..3
     double durationSeconds = 0;  // 0: until interrupted
+
+    // Audio: preview volume per channel (linear), the program channel's volume in the program
+    // mix, and the program bus gain for the outputs.
+    QMap<int, double> channelVolumes;
+    double programVolume = 1.0;
+    double programGainPercent = 100.0;
+
+    // Outputs: started when a recording or a stream target is given.
+    EncoderSettings output;
+    QSize outputSize; // empty: same as the program
+    bool hasOutputs() const { return output.fileEnabled || !output.streamTargets.isEmpty(); }
 };
 
 // Decides, before any application object exists, which face the arguments ask for.

@@ -2,11 +2,14 @@
 
 #include "app/Engine.h"
 #include "app/LogSink.h"
+#include "audio/PreviewAudioMixer.h"
 #include "compose/FramePipeline.h"
 #include "input/FFmpegVideoDecoder.h"
+#include "output/OutputRouter.h"
 
 #include <QCoreApplication>
 #include <QDebug>
+#include <QEventLoop>
 #include <QSocketNotifier>
 #include <QTimer>
 
@@ -84,7 +87,38 @@ int HeadlessRunner::run()
     installInterruptHandler();
     m_engine = new Engine(this);
     FramePipeline *pipeline = m_engine->pipeline();
-    connect(pipeline, &FramePipeline::programFrameReady, this, [this] { ++m_programFrames; });
+    PreviewAudioMixer *mixer = m_engine->mixer();
+    for (auto it = m_options.channelVolumes.cbegin(); it != m_options.channelVolumes.cend(); ++it)
+        mixer->setChannelVolume(it.key(), float(it.value()));
+    mixer->setProgramVolume(float(m_options.programVolume));
+    mixer->setProgramGain(float(m_options.programGainPercent / 100.0));
+    m_engine->startAudio();
+    connect(pipeline, &FramePipeline::programFrameReady, this, [this] {
+        ++m_programFrames;
+        // Outputs start with the first program picture, once the program size is known.
+        if (!m_outputsStarted && m_options.hasOutputs())
+            startOutputs();
+    });
+    connect(pipeline, &FramePipeline::programStreamStatusChanged, this,
+            [this](int index, const QString &status) {
+                if (index >= 0 && index < m_targetStatus.size())
+                    m_targetStatus[index] = status;
+            });
+    connect(pipeline, &FramePipeline::programOutputTransportFailed, this,
+            [this](const QString &reason) {
+                const bool neverOpened = m_engine->pipeline()->lastOutputFailureWasOpen();
+                std::fprintf(stderr, "selvane: %s\n", qPrintable(reason));
+                qWarning().noquote() << "programOutputTransportFailed:" << reason;
+                m_exitCode = neverOpened ? 2 : 3;
+                finish();
+            });
+    if (m_options.outputSize.isValid())
+        pipeline->setOutputResolutionSelection(FramePipeline::kExplicitResolutionMode,
+                                               m_options.outputSize.width(),
+                                               m_options.outputSize.height());
+    pipeline->setOutputSettings(m_options.output);
+    for (int i = 0; i < m_options.output.streamTargets.size(); ++i)
+        m_targetStatus << "connecting";
     pipeline->setBaseChannel(m_options.baseChannel);
     for (auto it = m_options.channels.cbegin(); it != m_options.channels.cend(); ++it) {
         pipeline->channelDecoder(it.key())->setLoop(true);
@@ -95,9 +129,27 @@ int HeadlessRunner::run()
     connect(m_progressTimer, &QTimer::timeout, this, [this] { printProgress(false); });
     m_progressTimer->start(1000);
     if (m_options.durationSeconds > 0)
-        QTimer::singleShot(qint64(m_options.durationSeconds * 1000), this, [this] { finish(); });
+        QTimer::singleShot(qint64(m_options.durationSeconds * 1000), Qt::PreciseTimer, this,
+                           [this] { finish(); });
     QCoreApplication::exec();
     return m_exitCode;
+}
+
+void HeadlessRunner::startOutputs()
+{
+    m_outputsStarted = true;
+    if (!m_engine->pipeline()->startOutputs()) {
+        std::fprintf(stderr, "selvane: outputs could not start (see the log for the reason)\n");
+        m_exitCode = 2;
+        QTimer::singleShot(0, this, [this] { finish(); });
+        return;
+    }
+    const QSize size = m_engine->pipeline()->effectiveOutputSize();
+    std::fprintf(stdout, "outputs started: %dx%d@%g%s%s\n", size.width(), size.height(),
+                 m_options.output.fps,
+                 m_options.output.fileEnabled ? "  recording " : "",
+                 m_options.output.fileEnabled ? qPrintable(m_options.output.filePath) : "");
+    std::fflush(stdout);
 }
 
 void HeadlessRunner::printProgress(bool final)
@@ -109,11 +161,20 @@ void HeadlessRunner::printProgress(bool final)
     qint64 dropped = 0;
     for (int c = 0; c < FramePipeline::kChannelCount; ++c)
         dropped += m_engine->pipeline()->channelDecoder(c)->framesDropped();
-    const QString line = QStringLiteral("%1elapsed %2  frames %3  fps %4  dropped %5")
-                             .arg(final ? "done: " : "", clockText(ms))
-                             .arg(m_programFrames)
-                             .arg(fps, 0, 'f', 1)
-                             .arg(dropped);
+    QString line = QStringLiteral("%1elapsed %2  frames %3  fps %4  dropped %5")
+                       .arg(final ? "done: " : "", clockText(ms))
+                       .arg(m_programFrames)
+                       .arg(fps, 0, 'f', 1)
+                       .arg(dropped);
+    if (const OutputRouter *router = m_engine->pipeline()->outputRouter()) {
+        const qint64 bytes = router->bytesEncoded();
+        const double kbps = final ? (ms > 0 ? bytes * 8.0 / ms : 0.0)
+                                  : (bytes - m_bytesAtLastLine) * 8.0 / spanMs;
+        m_bytesAtLastLine = bytes;
+        line += QStringLiteral("  out %1 kbps  encoder-drops %2").arg(kbps, 0, 'f', 0).arg(router->droppedFrames());
+        if (!m_targetStatus.isEmpty())
+            line += "  targets " + m_targetStatus.join(',');
+    }
     std::fprintf(stdout, "%s\n", line.toUtf8().constData());
     std::fflush(stdout);
     m_framesAtLastLine = m_programFrames;
@@ -122,10 +183,20 @@ void HeadlessRunner::printProgress(bool final)
 
 void HeadlessRunner::finish()
 {
-    if (!m_engine)
+    if (!m_engine || m_finishing)
         return;
+    m_finishing = true;
     if (m_progressTimer)
         m_progressTimer->stop();
+    FramePipeline *pipeline = m_engine->pipeline();
+    if (pipeline->outputsRunning() || pipeline->outputsStopping()) {
+        // Every output is closed cleanly: trailers written, files playable.
+        QEventLoop wait;
+        connect(pipeline, &FramePipeline::programOutputStopped, &wait, &QEventLoop::quit);
+        pipeline->stopOutputsAsync();
+        if (pipeline->outputsStopping())
+            wait.exec();
+    }
     printProgress(true);
     delete m_engine; // stops and joins every decoder
     m_engine = nullptr;

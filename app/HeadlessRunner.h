@@ -9,6 +9,7 @@
 
 #include <QElapsedTimer>
 #include <QObject>
+#include <QStringList>
 
 class Engine;
 class QSocketNotifier;
@@ -28,6 +29,7 @@ public:
 private:
     void printProgress(bool final);
     void installInterruptHandler();
+    void startOutputs();
     void finish();
 
     selvane::HeadlessOptions m_options;
@@ -38,5 +40,9 @@ private:
     qint64 m_programFrames = 0;
     qint64 m_framesAtLastLine = 0;
     qint64 m_msAtLastLine = 0;
+    qint64 m_bytesAtLastLine = 0;
+    bool m_outputsStarted = false;
+    bool m_finishing = false;
+    QStringList m_targetStatus;
     int m_exitCode = 0;
 };

@@ -2,6 +2,9 @@
 
 #include "compose/OverlayManager.h"
 #include "input/FFmpegVideoDecoder.h"
+#include "audio/PreviewAudioMixer.h"
+#include "audio/SampleQueue.h"
+#include "output/OutputRouter.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -25,12 +28,19 @@ int pixelsAtLeastOne(double value) { return std::max(1, int(std::lround(value)))
 
 FramePipeline::FramePipeline(QObject *parent) : QObject(parent)
 {
+    for (auto &queue : m_channelAudio)
+        queue = std::make_unique<selvane::SampleQueue>();
+    for (auto &queue : m_overlayAudio)
+        queue = std::make_unique<selvane::SampleQueue>();
     for (int c = 0; c < kChannelCount; ++c) {
         Channel &channel = m_channels[c];
         channel.decoder = std::make_unique<FFmpegVideoDecoder>();
         FFmpegVideoDecoder *decoder = channel.decoder.get();
         decoder->setFramePool(m_programPool);
         decoder->setFrameSink([this, c](FrameTokenPtr frame) { submitChannelFrame(c, std::move(frame)); });
+        decoder->setAudioSink([this, c](const std::int16_t *samples, int frames) {
+            m_channelAudio[c]->push(samples, frames);
+        });
         connect(decoder, &FFmpegVideoDecoder::decodeError, this, [this, c](const QString &message) {
             qWarning().noquote() << "Channel" << c << "decoder:" << message;
             emit errorOccurred(message);
@@ -47,6 +57,9 @@ FramePipeline::FramePipeline(QObject *parent) : QObject(parent)
         slot.decoder = std::make_shared<FFmpegVideoDecoder>();
         FFmpegVideoDecoder *decoder = slot.decoder.get();
         decoder->setFramePool(m_overlayPool);
+        decoder->setAudioSink([this, s](const std::int16_t *samples, int frames) {
+            m_overlayAudio[s]->push(samples, frames);
+        });
         connect(decoder, &FFmpegVideoDecoder::decodeError, this, [this, s](const QString &message) {
             qWarning().noquote() << "Overlay slot" << s << "decoder:" << message;
             emit errorOccurred(message);
@@ -62,6 +75,10 @@ FramePipeline::FramePipeline(QObject *parent) : QObject(parent)
 
 FramePipeline::~FramePipeline()
 {
+    if (m_mixer)
+        m_mixer->setProgramTap(nullptr);
+    if (m_router)
+        m_router->stop();
     for (Channel &channel : m_channels) {
         channel.decoder->setFrameSink(nullptr);
         channel.decoder->requestStop();
@@ -93,12 +110,14 @@ void FramePipeline::setChannelSource(int channel, const QString &source, const Q
     ch.decoder->setAudioSource(audioSource);
     if (source.isEmpty()) {
         ch.decoder->stop();
+        m_channelAudio[channel]->clear();
         ch.displaySize = {};
         ch.codedSize = {};
         ch.generation = ch.decoder->generation();
         return;
     }
     ch.decoder->setSource(source);
+    m_channelAudio[channel]->clear(); // the old source's sound ended with it
     ch.generation = ch.decoder->generation();
 }
 
@@ -181,6 +200,8 @@ void FramePipeline::onBaseFrameDecoded(FrameTokenPtr frame)
 void FramePipeline::composeAndPublish(const FrameTokenPtr &base)
 {
     FrameTokenPtr program = m_compositor.compose(base, m_overlayManager);
+    if (m_outputsRunning && m_router)
+        m_router->enqueueFrame(program, programClockUs());
     emit programFrameReady(program);
 }
 
@@ -385,6 +406,7 @@ void FramePipeline::startOverlaySlot(int slot, int mediaId, const QString &path)
     s.path = path;
     s.decoder->setTargetSize(overlayTargetSize(mediaId));
     s.decoder->setSource(path);
+    m_overlayAudio[slot]->clear();
     connectOverlaySlot(slot);
 }
 
@@ -483,4 +505,138 @@ void FramePipeline::finishOverlayAsyncUnregisterSlot(int slot, int mediaId, quin
     s.unregistering.store(false);
     s.pendingRequest = false;
     s.pendingPath.clear();
+}
+
+// ---- outputs ----
+
+namespace {
+qint64 steadyNowNs()
+{
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+} // namespace
+
+qint64 FramePipeline::programClockUs() const
+{
+    const qint64 start = m_programClockStartNs.load();
+    return start == 0 ? 0 : (steadyNowNs() - start) / 1000;
+}
+
+int FramePipeline::programChannel() const
+{
+    const int base = m_baseChannel.load();
+    if (m_programMode.load() == kStillImageMode || base < 0 || base >= kChannelCount)
+        return -1;
+    return base;
+}
+
+int FramePipeline::takeChannelAudio(int channel, std::int16_t *out, int frames)
+{
+    if (channel < 0 || channel >= kChannelCount)
+        return 0;
+    return m_channelAudio[channel]->take(out, frames);
+}
+
+int FramePipeline::takeOverlayAudio(int slot, std::int16_t *out, int frames)
+{
+    if (slot < 0 || slot >= kOverlaySlotCount)
+        return 0;
+    return m_overlayAudio[slot]->take(out, frames);
+}
+
+void FramePipeline::pushChannelAudio(int channel, const std::int16_t *samples, int frames)
+{
+    if (channel >= 0 && channel < kChannelCount)
+        m_channelAudio[channel]->push(samples, frames);
+}
+
+void FramePipeline::pushOverlayAudio(int slot, const std::int16_t *samples, int frames)
+{
+    if (slot >= 0 && slot < kOverlaySlotCount)
+        m_overlayAudio[slot]->push(samples, frames);
+}
+
+bool FramePipeline::startOutputs()
+{
+    if (m_outputsRunning)
+        return true;
+    if (m_outputsStopping)
+        return false;
+    lockResolution();
+    auto router = std::make_shared<OutputRouter>();
+    router->setSettings(m_outputSettings);
+    router->setOutputSize(m_effectiveSize);
+    router->setStatusCallback([this](int index, const QString &status) {
+        QMetaObject::invokeMethod(
+            this, [this, index, status] { emit programStreamStatusChanged(index, status); },
+            Qt::QueuedConnection);
+    });
+    router->setFailureCallback([this](OutputRouter::Failure failure, const QString &) {
+        QMetaObject::invokeMethod(
+            this,
+            [this, failure] {
+                m_lastFailureWasOpen = failure == OutputRouter::Failure::OpenFailed;
+                onEncodeTransportFailed();
+            },
+            Qt::QueuedConnection);
+    });
+    m_outputFrameRate = m_outputSettings.fps > 0 ? m_outputSettings.fps : 30.0;
+    if (!router->start()) {
+        m_outputFrameRate = 30.0;
+        unlockResolution();
+        return false;
+    }
+    m_router = std::move(router);
+    m_lastFailureWasOpen = false;
+    m_programClockStartNs.store(steadyNowNs());
+    if (m_mixer) {
+        std::weak_ptr<OutputRouter> weakRouter = m_router;
+        m_mixer->setProgramTap([weakRouter](const std::int16_t *samples, int frames, qint64 ptsUs) {
+            if (auto r = weakRouter.lock())
+                r->pushAudio(samples, frames, ptsUs);
+        });
+    }
+    m_outputsRunning = true;
+    return true;
+}
+
+void FramePipeline::stopOutputsAsync()
+{
+    if (!m_router || m_outputsStopping || !m_outputsRunning)
+        return;
+    m_outputsRunning = false;
+    m_outputsStopping = true;
+    if (m_mixer)
+        m_mixer->setProgramTap(nullptr);
+    std::shared_ptr<OutputRouter> router = m_router;
+    QPointer<FramePipeline> guard(this);
+    QThreadPool::globalInstance()->start([router, guard] {
+        router->stop();
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [guard] {
+                if (guard)
+                    guard->finishOutputStop();
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void FramePipeline::finishOutputStop()
+{
+    m_outputsStopping = false;
+    m_outputFrameRate = 30.0;
+    unlockResolution();
+    emit programOutputStopped();
+}
+
+void FramePipeline::onEncodeTransportFailed()
+{
+    if (!m_outputsRunning)
+        return;
+    stopOutputsAsync();
+    emit programOutputTransportFailed(QString::fromUtf8(
+        "输出已停止：本地录制写入失败，或 RTMP 在多次自动重连后仍无法恢复（服务器关闭、超时或网络中断）。"));
 }

@@ -13,7 +13,9 @@
 
 #include "compose/FramePool.h"
 #include "compose/VulkanCompositor.h"
+#include "output/EncoderSettings.h"
 
+#include <QElapsedTimer>
 #include <QImage>
 #include <QObject>
 #include <QSize>
@@ -25,7 +27,12 @@
 #include <mutex>
 
 class FFmpegVideoDecoder;
+class OutputRouter;
 class OverlayManager;
+class PreviewAudioMixer;
+namespace selvane {
+class SampleQueue;
+}
 
 class FramePipeline : public QObject
 {
@@ -74,6 +81,32 @@ public:
     bool isResolutionLocked() const { return m_resolutionLocked; }
     double outputFrameRate() const { return m_outputFrameRate; }
 
+    // Outputs. The settings apply at the next start; the resolution is locked while they run.
+    void setOutputSettings(const EncoderSettings &settings) { m_outputSettings = settings; }
+    const EncoderSettings &outputSettings() const { return m_outputSettings; }
+    bool startOutputs();
+    void stopOutputsAsync();
+    bool outputsRunning() const { return m_outputsRunning; }
+    bool outputsStopping() const { return m_outputsStopping; }
+    // The running (or last) output router, for status displays; null before the first start.
+    const OutputRouter *outputRouter() const { return m_router.get(); }
+    // True when the last output failure happened before any output could be opened.
+    bool lastOutputFailureWasOpen() const { return m_lastFailureWasOpen; }
+    // Microseconds since the outputs started: the clock of program pictures and sound. Any thread.
+    qint64 programClockUs() const;
+    // The mixer whose program bus feeds the outputs while they run.
+    void setPreviewAudioMixerForOutput(PreviewAudioMixer *mixer) { m_mixer = mixer; }
+
+    // Audio of channels and overlay slots, 48 kHz stereo s16, queued per source (about 2 s at
+    // most). Any thread. take fills what is missing with silence and returns the real frames.
+    int takeChannelAudio(int channel, std::int16_t *out, int frames);
+    int takeOverlayAudio(int slot, std::int16_t *out, int frames);
+    void pushChannelAudio(int channel, const std::int16_t *samples, int frames);
+    void pushOverlayAudio(int slot, const std::int16_t *samples, int frames);
+    // The channel whose sound belongs to the program: the base channel, or -1 (still images, or
+    // no channel as base). Any thread.
+    int programChannel() const;
+
     const FramePool &programPool() const { return m_programPool; }
     const FramePool &overlayPool() const { return m_overlayPool; }
 
@@ -91,6 +124,7 @@ signals:
     void overlayPlaybackFinished(int mediaId);
 
 public slots:
+    void onEncodeTransportFailed();
     void onChannelSourceVideoInfoChanged(int channel, int codedWidth, int codedHeight,
                                          int displayWidth, int displayHeight, quint64 generation);
     void onBaseFrameDecoded(FrameTokenPtr frame);
@@ -141,6 +175,7 @@ private:
     QSize sourceSize() const;
     void selectOutputResolution();
     void composeAndPublish(const FrameTokenPtr &base);
+    void finishOutputStop();
 
     std::array<Channel, kChannelCount> m_channels;
     std::array<OverlaySlot, kOverlaySlotCount> m_overlaySlots;
@@ -162,6 +197,16 @@ private:
     QSize m_lastEmittedSize;
     bool m_lastEmittedFallback = false;
     double m_lastEmittedRate = 0.0;
+
+    EncoderSettings m_outputSettings;
+    std::shared_ptr<OutputRouter> m_router;
+    bool m_outputsRunning = false;
+    bool m_outputsStopping = false;
+    bool m_lastFailureWasOpen = false;
+    std::atomic<qint64> m_programClockStartNs{0};
+    PreviewAudioMixer *m_mixer = nullptr;
+    std::array<std::unique_ptr<selvane::SampleQueue>, kChannelCount> m_channelAudio;
+    std::array<std::unique_ptr<selvane::SampleQueue>, kOverlaySlotCount> m_overlayAudio;
 
     QSize m_stillImageSize;
     QImage m_stillCanvas;

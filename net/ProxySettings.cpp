@@ -11,6 +11,7 @@ namespace {
 
 std::mutex g_rewriterMutex;
 TcpUrlRewriter g_rewriter;
+PublishRelayStarter g_relayStarter;
 
 QString setting(const char *key)
 {
@@ -84,6 +85,22 @@ QString rewriteTcpCarriedUrl(const QString &address)
         rewriter = g_rewriter;
     }
     return rewriter ? rewriter(address) : address;
+}
+
+void setPublishRelayStarter(PublishRelayStarter starter)
+{
+    std::lock_guard lock(g_rewriterMutex);
+    g_relayStarter = std::move(starter);
+}
+
+QString startPublishRelay(const QString &host, int port)
+{
+    PublishRelayStarter starter;
+    {
+        std::lock_guard lock(g_rewriterMutex);
+        starter = g_relayStarter;
+    }
+    return starter ? starter(host, port) : QString();
 }
 
 } // namespace selvane::proxy

@@ -28,4 +28,11 @@ using TcpUrlRewriter = std::function<QString(const QString &)>;
 void setTcpUrlRewriter(TcpUrlRewriter rewriter);
 QString rewriteTcpCarriedUrl(const QString &address);
 
+// Publishing through the local SOCKS relay: the relay installs a starter that tunnels one
+// destination (host, port) through the SOCKS5 proxy and returns the loopback "host:port" to
+// publish to. Without a starter, or when it fails, the result is empty and publishing is direct.
+using PublishRelayStarter = std::function<QString(const QString &host, int port)>;
+void setPublishRelayStarter(PublishRelayStarter starter);
+QString startPublishRelay(const QString &host, int port);
+
 } // namespace selvane::proxy

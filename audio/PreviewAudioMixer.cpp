@@ -1,0 +1,235 @@
+#include "audio/PreviewAudioMixer.h"
+
+#include "audio/AudioQueueIODevice.h"
+#include "compose/FramePipeline.h"
+
+#include <QAudioDevice>
+#include <QAudioFormat>
+#include <QAudioSink>
+#include <QDebug>
+#include <QMediaDevices>
+#include <QTimer>
+
+#include <cmath>
+#include <cstring>
+
+namespace {
+
+std::int16_t shaped(float value) { return std::int16_t(std::lround(std::tanh(value) * 32767.0f)); }
+
+} // namespace
+
+PreviewAudioMixer::PreviewAudioMixer(FramePipeline *pipeline, QObject *parent)
+    : QObject(parent), m_pipeline(pipeline), m_previewBus(kBlockValues), m_programBus(kBlockValues),
+      m_source(kBlockValues), m_sampleBlock(kBlockValues), m_programBlock(kBlockValues)
+{
+    // The program channel is heard through the program bus; other channels and the overlays'
+    // preview are off until the operator raises them.
+    for (int i = 0; i < 4; ++i) {
+        m_channelVolumes[i].store(0.0f);
+        m_overlayPreviewVolumes[i].store(0.0f);
+        m_overlayProgramVolumes[i].store(1.0f);
+        m_overlayOnProgram[i].store(true);
+    }
+    m_programQueue.reserve(kProgramQueueMaxBytes + 2 * kBlockBytes);
+}
+
+PreviewAudioMixer::~PreviewAudioMixer() { cleanup(); }
+
+void PreviewAudioMixer::setChannelVolume(int channel, float volume)
+{
+    if (channel >= 0 && channel < 4)
+        m_channelVolumes[channel].store(volume);
+}
+
+void PreviewAudioMixer::setOverlayPreviewVolume(int slot, float volume)
+{
+    if (slot >= 0 && slot < 4)
+        m_overlayPreviewVolumes[slot].store(volume);
+}
+
+void PreviewAudioMixer::setOverlayProgramVolume(int slot, float volume)
+{
+    if (slot >= 0 && slot < 4)
+        m_overlayProgramVolumes[slot].store(volume);
+}
+
+void PreviewAudioMixer::setOverlayOnProgram(int slot, bool on)
+{
+    if (slot >= 0 && slot < 4)
+        m_overlayOnProgram[slot].store(on);
+}
+
+void PreviewAudioMixer::setProgramTap(ProgramTap tap)
+{
+    std::lock_guard lock(m_tapMutex);
+    m_tap = std::move(tap);
+}
+
+void PreviewAudioMixer::start()
+{
+    if (m_device || m_timer)
+        return;
+    m_device = new AudioQueueIODevice(this);
+    m_device->open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    createSink();
+    m_timer = new QTimer(this);
+    m_timer->setTimerType(Qt::PreciseTimer);
+    connect(m_timer, &QTimer::timeout, this, &PreviewAudioMixer::mixTick);
+    m_clock.start();
+    m_blocksDue = 0;
+    m_timer->start(10);
+}
+
+void PreviewAudioMixer::createSink()
+{
+    const QAudioDevice output = QMediaDevices::defaultAudioOutput();
+    if (output.isNull()) {
+        qInfo("PreviewAudioMixer: no default audio output; the preview is silent");
+        return;
+    }
+    QAudioFormat format;
+    format.setSampleRate(48000);
+    format.setChannelCount(2);
+    format.setSampleFormat(QAudioFormat::Int16);
+    m_sink = new QAudioSink(output, format, this);
+    m_sink->setBufferSize(kSinkBufferBytes);
+    m_sink->setVolume(1.0);
+    m_sink->start(m_device);
+}
+
+void PreviewAudioMixer::stop()
+{
+    if (m_sink)
+        m_sink->stop();
+}
+
+void PreviewAudioMixer::cleanup()
+{
+    if (m_timer) {
+        m_timer->stop();
+        delete m_timer;
+        m_timer = nullptr;
+    }
+    if (m_sink) {
+        m_sink->stop();
+        delete m_sink;
+        m_sink = nullptr;
+    }
+    if (m_device) {
+        m_device->close();
+        delete m_device;
+        m_device = nullptr;
+    }
+}
+
+void PreviewAudioMixer::mixTick()
+{
+    if (!m_pipeline || !m_device)
+        return;
+    // Every block due by the steady clock is mixed, so the sound keeps pace with wall time.
+    const qint64 elapsedUs = m_clock.nsecsElapsed() / 1000;
+    qint64 due = elapsedUs / 10000 + 1 - m_blocksDue;
+    if (due > kMaxCatchUpBlocks) {
+        m_blocksDue += due - kMaxCatchUpBlocks;
+        due = kMaxCatchUpBlocks;
+    }
+    const qint64 programNowUs = m_pipeline->programClockUs();
+    for (qint64 k = 0; k < due; ++k) {
+        const qint64 behindUs = (due - 1 - k) * 10000;
+        mixBlock(std::max<qint64>(0, programNowUs - behindUs));
+        ++m_blocksDue;
+    }
+}
+
+void PreviewAudioMixer::addSource(std::vector<float> &bus, float gain)
+{
+    for (int i = 0; i < kBlockValues; ++i)
+        bus[i] += float(m_source[i]) * (gain / 32768.0f);
+}
+
+void PreviewAudioMixer::mixBlock(qint64 programPtsUs)
+{
+    if (!m_pipeline)
+        return;
+    std::fill(m_previewBus.begin(), m_previewBus.end(), 0.0f);
+    std::fill(m_programBus.begin(), m_programBus.end(), 0.0f);
+
+    const int program = m_pipeline->programChannel();
+    const float programVolume = m_programVolume.load();
+    for (int c = 0; c < 4; ++c) {
+        const float v = m_channelVolumes[c].load();
+        if (c == program && program >= 0 && programVolume > 0.0f) {
+            m_pipeline->takeChannelAudio(c, m_source.data(), kBlockFrames);
+            if (v > 0.0f)
+                addSource(m_previewBus, v);
+            addSource(m_programBus, programVolume);
+        } else if (v > 0.0f) {
+            m_pipeline->takeChannelAudio(c, m_source.data(), kBlockFrames);
+            addSource(m_previewBus, v);
+        }
+    }
+    for (int s = 0; s < 4; ++s) {
+        const float pv = m_overlayPreviewVolumes[s].load();
+        const float qv = m_overlayProgramVolumes[s].load();
+        const bool onProgram = m_overlayOnProgram[s].load() && qv > 0.0f;
+        if (pv <= 0.0f && !onProgram)
+            continue;
+        m_pipeline->takeOverlayAudio(s, m_source.data(), kBlockFrames);
+        if (pv > 0.0f)
+            addSource(m_previewBus, pv);
+        if (onProgram)
+            addSource(m_programBus, qv);
+    }
+
+    // The program bus is heard on the preview device too, on top of the preview bus.
+    for (int i = 0; i < kBlockValues; ++i)
+        m_sampleBlock[i] = shaped(m_previewBus[i] + m_programBus[i]);
+    if (m_device)
+        m_device->appendBlock(reinterpret_cast<const char *>(m_sampleBlock.data()), kBlockBytes);
+
+    if (m_programOutputEnabled.load()) {
+        const float gain = m_programGain.load();
+        for (int i = 0; i < kBlockValues; ++i)
+            m_programBlock[i] = shaped(m_programBus[i] * gain);
+        appendProgramBlock();
+        std::lock_guard lock(m_tapMutex);
+        if (m_tap)
+            m_tap(m_programBlock.data(), kBlockFrames, programPtsUs);
+    }
+    m_blocksMixed.fetch_add(1);
+}
+
+void PreviewAudioMixer::appendProgramBlock()
+{
+    std::lock_guard lock(m_programMutex);
+    m_programQueue.append(reinterpret_cast<const char *>(m_programBlock.data()), kBlockBytes);
+    const qint64 unread = m_programQueue.size() - m_programReadOffset;
+    if (unread > kProgramQueueMaxBytes)
+        m_programReadOffset = m_programQueue.size() - kProgramQueueMaxBytes;
+    // Compact the consumed prefix in place; the capacity stays.
+    if (m_programReadOffset > 0 && m_programReadOffset >= m_programQueue.size() / 2) {
+        const qint64 left = m_programQueue.size() - m_programReadOffset;
+        std::memmove(m_programQueue.data(), m_programQueue.constData() + m_programReadOffset,
+                     std::size_t(left));
+        m_programQueue.resize(left);
+        m_programReadOffset = 0;
+    }
+}
+
+qint64 PreviewAudioMixer::readProgramAudio(char *data, qint64 maxBytes)
+{
+    std::lock_guard lock(m_programMutex);
+    const qint64 count = std::min(maxBytes, m_programQueue.size() - m_programReadOffset);
+    if (count <= 0)
+        return 0;
+    std::memcpy(data, m_programQueue.constData() + m_programReadOffset, std::size_t(count));
+    m_programReadOffset += count;
+    return count;
+}
+
+qint64 PreviewAudioMixer::programQueuedBytes() const
+{
+    std::lock_guard lock(m_programMutex);
+    return m_programQueue.size() - m_programReadOffset;
+}

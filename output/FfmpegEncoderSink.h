@@ -1,0 +1,107 @@
+#pragma once
+
+// Encodes the program once and feeds every destination: one video encoder (hardware when it
+// opens, software otherwise), one AAC encoder, the recording file and any number of stream
+// targets (each with its own network worker, see MuxOutput).
+//
+// Threads: every method is called from the router's encode worker only, except the observers
+// (bytesEncoded, encoderName), which are safe from any thread. The status callback is called
+// from the encode worker and the network workers.
+
+#include "input/FfmpegSupport.h"
+#include "output/EncoderSettings.h"
+#include "output/MuxOutput.h"
+
+#include <QSize>
+#include <QString>
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+class FfmpegEncoderSink : public IEncoderSink
+{
+public:
+    using StatusCallback = selvane::MuxOutput::StatusCallback;
+
+    FfmpegEncoderSink();
+    ~FfmpegEncoderSink() override;
+
+    void setStatusCallback(StatusCallback callback) { m_status = std::move(callback); }
+    void setClock(SteadyNow now) { m_now = std::move(now); }
+    // The program size the next open() uses.
+    void setOutputSize(int width, int height) { m_requestedSize = QSize(width, height); }
+
+    // Can the stored settings be encoded at this size? Run before the outputs open.
+    bool probe(const EncoderSettings &settings, int width, int height);
+
+    bool open(const EncoderSettings &settings) override;
+    // ptsUs: the program clock. Returns 0 when encoded, 1 when skipped (same time slot, or not
+    // open), negative on an encoder error.
+    int pushVideoFrame(FrameTokenPtr frame, qint64 ptsUs) override;
+    // Interleaved stereo s16 at 48 kHz; ptsUs: the program clock of the first sample.
+    void pushAudio(const std::int16_t *samples, int frames, qint64 ptsUs);
+    void close() override;
+
+    bool isOpen() const { return m_open; }
+    QString encoderName() const;
+    QSize encodedSize() const { return m_encodedSize; }
+    bool hasAudio() const { return bool(m_audioCodec); }
+    qint64 bytesEncoded() const { return m_bytesEncoded.load(); }
+    qint64 framesEncoded() const { return m_framesEncoded.load(); }
+    // The longest the recording has been failing to write (0 when it writes).
+    qint64 fileFailingForMs() const;
+    struct OutputStats
+    {
+        int targetIndex = -1; // -1: the recording
+        QString path;         // the file (segment) written now, or the masked URL
+        qint64 packetsWritten = 0;
+        qint64 queueResets = 0;
+    };
+    // Safe from any thread.
+    std::vector<OutputStats> outputStats() const;
+    const std::vector<std::unique_ptr<selvane::MuxOutput>> &outputs() const { return m_outputs; }
+
+private:
+    bool needsGlobalHeader(const EncoderSettings &settings) const;
+    bool openVideo(int width, int height, bool globalHeader);
+    bool reopenVideoEncoderForNewSize(int width, int height);
+    void openAudio(bool globalHeader);
+    bool cacheStreamParameters();
+    bool openOutputs();
+    bool ensureConverter(const FrameToken &frame);
+    void convertInto(const FrameToken &frame);
+    void encodeAndDistribute(AVCodecContext *codec, AVFrame *frame, bool video);
+    void encodeAudioFrames();
+
+    EncoderSettings m_settings;
+    StatusCallback m_status;
+    SteadyNow m_now;
+    QSize m_requestedSize;
+    QSize m_encodedSize;
+    bool m_open = false;
+    bool m_sizeWarningGiven = false;
+
+    ffsupport::CodecContextPtr m_videoCodec;
+    mutable std::mutex m_nameMutex;
+    QString m_encoderName;
+    ffsupport::SwsPtr m_sws;
+    int m_swsSourceWidth = 0;
+    int m_swsSourceHeight = 0;
+    QSize m_fitSize; // where the picture lands inside the encoded size
+    ffsupport::FramePtr m_videoFrame;
+    int64_t m_lastVideoPts = AV_NOPTS_VALUE;
+
+    ffsupport::CodecContextPtr m_audioCodec;
+    ffsupport::FramePtr m_audioFrame;
+    std::vector<std::int16_t> m_audioPending; // interleaved, not yet a full encoder frame
+    int64_t m_nextAudioPts = AV_NOPTS_VALUE;
+
+    ffsupport::PacketPtr m_packet;
+    std::shared_ptr<selvane::EncodedStreams> m_streams;
+    mutable std::mutex m_outputsMutex; // guards the list itself against outputStats()
+    std::vector<std::unique_ptr<selvane::MuxOutput>> m_outputs;
+    std::atomic<qint64> m_bytesEncoded{0};
+    std::atomic<qint64> m_framesEncoded{0};
+};

@@ -1,0 +1,258 @@
+#include "output/OutputRouter.h"
+
+#include "output/FfmpegEncoderSink.h"
+#include "output/ReconnectPolicy.h"
+
+#include <QDebug>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QTemporaryFile>
+
+namespace {
+
+constexpr auto kWorkerWait = std::chrono::milliseconds(20);
+
+bool directoryWritable(const QString &dir)
+{
+    if (!QDir().mkpath(dir))
+        return false;
+    QTemporaryFile probe(QDir(dir).filePath("selvane_out_XXXXXX.tmp"));
+    if (!probe.open())
+        return false;
+    probe.close();
+    return probe.remove();
+}
+
+} // namespace
+
+OutputRouter::EncodeWorkerState::~EncodeWorkerState() = default;
+
+OutputRouter::OutputRouter() = default;
+
+OutputRouter::~OutputRouter() { stop(); }
+
+int OutputRouter::queueDepthFor(QSize size, bool live)
+{
+    if (live)
+        return 4; // a live stream must stay current: a short queue
+    const qint64 pixels = qint64(std::max(size.width(), 1)) * std::max(size.height(), 1);
+    if (pixels <= 8294399)
+        return 32;
+    if (pixels <= 33177599)
+        return 8;
+    return 3;
+}
+
+bool OutputRouter::start()
+{
+    stop();
+    auto state = std::make_shared<EncodeWorkerState>();
+    state->settings = m_settings;
+    state->size = m_size;
+    state->sink = std::make_unique<FfmpegEncoderSink>();
+    state->sink->setClock(m_now);
+    state->sink->setOutputSize(m_size.width(), m_size.height());
+    if (!state->sink->probe(m_settings, m_size.width(), m_size.height())) {
+        qWarning().noquote() << "OutputRouter: selected encoder does not support"
+                             << QStringLiteral("%1x%2@%3 mode %4")
+                                    .arg(m_size.width())
+                                    .arg(m_size.height())
+                                    .arg(m_settings.fps)
+                                    .arg(m_settings.encoderMode);
+        return false;
+    }
+    if (m_settings.fileEnabled && !m_settings.filePath.trimmed().isEmpty()) {
+        const QString dir = QFileInfo(m_settings.filePath.trimmed()).absolutePath();
+        if (!directoryWritable(dir)) {
+            qWarning().noquote()
+                << "OutputRouter: output directory not writable or cannot be created:" << dir;
+            return false;
+        }
+    }
+    state->live = !m_settings.streamTargets.isEmpty();
+    state->depth = queueDepthFor(m_size, state->live);
+    qInfo().noquote() << "OutputRouter: encode queue depth" << state->depth << "for"
+                      << (state->live ? "live output" : "file recording");
+    // The callbacks capture nothing of the router, so late reports after a stop are harmless.
+    state->status = m_status;
+    state->failure = m_failure;
+    state->sink->setStatusCallback([weak = std::weak_ptr<EncodeWorkerState>(state)](
+                                       int index, const QString &word) {
+        if (auto s = weak.lock(); s && s->status)
+            s->status(index, word);
+    });
+    state->running = true;
+    {
+        std::lock_guard lock(m_stateMutex);
+        m_state = state;
+    }
+    m_worker = std::thread(encodeWorker, state);
+    return true;
+}
+
+void OutputRouter::encodeWorker(std::shared_ptr<EncodeWorkerState> state)
+{
+    FfmpegEncoderSink &sink = *state->sink;
+    if (!sink.open(state->settings)) {
+        if (!state->failureReported.exchange(true) && state->failure)
+            state->failure(Failure::OpenFailed, "no output could be opened");
+        std::unique_lock lock(state->mutex);
+        state->wake.wait(lock, [&] { return state->stop; });
+        state->frames.clear();
+        return;
+    }
+    state->sinkOpen.store(true);
+    for (;;) {
+        std::unique_lock lock(state->mutex);
+        state->wake.wait_for(lock, kWorkerWait, [&] {
+            return state->stop || !state->frames.empty() || !state->audio.empty();
+        });
+        std::deque<AudioChunk> audio;
+        audio.swap(state->audio);
+        std::pair<FrameTokenPtr, qint64> frame;
+        const bool haveFrame = !state->frames.empty();
+        if (haveFrame) {
+            frame = std::move(state->frames.front());
+            state->frames.pop_front();
+        }
+        // What is queued when the stop comes is still encoded: a clean stop loses nothing.
+        const bool stopping = state->stop && state->frames.empty() && audio.empty() && !haveFrame;
+        lock.unlock();
+        if (stopping)
+            break;
+        for (AudioChunk &chunk : audio)
+            sink.pushAudio(chunk.samples.data(), int(chunk.samples.size() / 2), chunk.ptsUs);
+        if (haveFrame)
+            sink.pushVideoFrame(std::move(frame.first), frame.second);
+        if (sink.fileFailingForMs() >= selvane::reconnect::kFileFailureTransportMs &&
+            !state->failureReported.exchange(true) && state->failure)
+            state->failure(Failure::TransportLost, "the recording could not be written");
+    }
+    sink.close();
+    state->sinkOpen.store(false);
+}
+
+void OutputRouter::enqueueFrame(FrameTokenPtr frame, qint64 ptsUs)
+{
+    const std::shared_ptr<EncodeWorkerState> state = currentState();
+    if (!state || !frame)
+        return;
+    qint64 dropped = 0;
+    bool live = false;
+    {
+        std::lock_guard lock(state->mutex);
+        if (!state->running || state->stop)
+            return;
+        if (int(state->frames.size()) >= state->depth) {
+            // Live output drops the oldest picture so the stream stays current; a recording
+            // keeps what it has and drops the newest queued one.
+            if (state->live)
+                state->frames.pop_front();
+            else
+                state->frames.pop_back();
+            dropped = ++state->droppedFrames;
+            live = state->live;
+        }
+        ++state->sequence;
+        state->frames.emplace_back(std::move(frame), ptsUs);
+    }
+    state->wake.notify_one();
+    if (dropped > 0 && selvane::reconnect::shouldLog(dropped, 5, 120))
+        qWarning().noquote() << "OutputRouter: encode queue overloaded; dropped frame count"
+                             << dropped << "live=" << (live ? "true" : "false");
+}
+
+void OutputRouter::pushAudio(const std::int16_t *samples, int frames, qint64 ptsUs)
+{
+    const std::shared_ptr<EncodeWorkerState> state = currentState();
+    if (!state || frames <= 0)
+        return;
+    {
+        std::lock_guard lock(state->mutex);
+        if (!state->running || state->stop)
+            return;
+        state->audio.push_back({std::vector<std::int16_t>(samples, samples + std::size_t(frames) * 2),
+                                ptsUs});
+    }
+    state->wake.notify_one();
+}
+
+void OutputRouter::stop()
+{
+    const std::shared_ptr<EncodeWorkerState> state = currentState();
+    if (!m_worker.joinable() || !state)
+        return;
+    QElapsedTimer timer;
+    timer.start();
+    {
+        std::lock_guard lock(state->mutex);
+        state->stop = true;
+    }
+    state->wake.notify_all();
+    m_worker.join();
+    {
+        std::lock_guard lock(state->mutex);
+        state->running = false;
+    }
+    qInfo().noquote() << "OutputRouter: encode worker stopped in" << timer.elapsed() << "ms";
+}
+
+bool OutputRouter::isRunning() const
+{
+    const std::shared_ptr<EncodeWorkerState> state = currentState();
+    if (!state)
+        return false;
+    std::lock_guard lock(state->mutex);
+    return state->running && !state->stop;
+}
+
+int OutputRouter::queueDepth() const
+{
+    const std::shared_ptr<EncodeWorkerState> state = currentState();
+    return state ? state->depth : 0;
+}
+
+std::shared_ptr<OutputRouter::EncodeWorkerState> OutputRouter::currentState() const
+{
+    std::lock_guard lock(m_stateMutex);
+    return m_state;
+}
+
+qint64 OutputRouter::droppedFrames() const
+{
+    const std::shared_ptr<EncodeWorkerState> state = currentState();
+    if (!state)
+        return 0;
+    std::lock_guard lock(state->mutex);
+    return state->droppedFrames;
+}
+
+qint64 OutputRouter::bytesEncoded() const
+{
+    const std::shared_ptr<EncodeWorkerState> state = currentState();
+    return state && state->sink ? state->sink->bytesEncoded() : 0;
+}
+
+bool OutputRouter::isSinkOpen() const
+{
+    const std::shared_ptr<EncodeWorkerState> state = currentState();
+    return state && state->sinkOpen.load();
+}
+
+QString OutputRouter::encoderName() const
+{
+    const std::shared_ptr<EncodeWorkerState> state = currentState();
+    return state && state->sink ? state->sink->encoderName() : QString();
+}
+
+std::vector<std::pair<int, std::pair<qint64, qint64>>> OutputRouter::destinationCounts() const
+{
+    std::vector<std::pair<int, std::pair<qint64, qint64>>> counts;
+    const std::shared_ptr<EncodeWorkerState> state = currentState();
+    if (!state || !state->sink)
+        return counts;
+    for (const FfmpegEncoderSink::OutputStats &s : state->sink->outputStats())
+        counts.push_back({s.targetIndex, {s.packetsWritten, s.queueResets}});
+    return counts;
+}

@@ -1,0 +1,109 @@
+#pragma once
+
+// Connects the program picture and the program audio to the encoder sink. Every program frame
+// is queued (bounded, with a drop rule) for one encode worker thread that owns the sink; the
+// compositing thread never waits on encoding.
+//
+// Threads: start/stop/setters on the owner's thread (stop may run on a helper thread);
+// enqueueFrame on the compositing thread; pushAudio from the thread that delivers program audio.
+// Status and failure callbacks come from the encode worker and the network workers.
+//
+// Transport failure: the outputs are declared lost when the sink cannot be opened (nothing to
+// write to) or when the recording has been failing to write for 5 seconds. Stream targets never
+// cause it: they reconnect for as long as the output runs.
+
+#include "output/EncoderSettings.h"
+
+#include <QSize>
+#include <QString>
+
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+class FfmpegEncoderSink;
+
+class OutputRouter
+{
+public:
+    using StatusCallback = std::function<void(int index, const QString &status)>;
+    enum class Failure
+    {
+        OpenFailed,     // the outputs could not be opened
+        TransportLost,  // the recording stopped being writable
+    };
+    using FailureCallback = std::function<void(Failure failure, const QString &detail)>;
+
+    struct AudioChunk
+    {
+        std::vector<std::int16_t> samples;
+        qint64 ptsUs = 0;
+    };
+
+    struct EncodeWorkerState
+    {
+        std::mutex mutex;
+        std::condition_variable wake;
+        std::deque<std::pair<FrameTokenPtr, qint64>> frames;
+        std::deque<AudioChunk> audio;
+        int depth = 4;
+        bool live = false;
+        bool running = false;
+        bool stop = false;
+        qint64 droppedFrames = 0;
+        quint64 sequence = 0;
+        std::unique_ptr<FfmpegEncoderSink> sink;
+        EncoderSettings settings;
+        QSize size;
+        std::atomic<bool> sinkOpen{false};
+        std::atomic<bool> failureReported{false};
+        StatusCallback status;
+        FailureCallback failure;
+        ~EncodeWorkerState();
+    };
+
+    OutputRouter();
+    ~OutputRouter();
+
+    void setSettings(const EncoderSettings &settings) { m_settings = settings; }
+    const EncoderSettings &settings() const { return m_settings; }
+    void setOutputSize(QSize size) { m_size = size; }
+    void setStatusCallback(StatusCallback callback) { m_status = std::move(callback); }
+    void setFailureCallback(FailureCallback callback) { m_failure = std::move(callback); }
+    void setClock(SteadyNow now) { m_now = std::move(now); }
+
+    bool start();
+    void stop();
+    bool isRunning() const;
+    void enqueueFrame(FrameTokenPtr frame, qint64 ptsUs);
+    // The program audio tap: interleaved stereo s16 at 48 kHz.
+    void pushAudio(const std::int16_t *samples, int frames, qint64 ptsUs);
+
+    int queueDepth() const;
+    qint64 droppedFrames() const;
+    qint64 bytesEncoded() const;
+    bool isSinkOpen() const;
+    QString encoderName() const;
+    // Per destination: packets written and queue resets (the sink's view, any thread).
+    std::vector<std::pair<int, std::pair<qint64, qint64>>> destinationCounts() const;
+
+    static int queueDepthFor(QSize size, bool live);
+
+private:
+    static void encodeWorker(std::shared_ptr<EncodeWorkerState> state);
+    std::shared_ptr<EncodeWorkerState> currentState() const;
+
+    EncoderSettings m_settings;
+    QSize m_size{1920, 1080};
+    StatusCallback m_status;
+    FailureCallback m_failure;
+    SteadyNow m_now;
+    mutable std::mutex m_stateMutex; // guards the pointer; the state has its own mutex
+    std::shared_ptr<EncodeWorkerState> m_state;
+    std::thread m_worker;
+};

@@ -1,0 +1,49 @@
+#pragma once
+
+// The numbers of the output side's recovery policy, in one place.
+
+#include <QtGlobal>
+
+#include <algorithm>
+
+namespace selvane::reconnect {
+
+// After a write failure the first reopen comes quickly; after a failed reopen the waits double
+// from one second. Both are capped at 90 s, and retries never give up while the output runs.
+inline constexpr qint64 kWriteFailureBaseMs = 400;
+inline constexpr int kWriteFailureMaxDoublings = 8;
+inline constexpr qint64 kReopenBaseMs = 500;
+inline constexpr int kReopenMaxDoublings = 10;
+inline constexpr qint64 kMaxDelayMs = 90000;
+
+inline qint64 afterWriteFailureMs(int attempt)
+{
+    return std::min(kWriteFailureBaseMs << std::min(attempt, kWriteFailureMaxDoublings), kMaxDelayMs);
+}
+
+inline qint64 afterFailedReopenMs(int attempt)
+{
+    return std::min(kReopenBaseMs << std::min(attempt, kReopenMaxDoublings), kMaxDelayMs);
+}
+
+// I/O time-outs of a stream target, in microseconds.
+inline constexpr const char *kFirstConnectTimeoutUs = "5000000";
+inline constexpr const char *kReconnectTimeoutUs = "3000000";
+
+// A stream target's queue is reset when a packet arrives while it holds this many.
+inline constexpr std::size_t kQueueResetPackets = 96;
+
+// A recording that cannot be written for this long stops the outputs (transport failure).
+inline constexpr qint64 kFileFailureTransportMs = 5000;
+
+// Closing waits for network workers in slices, warning once after five seconds.
+inline constexpr int kCloseSliceMs = 100;
+inline constexpr int kCloseWarnAfterMs = 5000;
+
+// Log throttling: the first N occurrences, then every M-th.
+inline bool shouldLog(qint64 count, qint64 firstN, qint64 everyM)
+{
+    return count <= firstN || (everyM > 0 && count % everyM == 0);
+}
+
+} // namespace selvane::reconnect

@@ -1,0 +1,269 @@
+// The text overlay record and its JSON object, the overlay registry (limits, image loads with
+// generations, anything-to-draw, scroll clock, doodle picture) and the command-line overlay specs.
+
+#include "compose/OverlayManager.h"
+#include "compose/OverlaySpecs.h"
+#include "compose/TextOverlayData.h"
+
+#include <QJsonDocument>
+#include <QTemporaryDir>
+#include <QThreadPool>
+#include <QtTest>
+
+namespace {
+
+QString savedImage(const QTemporaryDir &dir, const QString &name, QColor color)
+{
+    QImage image(32, 16, QImage::Format_RGB32);
+    image.fill(color);
+    image.save(dir.filePath(name));
+    return dir.filePath(name);
+}
+
+MediaOverlayRecord media(int id, int kind, const QString &path, QRectF rect = {10, 10, 100, 50})
+{
+    return MediaOverlayRecord{id, kind, path, rect, true, 1.0};
+}
+
+TextOverlayData text(int id, const QString &words)
+{
+    TextOverlayData data;
+    data.id = id;
+    data.text = words;
+    return data;
+}
+
+// Every load started so far has posted its result; deliver those queued commits.
+void finishImageLoads()
+{
+    QThreadPool::globalInstance()->waitForDone();
+    QCoreApplication::processEvents();
+}
+
+} // namespace
+
+class TestOverlays : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void textRecordJson()
+    {
+        // A "textData" object as an arrangement file holds it, every field away from its default.
+        const QJsonObject styled = QJsonDocument::fromJson(R"({
+            "enabled": false, "text": "Breaking\nnews", "fontFamily": "DejaVu Sans",
+            "fontPointSize": 44, "bold": true, "italic": true, "underline": true,
+            "strikeOut": true, "fontColor": {"rgba": 67174915}, "posX": 0.25, "posY": 0.75,
+            "zIndex": 7, "opacity": 128, "backgroundEnabled": true,
+            "backgroundColor": {"rgba": 2164195328}, "backgroundPadding": 9, "outline": true,
+            "outlineColor": {"rgba": 4281611334}, "outlineWidth": 4, "shadow": true,
+            "shadowColor": {"rgba": 7}, "shadowOffsetX": -3, "shadowOffsetY": 5,
+            "scrollable": true, "scrollDirection": 1, "scrollStep": 17, "scrollTimes": 42,
+            "scrollViewportWidth": 320.5, "scrollViewportHeight": 48})")
+                                       .object();
+        QCOMPARE(styled.size(), 29);
+        const TextOverlayData read = TextOverlayData::fromJson(styled, 3);
+        QCOMPARE(read.toJson(), styled); // every key read and written under its own name
+        QCOMPARE(read.backgroundColor, QColor(255, 0, 0, 128));
+        QCOMPARE(read.fontColor, QColor(1, 2, 3, 4));
+        QVERIFY(read.isScrolling() && !read.isDrawable()); // disabled
+
+        // Missing keys take the defaults of a new record: enabled, not scrolling, 12 scene units
+        // from the top-left corner.
+        TextOverlayData expected;
+        expected.text = QStringLiteral("hi");
+        const TextOverlayData sparse = TextOverlayData::fromJson({{"text", "hi"}}, 3);
+        QCOMPARE(sparse, expected);
+        QVERIFY(sparse.isDrawable() && !sparse.isScrolling());
+        QCOMPARE(QPointF(sparse.posX * 640, sparse.posY * 360), QPointF(12, 12));
+
+        QCOMPARE(textColorFromJson(QJsonValue("green")), QColor(0, 0x80, 0)); // the SVG name
+        QCOMPARE(textColorFromJson(QJsonValue(4278190335.0)), QColor(Qt::white));
+        QCOMPARE(textColorFromJson(QJsonValue(true)), QColor(Qt::white));
+        QCOMPARE(textColorFromJson(QJsonValue("no such colour")), QColor(Qt::white));
+
+        TextOverlayData scroll;
+        scroll.scrollStep = 1;
+        QCOMPARE(scroll.scrollPixelsPerSecond(), 20.0);
+        scroll.scrollStep = 2;
+        QCOMPARE(scroll.scrollPixelsPerSecond(), 40.0);
+        scroll.scrollTimes = 0;
+        QCOMPARE(scroll.effectivePasses(), 1);
+    }
+
+    void listLimitsAndSignalOrder()
+    {
+        QTemporaryDir dir;
+        OverlayManager overlays;
+        QStringList emitted;
+        connect(&overlays, &OverlayManager::textOverlaysChanged, [&] { emitted << "text"; });
+        connect(&overlays, &OverlayManager::mediaOverlaysChanged, [&] { emitted << "media"; });
+        connect(&overlays, &OverlayManager::overlayLayoutChanged, [&] { emitted << "layout"; });
+        connect(&overlays, &OverlayManager::overlayChanged, [&] { emitted << "any"; });
+        for (int id = 0; id < 10; ++id)
+            overlays.setTextOverlay(text(id, QString::number(id)));
+        QCOMPARE(emitted.mid(0, 2), QStringList({"text", "any"}));
+        QTest::ignoreMessage(QtWarningMsg, "OverlayManager: max 10 text overlays "
+                                           "— ignoring id 10");
+        overlays.setTextOverlay(text(10, "eleventh"));
+        QVERIFY(!overlays.textOverlay(10));
+        overlays.setTextOverlay(text(3, "updated"));
+        overlays.setTextOverlay(text(-1, "unregistered"));
+        QCOMPARE(overlays.textOverlays().size(), 10);
+        QCOMPARE(overlays.textOverlays().at(3).text, QStringLiteral("updated")); // in place
+
+        const QString png = savedImage(dir, "a.png", Qt::red);
+        overlays.setMediaOverlay(media(1, MediaOverlayRecord::StillImage, png));
+        overlays.setMediaOverlay(media(2, MediaOverlayRecord::OverlayVideo, "v.mp4"));
+        overlays.setMediaOverlay(media(3, MediaOverlayRecord::OverlayVideo, "w.mp4"));
+        overlays.setMediaOverlay(media(4, MediaOverlayRecord::StillImage, png));
+        for (int kind : {0, 1}) {
+            QTest::ignoreMessage(QtWarningMsg, "OverlayManager: media overlay limit reached: 4");
+            overlays.setMediaOverlay(media(5, kind, "fifth"));
+        }
+        QCOMPARE(overlays.mediaOverlays().size(), 4);
+        emitted.clear();
+        overlays.setMediaOverlay(media(2, 1, "v.mp4", {0, 0, 64, 36}));
+        QCOMPARE(emitted, QStringList({"media", "layout", "any"}));
+        emitted.clear();
+        overlays.setMediaOverlay(MediaOverlayRecord{2, 1, "v.mp4", {0, 0, 64, 36}, true, 0.5});
+        QCOMPARE(emitted, QStringList({"media", "any"})); // no placement change
+        QCOMPARE(overlays.mediaOverlays().at(1).opacity, 0.5);
+        finishImageLoads();
+    }
+
+    void imageLoadsCommitByGeneration()
+    {
+        QTemporaryDir dir;
+        const QString red = savedImage(dir, "red.png", Qt::red);
+        const QString blue = savedImage(dir, "blue.png", Qt::blue);
+        QImage green(4, 4, QImage::Format_RGB32);
+        green.fill(Qt::green);
+        OverlayManager overlays;
+        // Two quick path changes: only the second file reaches the cache.
+        overlays.setMediaOverlay(media(1, MediaOverlayRecord::StillImage, red));
+        overlays.setMediaOverlay(media(1, MediaOverlayRecord::StillImage, blue));
+        QCOMPARE(overlays.imageLoadGeneration(1), 2);
+        finishImageLoads();
+        QCOMPARE(overlays.overlayImage(1).pixelColor(0, 0), QColor(Qt::blue));
+        // A stale generation, another path or a null image are dropped; the matching commit is
+        // stored and announced.
+        overlays.tryCommitImageOverlayCache(1, blue, 1, green);
+        overlays.tryCommitImageOverlayCache(1, red, 2, green);
+        overlays.tryCommitImageOverlayCache(1, blue, 2, QImage());
+        QCOMPARE(overlays.overlayImage(1).pixelColor(0, 0), QColor(Qt::blue));
+        QSignalSpy changed(&overlays, &OverlayManager::overlayChanged);
+        overlays.tryCommitImageOverlayCache(1, blue, 2, green);
+        QCOMPARE(overlays.overlayImage(1).pixelColor(0, 0), QColor(Qt::green));
+        QCOMPARE(changed.size(), 1);
+
+        // A load for a removed overlay completes into nothing.
+        overlays.setMediaOverlay(media(2, MediaOverlayRecord::StillImage, red));
+        overlays.removeMediaOverlay(2);
+        finishImageLoads();
+        overlays.tryCommitImageOverlayCache(2, red, overlays.imageLoadGeneration(2), green);
+        QVERIFY(overlays.overlayImage(2).isNull());
+        // A video record has no load (generation -1): only its kind rejects the commit.
+        overlays.setMediaOverlay(media(3, MediaOverlayRecord::OverlayVideo, red));
+        overlays.tryCommitImageOverlayCache(3, red, -1, green);
+        QVERIFY(overlays.overlayImage(3).isNull());
+
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^OverlayManager: cannot load"));
+        overlays.setMediaOverlay(media(1, MediaOverlayRecord::StillImage, dir.filePath("none")));
+        finishImageLoads();
+        QVERIFY(overlays.overlayImage(1).isNull()); // the old picture went with the old path
+        QVERIFY(!overlays.hasAnythingToDraw());
+    }
+
+    void anythingToDrawAndCount()
+    {
+        OverlayManager overlays;
+        QVERIFY(!overlays.hasAnythingToDraw());
+        TextOverlayData disabled = text(1, "off");
+        disabled.enabled = false;
+        overlays.setTextOverlay(disabled);
+        overlays.setTextOverlay(text(2, QString()));
+        QImage frame(8, 8, QImage::Format_RGBA8888);
+        frame.fill(Qt::white);
+        overlays.setMediaOverlay(MediaOverlayRecord{5, 1, "v.mp4", {0, 0, 9, 9}, false, 1.0});
+        overlays.setOverlayVideoPicture(5, frame);
+        overlays.setMediaOverlay(media(6, MediaOverlayRecord::OverlayVideo, "w.mp4"));
+        overlays.setDoodleVisible(false);
+        overlays.setDoodleLayer({DoodleStroke{Qt::red, 2, {{1, 1}, {5, 5}}}});
+        QVERIFY(!overlays.hasAnythingToDraw());
+        QCOMPARE(overlays.overlayCount(), 0);
+
+        overlays.setTextOverlay(text(1, "on"));
+        QVERIFY(overlays.hasAnythingToDraw());
+        overlays.setOverlayVideoPicture(6, frame);
+        overlays.setDoodleVisible(true);
+        QCOMPARE(overlays.overlayCount(), 3);
+        overlays.forgetOverlayVideo(6);
+        overlays.clearDoodleLayer();
+        overlays.clearTextOverlays();
+        QVERIFY(!overlays.hasAnythingToDraw());
+    }
+
+    void scrollClockAndDoodlePicture()
+    {
+        qint64 nowUs = 1000;
+        OverlayManager overlays;
+        overlays.setClock([&] { return nowUs; });
+        TextOverlayData ticker = text(4, "ticker");
+        ticker.scrollable = true;
+        ticker.scrollDirection = TextOverlayData::ScrollRightToLeft;
+        overlays.setTextOverlay(ticker);
+        nowUs += 2500000;
+        QCOMPARE(overlays.textScrollElapsedUs(4), 2500000);
+        ticker.fontColor = Qt::yellow; // restyling keeps the ticker where it is
+        overlays.setTextOverlay(ticker);
+        QCOMPARE(overlays.textScrollElapsedUs(4), 2500000);
+        ticker.text = QStringLiteral("new words");
+        overlays.setTextOverlay(ticker);
+        nowUs += 40;
+        QCOMPARE(overlays.textScrollElapsedUs(4), 40);
+
+        // A stroke across the middle of the scene, 4 scene units thick: 8 px at 720p, 12 at 1080p.
+        overlays.setOutputSize(QSize(1280, 720));
+        overlays.setDoodleLayer({DoodleStroke{QColor(255, 0, 255), 4, {{20, 180}, {620, 180}}}});
+        QImage picture = overlays.doodlePicture();
+        QCOMPARE(picture.size(), QSize(1280, 720));
+        QCOMPARE(picture.pixelColor(640, 363), QColor(255, 0, 255));
+        QCOMPARE(picture.pixelColor(640, 355).alpha(), 0);
+        overlays.setOutputSize(QSize(1920, 1080));
+        QCOMPARE(overlays.doodlePicture().pixelColor(960, 545), QColor(255, 0, 255));
+        overlays.setDoodleVisible(false);
+        QVERIFY(overlays.doodlePicture().isNull());
+    }
+
+    void commandLineSpecs()
+    {
+        MediaOverlayRecord record;
+        QString error;
+        QVERIFY(selvane::parseMediaOverlaySpec(
+            "/m/a@b.png@ -10, 2.5 ,64,36", MediaOverlayRecord::OverlayVideo, 7, &record, &error));
+        QCOMPARE(record.filePath, QStringLiteral("/m/a@b.png")); // the last '@' separates
+        QCOMPARE(record.rect, QRectF(-10, 2.5, 64, 36));
+        QCOMPARE(record.kind, 1);
+        QCOMPARE(record.id, 7);
+        for (const char *bad : {"/m/logo.png", "@1,2,3,4", "a.png@1,two,3,4", "a.png@1,2,3",
+                                "a.png@1,2,0,4", "a.png@1,2,3,-4", "a.png@inf,2,3,4"}) {
+            error.clear();
+            QVERIFY2(!selvane::parseMediaOverlaySpec(bad, MediaOverlayRecord::StillImage, 1,
+                                                     &record, &error),
+                     bad);
+            QVERIFY(error.contains(QLatin1String(bad)));
+        }
+
+        TextOverlayData ticker;
+        QVERIFY(!selvane::parseTextOverlaySpec("   ", 1, &ticker, &error));
+        QVERIFY(selvane::parseTextOverlaySpec("Live from the hall", 2, &ticker, &error));
+        QVERIFY(ticker.isDrawable() && ticker.isScrolling() && ticker.backgroundEnabled);
+        QCOMPARE(ticker.scrollDirection, int(TextOverlayData::ScrollRightToLeft));
+        QCOMPARE(ticker.id, 2);
+        QVERIFY(ticker.posX == 0.0 && ticker.posY > 0.5 && ticker.posY < 1.0); // a bottom band
+    }
+};
+
+QTEST_GUILESS_MAIN(TestOverlays)
+#include "test_overlays.moc"

@@ -1,5 +1,7 @@
 #include "app/CommandLine.h"
 
+#include "compose/OverlaySpecs.h"
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
@@ -32,6 +34,14 @@ void configureCommandLine(QCommandLineParser &parser)
     parser.addOption({"gain", tr("Program bus gain for recording and streaming, in percent "
                                  "(default 100)."),
                       "PERCENT"});
+    parser.addOption({"text", tr("Show a scrolling ticker with these words. Repeatable."), "TEXT"});
+    parser.addOption({"image",
+                      tr("Show a picture in the rectangle x,y,w,h of the 640x360 scene. Repeatable."),
+                      "PATH@x,y,w,h"});
+    parser.addOption({"video",
+                      tr("Play a video (looping) in the rectangle x,y,w,h of the 640x360 scene. "
+                         "Repeatable."),
+                      "PATH@x,y,w,h"});
     parser.addOption({"record", tr("Record the program to this file (MP4, MKV, MOV, TS ...)."),
                       "PATH"});
     parser.addOption({"segment-minutes",
@@ -225,6 +235,32 @@ bool readAudioOptions(const QCommandLineParser &parser, HeadlessOptions *options
     return true;
 }
 
+bool readOverlayOptions(const QCommandLineParser &parser, HeadlessOptions *options, QString *error)
+{
+    int textId = 1;
+    for (const QString &words : parser.values("text")) {
+        TextOverlayData overlay;
+        if (!parseTextOverlaySpec(words, textId++, &overlay, error))
+            return false;
+        options->texts << overlay;
+    }
+    int mediaId = 1;
+    for (const auto &[name, kind] : {std::pair{"image", MediaOverlayRecord::StillImage},
+                                     std::pair{"video", MediaOverlayRecord::OverlayVideo}}) {
+        for (const QString &spec : parser.values(name)) {
+            MediaOverlayRecord record;
+            if (!parseMediaOverlaySpec(spec, kind, mediaId++, &record, error))
+                return false;
+            options->media << record;
+        }
+    }
+    if (options->media.size() > OverlayManager::kMaxMediaOverlays) {
+        *error = tr("at most %1 image and video overlays").arg(OverlayManager::kMaxMediaOverlays);
+        return false;
+    }
+    return true;
+}
+
 } // namespace
 
 bool readHeadlessOptions(const QCommandLineParser &parser, HeadlessOptions *options,
@@ -263,7 +299,8 @@ bool readHeadlessOptions(const QCommandLineParser &parser, HeadlessOptions *opti
             return false;
         }
     }
-    if (!readOutputOptions(parser, options, error) || !readAudioOptions(parser, options, error))
+    if (!readOutputOptions(parser, options, error) || !readAudioOptions(parser, options, error) ||
+        !readOverlayOptions(parser, options, error))
         return false;
     if (options->channels.isEmpty()) {
         *error = tr("--headless needs at least one --channel");

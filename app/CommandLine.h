@@ -3,6 +3,8 @@
 // The command line shared by both faces. Without options the mixer window opens; --headless
 // runs the same engine without a window (see HeadlessRunner).
 
+#include "compose/OverlayManager.h"
+#include "compose/TextOverlayData.h"
 #include "output/EncoderSettings.h"
 
 #include <QMap>
@@ -32,6 +34,10 @@ struct HeadlessOptions
     QMap<int, double> channelVolumes;
     double programVolume = 1.0;
     double programGainPercent = 100.0;
+
+    // Overlays drawn over the program.
+    QList<TextOverlayData> texts;
+    QList<MediaOverlayRecord> media;
 
     // Outputs: started when a recording or a stream target is given.
     EncoderSettings output;

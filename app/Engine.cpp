@@ -4,6 +4,7 @@
 #include "compose/FramePipeline.h"
 #include "compose/FrameToken.h"
 #include "compose/OverlayManager.h"
+#include "compose/TextOverlayData.h"
 
 #include <QDebug>
 #include <QImage>
@@ -74,4 +75,5 @@ void registerEngineMetaTypes()
 {
     qRegisterMetaType<FrameTokenPtr>("FrameTokenPtr");
     qRegisterMetaType<QImage>("QImage");
+    registerTextOverlayMetaType();
 }

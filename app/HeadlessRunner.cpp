@@ -4,6 +4,7 @@
 #include "app/LogSink.h"
 #include "audio/PreviewAudioMixer.h"
 #include "compose/FramePipeline.h"
+#include "compose/OverlayManager.h"
 #include "input/FFmpegVideoDecoder.h"
 #include "output/OutputRouter.h"
 
@@ -117,6 +118,17 @@ int HeadlessRunner::run()
                                                m_options.outputSize.width(),
                                                m_options.outputSize.height());
     pipeline->setOutputSettings(m_options.output);
+    for (const TextOverlayData &text : m_options.texts)
+        m_engine->overlays()->setTextOverlay(text);
+    for (const MediaOverlayRecord &record : m_options.media) {
+        m_engine->overlays()->setMediaOverlay(record);
+        if (record.kind == MediaOverlayRecord::OverlayVideo) {
+            pipeline->registerOverlayVideo(record.id, record.filePath);
+            if (FFmpegVideoDecoder *decoder =
+                    pipeline->overlayDecoder(pipeline->overlaySlotOf(record.id)))
+                decoder->setLoop(true);
+        }
+    }
     for (int i = 0; i < m_options.output.streamTargets.size(); ++i)
         m_targetStatus << "connecting";
     pipeline->setBaseChannel(m_options.baseChannel);

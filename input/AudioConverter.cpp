@@ -35,6 +35,7 @@ bool AudioConverter::ensureResampler(const AVFrame *frame, const AVCodecContext 
     int err = swr_alloc_set_opts2(&raw, &outLayout, AV_SAMPLE_FMT_S16, kMixerSampleRate,
                                   &inLayout, static_cast<AVSampleFormat>(frame->format),
                                   frame->sample_rate, 0, nullptr);
+    const int inChannels = inLayout.nb_channels;
     av_channel_layout_uninit(&inLayout);
     av_channel_layout_uninit(&outLayout);
     if (err < 0 || !raw) {
@@ -42,6 +43,12 @@ bool AudioConverter::ensureResampler(const AVFrame *frame, const AVCodecContext 
         return false;
     }
     m_swr.reset(raw);
+    // A mono source (a microphone, a test tone) plays at full level on both sides rather than as
+    // a centre channel 3 dB down.
+    if (inChannels == 1) {
+        const double unity[2] = {1.0, 1.0}; // each output channel takes the mono signal whole
+        swr_set_matrix(m_swr.get(), unity, 1);
+    }
     if (swr_init(m_swr.get()) < 0) {
         m_swr.reset();
         return false;

@@ -165,6 +165,8 @@ void FfmpegEncoderSink::openAudio(bool globalHeader)
     m_audioFrame = std::move(frame);
     m_audioPending.clear();
     m_nextAudioPts = AV_NOPTS_VALUE;
+    m_audioAligned = false;
+    m_pendingStartUs = 0;
 }
 
 bool FfmpegEncoderSink::cacheStreamParameters()
@@ -426,6 +428,8 @@ int FfmpegEncoderSink::pushVideoFrame(FrameTokenPtr frame, qint64 ptsUs)
     m_videoFrame->pts = pts;
     m_lastVideoPts = pts;
     encodeAndDistribute(m_videoCodec.get(), m_videoFrame.get(), true);
+    if (!m_audioAligned && m_audioCodec)
+        alignAudioTo(av_rescale_q(pts, base, AVRational{1, 1000000}));
     return 0;
 }
 
@@ -433,9 +437,35 @@ void FfmpegEncoderSink::pushAudio(const std::int16_t *samples, int frames, qint6
 {
     if (!m_open || !m_audioCodec || frames <= 0)
         return;
-    if (m_nextAudioPts == AV_NOPTS_VALUE)
-        m_nextAudioPts = av_rescale(ptsUs, kAacSampleRate, 1000000);
+    if (m_audioPending.empty() && !m_audioAligned)
+        m_pendingStartUs = ptsUs;
     m_audioPending.insert(m_audioPending.end(), samples, samples + std::size_t(frames) * 2);
+    if (!m_audioAligned) {
+        // Until the first picture is encoded, keep only the latest second of sound.
+        const std::size_t keep = std::size_t(kAacSampleRate) * 2;
+        if (m_audioPending.size() > keep) {
+            const std::size_t drop = m_audioPending.size() - keep;
+            m_audioPending.erase(m_audioPending.begin(), m_audioPending.begin() + std::ptrdiff_t(drop));
+            m_pendingStartUs += qint64(drop / 2) * 1000000 / kAacSampleRate;
+        }
+        return;
+    }
+    encodeAudioFrames();
+}
+
+void FfmpegEncoderSink::alignAudioTo(qint64 videoStartUs)
+{
+    // The sound starts exactly with the first picture: containers that start every track at
+    // zero would otherwise shift one against the other by the difference.
+    const qint64 offsetFrames = (videoStartUs - m_pendingStartUs) * kAacSampleRate / 1000000;
+    if (offsetFrames > 0) {
+        const std::size_t drop = std::min(m_audioPending.size(), std::size_t(offsetFrames) * 2);
+        m_audioPending.erase(m_audioPending.begin(), m_audioPending.begin() + std::ptrdiff_t(drop));
+    } else if (offsetFrames < 0 && !m_audioPending.empty()) {
+        m_audioPending.insert(m_audioPending.begin(), std::size_t(-offsetFrames) * 2, 0);
+    }
+    m_nextAudioPts = av_rescale(videoStartUs, kAacSampleRate, 1000000);
+    m_audioAligned = true;
     encodeAudioFrames();
 }
 

@@ -74,6 +74,7 @@ private:
     void convertInto(const FrameToken &frame);
     void encodeAndDistribute(AVCodecContext *codec, AVFrame *frame, bool video);
     void encodeAudioFrames();
+    void alignAudioTo(qint64 videoStartUs);
 
     EncoderSettings m_settings;
     StatusCallback m_status;
@@ -97,6 +98,8 @@ private:
     ffsupport::FramePtr m_audioFrame;
     std::vector<std::int16_t> m_audioPending; // interleaved, not yet a full encoder frame
     int64_t m_nextAudioPts = AV_NOPTS_VALUE;
+    bool m_audioAligned = false; // the sound's timeline is anchored to the first picture
+    qint64 m_pendingStartUs = 0; // program time of the first pending sample before that
 
     ffsupport::PacketPtr m_packet;
     std::shared_ptr<selvane::EncodedStreams> m_streams;

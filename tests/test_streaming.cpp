@@ -1,0 +1,229 @@
+// A recording and two RTMP targets on a real nginx-rtmp server at once: both streams readable,
+// the server killed and restarted (reconnecting, then online again, with the 1 s, 2 s, 4 s
+// backoff, and no gap in the recording), and a receiver that stops reading (congested, while
+// the file and the other target keep every frame). The program comes from a lavfi channel.
+
+#include "MediaFixtures.h"
+#include "OutputProbe.h"
+#include "RtmpServer.h"
+#include "app/Engine.h"
+#include "compose/FramePipeline.h"
+#include "output/OutputRouter.h"
+
+#include <QElapsedTimer>
+#include <QtTest>
+
+#include <csignal>
+
+using namespace testsupport;
+
+namespace {
+
+const QString kSignal = "lavfi://testsrc2=size=640x360:rate=30[out0];sine=frequency=1000[out1]";
+
+struct StatusEvent
+{
+    qint64 ms;
+    int index;
+    QString word;
+};
+
+// Pull a live stream from the server for a moment and report what ffprobe sees.
+QByteArray probeStream(const QString &url)
+{
+    QProcess probe;
+    probe.setProcessChannelMode(QProcess::MergedChannels);
+    // FLV announces its streams with their first packets: analyse long enough to see a picture.
+    probe.start("ffprobe", {"-v", "error", "-rw_timeout", "5000000", "-analyzeduration", "10000000",
+                            "-probesize", "20000000", "-show_entries", "stream=codec_name",
+                            "-of", "csv=p=0", url});
+    // The event loop keeps running meanwhile: program pictures are composed on this thread.
+    QElapsedTimer waited;
+    waited.start();
+    while (probe.state() != QProcess::NotRunning && waited.elapsed() < 20000)
+        QTest::qWait(50);
+    if (probe.state() != QProcess::NotRunning) {
+        probe.kill();
+        probe.waitForFinished(2000);
+        return "timeout";
+    }
+    return probe.readAll();
+}
+
+#define VERIFY_STREAM_READABLE(url)                                                            \
+    do {                                                                                       \
+        const QByteArray seen = probeStream(url);                                              \
+        QVERIFY2(seen.contains("h264") && seen.contains("aac"), seen.constData());            \
+    } while (false)
+
+} // namespace
+
+class TestStreaming : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+
+private slots:
+    void initTestCase() { registerEngineMetaTypes(); }
+
+    void recordingAndTwoTargetsSurviveAServerRestart()
+    {
+        RtmpServer server;
+        QVERIFY2(server.start(), server.errorLog().constData());
+        Engine engine;
+        FramePipeline *pipeline = engine.pipeline();
+        engine.startAudio();
+        QElapsedTimer clock;
+        clock.start();
+        QList<StatusEvent> events;
+        connect(pipeline, &FramePipeline::programStreamStatusChanged, this,
+                [&](int index, const QString &word) { events.append({clock.elapsed(), index, word}); });
+        EncoderSettings settings;
+        settings.fileEnabled = true;
+        settings.filePath = QDir(m_dir.path()).filePath("restart.mp4");
+        settings.streamTargets << StreamTarget{server.url("a"), "flv"} << StreamTarget{server.url("b"), "flv"};
+        settings.qualityPreset = EncoderSettings::Performance;
+        pipeline->setOutputSettings(settings);
+        pipeline->setChannelSource(0, kSignal);
+        QTRY_COMPARE(pipeline->effectiveOutputSize(), QSize(640, 360));
+        QVERIFY(pipeline->startOutputs());
+        const qint64 startedMs = clock.elapsed();
+        const auto online = [&](int index) {
+            for (auto it = events.crbegin(); it != events.crend(); ++it)
+                if (it->index == index)
+                    return it->word == "online";
+            return false;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(online(0) && online(1), 10000);
+        QTest::qWait(2000);
+        VERIFY_STREAM_READABLE(server.url("a"));
+        VERIFY_STREAM_READABLE(server.url("b"));
+
+        // The server dies; it comes back on the same port five seconds later.
+        server.stop();
+        const qint64 killedMs = clock.elapsed();
+        QTest::qWait(5000);
+        QVERIFY(server.start(server.port()));
+        QTRY_VERIFY_WITH_TIMEOUT(online(0) && online(1), 15000);
+        QTest::qWait(1500);
+        VERIFY_STREAM_READABLE(server.url("a"));
+
+        QSignalSpy stopped(pipeline, &FramePipeline::programOutputStopped);
+        const qint64 stopMs = clock.elapsed();
+        pipeline->stopOutputsAsync();
+        QTRY_COMPARE_WITH_TIMEOUT(stopped.count(), 1, 15000);
+
+        for (int index = 0; index < 2; ++index) {
+            QList<qint64> reconnecting;
+            qint64 backOnline = -1;
+            for (const StatusEvent &e : events) {
+                if (e.index != index || e.ms < killedMs)
+                    continue;
+                if (e.word == "reconnecting")
+                    reconnecting << e.ms;
+                else if (e.word == "online" && backOnline < 0)
+                    backOnline = e.ms;
+            }
+            QVERIFY2(reconnecting.size() >= 3, qPrintable(QString::number(reconnecting.size())));
+            QVERIFY(backOnline > reconnecting.last());
+            // After the write failure: a quick first reopen, then waits of 1 s and 2 s between
+            // failed reopens, and 4 s before the one that succeeds.
+            const qint64 gap1 = reconnecting[2] - reconnecting[1];
+            const qint64 gap2 = reconnecting[3 < reconnecting.size() ? 3 : 2] - reconnecting[2];
+            qInfo("target %d: reconnecting at +%lld ms after the kill, waits %lld, %lld ms, online again after %lld ms",
+                  index, reconnecting[0] - killedMs, gap1, gap2, backOnline - reconnecting.last());
+            QVERIFY2(std::abs(gap1 - 1000) < 400, QByteArray::number(gap1));
+            if (reconnecting.size() >= 4) {
+                QVERIFY2(std::abs(gap2 - 2000) < 400, QByteArray::number(gap2));
+                QVERIFY2(std::abs((backOnline - reconnecting.last()) - 4000) < 600,
+                         QByteArray::number(backOnline - reconnecting.last()));
+            }
+        }
+
+        // The recording went on through all of it: as many pictures as wall time allows.
+        const ProbedFile probed = probeFile(settings.filePath);
+        QVERIFY2(probed.ok, probed.errors.constData());
+        const double wallSeconds = (stopMs - startedMs) / 1000.0;
+        const qint64 frames = probed.stream("h264")->frames;
+        qInfo("recording: %lld frames for %.2f s of output", frames, wallSeconds);
+        QVERIFY2(std::abs(frames - wallSeconds * 30) <= 6, QByteArray::number(frames));
+        QVERIFY(probed.stream("aac"));
+    }
+
+    void receiverThatStopsReadingIsCongestedAlone()
+    {
+        RtmpServer server;
+        QVERIFY(server.start());
+        // The second target is a single-session receiver that will stop reading.
+        const quint16 port = freeTcpPort();
+        const QString receiverUrl = QStringLiteral("rtmp://127.0.0.1:%1/live/stuck").arg(port);
+        QProcess receiver;
+        receiver.start("ffmpeg", {"-hide_banner", "-loglevel", "error", "-listen", "1", "-f", "flv",
+                                  "-i", receiverUrl, "-c", "copy", "-f", "null", "-"});
+        QVERIFY(receiver.waitForStarted());
+        QTest::qWait(500);
+
+        Engine engine;
+        FramePipeline *pipeline = engine.pipeline();
+        engine.startAudio();
+        QList<StatusEvent> events;
+        connect(pipeline, &FramePipeline::programStreamStatusChanged, this,
+                [&](int index, const QString &word) { events.append({0, index, word}); });
+        EncoderSettings settings;
+        settings.fileEnabled = true;
+        settings.filePath = QDir(m_dir.path()).filePath("congested.mp4");
+        settings.streamTargets << StreamTarget{server.url("fine"), "flv"}
+                               << StreamTarget{receiverUrl, "flv"};
+        settings.qualityPreset = EncoderSettings::Performance;
+        settings.bitrateKbps = 4000;
+        pipeline->setOutputSettings(settings);
+        pipeline->setChannelSource(0, kSignal);
+        QTRY_COMPARE(pipeline->effectiveOutputSize(), QSize(640, 360));
+        QVERIFY(pipeline->startOutputs());
+        QTRY_VERIFY_WITH_TIMEOUT(events.size() >= 4, 10000); // both connecting and online
+        QTest::qWait(1000);
+        ::kill(pid_t(receiver.processId()), SIGSTOP);
+        const auto sawCongested = [&] {
+            for (const StatusEvent &e : events)
+                if (e.index == 1 && e.word == "congested")
+                    return true;
+            return false;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(sawCongested(), 15000);
+        QTest::qWait(1000);
+        const auto counts = pipeline->outputRouter()->destinationCounts();
+        qint64 filePackets = -1;
+        qint64 finePackets = -1;
+        qint64 fineResets = -1;
+        qint64 stuckResets = -1;
+        for (const auto &[index, c] : counts) {
+            if (index == -1)
+                filePackets = c.first;
+            if (index == 0) {
+                finePackets = c.first;
+                fineResets = c.second;
+            }
+            if (index == 1)
+                stuckResets = c.second;
+        }
+        qInfo("file %lld packets, healthy target %lld packets (%lld resets), stuck target %lld resets",
+              filePackets, finePackets, fineResets, stuckResets);
+        QCOMPARE(fineResets, 0);
+        QVERIFY(stuckResets >= 1);
+        // The healthy target carries the same packets as the file (a few may be in flight).
+        QVERIFY2(std::abs(filePackets - finePackets) <= 12, QByteArray::number(finePackets));
+        for (const StatusEvent &e : events)
+            QVERIFY2(!(e.index == 0 && e.word == "congested"), "the healthy target was congested");
+
+        QSignalSpy stopped(pipeline, &FramePipeline::programOutputStopped);
+        pipeline->stopOutputsAsync();
+        QTRY_COMPARE_WITH_TIMEOUT(stopped.count(), 1, 20000);
+        ::kill(pid_t(receiver.processId()), SIGCONT);
+        receiver.kill();
+        receiver.waitForFinished(3000);
+    }
+};
+
+QTEST_MAIN(TestStreaming)
+#include "test_streaming.moc"

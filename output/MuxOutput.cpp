@@ -21,6 +21,7 @@ namespace rc = reconnect;
 namespace {
 
 constexpr auto kTrailerGrace = std::chrono::seconds(2);
+constexpr std::size_t kMaxEarlyAudioPackets = 256; // about five seconds of AAC
 
 int interruptOnStop(void *opaque) { return static_cast<MuxOutput *>(opaque)->shouldInterrupt() ? 1 : 0; }
 
@@ -249,6 +250,7 @@ bool MuxOutput::openContext(const QString &url, bool reconnectTimeout)
         avio_flush(context->pb);
     m_context = context;
     m_segmentBytes = 0;
+    m_earlyAudio.clear();
     m_openedUrl = url;
     m_offsetUs = -1;
     m_everOpened = true;
@@ -293,11 +295,21 @@ int MuxOutput::writePacket(AVPacket *packet, bool video)
         packet->dts = packet->pts;
     if (packet->pts == AV_NOPTS_VALUE)
         packet->pts = packet->dts;
-    // Every output starts at a video keyframe near time zero.
+    // Every output starts at a video keyframe near time zero. The encoder may hand out sound
+    // before that picture (pictures take longer to encode): such sound waits, and what belongs
+    // after the keyframe is written once it is known.
+    bool flushEarlyAudio = false;
     if (m_offsetUs < 0) {
-        if (!video || !(packet->flags & AV_PKT_FLAG_KEY))
+        if (!video) {
+            if (m_earlyAudio.size() >= kMaxEarlyAudioPackets)
+                m_earlyAudio.pop_front();
+            m_earlyAudio.emplace_back(av_packet_clone(packet));
+            return 0;
+        }
+        if (!(packet->flags & AV_PKT_FLAG_KEY))
             return 0;
         m_offsetUs = av_rescale_q(packet->pts, encoderBase, AV_TIME_BASE_Q);
+        flushEarlyAudio = true;
     }
     const int64_t offset = av_rescale_q(m_offsetUs, AV_TIME_BASE_Q, encoderBase);
     packet->pts -= offset;
@@ -310,7 +322,14 @@ int MuxOutput::writePacket(AVPacket *packet, bool video)
     av_packet_rescale_ts(packet, encoderBase, m_context->streams[index]->time_base);
     const bool keyframe = video && (packet->flags & AV_PKT_FLAG_KEY);
     m_segmentBytes += packet->size;
-    const int err = av_interleaved_write_frame(m_context, packet);
+    int err = av_interleaved_write_frame(m_context, packet);
+    if (flushEarlyAudio) {
+        std::deque<ffsupport::PacketPtr> early;
+        early.swap(m_earlyAudio);
+        for (ffsupport::PacketPtr &audio : early)
+            if (audio && err >= 0)
+                err = std::min(err, writePacket(audio.get(), false));
+    }
     if (err >= 0)
         m_packetsWritten.fetch_add(1);
     // A keyframe closes the previous fragment: pushing it to the disk now means a recording cut

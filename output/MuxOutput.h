@@ -127,6 +127,7 @@ private:
     int m_audioIndex = -1;
     QString m_openedUrl;
     qint64 m_offsetUs = -1; // start offset; unset until the first video keyframe
+    std::deque<ffsupport::PacketPtr> m_earlyAudio; // sound that came before that keyframe
     bool m_everOpened = false;
 
     // Segments.

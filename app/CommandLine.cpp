@@ -8,7 +8,8 @@
 namespace selvane {
 
 namespace {
-QString tr(const char *text) { return QCoreApplication::translate("CommandLine", text); }
+// lupdate files these texts under the context "selvane" (the namespace of this helper).
+QString tr(const char *text) { return QCoreApplication::translate("selvane", text); }
 } // namespace
 
 void configureCommandLine(QCommandLineParser &parser)

@@ -10,7 +10,7 @@ namespace {
 
 QString tr(const char *text)
 {
-    return QCoreApplication::translate("OverlaySpecs", text);
+    return QCoreApplication::translate("selvane", text);
 }
 
 // The band sits 12 scene units above the bottom edge: 24-point letters are about 38 units tall,

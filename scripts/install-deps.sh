@@ -13,7 +13,7 @@ PACKAGES=(
   fonts-dejavu-core fonts-noto-cjk
   pulseaudio pulseaudio-utils
   nginx libnginx-mod-rtmp microsocks
-  g++-mingw-w64-x86-64-posix
+  g++-mingw-w64-x86-64-posix time
 )
 
 missing=()

@@ -1,9 +1,13 @@
 #include "app/CommandLine.h"
 
 #include "compose/OverlaySpecs.h"
+#include "schedule/ProgramArrangement.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QFile>
+
+#include <cstdio>
 
 namespace selvane {
 
@@ -19,6 +23,13 @@ void configureCommandLine(QCommandLineParser &parser)
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addOption({"headless", tr("Run the engine without a window (no instance lock).")});
+    parser.addOption({"schedule", tr("Play this program schedule (JSON) into the outputs."),
+                      "FILE"});
+    parser.addOption({"check-schedule",
+                      tr("Validate a program schedule and print it in the current format."),
+                      "FILE"});
+    parser.addOption({"demo", tr("Run the built-in demo: test signals, a schedule, a ticker and "
+                                 "an image overlay (no files needed).")});
     parser.addOption({"channel",
                       tr("Load a source into input channel N (1-4): a file path, a network URL, "
                          "a capture address or lavfi://GRAPH. Repeatable."),
@@ -65,6 +76,37 @@ void configureCommandLine(QCommandLineParser &parser)
                       "PRESET"});
 }
 
+int checkScheduleFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        std::fprintf(stderr, "selvane: %s: %s\n",
+                     qPrintable(QCoreApplication::translate("ProgramArrangement", "Unable to open the file.")),
+                     qPrintable(path));
+        return 1;
+    }
+    QString error;
+    const ProgramArrangement arrangement = arrangement::fromJson(file.readAll(), &error);
+    if (!error.isEmpty()) {
+        std::fprintf(stderr, "selvane: %s\n", qPrintable(error));
+        return 1;
+    }
+    const arrangement::Validation check = arrangement::validate(arrangement);
+    if (!check.ok) {
+        std::fprintf(stderr, "selvane: %s: %s\n", qPrintable(check.title), qPrintable(check.message));
+        return 1;
+    }
+    const QByteArray json = arrangement::toJson(arrangement);
+    std::fwrite(json.constData(), 1, std::size_t(json.size()), stdout);
+    std::fprintf(stderr, "%s\n",
+                 qPrintable(QCoreApplication::translate(
+                                "ProgramArrangement",
+                                "Schedule check passed: %1 base clip(s), %2 overlay clip(s).")
+                                .arg(arrangement.sceneClips.size())
+                                .arg(arrangement.overlayClips.size())));
+    return 0;
+}
+
 LaunchFace launchFaceFor(const QStringList &arguments)
 {
     QCommandLineParser parser;
@@ -90,7 +132,9 @@ LaunchFace launchFaceFor(const QStringList &arguments)
         return LaunchFace::ConsoleOnly;
     if (!parser.positionalArguments().isEmpty())
         return LaunchFace::ConsoleOnly;
-    if (parser.isSet("headless"))
+    if (parser.isSet("check-schedule"))
+        return LaunchFace::CheckSchedule;
+    if (parser.isSet("headless") || parser.isSet("demo"))
         return LaunchFace::Headless;
     return LaunchFace::Gui;
 }
@@ -303,6 +347,14 @@ bool readHeadlessOptions(const QCommandLineParser &parser, HeadlessOptions *opti
     if (!readOutputOptions(parser, options, error) || !readAudioOptions(parser, options, error) ||
         !readOverlayOptions(parser, options, error))
         return false;
+    options->demo = parser.isSet("demo");
+    options->scheduleFile = parser.value("schedule").trimmed();
+    if (options->demo && !options->scheduleFile.isEmpty()) {
+        *error = tr("--demo brings its own schedule; leave out --schedule");
+        return false;
+    }
+    if (options->demo || !options->scheduleFile.isEmpty())
+        return true; // the schedule decides the base
     if (options->channels.isEmpty()) {
         *error = tr("--headless needs at least one --channel");
         return false;

@@ -21,6 +21,7 @@ enum class LaunchFace
     Gui,         // the main window with the single-instance lock
     Headless,    // --headless: no window, no lock
     ConsoleOnly, // --help, --version or a command line error: answered without any window
+    CheckSchedule, // --check-schedule FILE: validate and print the normalised arrangement
 };
 
 struct HeadlessOptions
@@ -34,6 +35,10 @@ struct HeadlessOptions
     QMap<int, double> channelVolumes;
     double programVolume = 1.0;
     double programGainPercent = 100.0;
+
+    // A schedule file to play, or the built-in demo (test signals, a schedule, overlays).
+    QString scheduleFile;
+    bool demo = false;
 
     // Overlays drawn over the program.
     QList<TextOverlayData> texts;
@@ -50,6 +55,10 @@ LaunchFace launchFaceFor(const QStringList &arguments);
 
 // Adds every option to `parser` (help and version included) and sets the description.
 void configureCommandLine(QCommandLineParser &parser);
+
+// --check-schedule: prints the normalised version-3 JSON on stdout and returns 0, or the reason
+// on stderr and returns 1.
+int checkScheduleFile(const QString &path);
 
 // Reads the headless options of a parser that has processed the arguments. False with a reason
 // for the operator when a value is unusable.

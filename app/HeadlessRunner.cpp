@@ -1,6 +1,9 @@
 #include "app/HeadlessRunner.h"
 
+#include "app/DemoShow.h"
 #include "app/Engine.h"
+#include "schedule/EngineProgramControl.h"
+#include "schedule/ScheduleRunner.h"
 #include "app/LogSink.h"
 #include "audio/PreviewAudioMixer.h"
 #include "compose/FramePipeline.h"
@@ -11,7 +14,9 @@
 #include <QCoreApplication>
 #include <QDebug>
 #include <QEventLoop>
+#include <QFile>
 #include <QSocketNotifier>
+#include <QTemporaryDir>
 #include <QTimer>
 
 #include <atomic>
@@ -59,7 +64,53 @@ HeadlessRunner::HeadlessRunner(const selvane::HeadlessOptions &options, QObject 
 {
 }
 
-HeadlessRunner::~HeadlessRunner() = default;
+HeadlessRunner::~HeadlessRunner() { delete m_demoFolder; }
+
+bool HeadlessRunner::startSchedule()
+{
+    ProgramArrangement arrangement;
+    if (m_options.demo) {
+        m_demoFolder = new QTemporaryDir();
+        selvane::DemoShow show;
+        QString error;
+        if (!m_demoFolder->isValid() || !selvane::buildDemoShow(m_demoFolder->path(), &show, &error)) {
+            std::fprintf(stderr, "selvane: demo: %s\n", qPrintable(error));
+            return false;
+        }
+        for (auto it = show.channels.cbegin(); it != show.channels.cend(); ++it)
+            m_options.channels.insert(it.key(), it.value());
+        arrangement = show.arrangement;
+    } else {
+        QFile file(m_options.scheduleFile);
+        if (!file.open(QIODevice::ReadOnly)) {
+            std::fprintf(stderr, "selvane: Unable to open the file. %s\n",
+                         qPrintable(m_options.scheduleFile));
+            return false;
+        }
+        QString error;
+        arrangement = arrangement::fromJson(file.readAll(), &error);
+        if (!error.isEmpty()) {
+            std::fprintf(stderr, "selvane: %s\n", qPrintable(error));
+            return false;
+        }
+        const arrangement::Validation check = arrangement::validate(arrangement);
+        if (!check.ok) {
+            std::fprintf(stderr, "selvane: %s: %s\n", qPrintable(check.title),
+                         qPrintable(check.message));
+            return false;
+        }
+    }
+    m_arrangement = arrangement;
+    m_control = new EngineProgramControl(m_engine, this);
+    m_schedule = new ScheduleRunner(m_control, this);
+    m_control->setRunner(m_schedule);
+    connect(m_schedule, &ScheduleRunner::baseClipChanged, this, [this](const QString &id) {
+        std::fprintf(stdout, "schedule: %s at %.3f s\n",
+                     id.isEmpty() ? "(black)" : qPrintable(id), m_schedule->clock().ms() / 1000.0);
+        std::fflush(stdout);
+    });
+    return true;
+}
 
 void HeadlessRunner::installInterruptHandler()
 {
@@ -94,6 +145,13 @@ int HeadlessRunner::run()
     mixer->setProgramVolume(float(m_options.programVolume));
     mixer->setProgramGain(float(m_options.programGainPercent / 100.0));
     m_engine->startAudio();
+    const bool scheduled = m_options.demo || !m_options.scheduleFile.isEmpty();
+    if (scheduled && !startSchedule()) {
+        m_exitCode = 1;
+        delete m_engine;
+        m_engine = nullptr;
+        return m_exitCode;
+    }
     connect(pipeline, &FramePipeline::programFrameReady, this, [this] {
         ++m_programFrames;
         // Outputs start with the first program picture, once the program size is known.
@@ -136,6 +194,16 @@ int HeadlessRunner::run()
         pipeline->channelDecoder(it.key())->setLoop(true);
         pipeline->setChannelSource(it.key(), it.value());
     }
+    if (m_schedule) {
+        QString error;
+        if (!m_schedule->start(m_arrangement, &error)) {
+            std::fprintf(stderr, "selvane: %s\n", qPrintable(error));
+            m_exitCode = 1;
+            delete m_engine;
+            m_engine = nullptr;
+            return m_exitCode;
+        }
+    }
     m_clock.start();
     m_progressTimer = new QTimer(this);
     connect(m_progressTimer, &QTimer::timeout, this, [this] { printProgress(false); });
@@ -156,6 +224,9 @@ void HeadlessRunner::startOutputs()
         QTimer::singleShot(0, this, [this] { finish(); });
         return;
     }
+    // The schedule's time zero is the recording's: switches land where the schedule says.
+    if (m_schedule)
+        m_schedule->restartClock(0);
     const QSize size = m_engine->pipeline()->effectiveOutputSize();
     std::fprintf(stdout, "outputs started: %dx%d@%g%s%s\n", size.width(), size.height(),
                  m_options.output.fps,

@@ -6,13 +6,17 @@
 // GUI thread only.
 
 #include "app/CommandLine.h"
+#include "schedule/ProgramArrangement.h"
 
 #include <QElapsedTimer>
 #include <QObject>
 #include <QStringList>
 
+class EngineProgramControl;
 class Engine;
 class QSocketNotifier;
+class QTemporaryDir;
+class ScheduleRunner;
 class QTimer;
 
 class HeadlessRunner : public QObject
@@ -30,6 +34,7 @@ private:
     void printProgress(bool final);
     void installInterruptHandler();
     void startOutputs();
+    bool startSchedule();
     void finish();
 
     selvane::HeadlessOptions m_options;
@@ -42,6 +47,10 @@ private:
     qint64 m_msAtLastLine = 0;
     qint64 m_bytesAtLastLine = 0;
     bool m_outputsStarted = false;
+    EngineProgramControl *m_control = nullptr;
+    ScheduleRunner *m_schedule = nullptr;
+    QTemporaryDir *m_demoFolder = nullptr;
+    ProgramArrangement m_arrangement;
     bool m_finishing = false;
     QStringList m_targetStatus;
     int m_exitCode = 0;

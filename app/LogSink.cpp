@@ -234,6 +234,38 @@ void writeToSavedStderr(const char *data, std::size_t size)
     writeRawToSavedStderr("\n", 1);
 }
 
+// Reads what is waiting in the pipe (without blocking); false when the pipe is gone.
+bool readAvailable(int fd, QByteArray &line, std::chrono::steady_clock::time_point &lastData,
+                   bool *gotData)
+{
+    char chunk[kIoChunkBytes];
+    *gotData = false;
+    const std::int64_t available = plat::peekPipe(fd);
+    if (available < 0)
+        return false;
+    if (available == 0)
+        return true;
+    const std::int64_t got = plat::readPipe(
+        fd, chunk, std::min<std::size_t>(static_cast<std::size_t>(available), sizeof chunk));
+    if (got <= 0)
+        return false;
+    *gotData = true;
+    lastData = std::chrono::steady_clock::now();
+    // Console output keeps working: the bytes go to the real stderr as they came.
+    writeRawToSavedStderr(chunk, static_cast<std::size_t>(got));
+    for (std::int64_t i = 0; i < got; ++i) {
+        const char c = chunk[i];
+        if (c == '\n') {
+            if (!line.isEmpty())
+                enqueueLogLine(line);
+            line.clear();
+        } else if (c != '\r') {
+            line.append(c);
+        }
+    }
+    return true;
+}
+
 void stderrReaderLoop()
 {
     const int fd = g_pipeRead;
@@ -242,36 +274,21 @@ void stderrReaderLoop()
     QByteArray line;
     line.reserve(512);
     auto lastData = std::chrono::steady_clock::now();
-    char chunk[kIoChunkBytes];
+    bool gotData = false;
     while (!g_readerStop.load()) {
-        const std::int64_t available = plat::peekPipe(fd);
-        if (available < 0)
+        if (!readAvailable(fd, line, lastData, &gotData))
             break;
-        if (available > 0) {
-            const std::int64_t got = plat::readPipe(
-                fd, chunk, std::min<std::size_t>(static_cast<std::size_t>(available), sizeof chunk));
-            if (got <= 0)
-                break;
-            lastData = std::chrono::steady_clock::now();
-            // Console output keeps working: the bytes go to the real stderr as they came.
-            writeRawToSavedStderr(chunk, static_cast<std::size_t>(got));
-            for (std::int64_t i = 0; i < got; ++i) {
-                const char c = chunk[i];
-                if (c == '\n') {
-                    if (!line.isEmpty())
-                        enqueueLogLine(line);
-                    line.clear();
-                } else if (c != '\r') {
-                    line.append(c);
-                }
-            }
+        if (gotData)
             continue;
-        }
         if (!line.isEmpty() && std::chrono::steady_clock::now() - lastData > kPartialLineAfter) {
             enqueueLogLine(line);
             line.clear();
         }
         std::this_thread::sleep_for(kReaderPoll);
+    }
+    // What was written just before the stop (a last error message, say) still reaches the
+    // console.
+    while (readAvailable(fd, line, lastData, &gotData) && gotData) {
     }
     if (!line.isEmpty())
         enqueueLogLine(line);

@@ -121,6 +121,13 @@ int main(int argc, char *argv[])
         return runConsoleOnly(argc, argv);
     case selvane::LaunchFace::Headless:
         return runHeadless(argc, argv);
+    case selvane::LaunchFace::CheckSchedule: {
+        QCoreApplication app(argc, argv);
+        QCommandLineParser parser;
+        selvane::configureCommandLine(parser);
+        parser.process(app);
+        return selvane::checkScheduleFile(parser.value("check-schedule"));
+    }
     case selvane::LaunchFace::Gui:
         break;
     }

@@ -1,0 +1,257 @@
+#include "schedule/ProgramArrangement.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace arrangement {
+
+namespace {
+
+QString tr(const char *text) { return QCoreApplication::translate("ProgramArrangement", text); }
+
+const char *sceneKindName(int kind)
+{
+    switch (kind) {
+    case SceneClip::ImagePlay:
+        return "imagePlay";
+    case SceneClip::SceneVideo:
+        return "sceneVideo";
+    default:
+        return "channel";
+    }
+}
+
+const char *overlayKindName(int kind)
+{
+    switch (kind) {
+    case OverlayClip::Text:
+        return "text";
+    case OverlayClip::Video:
+        return "video";
+    default:
+        return "image";
+    }
+}
+
+// "video" and "text" decide; any other word of four or five letters means an image; anything
+// else leaves the decision open (-1).
+int overlayKindFromWord(const QString &word)
+{
+    if (word == "video")
+        return OverlayClip::Video;
+    if (word == "text")
+        return OverlayClip::Text;
+    if (word.size() == 4 || word.size() == 5)
+        return OverlayClip::Image;
+    return -1;
+}
+
+qint64 readMs(const QJsonObject &object, const char *key)
+{
+    return qint64(object.value(key).toDouble(0.0)); // written as doubles, read back truncated
+}
+
+SceneClip readSceneClip(const QJsonObject &o)
+{
+    SceneClip clip;
+    clip.id = o.value("id").toString();
+    clip.startMs = readMs(o, "startMs");
+    clip.endMs = readMs(o, "endMs");
+    const QString kind = o.value("kind").toString();
+    clip.kind = kind == "imagePlay" || kind == "imageSequence" ? SceneClip::ImagePlay
+                : kind == "sceneVideo"                         ? SceneClip::SceneVideo
+                                                               : SceneClip::Channel;
+    clip.channel = std::clamp(o.value("channel").toInt(0), 0, 3);
+    clip.paths = o.value("paths").toString().split('|', Qt::SkipEmptyParts);
+    clip.intervalMs = o.value("intervalMs").toInt(2000);
+    clip.imageLoop = o.value("imageLoop").toBool(true);
+    clip.sceneVideoPath = o.value("sceneVideoPath").toString();
+    clip.sceneVideoLoop = o.value("sceneVideoLoop").toBool(false);
+    clip.imageDirectory = o.value("imageDirectory").toString();
+    if (clip.kind == SceneClip::ImagePlay && clip.paths.isEmpty() && !clip.imageDirectory.isEmpty())
+        clip.paths = imagesInDirectory(clip.imageDirectory);
+    return clip;
+}
+
+OverlayClip readOverlayClip(const QJsonObject &o, int version)
+{
+    OverlayClip clip;
+    clip.textData.fontFamily = "Arial";
+    clip.textData.fontPointSize = 28;
+    clip.opacity = 1.0;
+    clip.id = o.value("id").toString();
+    clip.startMs = readMs(o, "startMs");
+    clip.endMs = readMs(o, "endMs");
+    clip.path = o.value("path").toString();
+    clip.imageDirectory = o.value("imageDirectory").toString();
+    int kind = overlayKindFromWord(o.value("mediaType").toString());
+    if (kind < 0)
+        kind = overlayKindFromWord(o.value("overlayKind").toString());
+    clip.kind = kind < 0 ? OverlayClip::Image : kind;
+    clip.x = o.value("x").toDouble(0.0);
+    clip.y = o.value("y").toDouble(0.0);
+    if (version >= 3) {
+        clip.w = o.value("w").toDouble(0.5);
+        clip.h = o.value("h").toDouble(0.5);
+    } else {
+        // Older files kept pixels of the 1920x1080 canvas, with a 320x180 box by default.
+        clip.w = o.value("w").toDouble(320.0) / kCanvasWidth;
+        clip.h = o.value("h").toDouble(180.0) / kCanvasHeight;
+        clip.x /= kCanvasWidth;
+        clip.y /= kCanvasHeight;
+    }
+    clip.opacity = o.value("opacity").toDouble(1.0);
+    if (o.value("textData").isObject())
+        clip.textData = TextOverlayData::fromJson(o.value("textData").toObject(), version);
+    if (clip.kind == OverlayClip::Text && clip.textData.text.isEmpty())
+        clip.textData.text = o.value("overlayText").toString(QString::fromUtf8("字幕"));
+    return clip;
+}
+
+} // namespace
+
+QStringList imagesInDirectory(const QString &directory)
+{
+    QStringList paths;
+    const QDir dir(directory);
+    for (const QString &name :
+         dir.entryList({"*.png", "*.jpg", "*.jpeg", "*.bmp", "*.webp"}, QDir::Files, QDir::Name))
+        paths << dir.filePath(name);
+    return paths;
+}
+
+QByteArray toJson(const ProgramArrangement &a)
+{
+    QJsonObject root;
+    root.insert("format", QString::fromLatin1(kFormatMarker));
+    root.insert("version", kCurrentVersion);
+    root.insert("coordinateSystem", "normalized");
+    root.insert("canvas", QJsonObject{{"width", kCanvasWidth}, {"height", kCanvasHeight}});
+    QJsonArray scenes;
+    for (const SceneClip &c : a.sceneClips) {
+        QJsonObject o;
+        o.insert("id", c.id);
+        o.insert("startMs", double(c.startMs));
+        o.insert("endMs", double(c.endMs));
+        o.insert("kind", sceneKindName(c.kind));
+        o.insert("channel", c.channel);
+        o.insert("paths", c.paths.join('|'));
+        o.insert("intervalMs", c.intervalMs);
+        o.insert("imageLoop", c.imageLoop);
+        o.insert("sceneVideoPath", c.sceneVideoPath);
+        o.insert("sceneVideoLoop", c.sceneVideoLoop);
+        o.insert("imageDirectory", c.imageDirectory);
+        scenes.append(o);
+    }
+    root.insert("sceneClips", scenes);
+    if (!a.timelineZero.isEmpty())
+        root.insert("timelineZero", a.timelineZero);
+    QJsonArray overlays;
+    for (const OverlayClip &c : a.overlayClips) {
+        QJsonObject o;
+        o.insert("id", c.id);
+        o.insert("startMs", double(c.startMs));
+        o.insert("endMs", double(c.endMs));
+        o.insert("path", c.path);
+        o.insert("imageDirectory", c.imageDirectory);
+        o.insert("overlayKind", overlayKindName(c.kind));
+        o.insert("mediaType", overlayKindName(c.kind));
+        o.insert("x", c.x);
+        o.insert("y", c.y);
+        o.insert("w", c.w);
+        o.insert("h", c.h);
+        o.insert("opacity", c.opacity);
+        if (c.kind == OverlayClip::Text)
+            o.insert("textData", c.textData.toJson());
+        overlays.append(o);
+    }
+    root.insert("overlayClips", overlays);
+    return QJsonDocument(root).toJson(QJsonDocument::Indented);
+}
+
+ProgramArrangement fromJson(const QByteArray &bytes, QString *error)
+{
+    QJsonParseError parse{};
+    const QJsonDocument document = QJsonDocument::fromJson(bytes, &parse);
+    if (parse.error != QJsonParseError::NoError || !document.isObject()) {
+        if (error)
+            *error = parse.error != QJsonParseError::NoError ? parse.errorString()
+                                                              : tr("the document is not an object");
+        return {};
+    }
+    const QJsonObject root = document.object();
+    if (root.value("format").toString() != QLatin1String(kFormatMarker)) {
+        if (error)
+            *error = QString::fromUtf8("不是有效的节目编排文件");
+        return {};
+    }
+    ProgramArrangement result;
+    const int version = root.value("version").toInt(1);
+    result.version = kCurrentVersion; // what this system writes; the file's version drove reading
+    result.timelineZero = root.value("timelineZero").toString();
+    for (const QJsonValue &value : root.value("sceneClips").toArray())
+        if (value.isObject())
+            result.sceneClips << readSceneClip(value.toObject());
+    for (const QJsonValue &value : root.value("overlayClips").toArray())
+        if (value.isObject())
+            result.overlayClips << readOverlayClip(value.toObject(), version);
+    return result;
+}
+
+Validation validate(const ProgramArrangement &a)
+{
+    const auto invalid = [](const QString &message) {
+        return Validation{false, tr("Invalid Schedule"), message};
+    };
+    const auto missing = [](const QString &message) {
+        return Validation{false, tr("Missing Media"), message};
+    };
+    QStringList seen;
+    for (const SceneClip &c : a.sceneClips) {
+        if (c.id.isEmpty())
+            return invalid(tr("Every base clip needs an ID."));
+        if (seen.contains(c.id))
+            return invalid(tr("Duplicate base clip ID: %1").arg(c.id));
+        seen << c.id;
+        if (c.endMs != 0 && c.endMs <= c.startMs)
+            return invalid(tr("End time must be later than start time."));
+        if (c.kind == SceneClip::ImagePlay && c.imageDirectory.isEmpty())
+            return invalid(tr("Select an image directory."));
+        if (c.kind == SceneClip::SceneVideo && c.sceneVideoPath.isEmpty())
+            return invalid(tr("Select a video for the channel."));
+        if (c.kind == SceneClip::SceneVideo && !QFileInfo::exists(c.sceneVideoPath))
+            return missing(tr("Base video was not found: %1").arg(c.sceneVideoPath));
+        if (c.kind == SceneClip::ImagePlay && !c.imageDirectory.isEmpty() &&
+            !QFileInfo(c.imageDirectory).isDir())
+            return missing(tr("Image directory was not found: %1").arg(c.imageDirectory));
+    }
+    seen.clear();
+    for (const OverlayClip &c : a.overlayClips) {
+        if (c.id.isEmpty())
+            return invalid(tr("Every overlay clip needs an ID."));
+        if (seen.contains(c.id))
+            return invalid(tr("Duplicate overlay clip ID: %1").arg(c.id));
+        seen << c.id;
+        if (c.endMs != 0 && c.endMs <= c.startMs)
+            return invalid(tr("End time must be later than start time."));
+        if (c.kind == OverlayClip::Text && c.textData.text.isEmpty())
+            return invalid(tr("Overlay text cannot be empty."));
+        if (c.kind == OverlayClip::Image && c.path.isEmpty())
+            return invalid(tr("Select an overlay image file."));
+        if (c.kind == OverlayClip::Image && !QFileInfo::exists(c.path))
+            return missing(tr("Overlay image was not found: %1").arg(c.path));
+        if (c.kind == OverlayClip::Video && c.path.isEmpty())
+            return invalid(tr("Select an overlay video."));
+        if (c.kind == OverlayClip::Video && !QFileInfo::exists(c.path))
+            return missing(tr("Overlay video was not found: %1").arg(c.path));
+    }
+    if (a.sceneClips.isEmpty())
+        return invalid(tr("Add at least one valid base clip."));
+    return {};
+}
+
+} // namespace arrangement

@@ -1,0 +1,94 @@
+#pragma once
+
+// The program arrangement ("Program Schedule"): base clips that decide the program picture and
+// overlay clips laid over it, each with a start and an end offset in milliseconds from the
+// arrangement's timeline zero. Plain values with the JSON file format and the validation rules
+// shared by the schedule editor and the headless face. Any thread.
+
+#include "compose/TextOverlayData.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QRectF>
+#include <QString>
+#include <QStringList>
+
+struct SceneClip
+{
+    enum Kind : int
+    {
+        Channel = 0,
+        ImagePlay = 1,
+        SceneVideo = 2,
+    };
+    QString id;
+    qint64 startMs = 0;
+    qint64 endMs = 0; // 0: open-ended, runs until the next clip takes over
+    int kind = Channel;
+    int channel = 0;
+    QStringList paths;
+    int intervalMs = 2000;
+    bool imageLoop = true;
+    QString sceneVideoPath;
+    bool sceneVideoLoop = false;
+    QString imageDirectory;
+
+    friend bool operator==(const SceneClip &, const SceneClip &) = default;
+};
+
+struct OverlayClip
+{
+    enum Kind : int
+    {
+        Text = 0,
+        Video = 1,
+        Image = 2,
+    };
+    QString id;
+    qint64 startMs = 0;
+    qint64 endMs = 0;
+    int kind = Text;
+    QString path;
+    QString imageDirectory;
+    double x = 0, y = 0, w = 0.5, h = 0.5; // normalised to the canvas
+    double opacity = 1.0;
+    TextOverlayData textData;
+
+    friend bool operator==(const OverlayClip &, const OverlayClip &) = default;
+};
+
+struct ProgramArrangement
+{
+    int version = 3;
+    QString timelineZero; // "yyyy-MM-dd HH:mm:ss", may be empty
+    QList<SceneClip> sceneClips;
+    QList<OverlayClip> overlayClips;
+
+    friend bool operator==(const ProgramArrangement &, const ProgramArrangement &) = default;
+};
+
+namespace arrangement {
+
+inline constexpr auto kFormatMarker = "selvane_program_arrangement";
+inline constexpr int kCurrentVersion = 3;
+inline constexpr int kCanvasWidth = 1920;
+inline constexpr int kCanvasHeight = 1080;
+
+QByteArray toJson(const ProgramArrangement &arrangement);
+// On failure: an empty arrangement (version 3, no clips) and `error` set.
+ProgramArrangement fromJson(const QByteArray &bytes, QString *error);
+
+// The outcome of a validation: the first failure's message and its box title, or success.
+struct Validation
+{
+    bool ok = true;
+    QString title;
+    QString message;
+};
+// Checks the clips in order; media files and folders must exist on disk.
+Validation validate(const ProgramArrangement &arrangement);
+
+// The images of a folder that an image clip plays when it lists none, sorted by name.
+QStringList imagesInDirectory(const QString &directory);
+
+} // namespace arrangement

@@ -1,0 +1,185 @@
+#include "schedule/ScheduleRunner.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QTimer>
+
+#include <algorithm>
+
+ProgramClock::ProgramClock(ElapsedMs elapsed) : m_elapsed(std::move(elapsed))
+{
+    if (!m_elapsed) {
+        auto timer = std::make_shared<QElapsedTimer>();
+        timer->start();
+        m_elapsed = [timer] { return timer->elapsed(); };
+    }
+}
+
+void ProgramClock::start(qint64 ms)
+{
+    set(ms);
+    m_running = true;
+    m_lastReading = m_elapsed();
+}
+
+void ProgramClock::tick()
+{
+    if (!m_running)
+        return;
+    const qint64 now = m_elapsed();
+    const qint64 step = now - m_lastReading;
+    m_lastReading = now;
+    if (step >= 1 && step <= kMaxTickGapMs)
+        m_ms += step;
+}
+
+ScheduleRunner::ScheduleRunner(ProgramControl *control, QObject *parent)
+    : QObject(parent), m_control(control)
+{
+    m_timer = new QTimer(this);
+    m_timer->setTimerType(Qt::PreciseTimer);
+    connect(m_timer, &QTimer::timeout, this, [this] {
+        // A playing video drives the clock by its position; the timer drives it otherwise (and
+        // again once the video stops reporting).
+        const SceneClip *base = currentBase();
+        if (base && base->kind == SceneClip::SceneVideo && m_sinceMediaDrive.isValid() &&
+            m_sinceMediaDrive.elapsed() < kMediaDriveTimeoutMs)
+            return;
+        tick();
+    });
+    m_timer->start(kTickMs);
+}
+
+ScheduleRunner::~ScheduleRunner() = default;
+
+const SceneClip *ScheduleRunner::currentBase() const
+{
+    if (!m_running || m_currentBaseId.isEmpty())
+        return nullptr;
+    for (const SceneClip &clip : m_arrangement.sceneClips)
+        if (clip.id == m_currentBaseId)
+            return &clip;
+    return nullptr;
+}
+
+bool ScheduleRunner::start(const ProgramArrangement &arrangement, QString *error)
+{
+    if (arrangement.sceneClips.isEmpty()) {
+        if (error)
+            *error = QCoreApplication::translate("ProgramArrangement", "Add at least one valid base clip.");
+        return false;
+    }
+    stop();
+    m_arrangement = arrangement;
+    const auto byStart = [](const auto &a, const auto &b) { return a.startMs < b.startMs; };
+    std::stable_sort(m_arrangement.sceneClips.begin(), m_arrangement.sceneClips.end(), byStart);
+    std::stable_sort(m_arrangement.overlayClips.begin(), m_arrangement.overlayClips.end(), byStart);
+    m_running = true;
+    emit programArrangementRunningChanged(true);
+    m_clock.start(0);
+    applyAt(0);
+    return true;
+}
+
+void ScheduleRunner::stop()
+{
+    if (!m_running)
+        return;
+    for (const QString &id : std::as_const(m_activeOverlays))
+        m_control->removeOverlay(id);
+    m_running = false;
+    m_arrangement = ProgramArrangement{};
+    m_currentBaseId.clear();
+    m_showingBlack = false;
+    m_activeOverlays.clear();
+    m_clock.stop();
+    emit programArrangementRunningChanged(false);
+}
+
+void ScheduleRunner::tick()
+{
+    m_clock.tick();
+    if (m_running)
+        applyAt(m_clock.ms());
+}
+
+void ScheduleRunner::advanceBySlide(int slidesShown, qint64 intervalMs)
+{
+    const SceneClip *base = currentBase();
+    if (!base || base->kind != SceneClip::ImagePlay)
+        return;
+    // Each slide puts the clock where that slide belongs: the slides' own interval paces the
+    // schedule, and the timer's ticks in between are not counted twice.
+    m_clock.start(base->startMs + slidesShown * intervalMs);
+    applyAt(m_clock.ms());
+}
+
+void ScheduleRunner::resyncToBasePosition(qint64 positionUs)
+{
+    const SceneClip *base = currentBase();
+    if (!base)
+        return;
+    // The video's position counts from the clip's start on the schedule.
+    m_clock.start(base->startMs + positionUs / 1000);
+    m_sinceMediaDrive.start();
+    applyAt(m_clock.ms());
+}
+
+void ScheduleRunner::restartClock(qint64 ms)
+{
+    if (m_running)
+        m_clock.start(ms);
+}
+
+void ScheduleRunner::applyAt(qint64 t)
+{
+    if (!m_running)
+        return;
+    const SceneClip *winner = nullptr;
+    for (const SceneClip &clip : m_arrangement.sceneClips) {
+        const bool eligible = clip.startMs <= t && (t < clip.endMs || clip.endMs < 1);
+        // Sorted by start: a later eligible clip wins ties and later starts alike.
+        if (eligible && (!winner || clip.startMs >= winner->startMs))
+            winner = &clip;
+    }
+    if (!winner) {
+        if (!m_showingBlack || !m_currentBaseId.isEmpty()) {
+            m_currentBaseId.clear();
+            m_showingBlack = true;
+            m_control->showBlack();
+            emit baseClipChanged(QString());
+        }
+    } else if (winner->id != m_currentBaseId) {
+        m_currentBaseId = winner->id;
+        m_sinceMediaDrive.start(); // the new clip's player gets its chance to report
+        m_showingBlack = false;
+        const SceneClip clip = *winner; // the control may call back into the runner
+        switch (clip.kind) {
+        case SceneClip::ImagePlay:
+            m_control->playImages(clip.paths, clip.intervalMs, clip.imageLoop);
+            break;
+        case SceneClip::SceneVideo:
+            m_control->playVideo(clip.sceneVideoPath, clip.sceneVideoLoop);
+            break;
+        default:
+            m_control->showChannel(clip.channel);
+            break;
+        }
+        emit baseClipChanged(clip.id);
+    }
+    for (const OverlayClip &clip : std::as_const(m_arrangement.overlayClips)) {
+        const bool active = clip.startMs <= t && (clip.endMs < 1 || t < clip.endMs);
+        const bool shown = m_activeOverlays.contains(clip.id);
+        if (active && !shown) {
+            m_activeOverlays.insert(clip.id);
+            if (clip.kind == OverlayClip::Text)
+                m_control->showTextOverlay(clip.id, clip.textData);
+            else
+                m_control->showMediaOverlay(clip.id, clip.kind, clip.path,
+                                            QRectF(clip.x, clip.y, clip.w, clip.h), clip.opacity);
+        } else if (!active && shown) {
+            m_activeOverlays.remove(clip.id);
+            m_control->removeOverlay(clip.id);
+        }
+    }
+}

@@ -1,0 +1,115 @@
+#pragma once
+
+// Plays a validated program arrangement: at every moment it decides which base clip forms the
+// program picture and which overlay clips are shown, and applies the changes through a small
+// program-control interface (so the window and the headless face drive the same code).
+//
+// The schedule's own clock starts at 0 when the schedule starts. It advances by the 33 ms
+// timer, is set by each slide of an image clip to where that slide belongs, and follows the
+// playback position of a video clip while it plays. Gaps of 5 s or more (a stall, a suspended
+// machine) are not counted: the schedule pauses over them instead of skipping ahead.
+//
+// When no base clip is eligible the program shows black.
+//
+// GUI thread only.
+
+#include "schedule/ProgramArrangement.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QSet>
+
+#include <functional>
+
+class QTimer;
+
+// What the runner needs of the engine.
+class ProgramControl
+{
+public:
+    virtual ~ProgramControl() = default;
+    virtual void showChannel(int channel) = 0;
+    virtual void playImages(const QStringList &paths, int intervalMs, bool loop) = 0;
+    virtual void playVideo(const QString &path, bool loop) = 0;
+    virtual void showBlack() = 0;
+    // Overlays are keyed by the clip id.
+    virtual void showTextOverlay(const QString &clipId, const TextOverlayData &text) = 0;
+    virtual void showMediaOverlay(const QString &clipId, int kind, const QString &path,
+                                  const QRectF &normalisedRect, double opacity) = 0;
+    virtual void removeOverlay(const QString &clipId) = 0;
+};
+
+// A millisecond count that never goes negative and ignores gaps of 5 s or more.
+class ProgramClock
+{
+public:
+    using ElapsedMs = std::function<qint64()>; // a monotonic millisecond reading
+
+    explicit ProgramClock(ElapsedMs elapsed = {});
+    void set(qint64 ms) { m_ms = std::max<qint64>(0, ms); }
+    void start(qint64 ms);
+    void stop() { m_running = false; }
+    void tick();
+    void advance(qint64 ms)
+    {
+        if (ms > 0)
+            m_ms += ms;
+    }
+    qint64 ms() const { return m_ms; }
+    bool isRunning() const { return m_running; }
+
+    static constexpr qint64 kMaxTickGapMs = 4999;
+
+private:
+    ElapsedMs m_elapsed;
+    qint64 m_ms = 0;
+    qint64 m_lastReading = 0;
+    bool m_running = false;
+};
+
+class ScheduleRunner : public QObject
+{
+    Q_OBJECT
+
+public:
+    static constexpr int kTickMs = 33;
+
+    explicit ScheduleRunner(ProgramControl *control, QObject *parent = nullptr);
+    ~ScheduleRunner() override;
+
+    // Refuses (false, with the reason) an arrangement without a base clip.
+    bool start(const ProgramArrangement &arrangement, QString *error = nullptr);
+    void stop();
+    bool isRunning() const { return m_running; }
+
+    // Drivers. tick() is what the 33 ms timer calls; the others come from the media players.
+    void tick();
+    // The image clip shows its slide number `slidesShown` (counting from 0).
+    void advanceBySlide(int slidesShown, qint64 intervalMs);
+    void resyncToBasePosition(qint64 positionUs);
+    // Restarts the clock at `ms` without re-applying anything (outputs just started, say).
+    void restartClock(qint64 ms);
+    void applyAt(qint64 ms);
+
+    ProgramClock &clock() { return m_clock; }
+    QString currentBaseId() const { return m_currentBaseId; }
+    QSet<QString> activeOverlayIds() const { return m_activeOverlays; }
+    // The base clip being shown, or null.
+    const SceneClip *currentBase() const;
+
+signals:
+    void programArrangementRunningChanged(bool running);
+    void baseClipChanged(QString id);
+
+private:
+    ProgramControl *m_control = nullptr;
+    ProgramArrangement m_arrangement;
+    bool m_running = false;
+    QString m_currentBaseId;
+    bool m_showingBlack = false;
+    QSet<QString> m_activeOverlays;
+    ProgramClock m_clock;
+    QTimer *m_timer = nullptr;
+    QElapsedTimer m_sinceMediaDrive; // a player that stops reporting hands the clock back
+    static constexpr qint64 kMediaDriveTimeoutMs = 500;
+};

@@ -1,6 +1,7 @@
 #include "app/MainWindow.h"
 
 #include "Version.h"
+#include "app/Engine.h"
 #include "app/Language.h"
 #include "output/OutputFolder.h"
 
@@ -22,6 +23,10 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent)
 {
     m_chinese = selvane::loadChineseLanguageFlag();
     selvane::installUiTranslator(m_chinese);
+
+    // The engine: pipeline, overlays and the preview audio mixer on its own thread.
+    m_engine = new Engine(this);
+    m_engine->startAudio();
 
     setObjectName("MainWindow");
     setWindowTitle("Selvane");
@@ -46,7 +51,11 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent)
     qApp->installEventFilter(this);
 }
 
-MainWindow::~MainWindow() = default;
+MainWindow::~MainWindow()
+{
+    // The audio thread stops within fixed limits before anything else goes.
+    m_engine->shutdownAudio();
+}
 
 void MainWindow::createMenus()
 {

@@ -8,6 +8,7 @@
 
 #include <array>
 
+class Engine;
 class QAction;
 class QActionGroup;
 class QDockWidget;
@@ -39,6 +40,7 @@ public:
         DockCount
     };
     QDockWidget *dock(DockId id) const { return m_docks[id]; }
+    Engine *engine() const { return m_engine; }
 
 public slots:
     void openOutputFolder();
@@ -58,6 +60,7 @@ private:
     static QString dockTitle(DockId id);
 
     bool m_chinese = false;
+    Engine *m_engine = nullptr;
     QLabel *m_previewArea = nullptr;
     std::array<QDockWidget *, DockCount> m_docks{};
 

@@ -301,12 +301,7 @@ bool FfmpegEncoderSink::open(const EncoderSettings &settings)
         return false;
     m_sizeWarningGiven = false;
     if (!openOutputs()) {
-        for (auto &output : m_outputs)
-            output->requestStop();
-        for (auto &output : m_outputs)
-            output->close();
-        std::lock_guard lock(m_outputsMutex);
-        m_outputs.clear();
+        closeOutputs();
         return false;
     }
     m_open = true;
@@ -537,6 +532,17 @@ qint64 FfmpegEncoderSink::fileFailingForMs() const
     return longest;
 }
 
+void FfmpegEncoderSink::closeOutputs()
+{
+    // Every network worker is asked to stop first, so that their waits overlap.
+    for (auto &output : m_outputs)
+        output->requestStop();
+    for (auto &output : m_outputs)
+        output->close();
+    std::lock_guard lock(m_outputsMutex);
+    m_outputs.clear();
+}
+
 void FfmpegEncoderSink::close()
 {
     if (m_open) {
@@ -544,14 +550,7 @@ void FfmpegEncoderSink::close()
         if (m_audioCodec)
             encodeAndDistribute(m_audioCodec.get(), nullptr, false);
     }
-    for (auto &output : m_outputs)
-        output->requestStop();
-    for (auto &output : m_outputs)
-        output->close();
-    {
-        std::lock_guard lock(m_outputsMutex);
-        m_outputs.clear();
-    }
+    closeOutputs();
     m_open = false;
     m_videoCodec.reset();
     m_audioCodec.reset();

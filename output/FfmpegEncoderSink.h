@@ -70,6 +70,7 @@ private:
     void openAudio(bool globalHeader);
     bool cacheStreamParameters();
     bool openOutputs();
+    void closeOutputs();
     bool ensureConverter(const FrameToken &frame);
     void convertInto(const FrameToken &frame);
     void encodeAndDistribute(AVCodecContext *codec, AVFrame *frame, bool video);

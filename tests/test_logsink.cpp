@@ -94,10 +94,14 @@ int runChild(const QByteArray &scenario)
             selvane::enqueueLogLine(QByteArray("f") + QByteArray::number(i));
         qFatal("fatal-now");
     } else if (scenario == "abort") {
+        // The line is given time to reach the file: a line still in the writer's hands when the
+        // process dies is lost by design, and would make this check a race.
         qInfo("before-abort");
+        QThread::msleep(300);
         std::abort();
     } else if (scenario == "sigterm") {
         qInfo("before-term");
+        QThread::msleep(300);
         std::raise(SIGTERM);
     } else if (scenario == "prune") {
         // initLogSink ran already; the prune happens in main before it, here after it, which

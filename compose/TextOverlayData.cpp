@@ -61,25 +61,17 @@ QJsonObject TextOverlayData::toJson() const
 
 namespace {
 
-void readBool(const QJsonObject &o, const char *key, bool &field)
-{
-    const QJsonValue v = o.value(QLatin1String(key));
-    if (!v.isUndefined())
-        field = v.toBool(field);
-}
+bool fromJsonValue(const QJsonValue &v, bool fallback) { return v.toBool(fallback); }
+int fromJsonValue(const QJsonValue &v, int fallback) { return v.toInt(fallback); }
+double fromJsonValue(const QJsonValue &v, double fallback) { return v.toDouble(fallback); }
 
-void readInt(const QJsonObject &o, const char *key, int &field)
+// A present key replaces the field; a value of the wrong type keeps what the field held.
+template <typename T>
+void readValue(const QJsonObject &o, const char *key, T &field)
 {
     const QJsonValue v = o.value(QLatin1String(key));
     if (!v.isUndefined())
-        field = v.toInt(field);
-}
-
-void readDouble(const QJsonObject &o, const char *key, double &field)
-{
-    const QJsonValue v = o.value(QLatin1String(key));
-    if (!v.isUndefined())
-        field = v.toDouble(field);
+        field = fromJsonValue(v, field);
 }
 
 void readString(const QJsonObject &o, const char *key, QString &field)
@@ -102,35 +94,35 @@ TextOverlayData TextOverlayData::fromJson(const QJsonObject &o, int formatVersio
 {
     Q_UNUSED(formatVersion);
     TextOverlayData d;
-    readBool(o, "enabled", d.enabled);
+    readValue(o, "enabled", d.enabled);
     readString(o, "text", d.text);
     readString(o, "fontFamily", d.fontFamily);
-    readInt(o, "fontPointSize", d.fontPointSize);
-    readBool(o, "bold", d.bold);
-    readBool(o, "italic", d.italic);
-    readBool(o, "underline", d.underline);
-    readBool(o, "strikeOut", d.strikeOut);
+    readValue(o, "fontPointSize", d.fontPointSize);
+    readValue(o, "bold", d.bold);
+    readValue(o, "italic", d.italic);
+    readValue(o, "underline", d.underline);
+    readValue(o, "strikeOut", d.strikeOut);
     readColor(o, "fontColor", d.fontColor);
-    readDouble(o, "posX", d.posX);
-    readDouble(o, "posY", d.posY);
-    readInt(o, "zIndex", d.zIndex);
-    readInt(o, "opacity", d.opacity);
-    readBool(o, "backgroundEnabled", d.backgroundEnabled);
+    readValue(o, "posX", d.posX);
+    readValue(o, "posY", d.posY);
+    readValue(o, "zIndex", d.zIndex);
+    readValue(o, "opacity", d.opacity);
+    readValue(o, "backgroundEnabled", d.backgroundEnabled);
     readColor(o, "backgroundColor", d.backgroundColor);
-    readInt(o, "backgroundPadding", d.backgroundPadding);
-    readBool(o, "outline", d.outline);
+    readValue(o, "backgroundPadding", d.backgroundPadding);
+    readValue(o, "outline", d.outline);
     readColor(o, "outlineColor", d.outlineColor);
-    readInt(o, "outlineWidth", d.outlineWidth);
-    readBool(o, "shadow", d.shadow);
+    readValue(o, "outlineWidth", d.outlineWidth);
+    readValue(o, "shadow", d.shadow);
     readColor(o, "shadowColor", d.shadowColor);
-    readInt(o, "shadowOffsetX", d.shadowOffsetX);
-    readInt(o, "shadowOffsetY", d.shadowOffsetY);
-    readBool(o, "scrollable", d.scrollable);
-    readInt(o, "scrollDirection", d.scrollDirection);
-    readInt(o, "scrollStep", d.scrollStep);
-    readInt(o, "scrollTimes", d.scrollTimes);
-    readDouble(o, "scrollViewportWidth", d.scrollViewportWidth);
-    readDouble(o, "scrollViewportHeight", d.scrollViewportHeight);
+    readValue(o, "shadowOffsetX", d.shadowOffsetX);
+    readValue(o, "shadowOffsetY", d.shadowOffsetY);
+    readValue(o, "scrollable", d.scrollable);
+    readValue(o, "scrollDirection", d.scrollDirection);
+    readValue(o, "scrollStep", d.scrollStep);
+    readValue(o, "scrollTimes", d.scrollTimes);
+    readValue(o, "scrollViewportWidth", d.scrollViewportWidth);
+    readValue(o, "scrollViewportHeight", d.scrollViewportHeight);
     return d;
 }
 

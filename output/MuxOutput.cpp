@@ -156,6 +156,8 @@ bool MuxOutput::openContext(const QString &url, bool reconnectTimeout)
             return false;
         }
         video->time_base = m_streams->videoTimeBase;
+        m_videoTimeBase = m_streams->videoTimeBase;
+        m_audioTimeBase = m_streams->audioTimeBase;
         m_videoIndex = video->index;
         m_audioIndex = -1;
         if (m_streams->audio) {
@@ -284,11 +286,7 @@ int MuxOutput::writePacket(AVPacket *packet, bool video)
     const int index = video ? m_videoIndex : m_audioIndex;
     if (index < 0)
         return 0;
-    AVRational encoderBase;
-    {
-        std::lock_guard lock(m_streams->mutex);
-        encoderBase = video ? m_streams->videoTimeBase : m_streams->audioTimeBase;
-    }
+    const AVRational encoderBase = video ? m_videoTimeBase : m_audioTimeBase;
     if (packet->pts == AV_NOPTS_VALUE && packet->dts == AV_NOPTS_VALUE)
         packet->dts = 0;
     if (packet->dts == AV_NOPTS_VALUE)

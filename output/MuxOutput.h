@@ -125,6 +125,9 @@ private:
     AVFormatContext *m_context = nullptr;
     int m_videoIndex = -1;
     int m_audioIndex = -1;
+    // The encoders' time bases as they were when this output opened (read per packet).
+    AVRational m_videoTimeBase{1, 30};
+    AVRational m_audioTimeBase{1, 48000};
     QString m_openedUrl;
     qint64 m_offsetUs = -1; // start offset; unset until the first video keyframe
     std::deque<ffsupport::PacketPtr> m_earlyAudio; // sound that came before that keyframe

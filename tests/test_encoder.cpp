@@ -6,7 +6,6 @@
 #include "compose/FramePool.h"
 #include "output/FfmpegEncoderSink.h"
 #include "output/OutputRouter.h"
-#include "output/ReconnectPolicy.h"
 #include "output/StreamUrl.h"
 #include "output/VideoEncoderChoice.h"
 
@@ -192,24 +191,13 @@ private slots:
         QCOMPARE(streamContainerName("rtmp://x/a/b", "mpegts"), QString("flv"));
     }
 
-    void queueDepthsAndPolicyNumbers()
+    void queueDepthsByPictureSizeAndUse()
     {
         QCOMPARE(OutputRouter::queueDepthFor({1920, 1080}, false), 32);
         QCOMPARE(OutputRouter::queueDepthFor({1920, 1080}, true), 4);
         QCOMPARE(OutputRouter::queueDepthFor({3840, 2160}, false), 8);
         QCOMPARE(OutputRouter::queueDepthFor({7680, 4320}, false), 3);
         QCOMPARE(OutputRouter::queueDepthFor({0, 0}, false), 32);
-        QList<qint64> reopen;
-        for (int attempt = 1; attempt <= 9; ++attempt)
-            reopen << reconnect::afterFailedReopenMs(attempt);
-        QCOMPARE(reopen, (QList<qint64>{1000, 2000, 4000, 8000, 16000, 32000, 64000, 90000, 90000}));
-        QCOMPARE(reconnect::afterWriteFailureMs(0), 400);
-        QCOMPARE(reconnect::afterWriteFailureMs(20), 90000);
-        QList<qint64> logged;
-        for (qint64 n = 1; n <= 500; ++n)
-            if (reconnect::shouldLog(n, 5, 120))
-                logged << n;
-        QCOMPARE(logged, (QList<qint64>{1, 2, 3, 4, 5, 120, 240, 360, 480}));
     }
 
     void unwritableDirectoryRefusesTheStart()

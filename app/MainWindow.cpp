@@ -1,13 +1,15 @@
 #include "app/MainWindow.h"
 
 #include "Version.h"
-#include "app/Engine.h"
 #include "app/Language.h"
-#include "output/OutputFolder.h"
+#include "app/OperatorTexts.h"
+#include "engine/Engine.h"
+#include "app/OutputFolder.h"
 
 #include <QAction>
 #include <QActionGroup>
 #include <QApplication>
+#include <QDebug>
 #include <QDesktopServices>
 #include <QDir>
 #include <QDockWidget>
@@ -16,6 +18,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPixmap>
+#include <QStatusBar>
 #include <QTimer>
 #include <QUrl>
 
@@ -25,8 +28,9 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent)
     selvane::installUiTranslator(m_chinese);
 
     // The engine: pipeline, overlays and the preview audio mixer on its own thread.
-    m_engine = new Engine(this);
+    m_engine = new selvane::Engine(this);
     m_engine->startAudio();
+    connectEngine();
 
     setObjectName("MainWindow");
     setWindowTitle("Selvane");
@@ -55,6 +59,21 @@ MainWindow::~MainWindow()
 {
     // The audio thread stops within fixed limits before anything else goes.
     m_engine->shutdownAudio();
+}
+
+void MainWindow::connectEngine()
+{
+    using namespace selvane;
+    connect(m_engine, &Engine::channelError, this,
+            [this](int channel, SourceError error, const QString &) {
+                statusBar()->showMessage(
+                    tr("Channel %1: %2").arg(channel + 1).arg(sourceErrorText(error)), 10000);
+            });
+    connect(m_engine, &Engine::outputsFailed, this, [this](OutputFailure failure) {
+        const QString text = outputFailureText(failure);
+        qWarning().noquote() << "programOutputTransportFailed:" << text;
+        statusBar()->showMessage(text, 15000);
+    });
 }
 
 void MainWindow::createMenus()

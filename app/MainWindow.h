@@ -8,7 +8,9 @@
 
 #include <array>
 
+namespace selvane {
 class Engine;
+}
 class QAction;
 class QActionGroup;
 class QDockWidget;
@@ -40,7 +42,7 @@ public:
         DockCount
     };
     QDockWidget *dock(DockId id) const { return m_docks[id]; }
-    Engine *engine() const { return m_engine; }
+    selvane::Engine *engine() const { return m_engine; }
 
 public slots:
     void openOutputFolder();
@@ -56,11 +58,12 @@ protected:
 private:
     void createMenus();
     void createDocks();
+    void connectEngine();
     void retranslateUi();
     static QString dockTitle(DockId id);
 
     bool m_chinese = false;
-    Engine *m_engine = nullptr;
+    selvane::Engine *m_engine = nullptr;
     QLabel *m_previewArea = nullptr;
     std::array<QDockWidget *, DockCount> m_docks{};
 

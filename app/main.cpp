@@ -3,13 +3,12 @@
 // event loop, and teardown in reverse.
 
 #include "Version.h"
-#include "app/CommandLine.h"
-#include "app/Engine.h"
-#include "app/HeadlessRunner.h"
 #include "app/LogSink.h"
 #include "app/MainWindow.h"
 #include "app/SingleInstance.h"
-#include "compose/FrameToken.h"
+#include "cli/CommandLine.h"
+#include "cli/HeadlessRunner.h"
+#include "media/FrameToken.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -39,9 +38,15 @@ int runConsoleOnly(int argc, char *argv[])
     return 0;
 }
 
+void registerMetaTypes()
+{
+    qRegisterMetaType<FrameTokenPtr>("FrameTokenPtr");
+    qRegisterMetaType<QImage>("QImage");
+}
+
 int runHeadless(int argc, char *argv[])
 {
-    registerEngineMetaTypes();
+    registerMetaTypes();
     // Fonts and painting need a GUI application; without a display it runs offscreen.
     if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
         qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
@@ -60,13 +65,14 @@ int runHeadless(int argc, char *argv[])
     }
     selvane::pruneOversizedLogs(selvane::kStartupLogPruneBytes);
     selvane::initLogSink();
+    HeadlessRunner::setHardInterruptHook(selvane::emergencyFlush);
     HeadlessRunner runner(options);
     return runner.run();
 }
 
 int runGui(int argc, char *argv[])
 {
-    registerEngineMetaTypes();
+    registerMetaTypes();
 
     auto app = std::make_unique<QApplication>(argc, argv);
     QCoreApplication::setApplicationName("Selvane");

@@ -1,7 +1,8 @@
 #include "audio/PreviewAudioMixer.h"
 
 #include "audio/AudioQueueIODevice.h"
-#include "compose/FramePipeline.h"
+#include "media/AudioInputs.h"
+#include "media/ProgramClock.h"
 
 #include <QAudioDevice>
 #include <QAudioFormat>
@@ -19,8 +20,9 @@ std::int16_t shaped(float value) { return std::int16_t(std::lround(std::tanh(val
 
 } // namespace
 
-PreviewAudioMixer::PreviewAudioMixer(FramePipeline *pipeline, QObject *parent)
-    : QObject(parent), m_pipeline(pipeline), m_previewBus(kBlockValues), m_programBus(kBlockValues),
+PreviewAudioMixer::PreviewAudioMixer(selvane::AudioInputs &inputs,
+                                     const selvane::ProgramClock &clock, QObject *parent)
+    : QObject(parent), m_inputs(inputs), m_clockSource(clock), m_previewBus(kBlockValues), m_programBus(kBlockValues),
       m_source(kBlockValues), m_sampleBlock(kBlockValues), m_programBlock(kBlockValues)
 {
     // The program channel is heard through the program bus; other channels and the overlays'
@@ -40,6 +42,11 @@ void PreviewAudioMixer::setChannelVolume(int channel, float volume)
 {
     if (channel >= 0 && channel < 4)
         m_channelVolumes[channel].store(volume);
+}
+
+float PreviewAudioMixer::channelVolume(int channel) const
+{
+    return channel >= 0 && channel < 4 ? m_channelVolumes[channel].load() : 0.0f;
 }
 
 void PreviewAudioMixer::setOverlayPreviewVolume(int slot, float volume)
@@ -125,7 +132,7 @@ void PreviewAudioMixer::cleanup()
 
 void PreviewAudioMixer::mixTick()
 {
-    if (!m_pipeline || !m_device)
+    if (!m_device)
         return;
     // Every block due by the steady clock is mixed, so the sound keeps pace with wall time.
     const qint64 elapsedUs = m_clock.nsecsElapsed() / 1000;
@@ -134,7 +141,7 @@ void PreviewAudioMixer::mixTick()
         m_blocksDue += due - kMaxCatchUpBlocks;
         due = kMaxCatchUpBlocks;
     }
-    const qint64 programNowUs = m_pipeline->programClockUs();
+    const qint64 programNowUs = m_clockSource.nowUs();
     for (qint64 k = 0; k < due; ++k) {
         const qint64 behindUs = (due - 1 - k) * 10000;
         mixBlock(std::max<qint64>(0, programNowUs - behindUs));
@@ -150,35 +157,38 @@ void PreviewAudioMixer::addSource(std::vector<float> &bus, float gain)
 
 void PreviewAudioMixer::mixBlock(qint64 programPtsUs)
 {
-    if (!m_pipeline)
-        return;
     std::fill(m_previewBus.begin(), m_previewBus.end(), 0.0f);
     std::fill(m_programBus.begin(), m_programBus.end(), 0.0f);
 
-    const int program = m_pipeline->programChannel();
+    // Every queue is read whether it is heard or not: a queue nobody reads would fall behind
+    // its pictures, and a later cut to it would put its sound late.
+    const int program = m_inputs.programChannel();
     const float programVolume = m_programVolume.load();
     for (int c = 0; c < 4; ++c) {
         const float v = m_channelVolumes[c].load();
-        if (c == program && program >= 0 && programVolume > 0.0f) {
-            m_pipeline->takeChannelAudio(c, m_source.data(), kBlockFrames);
-            if (v > 0.0f)
-                addSource(m_previewBus, v);
-            addSource(m_programBus, programVolume);
-        } else if (v > 0.0f) {
-            m_pipeline->takeChannelAudio(c, m_source.data(), kBlockFrames);
-            addSource(m_previewBus, v);
+        const int real = m_inputs.channel(c).take(m_source.data(), kBlockFrames);
+        if (real == 0) {
+            m_levels.silenceChannel(c);
+            continue;
         }
+        m_levels.measureChannel(c, m_source.data(), kBlockValues);
+        if (v > 0.0f)
+            addSource(m_previewBus, v);
+        if (c == program && programVolume > 0.0f)
+            addSource(m_programBus, programVolume);
     }
     for (int s = 0; s < 4; ++s) {
+        const int real = m_inputs.overlaySlot(s).take(m_source.data(), kBlockFrames);
+        if (real == 0) {
+            m_levels.silenceOverlaySlot(s);
+            continue;
+        }
+        m_levels.measureOverlaySlot(s, m_source.data(), kBlockValues);
         const float pv = m_overlayPreviewVolumes[s].load();
         const float qv = m_overlayProgramVolumes[s].load();
-        const bool onProgram = m_overlayOnProgram[s].load() && qv > 0.0f;
-        if (pv <= 0.0f && !onProgram)
-            continue;
-        m_pipeline->takeOverlayAudio(s, m_source.data(), kBlockFrames);
         if (pv > 0.0f)
             addSource(m_previewBus, pv);
-        if (onProgram)
+        if (m_overlayOnProgram[s].load() && qv > 0.0f)
             addSource(m_programBus, qv);
     }
 
@@ -192,6 +202,7 @@ void PreviewAudioMixer::mixBlock(qint64 programPtsUs)
         const float gain = m_programGain.load();
         for (int i = 0; i < kBlockValues; ++i)
             m_programBlock[i] = shaped(m_programBus[i] * gain);
+        m_levels.measureProgram(m_programBlock.data(), kBlockValues);
         appendProgramBlock();
         std::lock_guard lock(m_tapMutex);
         if (m_tap)

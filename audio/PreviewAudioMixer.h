@@ -3,16 +3,22 @@
 // Every 10 ms mixes two stereo buses from the audio of the four channels and the four overlay
 // slots: the preview mix, played on the default output device through AudioQueueIODevice, and
 // the program mix, which goes to the outputs (the program audio tap) and to a bounded program
-// queue. tanh is the only limiter.
+// queue. tanh is the only limiter. Every source queue is read on every block, heard or not, so
+// that each stays as current as its pictures: a cut to a channel nobody listened to finds its
+// sound in step.
 //
 // Threads: the mixer lives on its own thread (its timer and mixTick run there). The setters are
-// plain atomic stores, callable from the GUI thread. The tap is installed and removed from any
-// thread (mutex); it is called on the mixer thread. The pipeline's audio queues are its own.
+// plain atomic stores, callable from any thread. The tap is installed and removed from any
+// thread (mutex); it is called on the mixer thread. The source queues (AudioInputs) and the
+// program clock belong to the engine; levels are readable from any thread.
 //
 // Clock: blocks are due at 10 ms steps of a steady clock since start(); a late tick mixes every
 // block that is due, so 48000 frames are produced per second of wall time. The program tap is
-// given each block with the program clock (FramePipeline::programClockUs) at its due time, the
-// same clock that stamps program pictures.
+// given each block with the program clock at its due time, the same clock that stamps program
+// pictures.
+
+#include "audio/AudioLevels.h"
+#include "media/AudioFormat.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -25,8 +31,11 @@
 #include <vector>
 
 class AudioQueueIODevice;
-class FramePipeline;
 class QAudioSink;
+namespace selvane {
+class AudioInputs;
+class ProgramClock;
+} // namespace selvane
 class QTimer;
 
 class PreviewAudioMixer : public QObject
@@ -34,16 +43,17 @@ class PreviewAudioMixer : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int kBlockFrames = 480; // 10 ms at 48 kHz
-    static constexpr int kBlockValues = kBlockFrames * 2;
-    static constexpr int kBlockBytes = kBlockValues * 2;
+    static constexpr int kBlockFrames = selvane::audio::kBlockFrames;
+    static constexpr int kBlockValues = selvane::audio::kBlockValues;
+    static constexpr int kBlockBytes = selvane::audio::kBlockBytes;
     static constexpr qint64 kProgramQueueMaxBytes = 384000; // 2 s
     static constexpr int kSinkBufferBytes = 196608;
     static constexpr int kMaxCatchUpBlocks = 50;
 
     using ProgramTap = std::function<void(const std::int16_t *samples, int frames, qint64 ptsUs)>;
 
-    explicit PreviewAudioMixer(FramePipeline *pipeline, QObject *parent = nullptr);
+    PreviewAudioMixer(selvane::AudioInputs &inputs, const selvane::ProgramClock &clock,
+                      QObject *parent = nullptr);
     ~PreviewAudioMixer() override;
 
     // On the mixer's thread.
@@ -69,13 +79,19 @@ public:
     AudioQueueIODevice *device() const { return m_device; }
     bool hasSink() const { return m_sink != nullptr; }
     qint64 blocksMixed() const { return m_blocksMixed.load(); }
+    const selvane::AudioLevels &levels() const { return m_levels; }
+    float channelVolume(int channel) const;
+    float programVolume() const { return m_programVolume.load(); }
+    float programGain() const { return m_programGain.load(); }
 
 private:
     void createSink();
     void addSource(std::vector<float> &bus, float gain);
     void appendProgramBlock();
 
-    FramePipeline *m_pipeline = nullptr;
+    selvane::AudioInputs &m_inputs;
+    const selvane::ProgramClock &m_clockSource;
+    selvane::AudioLevels m_levels;
     std::array<std::atomic<float>, 4> m_channelVolumes;
     std::atomic<float> m_programVolume{1.0f};
     std::array<std::atomic<float>, 4> m_overlayPreviewVolumes;

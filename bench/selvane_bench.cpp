@@ -3,8 +3,9 @@
 // Prints medians over several rounds; never a test.
 
 #include "audio/PreviewAudioMixer.h"
-#include "compose/FramePipeline.h"
-#include "compose/FramePool.h"
+#include "media/AudioInputs.h"
+#include "media/FramePool.h"
+#include "media/ProgramClock.h"
 #include "output/FfmpegEncoderSink.h"
 
 #include <QElapsedTimer>
@@ -26,9 +27,9 @@ double median(std::vector<double> v)
 
 double mixerBlockMicros()
 {
-    QObject owner;
-    FramePipeline pipeline(&owner);
-    PreviewAudioMixer mixer(&pipeline);
+    selvane::AudioInputs inputs;
+    selvane::ProgramClock clock;
+    PreviewAudioMixer mixer(inputs, clock);
     mixer.start();
     for (int c = 0; c < 4; ++c)
         mixer.setChannelVolume(c, 0.5f);
@@ -43,7 +44,7 @@ double mixerBlockMicros()
         timer.start();
         for (int block = 0; block < 2000; ++block) {
             for (int c = 0; c < 4; ++c)
-                pipeline.pushChannelAudio(c, chunk.data(), 480);
+                inputs.channel(c).push(chunk.data(), 480);
             mixer.mixBlock();
         }
         rounds.push_back(timer.nsecsElapsed() / 1000.0 / 2000.0);
@@ -70,10 +71,10 @@ double encodeFrameMillis(int width, int height)
         timer.start();
         const int frames = 120;
         for (int i = 0; i < frames; ++i) {
-            FrameTokenPtr frame = pool.acquire();
-            prepareTokenPixels(*frame, width, height, qint64(width) * 4);
+            FrameWriter frame = pool.acquire();
+            frame.prepare(width, height, qint64(width) * 4);
             frame->pixels.fill(char(i * 2));
-            sink.pushVideoFrame(frame, qint64(i) * 1000000 / 30);
+            sink.pushVideoFrame(std::move(frame).publish(), qint64(i) * 1000000 / 30);
         }
         sink.close();
         rounds.push_back(timer.nsecsElapsed() / 1e6 / frames);

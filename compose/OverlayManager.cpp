@@ -4,9 +4,6 @@
 #include <QImageReader>
 #include <QMutex>
 #include <QMutexLocker>
-#include <QPainter>
-#include <QPen>
-#include <QPolygonF>
 #include <QThreadPool>
 #include <algorithm>
 #include <utility>
@@ -53,8 +50,11 @@ bool restartsScroll(const TextOverlayData &before, const TextOverlayData &after)
 OverlayManager::OverlayManager(QObject *parent)
     : QObject(parent), m_loadGuard(std::make_shared<LoadGuard>())
 {
+    qRegisterMetaType<OverlayScenePtr>("OverlayScenePtr");
     m_loadGuard->manager = this;
     m_monotonic.start();
+    m_scene = std::make_shared<OverlayScene>();
+    m_scene = editableCopy();
 }
 
 OverlayManager::~OverlayManager()
@@ -68,20 +68,51 @@ qint64 OverlayManager::nowUs() const
     return m_clock ? m_clock() : m_monotonic.nsecsElapsed() / 1000;
 }
 
+std::shared_ptr<OverlayScene> OverlayManager::editableCopy() const
+{
+    auto scene = std::make_shared<OverlayScene>(*m_scene);
+    // The scene outlives this manager on the program thread: it carries its own clock.
+    if (m_clock) {
+        scene->clock = m_clock;
+    } else {
+        const QElapsedTimer monotonic = m_monotonic;
+        scene->clock = [monotonic] { return monotonic.nsecsElapsed() / 1000; };
+    }
+    return scene;
+}
+
+void OverlayManager::publish(std::shared_ptr<OverlayScene> scene, bool texts, bool media,
+                             bool doodle, bool layout)
+{
+    m_scene = std::move(scene);
+    if (texts)
+        emit textOverlaysChanged();
+    if (media)
+        emit mediaOverlaysChanged();
+    if (doodle)
+        emit doodleOverlayChanged();
+    if (layout)
+        emit overlayLayoutChanged();
+    emit sceneChanged(m_scene);
+    emit overlayChanged();
+}
+
 void OverlayManager::setClock(ClockUs clock)
 {
     m_clock = std::move(clock);
     // Start times taken on the old clock mean nothing on the new one.
+    auto scene = editableCopy();
     const qint64 now = nowUs();
-    for (auto it = m_scrollStartUs.begin(); it != m_scrollStartUs.end(); ++it)
+    for (auto it = scene->scrollStartUs.begin(); it != scene->scrollStartUs.end(); ++it)
         it.value() = now;
+    publish(std::move(scene), false, false, false, false);
 }
 
 // --- text overlays ---
 
 const TextOverlayData *OverlayManager::textOverlay(int id) const
 {
-    for (const TextOverlayData &data : m_texts)
+    for (const TextOverlayData &data : m_scene->texts)
         if (data.id == id)
             return &data;
     return nullptr;
@@ -91,9 +122,10 @@ void OverlayManager::setTextOverlay(const TextOverlayData &data)
 {
     if (data.id < 0)
         return;
+    auto scene = editableCopy();
     bool restart = false;
     bool stored = false;
-    for (TextOverlayData &existing : m_texts) {
+    for (TextOverlayData &existing : scene->texts) {
         if (existing.id != data.id)
             continue;
         restart = restartsScroll(existing, data);
@@ -102,57 +134,51 @@ void OverlayManager::setTextOverlay(const TextOverlayData &data)
         break;
     }
     if (!stored) {
-        if (m_texts.size() >= kMaxTextOverlays) {
+        if (scene->texts.size() >= kMaxTextOverlays) {
             qWarning() << "OverlayManager: max" << kMaxTextOverlays << "text overlays"
                        << "— ignoring id" << data.id;
-        } else {
-            m_texts.append(data);
-            stored = true;
-            restart = true;
+            emit textOverlaysChanged();
+            emit overlayChanged();
+            return;
         }
+        scene->texts.append(data);
+        restart = true;
     }
-    if (stored && restart)
-        m_scrollStartUs.insert(data.id, nowUs());
-    emit textOverlaysChanged();
-    emit overlayChanged();
+    if (restart)
+        scene->scrollStartUs.insert(data.id, nowUs());
+    publish(std::move(scene), true, false, false, false);
 }
 
 void OverlayManager::removeTextOverlay(int id)
 {
-    for (qsizetype i = 0; i < m_texts.size(); ++i) {
-        if (m_texts[i].id != id)
-            continue;
-        m_texts.removeAt(i);
-        m_scrollStartUs.remove(id);
-        emit textOverlaysChanged();
-        emit overlayChanged();
+    if (!textOverlay(id))
         return;
-    }
+    auto scene = editableCopy();
+    scene->texts.removeIf([id](const TextOverlayData &d) { return d.id == id; });
+    scene->scrollStartUs.remove(id);
+    publish(std::move(scene), true, false, false, false);
 }
 
 void OverlayManager::clearTextOverlays()
 {
-    if (m_texts.isEmpty())
+    if (m_scene->texts.isEmpty())
         return;
-    m_texts.clear();
-    m_scrollStartUs.clear();
-    emit textOverlaysChanged();
-    emit overlayChanged();
+    auto scene = editableCopy();
+    scene->texts.clear();
+    scene->scrollStartUs.clear();
+    publish(std::move(scene), true, false, false, false);
 }
 
 qint64 OverlayManager::textScrollElapsedUs(int id) const
 {
-    const auto it = m_scrollStartUs.constFind(id);
-    if (it == m_scrollStartUs.constEnd())
-        return 0;
-    return std::max<qint64>(0, nowUs() - it.value());
+    return m_scene->scrollElapsedUs(id, nowUs());
 }
 
 // --- media overlays ---
 
 const MediaOverlayRecord *OverlayManager::mediaOverlay(int id) const
 {
-    for (const MediaOverlayRecord &record : m_media)
+    for (const MediaOverlayRecord &record : m_scene->media)
         if (record.id == id)
             return &record;
     return nullptr;
@@ -163,7 +189,8 @@ void OverlayManager::setMediaOverlay(const MediaOverlayRecord &record)
     if (record.id < 0)
         return;
     const bool isImage = record.kind == MediaOverlayRecord::StillImage;
-    for (MediaOverlayRecord &existing : m_media) {
+    auto scene = editableCopy();
+    for (MediaOverlayRecord &existing : scene->media) {
         if (existing.id != record.id)
             continue;
         const bool placementChanged = existing.rect != record.rect;
@@ -172,62 +199,42 @@ void OverlayManager::setMediaOverlay(const MediaOverlayRecord &record)
         existing = record;
         if (sourceChanged) {
             // The old picture shows the wrong file; better nothing until the new one is decoded.
-            m_imageCache.remove(record.id);
+            scene->images.remove(record.id);
             if (isImage && !record.filePath.isEmpty())
                 startImageLoad(record.id, record.filePath);
         }
-        emit mediaOverlaysChanged();
-        if (placementChanged)
-            emit overlayLayoutChanged();
-        emit overlayChanged();
+        publish(std::move(scene), false, true, false, placementChanged);
         return;
     }
-    if (m_media.size() > kMaxMediaOverlays - 1) {
+    if (scene->media.size() > kMaxMediaOverlays - 1) {
         qWarning() << "OverlayManager: media overlay limit reached:" << kMaxMediaOverlays;
         return;
     }
-    m_media.append(record);
+    scene->media.append(record);
     if (isImage && !record.filePath.isEmpty())
         startImageLoad(record.id, record.filePath);
-    emit mediaOverlaysChanged();
-    emit overlayChanged();
+    publish(std::move(scene), false, true, false, false);
 }
 
 void OverlayManager::removeMediaOverlay(int id)
 {
-    for (qsizetype i = 0; i < m_media.size(); ++i) {
-        if (m_media[i].id != id)
-            continue;
-        m_media.removeAt(i);
-        // The generation stays: a load still in flight must not match a later record.
-        m_imageCache.remove(id);
-        m_videoPictures.remove(id);
-        emit mediaOverlaysChanged();
-        emit overlayChanged();
+    if (!mediaOverlay(id))
         return;
-    }
+    auto scene = editableCopy();
+    scene->media.removeIf([id](const MediaOverlayRecord &r) { return r.id == id; });
+    // The generation stays: a load still in flight must not match a later record.
+    scene->images.remove(id);
+    publish(std::move(scene), false, true, false, false);
 }
 
 void OverlayManager::clearMediaOverlays()
 {
-    if (m_media.isEmpty())
+    if (m_scene->media.isEmpty())
         return;
-    m_media.clear();
-    m_imageCache.clear();
-    m_videoPictures.clear();
-    emit mediaOverlaysChanged();
-    emit overlayChanged();
-}
-
-void OverlayManager::setOverlayVideoPicture(int id, const QImage &picture)
-{
-    m_videoPictures.insert(id, picture);
-}
-
-void OverlayManager::forgetOverlayVideo(int id)
-{
-    if (m_videoPictures.remove(id) > 0)
-        emit overlayChanged();
+    auto scene = editableCopy();
+    scene->media.clear();
+    scene->images.clear();
+    publish(std::move(scene), false, true, false, false);
 }
 
 void OverlayManager::startImageLoad(int mediaId, const QString &path)
@@ -259,105 +266,36 @@ void OverlayManager::tryCommitImageOverlayCache(int mediaId, QString path, int g
     const MediaOverlayRecord *record = mediaOverlay(mediaId);
     if (!record || record->kind != MediaOverlayRecord::StillImage || record->filePath != path)
         return; // removed, turned into a video, or pointed at another file meanwhile
-    m_imageCache.insert(mediaId, image);
-    emit mediaOverlaysChanged();
-    emit overlayChanged();
+    auto scene = editableCopy();
+    scene->images.insert(mediaId, image);
+    publish(std::move(scene), false, true, false, false);
 }
 
 // --- doodle layer ---
 
 void OverlayManager::setDoodleLayer(const QList<DoodleStroke> &strokes)
 {
-    m_doodleStrokes = strokes;
-    m_doodleCacheValid = false;
-    emit doodleOverlayChanged();
-    emit overlayChanged();
+    auto scene = editableCopy();
+    scene->doodle = strokes;
+    ++scene->doodleVersion;
+    publish(std::move(scene), false, false, true, false);
 }
 
 void OverlayManager::setDoodleVisible(bool visible)
 {
-    if (m_doodleVisible == visible)
+    if (m_scene->doodleVisible == visible)
         return;
-    m_doodleVisible = visible;
-    emit doodleOverlayChanged();
-    emit overlayChanged();
+    auto scene = editableCopy();
+    scene->doodleVisible = visible;
+    publish(std::move(scene), false, false, true, false);
 }
 
 void OverlayManager::clearDoodleLayer()
 {
-    if (m_doodleStrokes.isEmpty())
+    if (m_scene->doodle.isEmpty())
         return;
-    m_doodleStrokes.clear();
-    m_doodleCacheValid = false;
-    m_doodleCache = QImage();
-    emit doodleOverlayChanged();
-    emit overlayChanged();
-}
-
-QImage OverlayManager::doodlePicture() const
-{
-    if (!hasDoodle() || m_outputSize.width() < 1 || m_outputSize.height() < 1)
-        return QImage();
-    if (m_doodleCacheValid && m_doodleCache.size() == m_outputSize)
-        return m_doodleCache;
-
-    QImage picture(m_outputSize, QImage::Format_RGBA8888_Premultiplied);
-    picture.fill(Qt::transparent);
-    const double sx = m_outputSize.width() / 640.0;
-    const double sy = m_outputSize.height() / 360.0;
-    QPainter painter(&picture);
-    painter.setRenderHint(QPainter::Antialiasing, true);
-    for (const DoodleStroke &stroke : m_doodleStrokes) {
-        if (stroke.points.isEmpty())
-            continue;
-        // Line weight follows the vertical factor, as text does, so both keep their proportion.
-        QPen pen(stroke.color, std::max(1.0, stroke.width * sy), Qt::SolidLine, Qt::RoundCap,
-                 Qt::RoundJoin);
-        painter.setPen(pen);
-        QPolygonF line;
-        line.reserve(stroke.points.size());
-        for (const QPointF &p : stroke.points)
-            line.append(QPointF(p.x() * sx, p.y() * sy));
-        if (line.size() == 1)
-            painter.drawPoint(line.first()); // a tap leaves a dot
-        else
-            painter.drawPolyline(line);
-    }
-    painter.end();
-    m_doodleCache = picture;
-    m_doodleCacheValid = true;
-    return m_doodleCache;
-}
-
-void OverlayManager::setOutputSize(QSize size)
-{
-    if (size == m_outputSize)
-        return;
-    m_outputSize = size;
-    m_doodleCacheValid = false;
-}
-
-// --- summaries for the compositor ---
-
-bool OverlayManager::hasAnythingToDraw() const
-{
-    return overlayCount() > 0;
-}
-
-int OverlayManager::overlayCount() const
-{
-    int count = hasDoodle() ? 1 : 0;
-    for (const TextOverlayData &data : m_texts)
-        if (data.isDrawable())
-            ++count;
-    for (const MediaOverlayRecord &record : m_media) {
-        if (!record.visible || record.filePath.isEmpty())
-            continue;
-        const QImage picture = record.kind == MediaOverlayRecord::OverlayVideo
-                                   ? m_videoPictures.value(record.id)
-                                   : m_imageCache.value(record.id);
-        if (!picture.isNull())
-            ++count;
-    }
-    return count;
+    auto scene = editableCopy();
+    scene->doodle.clear();
+    ++scene->doodleVersion;
+    publish(std::move(scene), false, false, true, false);
 }

@@ -1,17 +1,19 @@
 #pragma once
 
 // The registry of everything drawn over the base picture: up to 10 text overlays, up to 4 media
-// overlays (still images and overlay videos, rectangles in the 640 x 360 scene), the latest
-// picture of each overlay video (fed by the pipeline's overlay slots), the decoded picture of
-// each image overlay, the doodle layer and the current output size.
+// overlays (still images and overlay videos, rectangles in the 640 x 360 scene), the decoded
+// picture of each image overlay, and the doodle layer. After every change it publishes the whole
+// state as one immutable OverlayScene for the compositor.
 //
-// Threads: everything runs on the GUI thread. Image files are decoded on the global thread pool;
-// the result comes back as a queued call of tryCommitImageOverlayCache(), and a per-id load
-// generation (not a lock) decides whether it still applies.
+// Threads: everything runs on the thread it lives on (the GUI thread). Image files are decoded
+// on the global thread pool; the result comes back as a queued call of
+// tryCommitImageOverlayCache(), and a per-id load generation (not a lock) decides whether it
+// still applies.
 //
 // Emits textOverlaysChanged / mediaOverlaysChanged / doodleOverlayChanged / overlayLayoutChanged
-// for the kind of change, then overlayChanged after every change.
+// for the kind of change, then sceneChanged with the new scene and overlayChanged.
 
+#include "compose/OverlayScene.h"
 #include "compose/TextOverlayData.h"
 
 #include <QColor>
@@ -27,40 +29,15 @@
 #include <functional>
 #include <memory>
 
-struct MediaOverlayRecord
-{
-    enum Kind : qint32
-    {
-        StillImage = 0,
-        OverlayVideo = 1,
-    };
-    qint32 id = -1;
-    qint32 kind = StillImage;
-    QString filePath;
-    QRectF rect; // scene units (640 x 360)
-    bool visible = true;
-    double opacity = 1.0; // drawn clamped to 0..1
-};
-
-// One stroke of the drawing canvas. Points and width are in scene units (640 x 360), so a drawing
-// keeps its place and weight at every output size.
-struct DoodleStroke
-{
-    QColor color = QColor(255, 0, 0);
-    double width = 4.0;
-    QList<QPointF> points;
-};
-
 class OverlayManager : public QObject
 {
     Q_OBJECT
 
 public:
-    static constexpr int kMaxTextOverlays = 10;
-    static constexpr int kMaxMediaOverlays = 4;
+    static constexpr int kMaxTextOverlays = OverlayScene::kMaxTextOverlays;
+    static constexpr int kMaxMediaOverlays = OverlayScene::kMaxMediaOverlays;
 
-    // A monotonic clock in microseconds; scroll times are measured on it.
-    using ClockUs = std::function<qint64()>;
+    using ClockUs = OverlayScene::ClockUs;
 
     explicit OverlayManager(QObject *parent = nullptr);
     ~OverlayManager() override;
@@ -69,21 +46,18 @@ public:
     void setTextOverlay(const TextOverlayData &data);
     void removeTextOverlay(int id);
     void clearTextOverlays();
-    const QList<TextOverlayData> &textOverlays() const { return m_texts; }
+    const QList<TextOverlayData> &textOverlays() const { return m_scene->texts; }
     const TextOverlayData *textOverlay(int id) const;
 
     // Media overlays: insert or replace by id; an image record starts loading its file.
     void setMediaOverlay(const MediaOverlayRecord &record);
     void removeMediaOverlay(int id);
     void clearMediaOverlays();
-    const QList<MediaOverlayRecord> &mediaOverlays() const { return m_media; }
+    const QList<MediaOverlayRecord> &mediaOverlays() const { return m_scene->media; }
     const MediaOverlayRecord *mediaOverlay(int id) const;
 
-    void setOverlayVideoPicture(int id, const QImage &picture);
-    void forgetOverlayVideo(int id);
-    QImage overlayVideoPicture(int id) const { return m_videoPictures.value(id); }
     // The decoded picture of an image overlay; null while it loads or when loading failed.
-    QImage overlayImage(int id) const { return m_imageCache.value(id); }
+    QImage overlayImage(int id) const { return m_scene->images.value(id); }
     // The generation of the latest load started for an image overlay (0: none yet).
     int imageLoadGeneration(int id) const { return m_imageGenerations.value(id, 0); }
 
@@ -91,20 +65,11 @@ public:
     void setDoodleLayer(const QList<DoodleStroke> &strokes);
     void setDoodleVisible(bool visible);
     void clearDoodleLayer();
-    const QList<DoodleStroke> &doodleStrokes() const { return m_doodleStrokes; }
-    bool isDoodleVisible() const { return m_doodleVisible; }
-    bool hasDoodle() const { return m_doodleVisible && !m_doodleStrokes.isEmpty(); }
-    // The strokes rendered on a transparent picture of the output size; null without a doodle.
-    // Rendered once per change of strokes or output size.
-    QImage doodlePicture() const;
+    const QList<DoodleStroke> &doodleStrokes() const { return m_scene->doodle; }
+    bool isDoodleVisible() const { return m_scene->doodleVisible; }
 
-    void setOutputSize(QSize size);
-    QSize outputSize() const { return m_outputSize; }
-
-    bool hasAnythingToDraw() const;
-    // Overlays that would be drawn on the next frame: the compositor's GPU threshold counts the
-    // work of a frame, so hidden or picture-less overlays do not count.
-    int overlayCount() const;
+    // The state as the compositor draws it.
+    OverlayScenePtr scene() const { return m_scene; }
 
     // Microseconds since the text overlay began to scroll (0 for an unknown id). The clock
     // restarts when the record is inserted or its words or scroll settings change.
@@ -122,6 +87,7 @@ signals:
     void mediaOverlaysChanged();
     void doodleOverlayChanged();
     void overlayLayoutChanged();
+    void sceneChanged(OverlayScenePtr scene);
     void overlayChanged();
 
 private:
@@ -129,18 +95,13 @@ private:
 
     void startImageLoad(int mediaId, const QString &path);
     qint64 nowUs() const;
+    // Publishes the edited scene and emits the signals of the kinds of change made.
+    void publish(std::shared_ptr<OverlayScene> scene, bool texts, bool media, bool doodle,
+                 bool layout);
+    std::shared_ptr<OverlayScene> editableCopy() const;
 
-    QList<TextOverlayData> m_texts;
-    QHash<int, qint64> m_scrollStartUs;
-    QList<MediaOverlayRecord> m_media;
-    QHash<int, QImage> m_videoPictures;
-    QHash<int, QImage> m_imageCache;
+    OverlayScenePtr m_scene;
     QHash<int, int> m_imageGenerations;
-    QList<DoodleStroke> m_doodleStrokes;
-    bool m_doodleVisible = true;
-    mutable QImage m_doodleCache;
-    mutable bool m_doodleCacheValid = false;
-    QSize m_outputSize{1920, 1080};
     QElapsedTimer m_monotonic;
     ClockUs m_clock;
     // Shared with every load in flight; cleared in the destructor so a late load posts nothing.

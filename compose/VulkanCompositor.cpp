@@ -1,7 +1,7 @@
 #include "compose/VulkanCompositor.h"
 
-#include "compose/OverlayManager.h"
 #include "compose/TextOverlayData.h"
+#include "media/LogThrottle.h"
 
 #include <QDebug>
 #include <QFont>
@@ -16,7 +16,9 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPen>
+#include <QPolygonF>
 #include <QSurfaceFormat>
+#include <QThread>
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -163,7 +165,8 @@ VulkanCompositor::~VulkanCompositor()
 void VulkanCompositor::initOpenGl()
 {
     // Contexts need the GUI application's platform integration; a core-only process has none.
-    if (!qobject_cast<QGuiApplication *>(QCoreApplication::instance())) {
+    if (!qobject_cast<QGuiApplication *>(QCoreApplication::instance()) ||
+        !QOpenGLContext::supportsThreadedOpenGL()) {
         qWarning("VulkanCompositor: QOpenGLContext::create failed, using CPU composition");
         return;
     }
@@ -208,46 +211,123 @@ void VulkanCompositor::initOpenGl()
                       << description;
 }
 
-FrameTokenPtr VulkanCompositor::compose(const FrameTokenPtr &base, const OverlayManager *overlays)
+void VulkanCompositor::moveGlToThread(QThread *thread)
+{
+    if (m_glContext)
+        m_glContext->moveToThread(thread);
+}
+
+void VulkanCompositor::setVideoPicture(int mediaId, FrameTokenPtr picture)
+{
+    if (picture)
+        m_videoPictures.insert(mediaId, std::move(picture));
+    else
+        m_videoPictures.remove(mediaId);
+}
+
+QImage VulkanCompositor::pictureOf(const MediaOverlayRecord &record,
+                                   const OverlayScene &scene) const
+{
+    if (record.kind != MediaOverlayRecord::OverlayVideo)
+        return scene.images.value(record.id);
+    const FrameTokenPtr token = m_videoPictures.value(record.id);
+    if (!token || token->pixels.isEmpty())
+        return {};
+    // A view of the token's pixels: it is only read, and only while this frame is painted.
+    return QImage(token->bits(), token->width, token->height, token->stride,
+                  QImage::Format_RGBA8888);
+}
+
+int VulkanCompositor::overlayCount(const OverlayScene &scene) const
+{
+    int count = scene.hasDoodle() ? 1 : 0;
+    for (const TextOverlayData &data : scene.texts)
+        if (data.isDrawable())
+            ++count;
+    for (const MediaOverlayRecord &record : scene.media) {
+        if (!record.visible || record.filePath.isEmpty())
+            continue;
+        const bool hasPicture = record.kind == MediaOverlayRecord::OverlayVideo
+                                    ? m_videoPictures.contains(record.id)
+                                    : !scene.images.value(record.id).isNull();
+        if (hasPicture)
+            ++count;
+    }
+    return count;
+}
+
+QImage VulkanCompositor::doodlePicture(const OverlayScene &scene, QSize size)
+{
+    if (!scene.hasDoodle() || size.width() < 1 || size.height() < 1)
+        return QImage();
+    if (!m_doodle.isNull() && m_doodle.size() == size && m_doodleVersion == scene.doodleVersion)
+        return m_doodle;
+    QImage picture(size, QImage::Format_RGBA8888_Premultiplied);
+    picture.fill(Qt::transparent);
+    const double sx = size.width() / kSceneWidth;
+    const double sy = size.height() / kSceneHeight;
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing, true);
+    for (const DoodleStroke &stroke : scene.doodle) {
+        if (stroke.points.isEmpty())
+            continue;
+        // Line weight follows the vertical factor, as text does, so both keep their proportion.
+        painter.setPen(QPen(stroke.color, std::max(1.0, stroke.width * sy), Qt::SolidLine,
+                            Qt::RoundCap, Qt::RoundJoin));
+        QPolygonF line;
+        line.reserve(stroke.points.size());
+        for (const QPointF &p : stroke.points)
+            line.append(QPointF(p.x() * sx, p.y() * sy));
+        if (line.size() == 1)
+            painter.drawPoint(line.first()); // a tap leaves a dot
+        else
+            painter.drawPolyline(line);
+    }
+    painter.end();
+    m_doodle = picture;
+    m_doodleVersion = scene.doodleVersion;
+    return m_doodle;
+}
+
+FrameTokenPtr VulkanCompositor::compose(const FrameTokenPtr &base, const OverlayScene *scene)
 {
     m_lastPath = Path::PassThrough;
-    if (!base || base->pixels.isEmpty() || !overlays)
+    if (!base || base->pixels.isEmpty() || !scene)
         return base;
-    if (!overlays->hasAnythingToDraw())
+    const int overlays = overlayCount(*scene);
+    if (overlays == 0)
         return base;
-    FrameTokenPtr out = m_pool.acquire();
+    FrameWriter out = m_pool.acquire();
     if (!out)
         return base; // no overlays on this frame rather than no frame
 
-    if (m_glReady && overlays->overlayCount() > kGpuMinOverlaysExclusive && gpuPathRequested()) {
-        if (composeOnGpu(*base, *out, *overlays)) {
-            out->pts = base->pts;
+    if (m_glReady && overlays > kGpuMinOverlaysExclusive && gpuPathRequested()) {
+        if (composeOnGpu(*base, out, *scene)) {
+            out->ptsUs = base->ptsUs;
             m_lastPath = Path::Gpu;
-            return out;
+            return std::move(out).publish();
         }
         ++m_gpuFailures;
-        if (m_gpuFailures <= kGpuFailureLogFirst || m_gpuFailures % kGpuFailureLogEvery == 0)
+        if (selvane::shouldLog(m_gpuFailures, kGpuFailureLogFirst, kGpuFailureLogEvery))
             qWarning() << "VulkanCompositor: GPU composition failed, frame composed on the CPU"
                        << "(failures:" << m_gpuFailures << ")";
     }
 
-    prepareTokenPixels(*out, base->width, base->height, base->stride);
+    out.prepare(base->width, base->height, base->stride);
     out->flag = true;
-    std::memcpy(out->pixels.data(), base->pixels.constData(),
-                std::size_t(base->stride * base->height));
+    std::memcpy(out.bits(), base->bits(), std::size_t(base->stride * base->height));
     {
-        QImage canvas(reinterpret_cast<uchar *>(out->pixels.data()), out->width, out->height,
-                      out->stride, QImage::Format_RGBA8888);
+        QImage canvas(out.bits(), out->width, out->height, out->stride, QImage::Format_RGBA8888);
         QPainter painter(&canvas);
-        paintOverlays(painter, canvas.width(), canvas.height(), *overlays);
+        paintOverlays(painter, canvas.width(), canvas.height(), *scene);
     }
-    out->pts = base->pts;
+    out->ptsUs = base->ptsUs;
     m_lastPath = Path::Cpu;
-    return out;
+    return std::move(out).publish();
 }
 
-bool VulkanCompositor::composeOnGpu(const FrameToken &base, FrameToken &out,
-                                    const OverlayManager &overlays)
+bool VulkanCompositor::composeOnGpu(const FrameToken &base, FrameWriter &out,
+                                    const OverlayScene &scene)
 {
     const int width = base.width;
     const int height = base.height;
@@ -268,8 +348,7 @@ bool VulkanCompositor::composeOnGpu(const FrameToken &base, FrameToken &out,
     if (!m_glFbo->bind())
         return false;
 
-    const QImage baseImage(reinterpret_cast<const uchar *>(base.pixels.constData()), width, height,
-                           base.stride, QImage::Format_RGBA8888);
+    const QImage baseImage(base.bits(), width, height, base.stride, QImage::Format_RGBA8888);
     bool painted = false;
     {
         QOpenGLPaintDevice device(width, height);
@@ -282,7 +361,7 @@ bool VulkanCompositor::composeOnGpu(const FrameToken &base, FrameToken &out,
             painter.setCompositionMode(QPainter::CompositionMode_Source);
             painter.drawImage(QRect(0, 0, width, height), baseImage);
             painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-            paintOverlays(painter, width, height, overlays);
+            paintOverlays(painter, width, height, scene);
             painter.end();
             painted = true;
         }
@@ -294,21 +373,21 @@ bool VulkanCompositor::composeOnGpu(const FrameToken &base, FrameToken &out,
     if (result.format() != QImage::Format_RGBA8888)
         result = result.convertToFormat(QImage::Format_RGBA8888);
 
-    prepareTokenPixels(out, width, height, base.stride);
-    out.flag = true;
+    out.prepare(width, height, base.stride);
+    out->flag = true;
     const qsizetype rowBytes = qsizetype(width) * 4;
-    if (result.bytesPerLine() == out.stride) {
-        std::memcpy(out.pixels.data(), result.constBits(), std::size_t(out.stride * height));
+    if (result.bytesPerLine() == out->stride) {
+        std::memcpy(out.bits(), result.constBits(), std::size_t(out->stride * height));
     } else {
         for (int y = 0; y < height; ++y)
-            std::memcpy(out.pixels.data() + y * out.stride, result.constScanLine(y),
+            std::memcpy(out.bits() + y * out->stride, result.constScanLine(y),
                         std::size_t(rowBytes));
     }
     return true;
 }
 
 void VulkanCompositor::paintOverlays(QPainter &painter, int width, int height,
-                                     const OverlayManager &overlays)
+                                     const OverlayScene &scene)
 {
     painter.setRenderHint(QPainter::Antialiasing, false);
     painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
@@ -316,12 +395,10 @@ void VulkanCompositor::paintOverlays(QPainter &painter, int width, int height,
     const double sy = width < 1 || height < 1 ? 0.0 : height / kSceneHeight;
 
     // Media overlays (images and videos) in the manager's order: first drawn is lowest.
-    for (const MediaOverlayRecord &record : overlays.mediaOverlays()) {
+    for (const MediaOverlayRecord &record : scene.media) {
         if (!record.visible || record.filePath.isEmpty())
             continue;
-        const QImage picture = record.kind == MediaOverlayRecord::OverlayVideo
-                                   ? overlays.overlayVideoPicture(record.id)
-                                   : overlays.overlayImage(record.id);
+        const QImage picture = pictureOf(record, scene);
         if (picture.isNull())
             continue;
         painter.setOpacity(std::clamp(record.opacity, 0.0, 1.0));
@@ -344,7 +421,7 @@ void VulkanCompositor::paintOverlays(QPainter &painter, int width, int height,
 
     // Text overlays, lowest stacking key first; equal keys keep the manager's order.
     QList<const TextOverlayData *> texts;
-    for (const TextOverlayData &data : overlays.textOverlays())
+    for (const TextOverlayData &data : scene.texts)
         if (data.isDrawable())
             texts.append(&data);
     std::stable_sort(
@@ -354,15 +431,16 @@ void VulkanCompositor::paintOverlays(QPainter &painter, int width, int height,
         painter.save();
         painter.setRenderHint(QPainter::Antialiasing, true);
         painter.setRenderHint(QPainter::TextAntialiasing, true);
+        const qint64 nowUs = scene.nowUs();
         for (const TextOverlayData *data : texts)
             paintText(painter, *data, width, height, sx, sy,
-                      overlays.textScrollElapsedUs(data->id));
+                      scene.scrollElapsedUs(data->id, nowUs));
         painter.restore();
     }
     painter.setOpacity(1.0);
 
     // The doodle layer on top of everything; its picture covers the whole scene.
-    const QImage doodle = overlays.doodlePicture();
+    const QImage doodle = doodlePicture(scene, QSize(width, height));
     if (!doodle.isNull()) {
         painter.save();
         painter.setRenderHint(QPainter::SmoothPixmapTransform, true);

@@ -1,9 +1,14 @@
 #pragma once
 
-// Makes one program frame out of one base frame and the overlay state, on the pipeline's (GUI)
-// thread. With nothing to draw, or no free token, the base frame itself is the program frame.
-// Otherwise the base picture is copied into a token of the program pool and the overlay layers
-// are painted over it: media overlays, text overlays, then the doodle layer.
+// Makes one program frame out of one base frame and the overlay scene, on the program thread.
+// With nothing to draw, or no free token, the base frame itself is the program frame. Otherwise
+// the base picture is copied into a token of the program pool and the overlay layers are painted
+// over it: media overlays, text overlays, then the doodle layer. It keeps the latest picture of
+// every overlay video (handed in on the program thread) and the doodle rendered once per change
+// of strokes or size.
+//
+// Threads: constructed on the GUI thread (an OpenGL context needs it); every other method on
+// the one thread that composes. The OpenGL context is moved to that thread by moveGlToThread().
 //
 // Despite its name no Vulkan is used. Painting runs on the CPU with QPainter; an optional OpenGL
 // path (an offscreen framebuffer read back into the token) serves frames with more than two
@@ -11,11 +16,15 @@
 // is set up once, in the constructor, and any failure there keeps the whole run on the CPU; a
 // failure while composing falls back to the CPU for that frame.
 
-#include "compose/FramePool.h"
+#include "compose/OverlayScene.h"
+#include "media/FramePool.h"
+
+#include <QHash>
+#include <QImage>
 
 #include <memory>
 
-class OverlayManager;
+class QThread;
 class QImage;
 class QOffscreenSurface;
 class QOpenGLContext;
@@ -38,12 +47,23 @@ public:
     VulkanCompositor(const VulkanCompositor &) = delete;
     VulkanCompositor &operator=(const VulkanCompositor &) = delete;
 
-    // The result's pts equals the base frame's.
-    FrameTokenPtr compose(const FrameTokenPtr &base, const OverlayManager *overlays);
+    // The result's time equals the base frame's.
+    FrameTokenPtr compose(const FrameTokenPtr &base, const OverlayScene *scene);
+
+    // The latest picture of an overlay video; null forgets it.
+    void setVideoPicture(int mediaId, FrameTokenPtr picture);
+    void forgetVideoPictures() { m_videoPictures.clear(); }
+    bool hasVideoPicture(int mediaId) const { return m_videoPictures.contains(mediaId); }
+
+    // Overlays that would be drawn on the next frame: the GPU threshold counts the work of a
+    // frame, so hidden or picture-less overlays do not count.
+    int overlayCount(const OverlayScene &scene) const;
 
     // Draws every overlay layer onto a painter whose device is width x height output pixels.
-    static void paintOverlays(QPainter &painter, int width, int height,
-                              const OverlayManager &overlays);
+    void paintOverlays(QPainter &painter, int width, int height, const OverlayScene &scene);
+
+    // Hands the OpenGL context to the thread that composes (call on the constructing thread).
+    void moveGlToThread(QThread *thread);
 
     bool isGpuReady() const { return m_glReady; }
     Path lastPath() const { return m_lastPath; }
@@ -56,7 +76,9 @@ public:
 
 private:
     void initOpenGl();
-    bool composeOnGpu(const FrameToken &base, FrameToken &out, const OverlayManager &overlays);
+    bool composeOnGpu(const FrameToken &base, FrameWriter &out, const OverlayScene &scene);
+    QImage pictureOf(const MediaOverlayRecord &record, const OverlayScene &scene) const;
+    QImage doodlePicture(const OverlayScene &scene, QSize size);
 
     FramePool m_pool;
     std::unique_ptr<QOpenGLContext> m_glContext;
@@ -65,4 +87,7 @@ private:
     bool m_glReady = false;
     qint64 m_gpuFailures = 0;
     Path m_lastPath = Path::PassThrough;
+    QHash<int, FrameTokenPtr> m_videoPictures;
+    QImage m_doodle;
+    quint64 m_doodleVersion = 0;
 };

@@ -30,9 +30,9 @@ bool AudioConverter::ensureResampler(const AVFrame *frame, const AVCodecContext 
     else
         av_channel_layout_default(&inLayout, 2);
     AVChannelLayout outLayout{};
-    av_channel_layout_default(&outLayout, kMixerChannels);
+    av_channel_layout_default(&outLayout, audio::kChannels);
     SwrContext *raw = nullptr;
-    int err = swr_alloc_set_opts2(&raw, &outLayout, AV_SAMPLE_FMT_S16, kMixerSampleRate,
+    int err = swr_alloc_set_opts2(&raw, &outLayout, AV_SAMPLE_FMT_S16, audio::kSampleRate,
                                   &inLayout, static_cast<AVSampleFormat>(frame->format),
                                   frame->sample_rate, 0, nullptr);
     const int inChannels = inLayout.nb_channels;
@@ -67,10 +67,10 @@ bool AudioConverter::convert(const AVFrame *frame, const AVCodecContext *codec, 
         return false;
     const int64_t outCount = av_rescale_rnd(swr_get_delay(m_swr.get(), frame->sample_rate) +
                                                 frame->nb_samples,
-                                            kMixerSampleRate, frame->sample_rate, AV_ROUND_UP);
+                                            audio::kSampleRate, frame->sample_rate, AV_ROUND_UP);
     if (outCount <= 0)
         return true;
-    const std::size_t needed = static_cast<std::size_t>(outCount) * kMixerChannels;
+    const std::size_t needed = static_cast<std::size_t>(outCount) * audio::kChannels;
     if (m_buffer.size() < needed)
         m_buffer.resize(needed);
     uint8_t *out[1] = {reinterpret_cast<uint8_t *>(m_buffer.data())};

@@ -5,16 +5,14 @@
 // or plain stereo) and rebuilt when the input format changes; its output buffer is reused.
 // One converter per thread.
 
-#include "input/FfmpegSupport.h"
+#include "media/AudioFormat.h"
+#include "media/FfmpegTypes.h"
 
 #include <cstdint>
 #include <functional>
 #include <vector>
 
 namespace selvane {
-
-inline constexpr int kMixerSampleRate = 48000;
-inline constexpr int kMixerChannels = 2;
 
 class AudioConverter
 {

@@ -1,19 +1,126 @@
 #include "input/FFmpegVideoDecoder.h"
 
-#include "input/AudioConverter.h"
 #include "input/DecodeRun.h"
-#include "input/MediaOpen.h"
-#include "input/SourceAddress.h"
+#include "input/MicrophoneRun.h"
 
 #include <QDebug>
-#include <QMetaObject>
 #include <QUrl>
 
-FFmpegVideoDecoder::FFmpegVideoDecoder(QObject *parent) : QObject(parent) {}
+#include <chrono>
 
-FFmpegVideoDecoder::~FFmpegVideoDecoder() { stop(); }
+using namespace selvane;
 
-void FFmpegVideoDecoder::setFramePool(const FramePool &pool) { m_pool = pool; }
+// The decoder's side of one run: forwards the run's reports, and tells it when it is over.
+class FFmpegVideoDecoder::Run : public DecodeHost
+{
+public:
+    Run(FFmpegVideoDecoder &decoder, quint64 generation)
+        : m_decoder(decoder), m_generation(generation)
+    {
+    }
+
+    bool cancelled() const override { return m_over.load() || !m_decoder.isCurrent(m_generation); }
+    // The main source's run is over: helpers (a microphone) end with it.
+    void finish() { m_over.store(true); }
+
+    FrameWriter acquireFrame() override
+    {
+        std::lock_guard lock(m_decoder.m_sinkMutex);
+        return m_decoder.m_pool.acquire();
+    }
+
+    void deliverFrame(FrameTokenPtr frame) override
+    {
+        {
+            std::lock_guard lock(m_decoder.m_sinkMutex);
+            if (!m_decoder.isCurrent(m_generation))
+                return;
+            m_decoder.m_framesDelivered.fetch_add(1);
+            if (m_decoder.m_frameSink)
+                m_decoder.m_frameSink(std::move(frame));
+        }
+        const State now = m_decoder.state();
+        if (now == State::Opening || now == State::Ended)
+            m_decoder.setState(State::Playing, m_generation);
+    }
+
+    void deliverAudio(const std::int16_t *samples, int frames) override
+    {
+        std::lock_guard lock(m_decoder.m_sinkMutex);
+        if (m_decoder.isCurrent(m_generation) && m_decoder.m_audioSink)
+            m_decoder.m_audioSink(samples, frames);
+    }
+
+    void opened(qint64 durationMs, bool live) override
+    {
+        m_decoder.m_durationMs.store(durationMs);
+        m_decoder.m_live.store(live);
+    }
+
+    void videoInfo(QSize coded, QSize display) override
+    {
+        emit m_decoder.sourceVideoInfoChanged(coded.width(), coded.height(), display.width(),
+                                              display.height(), m_generation);
+    }
+
+    void failed(SourceError error, const QString &detail) override
+    {
+        if (cancelled())
+            return;
+        if (error == SourceError::ReadFailed)
+            qWarning().noquote() << "FFmpegVideoDecoder: read ended:" << detail;
+        m_decoder.m_lastError.store(int(error));
+        // A separate microphone that fails leaves the pictures playing.
+        const bool microphone = error >= SourceError::MicAddressInvalid &&
+                                error <= SourceError::MicDecoderFailed;
+        if (!microphone)
+            m_decoder.setState(State::Failed, m_generation);
+        emit m_decoder.decodeError(error, detail, m_generation);
+    }
+
+    void endedNaturally() override
+    {
+        m_decoder.setState(State::Ended, m_generation);
+        emit m_decoder.playbackEndedNaturally(m_generation);
+    }
+
+    void pictureDropped() override
+    {
+        if (!cancelled())
+            m_decoder.m_framesDropped.fetch_add(1);
+    }
+
+private:
+    FFmpegVideoDecoder &m_decoder;
+    const quint64 m_generation;
+    std::atomic<bool> m_over{false};
+};
+
+FFmpegVideoDecoder::FFmpegVideoDecoder(QObject *parent)
+    : QObject(parent), m_controls(std::make_unique<DecoderControls>())
+{
+    qRegisterMetaType<selvane::SourceError>("selvane::SourceError");
+    qRegisterMetaType<FFmpegVideoDecoder::State>("FFmpegVideoDecoder::State");
+    m_worker = std::thread([this] { workerLoop(); });
+}
+
+FFmpegVideoDecoder::~FFmpegVideoDecoder()
+{
+    {
+        std::lock_guard lock(m_controlMutex);
+        m_shutdown = true;
+        m_shuttingDown.store(true);
+    }
+    m_wake.notify_all();
+    if (m_worker.joinable())
+        m_worker.join();
+}
+
+void FFmpegVideoDecoder::setFramePool(const FramePool &pool)
+{
+    std::lock_guard lock(m_sinkMutex);
+    m_pool = pool;
+}
 
 void FFmpegVideoDecoder::setFrameSink(FrameSink sink)
 {
@@ -29,195 +136,139 @@ void FFmpegVideoDecoder::setAudioSink(AudioSink sink)
 
 void FFmpegVideoDecoder::setTargetSize(QSize size)
 {
-    m_targetWidth.store(size.isValid() ? size.width() : 0);
-    m_targetHeight.store(size.isValid() ? size.height() : 0);
+    m_controls->targetWidth.store(size.isValid() ? size.width() : 0);
+    m_controls->targetHeight.store(size.isValid() ? size.height() : 0);
 }
 
-void FFmpegVideoDecoder::setSource(const QString &source)
+quint64 FFmpegVideoDecoder::setSource(const QString &source, const QString &audioSource)
 {
-    std::lock_guard lifecycle(m_lifecycleMutex);
-    requestStop();
-    joinWorker();
+    quint64 generation = 0;
     {
-        QMutexLocker lock(&m_sourceMutex);
+        std::scoped_lock lock(m_controlMutex, m_sinkMutex);
         m_source = source;
+        m_audioSource = audioSource;
+        // Raised under the sink mutex: no delivery of the old run can follow this call.
+        generation = m_generation.fetch_add(1) + 1;
+        m_framesDelivered.store(0);
+        m_framesDropped.store(0);
+        m_durationMs.store(0);
+        m_live.store(false);
+        m_lastError.store(int(SourceError::None));
+        m_controls->seekFlag.store(false);
+        m_controls->seekRequestMs.store(-1);
+        m_state.store(int(source.isEmpty() ? State::Idle : State::Opening));
     }
-    startWorker();
-}
-
-void FFmpegVideoDecoder::setAudioSource(const QString &audioSource)
-{
-    QMutexLocker lock(&m_sourceMutex);
-    m_audioSource = audioSource;
+    m_wake.notify_all();
+    return generation;
 }
 
 QString FFmpegVideoDecoder::source() const
 {
-    QMutexLocker lock(&m_sourceMutex);
+    std::lock_guard lock(m_controlMutex);
     return m_source;
 }
 
-void FFmpegVideoDecoder::startWorker()
+bool FFmpegVideoDecoder::waitUntilIdle(int timeoutMs)
 {
-    m_generation.fetch_add(1);
-    m_stop.store(false);
-    m_framesDelivered.store(0);
-    m_framesDropped.store(0);
-    m_durationMs.store(0);
-    m_live.store(false);
-    m_seekFlag.store(false);
-    m_running.store(true);
-    m_worker = std::thread([this] { threadFunc(); });
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    while (m_running.load()) {
+        if (std::chrono::steady_clock::now() >= deadline)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return true;
 }
 
-void FFmpegVideoDecoder::requestStop()
+bool FFmpegVideoDecoder::isCurrent(quint64 generation) const
 {
-    m_stop.store(true);
-    m_queueCv.notify_all();
+    return !m_shuttingDown.load() && m_generation.load() == generation;
 }
 
-void FFmpegVideoDecoder::stop()
+FFmpegVideoDecoder::State FFmpegVideoDecoder::state() const
 {
-    std::lock_guard lifecycle(m_lifecycleMutex);
-    requestStop();
-    joinWorker();
+    const State s = State(m_state.load());
+    if (s == State::Playing && !m_controls->playing.load())
+        return State::Paused;
+    return s;
 }
 
-void FFmpegVideoDecoder::stopGeneration(quint64 generation)
+void FFmpegVideoDecoder::setState(State state, quint64 generation)
 {
-    std::lock_guard lifecycle(m_lifecycleMutex);
-    if (m_generation.load() != generation)
+    if (!isCurrent(generation))
         return;
-    requestStop();
-    joinWorker();
+    if (State(m_state.exchange(int(state))) != state)
+        emit stateChanged(state, generation);
 }
 
-void FFmpegVideoDecoder::joinWorker()
-{
-    if (m_worker.joinable())
-        m_worker.join();
-    if (m_microphone.joinable())
-        m_microphone.join();
-    m_running.store(false);
-}
-
-void FFmpegVideoDecoder::pause() { m_playing.store(false); }
+void FFmpegVideoDecoder::pause() { m_controls->playing.store(false); }
 
 void FFmpegVideoDecoder::resume()
 {
-    if (!m_playing.exchange(true))
-        m_resumed.store(true);
+    if (!m_controls->playing.exchange(true))
+        m_controls->resumed.store(true);
 }
+
+bool FFmpegVideoDecoder::isPaused() const { return !m_controls->playing.load(); }
 
 void FFmpegVideoDecoder::seek(qint64 positionMs)
 {
-    m_seekRequestMs.store(std::max<qint64>(0, positionMs));
-    if (m_playing.load())
-        m_seekFlag.store(true);
+    m_controls->seekRequestMs.store(std::max<qint64>(0, positionMs));
+    if (m_controls->playing.load())
+        m_controls->seekFlag.store(true);
 }
 
-void FFmpegVideoDecoder::deliverFrame(FrameTokenPtr frame)
-{
-    m_framesDelivered.fetch_add(1);
-    std::lock_guard lock(m_sinkMutex);
-    if (m_frameSink)
-        m_frameSink(std::move(frame));
-}
+void FFmpegVideoDecoder::setLoop(bool loop) { m_controls->loop.store(loop); }
+bool FFmpegVideoDecoder::loop() const { return m_controls->loop.load(); }
+void FFmpegVideoDecoder::requestFlush() { m_controls->flushRequest.store(true); }
 
-void FFmpegVideoDecoder::deliverAudio(const std::int16_t *samples, int frames)
+void FFmpegVideoDecoder::workerLoop()
 {
-    std::lock_guard lock(m_sinkMutex);
-    if (m_audioSink)
-        m_audioSink(samples, frames);
-}
-
-void FFmpegVideoDecoder::reportError(const QString &message) { emit decodeError(message); }
-
-void FFmpegVideoDecoder::postEndedNaturally()
-{
-    QMetaObject::invokeMethod(this, [this] { emit playbackEndedNaturally(); },
-                              Qt::QueuedConnection);
-}
-
-void FFmpegVideoDecoder::threadFunc()
-{
-    QString source;
-    QString audioSource;
-    {
-        QMutexLocker lock(&m_sourceMutex);
-        source = m_source;
-        audioSource = m_audioSource;
+    quint64 done = 0;
+    for (;;) {
+        QString source;
+        QString audioSource;
+        quint64 generation = 0;
+        {
+            std::unique_lock lock(m_controlMutex);
+            m_wake.wait(lock, [&] { return m_shutdown || m_generation.load() != done; });
+            if (m_shutdown)
+                return;
+            generation = m_generation.load();
+            source = m_source;
+            audioSource = m_audioSource;
+        }
+        done = generation;
+        if (!source.isEmpty()) {
+            m_running.store(true);
+            runSource(source, audioSource, generation);
+            m_running.store(false);
+        }
+        emit runEnded(generation);
     }
-    if (source.isEmpty())
-        return;
-    m_ended.store(false);
-    m_seekRequestMs.store(-1);
+}
 
+void FFmpegVideoDecoder::runSource(const QString &source, const QString &audioSource,
+                                   quint64 generation)
+{
+    Run host(*this, generation);
+    std::thread microphone;
     if (!audioSource.isEmpty())
-        m_microphone = std::thread([this, audioSource] { microphoneThreadFunc(audioSource, false); });
+        microphone = std::thread([&host, audioSource] { runMicrophone(audioSource, false, host); });
 
     const QString scheme = QUrl(source, QUrl::TolerantMode).scheme().toLower();
     if (scheme == "desktop" || scheme == "wgc") {
-        reportError(QStringLiteral("%1:// capture is not available in this build").arg(scheme));
-        return;
-    }
-
-    DecodeRun run(*this, m_generation.load());
-    if (!run.open(source, !audioSource.isEmpty()))
-        return;
-    if (!run.deviceMicrophone().isEmpty() && !m_microphone.joinable()) {
-        const QString name = run.deviceMicrophone();
-        m_microphone = std::thread([this, name] { microphoneThreadFunc(name, true); });
-    }
-    run.decodeLoop();
-}
-
-void FFmpegVideoDecoder::microphoneThreadFunc(QString addressOrName, bool bareName)
-{
-    using namespace selvane;
-    const AVIOInterruptCB interrupt{
-        [](void *opaque) -> int { return static_cast<std::atomic<bool> *>(opaque)->load(); },
-        &m_stop};
-    OpenedInput input = openMicrophoneInput(addressOrName, bareName, interrupt);
-    if (!input.error.isEmpty()) {
-        if (!m_stop.load())
-            reportError(input.error);
-        return;
-    }
-    const int index =
-        av_find_best_stream(input.context.get(), AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
-    if (index < 0) {
-        reportError(openerror::kMicNoAudio);
-        return;
-    }
-    AVStream *stream = input.context->streams[index];
-    const AVCodec *codec = avcodec_find_decoder(stream->codecpar->codec_id);
-    ffsupport::CodecContextPtr context(codec ? avcodec_alloc_context3(codec) : nullptr);
-    if (!context || avcodec_parameters_to_context(context.get(), stream->codecpar) < 0 ||
-        avcodec_open2(context.get(), codec, nullptr) < 0) {
-        reportError(openerror::kMicDecoderFailed);
-        return;
-    }
-    ffsupport::PacketPtr packet(av_packet_alloc());
-    ffsupport::FramePtr frame(av_frame_alloc());
-    AudioConverter converter;
-    const AudioConverter::Sink sink = [this](const std::int16_t *samples, int frames) {
-        deliverAudio(samples, frames);
-    };
-    while (!m_stop.load()) {
-        const int err = av_read_frame(input.context.get(), packet.get());
-        if (err == AVERROR(EAGAIN)) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            continue;
-        }
-        if (err < 0)
-            break;
-        if (packet->stream_index == index && avcodec_send_packet(context.get(), packet.get()) >= 0) {
-            while (avcodec_receive_frame(context.get(), frame.get()) >= 0) {
-                converter.convert(frame.get(), context.get(), sink);
-                av_frame_unref(frame.get());
+        host.failed(SourceError::CaptureUnavailable, scheme + "://");
+    } else {
+        DecodeRun run(*m_controls, host);
+        if (run.open(source, !audioSource.isEmpty())) {
+            if (!run.deviceMicrophone().isEmpty() && !microphone.joinable()) {
+                const QString name = run.deviceMicrophone();
+                microphone = std::thread([&host, name] { runMicrophone(name, true, host); });
             }
+            run.decodeLoop();
         }
-        av_packet_unref(packet.get());
     }
+    host.finish();
+    if (microphone.joinable())
+        microphone.join();
 }

@@ -1,20 +1,26 @@
 #pragma once
 
-// Turns one source address into pictures and audio at the pace of the source.
+// Turns one source address into pictures and sound at the pace of the source.
 //
-// Ownership and threads: the decoder owns one worker thread per source (plus, for a live capture
-// device, a packet-reader thread, and for a separate or Linux device microphone, a microphone
-// thread). The GUI thread calls setSource/stop/pause/resume/seek/setters; they only write shared
-// fields (strings under a mutex, the rest atomics) that the worker reads at the top of its loop.
+// Ownership and threads: the decoder owns one worker thread for its whole life; each source is
+// one run of that worker (DecodeRun), plus, for a live camera with its microphone, a packet
+// reader, and for a separate or Linux device microphone, a microphone thread, both started and
+// joined by the worker. No method blocks on a run: setSource() and stop() only record what is
+// wanted and raise the generation, and the worker ends the old run (its blocking calls are
+// interrupted) before it starts the next. Only the destructor joins the worker.
+// Controls (pause, resume, seek, loop, target size, sinks) may be called from any thread.
+//
 // Pictures are converted to RGBA straight into tokens of the pool it is given and handed to the
-// frame sink on the worker thread; audio is resampled to 48 kHz stereo s16 and handed to the
-// audio sink on the worker (or microphone) thread. Signals are emitted from the worker thread
-// (receivers get them queued), except playbackEndedNaturally, which is posted to the decoder's
-// own thread.
+// frame sink on the worker thread; sound is resampled to 48 kHz stereo s16 and handed to the
+// audio sink on the worker (or microphone) thread. A sink never sees anything of a run that
+// setSource() or stop() has already replaced.
+//
+// Signals are emitted from the worker thread (receivers get them queued) and carry the
+// generation of the run they belong to, so that late reports of an old source can be ignored.
 
-#include "compose/FramePool.h"
+#include "input/SourceError.h"
+#include "media/FramePool.h"
 
-#include <QMutex>
 #include <QObject>
 #include <QSize>
 #include <QString>
@@ -23,14 +29,30 @@
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <thread>
+
+namespace selvane {
+struct DecoderControls;
+}
 
 class FFmpegVideoDecoder : public QObject
 {
     Q_OBJECT
 
 public:
+    enum class State
+    {
+        Idle,    // no source
+        Opening, // connecting or probing
+        Playing,
+        Paused,
+        Ended,   // a file reached its end without loop
+        Failed,  // the source could not be opened, or stopped delivering
+    };
+    Q_ENUM(State)
+
     using FrameSink = std::function<void(FrameTokenPtr)>;
     // Interleaved stereo signed 16-bit samples at 48000 Hz; `frames` sample pairs.
     using AudioSink = std::function<void(const std::int16_t *samples, int frames)>;
@@ -38,8 +60,8 @@ public:
     explicit FFmpegVideoDecoder(QObject *parent = nullptr);
     ~FFmpegVideoDecoder() override;
 
-    // Installed by the owner. Frame sink and audio sink may be replaced at any time (thread-safe;
-    // an empty sink disconnects); the pool before setSource.
+    // Installed by the owner. The pool before setSource; sinks at any time (an empty sink
+    // disconnects).
     void setFramePool(const FramePool &pool);
     void setFrameSink(FrameSink sink);
     void setAudioSink(AudioSink sink);
@@ -47,86 +69,77 @@ public:
     // keeps the display size of the source.
     void setTargetSize(QSize size);
 
-    // Stores the address and (re)starts the worker; a running worker is stopped and joined first.
-    void setSource(const QString &source);
-    void setAudioSource(const QString &audioSource);
+    // Plays `source` (with a separate microphone address when `audioSource` is given) from the
+    // next run on; an empty source stops. Returns the new generation at once.
+    quint64 setSource(const QString &source, const QString &audioSource = {});
     QString source() const;
-    // Asks the worker to stop without waiting.
-    void requestStop();
-    // Stops and joins the worker (and its helper threads).
-    void stop();
-    // Stops and joins only if the source of this generation is still the current one: a
-    // teardown that arrives after a newer setSource leaves the newer run alone.
-    void stopGeneration(quint64 generation);
+    // Stops the current run without waiting.
+    void stop() { setSource(QString()); }
+    // Waits until the worker has no run (tests, shutdown); false on time-out.
+    bool waitUntilIdle(int timeoutMs);
 
     void pause();
     void resume();
-    bool isPaused() const { return !m_playing.load(); }
+    bool isPaused() const;
     void seek(qint64 positionMs);
-    void setLoop(bool loop) { m_loop.store(loop); }
-    bool loop() const { return m_loop.load(); }
-    void requestFlush() { m_flushRequest.store(true); }
+    void setLoop(bool loop);
+    bool loop() const;
+    void requestFlush();
 
     quint64 generation() const { return m_generation.load(); }
+    State state() const;
     qint64 durationMs() const { return m_durationMs.load(); }
     bool isLive() const { return m_live.load(); }
-    bool hasEnded() const { return m_ended.load(); }
+    bool hasEnded() const { return state() == State::Ended; }
+    // True while a run is under way.
     bool isRunning() const { return m_running.load(); }
+    selvane::SourceError lastError() const { return selvane::SourceError(m_lastError.load()); }
 
     // Counters since the last setSource.
     qint64 framesDelivered() const { return m_framesDelivered.load(); }
     qint64 framesDropped() const { return m_framesDropped.load(); }
 
 signals:
-    void decodeError(QString message);
+    void decodeError(selvane::SourceError error, QString detail, quint64 generation);
     void sourceVideoInfoChanged(int codedWidth, int codedHeight, int displayWidth,
                                 int displayHeight, quint64 generation);
-    void playbackEndedNaturally();
+    void playbackEndedNaturally(quint64 generation);
+    void stateChanged(FFmpegVideoDecoder::State state, quint64 generation);
+    // The run of this generation has ended and released everything it held.
+    void runEnded(quint64 generation);
 
 private:
-    friend class DecodeRun;
-    void threadFunc();
-    void microphoneThreadFunc(QString addressOrName, bool bareName);
-    void startWorker();
-    void joinWorker();
-    void deliverFrame(FrameTokenPtr frame);
-    void deliverAudio(const std::int16_t *samples, int frames);
-    void reportError(const QString &message);
-    void postEndedNaturally();
+    class Run;
 
-    mutable QMutex m_sourceMutex;
+    void workerLoop();
+    void runSource(const QString &source, const QString &audioSource, quint64 generation);
+    void setState(State state, quint64 generation);
+    bool isCurrent(quint64 generation) const;
+
+    std::unique_ptr<selvane::DecoderControls> m_controls;
+
+    // What the operator wants; guarded by m_controlMutex, read by the worker.
+    mutable std::mutex m_controlMutex;
+    std::condition_variable m_wake;
     QString m_source;
     QString m_audioSource;
+    bool m_shutdown = false;
+    std::atomic<quint64> m_generation{0};
+    std::atomic<bool> m_shuttingDown{false};
 
-    // Serialises setSource/stop between the GUI thread and teardown tasks on the thread pool.
-    std::mutex m_lifecycleMutex;
-    std::thread m_worker;
-    std::thread m_microphone;
-    std::atomic<bool> m_stop{false};
     std::atomic<bool> m_running{false};
-
-    std::atomic<bool> m_playing{true};
-    std::atomic<bool> m_resumed{false};
-    std::atomic<qint64> m_seekRequestMs{-1};
-    std::atomic<bool> m_seekFlag{false};
-    std::atomic<bool> m_loop{false};
-    std::atomic<bool> m_ended{false};
-    std::atomic<bool> m_flushRequest{false};
+    std::atomic<int> m_state{int(State::Idle)};
+    std::atomic<int> m_lastError{int(selvane::SourceError::None)};
     std::atomic<qint64> m_durationMs{0};
     std::atomic<bool> m_live{false};
-    std::atomic<quint64> m_generation{0};
     std::atomic<qint64> m_framesDelivered{0};
     std::atomic<qint64> m_framesDropped{0};
 
-    // The current run's packet queue is guarded by these when a reader thread fills it; stop()
-    // wakes both sides.
-    std::mutex m_queueMutex;
-    std::condition_variable m_queueCv;
-
+    // Sinks and the pool; the sink mutex also orders deliveries against setSource().
     std::mutex m_sinkMutex;
     FrameSink m_frameSink;
     AudioSink m_audioSink;
     FramePool m_pool{6, 1920, 1080};
-    std::atomic<int> m_targetWidth{0};
-    std::atomic<int> m_targetHeight{0};
+
+    std::thread m_worker; // last member: started once everything above exists
 };

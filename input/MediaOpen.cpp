@@ -110,7 +110,7 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
 
     result.context = allocateInput(interrupt);
     if (!result.context) {
-        result.error = openerror::kOpenFailed;
+        result.error = SourceError::OpenFailed;
         return result;
     }
 
@@ -124,7 +124,7 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
         const AVInputFormat *format = deviceInputFormat(DeviceMedia::Camera);
         if (!format) {
             result.context.reset();
-            result.error = openerror::kDshowNotRegistered;
+            result.error = SourceError::DeviceInputMissing;
             return result;
         }
         Dictionary deviceOptions;
@@ -142,7 +142,7 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
         if (err < 0) {
             qWarning().noquote() << "FFmpegVideoDecoder:"
                                  << ffsupport::errorText("avformat_open_input", err);
-            result.error = openerror::kDeviceOpenFailed;
+            result.error = SourceError::DeviceOpenFailed;
             return result;
         }
     } else {
@@ -162,7 +162,7 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
         if (err < 0) {
             qWarning().noquote() << "FFmpegVideoDecoder:"
                                  << ffsupport::errorText("avformat_open_input", err);
-            result.error = openerror::kOpenFailed;
+            result.error = SourceError::OpenFailed;
             return result;
         }
     }
@@ -173,7 +173,7 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
         qWarning().noquote() << "FFmpegVideoDecoder:"
                              << ffsupport::errorText("avformat_find_stream_info", err);
         result.context.reset();
-        result.error = openerror::kProbeFailed;
+        result.error = SourceError::ProbeFailed;
         return result;
     }
     if (result.context->duration > 0 && result.context->duration != AV_NOPTS_VALUE)
@@ -193,13 +193,13 @@ OpenedInput openMicrophoneInput(const QString &addressOrName, bool isBareDeviceN
     if (!isBareDeviceName) {
         QString camera;
         if (!parseDshowAddress(addressOrName, &camera, &microphone) || microphone.isEmpty()) {
-            result.error = openerror::kMicUrlInvalid;
+            result.error = SourceError::MicAddressInvalid;
             return result;
         }
     }
     const AVInputFormat *format = deviceInputFormat(DeviceMedia::Microphone);
     if (!format) {
-        result.error = openerror::kMicNotRegistered;
+        result.error = SourceError::MicInputMissing;
         return result;
     }
     Dictionary options;
@@ -215,7 +215,7 @@ OpenedInput openMicrophoneInput(const QString &addressOrName, bool isBareDeviceN
     if (err < 0) {
         qWarning().noquote() << "FFmpegVideoDecoder:" << ffsupport::errorText("avformat_open_input", err);
         result.context.reset();
-        result.error = openerror::kMicOpenFailed;
+        result.error = SourceError::MicOpenFailed;
         return result;
     }
     Dictionary probe;
@@ -224,7 +224,7 @@ OpenedInput openMicrophoneInput(const QString &addressOrName, bool isBareDeviceN
     err = probeStreams(result.context.get(), probe);
     if (err < 0) {
         result.context.reset();
-        result.error = openerror::kMicProbeFailed;
+        result.error = SourceError::MicProbeFailed;
         return result;
     }
     return result;

@@ -10,7 +10,8 @@
 // against the devices the system lists (description or device name), and the microphone of an
 // address that names both is opened as a separate audio input beside the camera.
 
-#include "input/FfmpegSupport.h"
+#include "input/SourceError.h"
+#include "media/FfmpegTypes.h"
 
 #include <QString>
 
@@ -19,7 +20,7 @@ namespace selvane {
 struct OpenedInput
 {
     ffsupport::InputContextPtr context;
-    QString error;        // empty on success; the operator text otherwise
+    SourceError error = SourceError::None;
     QString openedUrl;    // what was actually opened (after relay rewriting)
     qint64 durationMs = 0; // 0 when unknown
     bool live = false;
@@ -42,21 +43,5 @@ OpenedInput openMicrophoneInput(const QString &addressOrName, bool isBareDeviceN
 // Network and device registration, once per process (both calls are idempotent).
 void ensureMediaLibrariesReady();
 
-// Operator texts of the open failures.
-namespace openerror {
-inline const char *const kDshowNotRegistered =
-    "未注册 dshow 输入（通常未链接 libavdevice）。请确认已安装带 libavdevice 的 FFmpeg，执行 qmake "
-    "后完整重编，且 selvane.pro 中链接含 -lavdevice。";
-inline const char *const kDeviceOpenFailed =
-    "无法打开摄像头或麦克风（设备名是否与系统一致？是否被其他程序占用？）";
-inline const char *const kOpenFailed = "avformat_open_input failed";
-inline const char *const kProbeFailed = "avformat_find_stream_info failed";
-inline const char *const kMicUrlInvalid = "dshow 分离麦克风 URL 无效（需 dshow://…&audio=设备名）";
-inline const char *const kMicNotRegistered = "未注册 dshow 输入（分离麦克风）";
-inline const char *const kMicOpenFailed = "无法打开麦克风（分离 dshow 采集）";
-inline const char *const kMicProbeFailed = "dshow 麦克风 find_stream_info 失败";
-inline const char *const kMicNoAudio = "分离音轨中无音频流";
-inline const char *const kMicDecoderFailed = "dshow 麦克风解码器打开失败";
-} // namespace openerror
 
 } // namespace selvane

@@ -42,7 +42,6 @@ void buildInputOptions(const QString &address, AVDictionary **dictionary, bool s
 int parseMonitorIndex(const QString &value);
 bool parseWgcFlag(const QString &value);
 std::optional<quint64> parseWindowHandle(const QString &value);
-inline const char *const kInvalidHwndMessage = "wgc:// 需要有效 hwnd 参数（十进制或 0x 十六进制）";
 
 // The filter graph of a "lavfi://" address, percent-decoded.
 QString testSignalGraph(const QString &address);

@@ -4,7 +4,8 @@
 // stream destination, and the sink interface the output router drives. Plain values; they are
 // copied into the encode worker.
 
-#include "compose/FrameToken.h"
+#include "media/FrameToken.h"
+#include "media/SteadyClock.h"
 
 #include <QList>
 #include <QString>
@@ -50,8 +51,7 @@ struct EncoderSettings
     double segmentGiB = 0;
 };
 
-// The steady clock the output side waits on; tests put a fake one in its place.
-using SteadyNow = std::function<std::chrono::steady_clock::time_point()>;
+using selvane::SteadyNow;
 
 class IEncoderSink
 {

@@ -1,5 +1,7 @@
 #include "output/FfmpegEncoderSink.h"
 
+#include "media/FfmpegCompat.h"
+#include "media/FrameSizes.h"
 #include "net/ProxySettings.h"
 #include "output/StreamUrl.h"
 #include "output/VideoEncoderChoice.h"
@@ -41,9 +43,9 @@ int swsFlagsFor(int preset)
 
 int swsThreadsFor(qint64 pixels)
 {
-    if (pixels >= 33177600)
+    if (pixels >= selvane::frames::kPixels8K)
         return 6;
-    if (pixels >= 8294400)
+    if (pixels >= selvane::frames::kPixels4K)
         return 4;
     return 2;
 }
@@ -142,7 +144,7 @@ void FfmpegEncoderSink::openAudio(bool globalHeader)
     context->sample_rate = kAacSampleRate;
     av_channel_layout_default(&context->ch_layout, 2);
     context->bit_rate = kAacBitrate;
-    context->sample_fmt = codec->sample_fmts ? codec->sample_fmts[0] : AV_SAMPLE_FMT_FLTP;
+    context->sample_fmt = ffcompat::preferredSampleFormat(codec, AV_SAMPLE_FMT_FLTP);
     context->time_base = AVRational{1, kAacSampleRate};
     if (globalHeader)
         context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
@@ -396,8 +398,7 @@ void FfmpegEncoderSink::convertInto(const FrameToken &frame)
                                  (x >> (chroma ? desc->log2_chroma_w : 0)) * comp.step;
         }
     }
-    const uint8_t *source[4] = {reinterpret_cast<const uint8_t *>(frame.pixels.constData()),
-                                nullptr, nullptr, nullptr};
+    const uint8_t *source[4] = {frame.bits(), nullptr, nullptr, nullptr};
     const int sourceStride[4] = {int(frame.stride), 0, 0, 0};
     sws_scale(m_sws.get(), source, sourceStride, 0, frame.height, planes, out->linesize);
 }
@@ -520,7 +521,8 @@ std::vector<FfmpegEncoderSink::OutputStats> FfmpegEncoderSink::outputStats() con
         stats.push_back({output->targetIndex(),
                          output->isNetwork() ? selvane::maskStreamUrl(output->currentPath())
                                              : output->currentPath(),
-                         output->packetsWritten(), output->queueResets()});
+                         output->packetsWritten(), output->bytesWritten(), output->queueResets(),
+                         output->reconnects(), output->fileFailingForMs() > 0});
     return stats;
 }
 

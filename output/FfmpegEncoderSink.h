@@ -8,7 +8,7 @@
 // (bytesEncoded, encoderName), which are safe from any thread. The status callback is called
 // from the encode worker and the network workers.
 
-#include "input/FfmpegSupport.h"
+#include "media/FfmpegTypes.h"
 #include "output/EncoderSettings.h"
 #include "output/MuxOutput.h"
 
@@ -57,7 +57,10 @@ public:
         int targetIndex = -1; // -1: the recording
         QString path;         // the file (segment) written now, or the masked URL
         qint64 packetsWritten = 0;
+        qint64 bytesWritten = 0;
         qint64 queueResets = 0;
+        qint64 reconnects = 0;
+        bool failing = false; // the recording cannot be written right now
     };
     // Safe from any thread.
     std::vector<OutputStats> outputStats() const;

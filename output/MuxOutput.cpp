@@ -78,7 +78,11 @@ void MuxOutput::setRelayNames(QString tcUrl, QString app, QString playPath)
     m_relayPlayPath = std::move(playPath);
 }
 
-QString MuxOutput::currentPath() const { return m_openedUrl; }
+QString MuxOutput::currentPath() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_openedUrl;
+}
 
 QString MuxOutput::segmentPath()
 {
@@ -253,7 +257,10 @@ bool MuxOutput::openContext(const QString &url, bool reconnectTimeout)
     m_context = context;
     m_segmentBytes = 0;
     m_earlyAudio.clear();
-    m_openedUrl = url;
+    {
+        std::lock_guard lock(m_mutex);
+        m_openedUrl = url;
+    }
     m_offsetUs = -1;
     m_everOpened = true;
     if (network) {
@@ -320,7 +327,10 @@ int MuxOutput::writePacket(AVPacket *packet, bool video)
     av_packet_rescale_ts(packet, encoderBase, m_context->streams[index]->time_base);
     const bool keyframe = video && (packet->flags & AV_PKT_FLAG_KEY);
     m_segmentBytes += packet->size;
+    const int size = packet->size;
     int err = av_interleaved_write_frame(m_context, packet);
+    if (err >= 0)
+        m_bytesWritten.fetch_add(size);
     if (flushEarlyAudio) {
         std::deque<ffsupport::PacketPtr> early;
         early.swap(m_earlyAudio);
@@ -349,7 +359,7 @@ void MuxOutput::submit(const AVPacket *source, bool video)
         if (err < 0) {
             handleFileWriteFailure(err);
         } else if (m_fileFailureStreak > 0 && m_context && m_context->pb && !m_context->pb->error) {
-            m_fileFailureStreak = 0;
+            m_fileFailureStreak.store(0);
         }
         return;
     }
@@ -383,19 +393,20 @@ void MuxOutput::submit(const AVPacket *source, bool video)
 
 void MuxOutput::handleFileWriteFailure(int err)
 {
-    if (m_fileFailureStreak == 0)
-        m_fileFailingSince = now();
-    ++m_fileFailureStreak;
-    if (rc::shouldLog(m_fileFailureStreak, 12, 200))
+    if (m_fileFailureStreak.load() == 0)
+        m_fileFailingSince.store(now());
+    const qint64 streak = m_fileFailureStreak.fetch_add(1) + 1;
+    if (rc::shouldLog(streak, 12, 200))
         qWarning().noquote() << "FfmpegEncoderSink: file mux write failed (will retry same file, streak"
-                             << m_fileFailureStreak << ")" << ffsupport::errorText("write", err);
+                             << streak << ")" << ffsupport::errorText("write", err);
 }
 
 qint64 MuxOutput::fileFailingForMs() const
 {
-    if (m_kind != Kind::File || m_fileFailureStreak == 0)
+    if (m_kind != Kind::File || m_fileFailureStreak.load() == 0)
         return 0;
-    return std::chrono::duration_cast<std::chrono::milliseconds>(now() - m_fileFailingSince).count();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(now() - m_fileFailingSince.load())
+        .count();
 }
 
 void MuxOutput::maybeRotateSegment()
@@ -519,6 +530,7 @@ void MuxOutput::reopen()
             m_congested = false;
             reconnects = ++m_reconnects;
         }
+        m_reconnectCount.store(reconnects);
         if (rc::shouldLog(reconnects, 5, 20))
             qInfo().noquote() << "FfmpegEncoderSink: stream mux reconnected (n=" << reconnects
                               << ") target" << m_targetIndex << maskStreamUrl(m_baseUrl);

@@ -10,7 +10,7 @@
 // encode worker; the network worker alone writes to and reopens a stream target. The status
 // callback is called from both.
 
-#include "input/FfmpegSupport.h"
+#include "media/FfmpegTypes.h"
 #include "output/EncoderSettings.h"
 
 #include <QDateTime>
@@ -97,6 +97,8 @@ public:
     int reopenAttempts() const;
     qint64 queueResets() const { return m_queueResets.load(); }
     qint64 packetsWritten() const { return m_packetsWritten.load(); }
+    qint64 bytesWritten() const { return m_bytesWritten.load(); }
+    qint64 reconnects() const { return m_reconnectCount.load(); }
 
 private:
     bool openContext(const QString &url, bool reconnectTimeout);
@@ -139,8 +141,9 @@ private:
     std::chrono::steady_clock::time_point m_segmentOpenedAt{};
 
     // File failures.
-    qint64 m_fileFailureStreak = 0;
-    std::chrono::steady_clock::time_point m_fileFailingSince{};
+    // Written by the encode worker, read by observers on any thread.
+    std::atomic<qint64> m_fileFailureStreak{0};
+    std::atomic<std::chrono::steady_clock::time_point> m_fileFailingSince{};
 
     // Network state, guarded by m_mutex.
     mutable std::mutex m_mutex;
@@ -155,6 +158,8 @@ private:
     qint64 m_writeFailures = 0;
     std::atomic<qint64> m_queueResets{0};
     std::atomic<qint64> m_packetsWritten{0};
+    std::atomic<qint64> m_bytesWritten{0};
+    std::atomic<qint64> m_reconnectCount{0};
     std::atomic<bool> m_stop{false};
     std::atomic<qint64> m_graceUntilNs{0};
     bool m_closed = false;

@@ -1,6 +1,7 @@
 #include "output/OutputRouter.h"
 
 #include "output/FfmpegEncoderSink.h"
+#include "media/FrameSizes.h"
 #include "output/ReconnectPolicy.h"
 
 #include <QDebug>
@@ -36,10 +37,10 @@ int OutputRouter::queueDepthFor(QSize size, bool live)
 {
     if (live)
         return 4; // a live stream must stay current: a short queue
-    const qint64 pixels = qint64(std::max(size.width(), 1)) * std::max(size.height(), 1);
-    if (pixels <= 8294399)
+    const qint64 pixels = selvane::frames::pixelsOf(size.width(), size.height());
+    if (pixels < selvane::frames::kPixels4K)
         return 32;
-    if (pixels <= 33177599)
+    if (pixels < selvane::frames::kPixels8K)
         return 8;
     return 3;
 }
@@ -246,13 +247,10 @@ QString OutputRouter::encoderName() const
     return state && state->sink ? state->sink->encoderName() : QString();
 }
 
-std::vector<std::pair<int, std::pair<qint64, qint64>>> OutputRouter::destinationCounts() const
+std::vector<FfmpegEncoderSink::OutputStats> OutputRouter::destinationStats() const
 {
-    std::vector<std::pair<int, std::pair<qint64, qint64>>> counts;
     const std::shared_ptr<EncodeWorkerState> state = currentState();
     if (!state || !state->sink)
-        return counts;
-    for (const FfmpegEncoderSink::OutputStats &s : state->sink->outputStats())
-        counts.push_back({s.targetIndex, {s.packetsWritten, s.queueResets}});
-    return counts;
+        return {};
+    return state->sink->outputStats();
 }

@@ -13,6 +13,7 @@
 // cause it: they reconnect for as long as the output runs.
 
 #include "output/EncoderSettings.h"
+#include "output/FfmpegEncoderSink.h"
 
 #include <QSize>
 #include <QString>
@@ -25,8 +26,6 @@
 #include <mutex>
 #include <thread>
 #include <vector>
-
-class FfmpegEncoderSink;
 
 class OutputRouter
 {
@@ -89,8 +88,8 @@ public:
     qint64 bytesEncoded() const;
     bool isSinkOpen() const;
     QString encoderName() const;
-    // Per destination: packets written and queue resets (the sink's view, any thread).
-    std::vector<std::pair<int, std::pair<qint64, qint64>>> destinationCounts() const;
+    // Per destination, the sink's view (any thread): recording first, then the targets.
+    std::vector<FfmpegEncoderSink::OutputStats> destinationStats() const;
 
     static int queueDepthFor(QSize size, bool live);
 

@@ -2,6 +2,8 @@
 
 // The numbers of the output side's recovery policy, in one place.
 
+#include "media/LogThrottle.h"
+
 #include <QtGlobal>
 
 #include <algorithm>
@@ -40,10 +42,6 @@ inline constexpr qint64 kFileFailureTransportMs = 5000;
 inline constexpr int kCloseSliceMs = 100;
 inline constexpr int kCloseWarnAfterMs = 5000;
 
-// Log throttling: the first N occurrences, then every M-th.
-inline bool shouldLog(qint64 count, qint64 firstN, qint64 everyM)
-{
-    return count <= firstN || (everyM > 0 && count % everyM == 0);
-}
+using selvane::shouldLog;
 
 } // namespace selvane::reconnect

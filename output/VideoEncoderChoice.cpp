@@ -1,5 +1,7 @@
 #include "output/VideoEncoderChoice.h"
 
+#include "media/FrameSizes.h"
+
 #include <QDebug>
 
 #include <algorithm>
@@ -15,7 +17,6 @@ namespace selvane::encoder {
 
 namespace {
 
-constexpr int kHevcAboveSide = 4096;
 constexpr auto kFailedRequestMemory = std::chrono::seconds(10);
 
 struct FamilyMemory
@@ -103,12 +104,12 @@ Family familyFor(int width, int height)
     return isEightK(width, height) ? Family::Hevc : Family::H264;
 }
 
-bool isEightK(int width, int height) { return width > kHevcAboveSide || height > kHevcAboveSide; }
+bool isEightK(int width, int height) { return width > frames::kHevcAboveSide || height > frames::kHevcAboveSide; }
 
 qint64 automaticBitrateKbps(double fps, int width, int height)
 {
     const qint64 pixels = qint64(width) * height;
-    const qint64 cap = pixels <= 2073600 ? 20000 : pixels <= 8294400 ? 100000 : 200000;
+    const qint64 cap = pixels <= frames::kPixels1080p ? 20000 : pixels <= frames::kPixels4K ? 100000 : 200000;
     const qint64 kbps = std::llround(std::max(fps, 1.0) * double(pixels) * 0.00012);
     return std::clamp<qint64>(kbps, 2500, cap);
 }

@@ -6,7 +6,7 @@
 // Called on encode worker threads; the process-wide memory has its own mutex, held only while
 // it is read or updated, never while an encoder opens.
 
-#include "input/FfmpegSupport.h"
+#include "media/FfmpegTypes.h"
 #include "output/EncoderSettings.h"
 
 #include <QString>

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-ProgramClock::ProgramClock(ElapsedMs elapsed) : m_elapsed(std::move(elapsed))
+ScheduleClock::ScheduleClock(ElapsedMs elapsed) : m_elapsed(std::move(elapsed))
 {
     if (!m_elapsed) {
         auto timer = std::make_shared<QElapsedTimer>();
@@ -15,14 +15,14 @@ ProgramClock::ProgramClock(ElapsedMs elapsed) : m_elapsed(std::move(elapsed))
     }
 }
 
-void ProgramClock::start(qint64 ms)
+void ScheduleClock::start(qint64 ms)
 {
     set(ms);
     m_running = true;
     m_lastReading = m_elapsed();
 }
 
-void ProgramClock::tick()
+void ScheduleClock::tick()
 {
     if (!m_running)
         return;

@@ -40,12 +40,12 @@ public:
 };
 
 // A millisecond count that never goes negative and ignores gaps of 5 s or more.
-class ProgramClock
+class ScheduleClock
 {
 public:
     using ElapsedMs = std::function<qint64()>; // a monotonic millisecond reading
 
-    explicit ProgramClock(ElapsedMs elapsed = {});
+    explicit ScheduleClock(ElapsedMs elapsed = {});
     void set(qint64 ms) { m_ms = std::max<qint64>(0, ms); }
     void start(qint64 ms);
     void stop() { m_running = false; }
@@ -91,7 +91,7 @@ public:
     void restartClock(qint64 ms);
     void applyAt(qint64 ms);
 
-    ProgramClock &clock() { return m_clock; }
+    ScheduleClock &clock() { return m_clock; }
     QString currentBaseId() const { return m_currentBaseId; }
     QSet<QString> activeOverlayIds() const { return m_activeOverlays; }
     // The base clip being shown, or null.
@@ -108,7 +108,7 @@ private:
     QString m_currentBaseId;
     bool m_showingBlack = false;
     QSet<QString> m_activeOverlays;
-    ProgramClock m_clock;
+    ScheduleClock m_clock;
     QTimer *m_timer = nullptr;
     QElapsedTimer m_sinceMediaDrive; // a player that stops reporting hands the clock back
     static constexpr qint64 kMediaDriveTimeoutMs = 500;

@@ -6,7 +6,7 @@
 #include "app/Language.h"
 #include "app/MainWindow.h"
 #include "app/SingleInstance.h"
-#include "output/OutputFolder.h"
+#include "app/OutputFolder.h"
 
 #include <QApplication>
 #include <QDesktopServices>

@@ -77,7 +77,7 @@ private slots:
     void programClockIgnoresLongGaps()
     {
         qint64 now = 1000;
-        ProgramClock clock([&now] { return now; });
+        ScheduleClock clock([&now] { return now; });
         clock.tick(); // not running: nothing
         QCOMPARE(clock.ms(), 0);
         clock.start(-50);
@@ -103,7 +103,7 @@ private slots:
         RecordingControl control;
         ScheduleRunner runner(&control);
         qint64 now = 0;
-        runner.clock() = ProgramClock([&now] { return now; });
+        runner.clock() = ScheduleClock([&now] { return now; });
         ProgramArrangement a;
         // Listed out of order: the runner sorts by start. "b" and "c" share a start: the later
         // one in the sorted list ("c") plays.
@@ -190,7 +190,7 @@ private slots:
         RecordingControl control;
         ScheduleRunner runner(&control);
         qint64 now = 0;
-        runner.clock() = ProgramClock([&now] { return now; });
+        runner.clock() = ScheduleClock([&now] { return now; });
         ProgramArrangement a;
         a.sceneClips = {channelClip("one", 0, 10000, 0), channelClip("two", 10000, 0, 1)};
         QVERIFY(runner.start(a));

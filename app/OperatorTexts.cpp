@@ -1,0 +1,66 @@
+#include "app/OperatorTexts.h"
+
+
+#include <QCoreApplication>
+
+namespace selvane {
+
+namespace {
+QString tr(const char *text) { return QCoreApplication::translate("OperatorTexts", text); }
+} // namespace
+
+QString sourceErrorText(SourceError error)
+{
+    switch (error) {
+    case SourceError::None:
+        return {};
+    case SourceError::OpenFailed:
+        return tr("The source could not be opened.");
+    case SourceError::ProbeFailed:
+        return tr("The source's streams could not be read.");
+    case SourceError::NoVideoStream:
+        return tr("The source has no picture.");
+    case SourceError::DecoderOpenFailed:
+        return tr("The source's picture cannot be decoded.");
+    case SourceError::AllocFailed:
+        return tr("Out of memory while opening the source.");
+    case SourceError::DeviceInputMissing:
+        return tr("Capture devices are not available: this FFmpeg was built without libavdevice.");
+    case SourceError::DeviceOpenFailed:
+        return tr("The camera or microphone could not be opened (is the device name the "
+                  "system's own? Is another program using it?)");
+    case SourceError::MicAddressInvalid:
+        return tr("The separate microphone address is invalid (it needs dshow://…&audio=NAME).");
+    case SourceError::MicInputMissing:
+        return tr("Capture devices are not available for the separate microphone.");
+    case SourceError::MicOpenFailed:
+        return tr("The separate microphone could not be opened.");
+    case SourceError::MicProbeFailed:
+        return tr("The separate microphone's stream could not be read.");
+    case SourceError::MicNoAudio:
+        return tr("The separate microphone delivers no sound.");
+    case SourceError::MicDecoderFailed:
+        return tr("The separate microphone's sound cannot be decoded.");
+    case SourceError::CaptureUnavailable:
+        return tr("Screen and window capture are not available in this build.");
+    case SourceError::ReadFailed:
+        return tr("The source stopped delivering.");
+    }
+    return {};
+}
+
+QString outputFailureText(OutputFailure failure)
+{
+    switch (failure) {
+    case OutputFailure::NotStarted:
+    case OutputFailure::OpenFailed:
+        return tr("Unable to start stream/output.");
+    case OutputFailure::RecordingLost:
+        // This message exists in Chinese only; it is shown as it is in both languages.
+        return QString::fromUtf8(
+            "输出已停止：本地录制写入失败，或 RTMP 在多次自动重连后仍无法恢复（服务器关闭、超时或网络中断）。");
+    }
+    return {};
+}
+
+} // namespace selvane

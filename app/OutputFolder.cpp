@@ -1,0 +1,27 @@
+#include "app/OutputFolder.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSettings>
+#include <QStandardPaths>
+
+namespace selvane {
+
+QString defaultOutputDirectory()
+{
+    QString base = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
+    if (base.isEmpty())
+        base = QDir::homePath();
+    return QDir(base).filePath("Selvane");
+}
+
+QString recordingDirectory()
+{
+    QSettings settings("Ostrel", "Selvane");
+    const QString filePath = settings.value("output/filePath").toString().trimmed();
+    if (filePath.isEmpty() || filePath.contains("://"))
+        return defaultOutputDirectory();
+    return QFileInfo(filePath).absolutePath();
+}
+
+} // namespace selvane

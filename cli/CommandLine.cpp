@@ -1,0 +1,369 @@
+#include "cli/CommandLine.h"
+
+#include "cli/OverlaySpecs.h"
+#include "schedule/ProgramArrangement.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QFile>
+
+#include <cstdio>
+
+namespace selvane {
+
+namespace {
+// lupdate files these texts under the context "selvane" (the namespace of this helper).
+QString tr(const char *text) { return QCoreApplication::translate("selvane", text); }
+} // namespace
+
+void configureCommandLine(QCommandLineParser &parser)
+{
+    parser.setApplicationDescription(
+        tr("Selvane live video mixer. Without options the mixer window opens."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addOption({"headless", tr("Run the engine without a window (no instance lock).")});
+    parser.addOption({"schedule", tr("Play this program schedule (JSON) into the outputs."),
+                      "FILE"});
+    parser.addOption({"check-schedule",
+                      tr("Validate a program schedule and print it in the current format."),
+                      "FILE"});
+    parser.addOption({"demo", tr("Run the built-in demo: test signals, a schedule, a ticker and "
+                                 "an image overlay (no files needed).")});
+    parser.addOption({"channel",
+                      tr("Load a source into input channel N (1-4): a file path, a network URL, "
+                         "a capture address or lavfi://GRAPH. Repeatable."),
+                      "N=ADDRESS"});
+    parser.addOption({"base", tr("Channel (1-4) that forms the program picture. Default 1."), "N"});
+    parser.addOption({"duration", tr("Stop after this many seconds (default: until Ctrl+C)."),
+                      "SECONDS"});
+    parser.addOption({"volume",
+                      tr("Preview (speaker) volume of channel N, linear, e.g. 1=0.5. Repeatable."),
+                      "N=V"});
+    parser.addOption({"program-volume",
+                      tr("Volume of the program channel in the program mix, linear (default 1)."),
+                      "V"});
+    parser.addOption({"gain", tr("Program bus gain for recording and streaming, in percent "
+                                 "(default 100)."),
+                      "PERCENT"});
+    parser.addOption({"text", tr("Show a scrolling ticker with these words. Repeatable."), "TEXT"});
+    parser.addOption({"image",
+                      tr("Show a picture in the rectangle x,y,w,h of the 640x360 scene. Repeatable."),
+                      "PATH@x,y,w,h"});
+    parser.addOption({"video",
+                      tr("Play a video (looping) in the rectangle x,y,w,h of the 640x360 scene. "
+                         "Repeatable."),
+                      "PATH@x,y,w,h"});
+    parser.addOption({"record", tr("Record the program to this file (MP4, MKV, MOV, TS ...)."),
+                      "PATH"});
+    parser.addOption({"segment-minutes",
+                      tr("Start a new recording file at a keyframe after this many minutes."), "M"});
+    parser.addOption({"segment-gib",
+                      tr("Start a new recording file at a keyframe once a file reaches this many GiB."),
+                      "G"});
+    parser.addOption({"stream",
+                      tr("Publish the program to this URL (rtmp://, rtmps://, srt://, udp:// ...); "
+                         "#FORMAT picks the container (flv, mpegts). Repeatable."),
+                      "URL[#FORMAT]"});
+    parser.addOption({"size", tr("Output size, e.g. 1280x720 (default: same as the program)."),
+                      "WxH"});
+    parser.addOption({"fps", tr("Output frame rate: 30 or 60 (default 30)."), "FPS"});
+    parser.addOption({"bitrate", tr("Video bitrate in kbit/s (default: automatic)."), "KBPS"});
+    parser.addOption({"encoder", tr("Video encoder: auto, hardware or software (default auto)."),
+                      "MODE"});
+    parser.addOption({"preset",
+                      tr("Quality preset: performance, balanced or quality (default balanced)."),
+                      "PRESET"});
+}
+
+int checkScheduleFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        std::fprintf(stderr, "selvane: %s: %s\n",
+                     qPrintable(QCoreApplication::translate("ProgramArrangement", "Unable to open the file.")),
+                     qPrintable(path));
+        return 1;
+    }
+    QString error;
+    const ProgramArrangement arrangement = arrangement::fromJson(file.readAll(), &error);
+    if (!error.isEmpty()) {
+        std::fprintf(stderr, "selvane: %s\n", qPrintable(error));
+        return 1;
+    }
+    const arrangement::Validation check = arrangement::validate(arrangement);
+    if (!check.ok) {
+        std::fprintf(stderr, "selvane: %s: %s\n", qPrintable(check.title), qPrintable(check.message));
+        return 1;
+    }
+    const QByteArray json = arrangement::toJson(arrangement);
+    std::fwrite(json.constData(), 1, std::size_t(json.size()), stdout);
+    std::fprintf(stderr, "%s\n",
+                 qPrintable(QCoreApplication::translate(
+                                "ProgramArrangement",
+                                "Schedule check passed: %1 base clip(s), %2 overlay clip(s).")
+                                .arg(arrangement.sceneClips.size())
+                                .arg(arrangement.overlayClips.size())));
+    return 0;
+}
+
+LaunchFace launchFaceFor(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    configureCommandLine(parser);
+    // Qt's own GUI options (-platform, -style, ...) belong to the application object.
+    QStringList ours{arguments.value(0)};
+    for (qsizetype i = 1; i < arguments.size(); ++i) {
+        const QString &arg = arguments[i];
+        static const QStringList qtOptionsWithValue{"-platform", "-style", "-stylesheet",
+                                                    "-qwindowgeometry", "-qwindowtitle",
+                                                    "-qwindowicon", "-display", "-session"};
+        if (qtOptionsWithValue.contains(arg)) {
+            ++i;
+            continue;
+        }
+        if (arg == "-reverse" || arg == "-nograb" || arg == "-dograb" || arg == "-sync")
+            continue;
+        ours << arg;
+    }
+    if (!parser.parse(ours))
+        return LaunchFace::ConsoleOnly;
+    if (parser.isSet("help") || parser.isSet("help-all") || parser.isSet("version"))
+        return LaunchFace::ConsoleOnly;
+    if (!parser.positionalArguments().isEmpty())
+        return LaunchFace::ConsoleOnly;
+    if (parser.isSet("check-schedule"))
+        return LaunchFace::CheckSchedule;
+    if (parser.isSet("headless") || parser.isSet("demo"))
+        return LaunchFace::Headless;
+    return LaunchFace::Gui;
+}
+
+namespace {
+
+QString defaultStreamFormat(const QString &url)
+{
+    const QString lower = url.toLower();
+    if (lower.startsWith("rtmp"))
+        return "flv";
+    if (lower.startsWith("srt://") || lower.startsWith("udp://") || lower.startsWith("rtp://"))
+        return "mpegts";
+    return {};
+}
+
+bool readOutputOptions(const QCommandLineParser &parser, HeadlessOptions *options, QString *error)
+{
+    EncoderSettings &out = options->output;
+    if (parser.isSet("record")) {
+        out.filePath = parser.value("record").trimmed();
+        out.fileEnabled = !out.filePath.isEmpty();
+        if (!out.fileEnabled) {
+            *error = tr("--record expects a file path");
+            return false;
+        }
+    }
+    const auto positive = [&](const char *name, double *value) {
+        if (!parser.isSet(name))
+            return true;
+        bool ok = false;
+        *value = parser.value(name).toDouble(&ok);
+        if (!ok || *value <= 0) {
+            *error = tr("--%1 expects a positive number, got \"%2\"")
+                         .arg(QLatin1String(name), parser.value(name));
+            return false;
+        }
+        return true;
+    };
+    if (!positive("segment-minutes", &out.segmentMinutes) || !positive("segment-gib", &out.segmentGiB))
+        return false;
+    out.segmentEnabled = out.segmentMinutes > 0 || out.segmentGiB > 0;
+    if (out.segmentEnabled && !out.fileEnabled) {
+        *error = tr("segment limits need --record");
+        return false;
+    }
+    for (const QString &value : parser.values("stream")) {
+        const qsizetype hash = value.lastIndexOf('#');
+        StreamTarget target;
+        target.url = (hash > 0 ? value.left(hash) : value).trimmed();
+        target.formatName = hash > 0 ? value.mid(hash + 1).trimmed() : defaultStreamFormat(target.url);
+        if (!target.url.contains("://")) {
+            *error = tr("--stream expects a URL such as rtmp://host/app/key, got \"%1\"").arg(value);
+            return false;
+        }
+        out.streamTargets << target;
+    }
+    if (parser.isSet("size")) {
+        const QStringList parts = parser.value("size").toLower().split('x');
+        bool okW = false;
+        bool okH = false;
+        const int w = parts.value(0).toInt(&okW);
+        const int h = parts.value(1).toInt(&okH);
+        if (parts.size() != 2 || !okW || !okH || w < 2 || h < 2 || w > 8192 || h > 8192) {
+            *error = tr("--size expects WIDTHxHEIGHT, got \"%1\"").arg(parser.value("size"));
+            return false;
+        }
+        options->outputSize = QSize(w, h);
+    }
+    if (parser.isSet("fps")) {
+        const QString fps = parser.value("fps");
+        if (fps != "30" && fps != "60") {
+            *error = tr("--fps expects 30 or 60, got \"%1\"").arg(fps);
+            return false;
+        }
+        out.fps = fps.toDouble();
+    }
+    if (parser.isSet("bitrate")) {
+        bool ok = false;
+        out.bitrateKbps = parser.value("bitrate").toInt(&ok);
+        if (!ok || out.bitrateKbps < 100 || out.bitrateKbps > 400000) {
+            *error = tr("--bitrate expects kbit/s from 100 to 400000, got \"%1\"")
+                         .arg(parser.value("bitrate"));
+            return false;
+        }
+    }
+    if (parser.isSet("encoder")) {
+        static const QStringList modes{"auto", "hardware", "software"};
+        const int mode = int(modes.indexOf(parser.value("encoder").toLower()));
+        if (mode < 0) {
+            *error = tr("--encoder expects auto, hardware or software, got \"%1\"")
+                         .arg(parser.value("encoder"));
+            return false;
+        }
+        out.encoderMode = mode;
+    }
+    if (parser.isSet("preset")) {
+        static const QStringList presets{"performance", "balanced", "quality"};
+        const int preset = int(presets.indexOf(parser.value("preset").toLower()));
+        if (preset < 0) {
+            *error = tr("--preset expects performance, balanced or quality, got \"%1\"")
+                         .arg(parser.value("preset"));
+            return false;
+        }
+        out.qualityPreset = preset;
+    }
+    return true;
+}
+
+bool readAudioOptions(const QCommandLineParser &parser, HeadlessOptions *options, QString *error)
+{
+    for (const QString &value : parser.values("volume")) {
+        const qsizetype eq = value.indexOf('=');
+        bool okChannel = false;
+        bool okVolume = false;
+        const int channel = eq > 0 ? value.left(eq).toInt(&okChannel) : 0;
+        const double volume = eq > 0 ? value.mid(eq + 1).toDouble(&okVolume) : -1;
+        if (!okChannel || channel < 1 || channel > 4 || !okVolume || volume < 0 || volume > 4) {
+            *error = tr("--volume expects N=V with N from 1 to 4 and V from 0 to 4, got \"%1\"")
+                         .arg(value);
+            return false;
+        }
+        options->channelVolumes.insert(channel - 1, volume);
+    }
+    if (parser.isSet("program-volume")) {
+        bool ok = false;
+        options->programVolume = parser.value("program-volume").toDouble(&ok);
+        if (!ok || options->programVolume < 0 || options->programVolume > 4) {
+            *error = tr("--program-volume expects a number from 0 to 4, got \"%1\"")
+                         .arg(parser.value("program-volume"));
+            return false;
+        }
+    }
+    if (parser.isSet("gain")) {
+        bool ok = false;
+        options->programGainPercent = parser.value("gain").toDouble(&ok);
+        if (!ok || options->programGainPercent < 0 || options->programGainPercent > 1000) {
+            *error = tr("--gain expects a percentage from 0 to 1000, got \"%1\"")
+                         .arg(parser.value("gain"));
+            return false;
+        }
+    }
+    return true;
+}
+
+bool readOverlayOptions(const QCommandLineParser &parser, HeadlessOptions *options, QString *error)
+{
+    int textId = 1;
+    for (const QString &words : parser.values("text")) {
+        TextOverlayData overlay;
+        if (!parseTextOverlaySpec(words, textId++, &overlay, error))
+            return false;
+        options->texts << overlay;
+    }
+    int mediaId = 1;
+    for (const auto &[name, kind] : {std::pair{"image", MediaOverlayRecord::StillImage},
+                                     std::pair{"video", MediaOverlayRecord::OverlayVideo}}) {
+        for (const QString &spec : parser.values(name)) {
+            MediaOverlayRecord record;
+            if (!parseMediaOverlaySpec(spec, kind, mediaId++, &record, error))
+                return false;
+            options->media << record;
+        }
+    }
+    if (options->media.size() > OverlayScene::kMaxMediaOverlays) {
+        *error = tr("at most %1 image and video overlays").arg(OverlayScene::kMaxMediaOverlays);
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+bool readHeadlessOptions(const QCommandLineParser &parser, HeadlessOptions *options,
+                         QString *error)
+{
+    const auto channelNumber = [](const QString &text, bool *ok) {
+        const int n = text.trimmed().toInt(ok);
+        *ok = *ok && n >= 1 && n <= 4;
+        return n - 1;
+    };
+    for (const QString &value : parser.values("channel")) {
+        const qsizetype eq = value.indexOf('=');
+        bool ok = false;
+        const int index = eq > 0 ? channelNumber(value.left(eq), &ok) : -1;
+        const QString address = eq > 0 ? value.mid(eq + 1).trimmed() : QString();
+        if (!ok || address.isEmpty()) {
+            *error = tr("--channel expects N=ADDRESS with N from 1 to 4, got \"%1\"").arg(value);
+            return false;
+        }
+        options->channels.insert(index, address);
+    }
+    if (parser.isSet("base")) {
+        bool ok = false;
+        options->baseChannel = channelNumber(parser.value("base"), &ok);
+        if (!ok) {
+            *error = tr("--base expects a channel from 1 to 4, got \"%1\"").arg(parser.value("base"));
+            return false;
+        }
+    }
+    if (parser.isSet("duration")) {
+        bool ok = false;
+        options->durationSeconds = parser.value("duration").toDouble(&ok);
+        if (!ok || options->durationSeconds <= 0) {
+            *error = tr("--duration expects a positive number of seconds, got \"%1\"")
+                         .arg(parser.value("duration"));
+            return false;
+        }
+    }
+    if (!readOutputOptions(parser, options, error) || !readAudioOptions(parser, options, error) ||
+        !readOverlayOptions(parser, options, error))
+        return false;
+    options->demo = parser.isSet("demo");
+    options->scheduleFile = parser.value("schedule").trimmed();
+    if (options->demo && !options->scheduleFile.isEmpty()) {
+        *error = tr("--demo brings its own schedule; leave out --schedule");
+        return false;
+    }
+    if (options->demo || !options->scheduleFile.isEmpty())
+        return true; // the schedule decides the base
+    if (options->channels.isEmpty()) {
+        *error = tr("--headless needs at least one --channel");
+        return false;
+    }
+    if (!options->channels.contains(options->baseChannel)) {
+        *error = tr("the base channel %1 has no source").arg(options->baseChannel + 1);
+        return false;
+    }
+    return true;
+}
+
+} // namespace selvane

@@ -1,0 +1,262 @@
+#include "cli/HeadlessRunner.h"
+
+#include "cli/DemoShow.h"
+#include "engine/Engine.h"
+
+#include <QCoreApplication>
+#include <QDebug>
+#include <QEventLoop>
+#include <QFile>
+#include <QSocketNotifier>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <atomic>
+#include <cstdio>
+
+#ifndef _WIN32
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
+using namespace selvane;
+
+namespace {
+
+void (*g_hardInterruptHook)() = nullptr;
+
+#ifndef _WIN32
+int g_interruptPipe[2] = {-1, -1};
+std::atomic<int> g_interruptCount{0};
+
+extern "C" void onInterruptSignal(int signalNumber)
+{
+    if (g_interruptCount.fetch_add(1) > 0) {
+        // The operator insists: end now, keeping what the log holds.
+        if (g_hardInterruptHook)
+            g_hardInterruptHook();
+        std::signal(signalNumber, SIG_DFL);
+        std::raise(signalNumber);
+        return;
+    }
+    const char byte = 1;
+    [[maybe_unused]] const ssize_t ignored = ::write(g_interruptPipe[1], &byte, 1);
+}
+#endif
+
+QString clockText(qint64 ms)
+{
+    return QStringLiteral("%1:%2:%3.%4")
+        .arg(ms / 3600000, 2, 10, QLatin1Char('0'))
+        .arg(ms / 60000 % 60, 2, 10, QLatin1Char('0'))
+        .arg(ms / 1000 % 60, 2, 10, QLatin1Char('0'))
+        .arg(ms / 100 % 10);
+}
+
+QString tr(const char *text) { return QCoreApplication::translate("selvane", text); }
+
+QString failureText(OutputFailure failure)
+{
+    switch (failure) {
+    case OutputFailure::NotStarted:
+    case OutputFailure::OpenFailed:
+        return tr("outputs could not start (see the log for the reason)");
+    case OutputFailure::RecordingLost:
+        return tr("outputs stopped: the recording could not be written");
+    }
+    return {};
+}
+
+} // namespace
+
+HeadlessRunner::HeadlessRunner(const HeadlessOptions &options, QObject *parent)
+    : QObject(parent), m_options(options)
+{
+}
+
+HeadlessRunner::~HeadlessRunner() { delete m_demoFolder; }
+
+void HeadlessRunner::setHardInterruptHook(void (*hook)()) { g_hardInterruptHook = hook; }
+
+bool HeadlessRunner::loadSchedule()
+{
+    ProgramArrangement arrangement;
+    if (m_options.demo) {
+        m_demoFolder = new QTemporaryDir();
+        DemoShow show;
+        QString error;
+        if (!m_demoFolder->isValid() || !buildDemoShow(m_demoFolder->path(), &show, &error)) {
+            std::fprintf(stderr, "selvane: demo: %s\n", qPrintable(error));
+            return false;
+        }
+        for (auto it = show.channels.cbegin(); it != show.channels.cend(); ++it)
+            m_options.channels.insert(it.key(), it.value());
+        arrangement = show.arrangement;
+    } else {
+        QFile file(m_options.scheduleFile);
+        if (!file.open(QIODevice::ReadOnly)) {
+            std::fprintf(stderr, "selvane: Unable to open the file. %s\n",
+                         qPrintable(m_options.scheduleFile));
+            return false;
+        }
+        QString error;
+        arrangement = arrangement::fromJson(file.readAll(), &error);
+        if (!error.isEmpty()) {
+            std::fprintf(stderr, "selvane: %s\n", qPrintable(error));
+            return false;
+        }
+    }
+    const arrangement::Validation check = m_engine->loadSchedule(arrangement);
+    if (!check.ok) {
+        std::fprintf(stderr, "selvane: %s: %s\n", qPrintable(check.title),
+                     qPrintable(check.message));
+        return false;
+    }
+    connect(m_engine, &Engine::scheduleBaseClipChanged, this,
+            [](const QString &id, qint64 atMs) {
+                std::fprintf(stdout, "schedule: %s at %.3f s\n",
+                             id.isEmpty() ? "(black)" : qPrintable(id), atMs / 1000.0);
+                std::fflush(stdout);
+            });
+    return true;
+}
+
+void HeadlessRunner::installInterruptHandler()
+{
+#ifndef _WIN32
+    if (pipe2(g_interruptPipe, O_CLOEXEC | O_NONBLOCK) != 0)
+        return;
+    struct sigaction action {};
+    action.sa_handler = onInterruptSignal;
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+    m_interruptNotifier = new QSocketNotifier(g_interruptPipe[0], QSocketNotifier::Read, this);
+    connect(m_interruptNotifier, &QSocketNotifier::activated, this, [this] {
+        char buffer[16];
+        while (::read(g_interruptPipe[0], buffer, sizeof buffer) > 0) {
+        }
+        std::fprintf(stdout, "interrupted: stopping\n");
+        std::fflush(stdout);
+        finish();
+    });
+#endif
+}
+
+int HeadlessRunner::run()
+{
+    installInterruptHandler();
+    m_engine = new Engine(this);
+    for (auto it = m_options.channelVolumes.cbegin(); it != m_options.channelVolumes.cend(); ++it)
+        m_engine->setChannelVolume(it.key(), float(it.value()));
+    m_engine->setProgramVolume(float(m_options.programVolume));
+    m_engine->setProgramGain(float(m_options.programGainPercent / 100.0));
+    m_engine->startAudio();
+    m_scheduled = m_options.demo || !m_options.scheduleFile.isEmpty();
+    if (m_scheduled && !loadSchedule()) {
+        delete m_engine;
+        m_engine = nullptr;
+        return 1;
+    }
+    connect(m_engine, &Engine::outputsStarted, this, [this](QSize size) {
+        std::fprintf(stdout, "outputs started: %dx%d@%g%s%s\n", size.width(), size.height(),
+                     m_options.output.fps, m_options.output.fileEnabled ? "  recording " : "",
+                     m_options.output.fileEnabled ? qPrintable(m_options.output.filePath) : "");
+        std::fflush(stdout);
+    });
+    connect(m_engine, &Engine::outputsFailed, this, [this](OutputFailure failure) {
+        std::fprintf(stderr, "selvane: %s\n", qPrintable(failureText(failure)));
+        m_exitCode = failure == OutputFailure::RecordingLost ? 3 : 2;
+        QTimer::singleShot(0, this, [this] { finish(); });
+    });
+
+    m_engine->setOutputSize({m_options.outputSize.isValid(), m_options.outputSize});
+    for (const TextOverlayData &text : m_options.texts)
+        m_engine->setTextOverlay(text);
+    for (const MediaOverlayRecord &record : m_options.media)
+        m_engine->setMediaOverlay(record);
+    m_engine->cutTo(m_options.baseChannel);
+    for (auto it = m_options.channels.cbegin(); it != m_options.channels.cend(); ++it) {
+        m_engine->setChannelLoop(it.key(), true);
+        m_engine->setChannelSource(it.key(), it.value());
+    }
+    if (m_scheduled) {
+        QString error;
+        if (!m_engine->startSchedule(&error)) {
+            std::fprintf(stderr, "selvane: %s\n", qPrintable(error));
+            delete m_engine;
+            m_engine = nullptr;
+            return 1;
+        }
+    }
+    if (m_options.hasOutputs())
+        m_engine->startOutputs({m_options.output, {m_options.outputSize.isValid(), m_options.outputSize}});
+    m_clock.start();
+    m_progressTimer = new QTimer(this);
+    connect(m_progressTimer, &QTimer::timeout, this, [this] { printProgress(false); });
+    m_progressTimer->start(1000);
+    if (m_options.durationSeconds > 0)
+        QTimer::singleShot(qint64(m_options.durationSeconds * 1000), Qt::PreciseTimer, this,
+                           [this] { finish(); });
+    QCoreApplication::exec();
+    return m_exitCode;
+}
+
+void HeadlessRunner::printProgress(bool final)
+{
+    const EngineStats stats = m_engine->stats();
+    const qint64 ms = m_clock.elapsed();
+    const qint64 spanMs = std::max<qint64>(1, ms - m_msAtLastLine);
+    const qint64 frames = stats.program.frames;
+    const double fps = final ? (ms > 0 ? frames * 1000.0 / ms : 0.0)
+                             : (frames - m_framesAtLastLine) * 1000.0 / spanMs;
+    qint64 dropped = 0;
+    for (const ChannelStats &channel : stats.channels)
+        dropped += channel.framesDropped;
+    QString line = QStringLiteral("%1elapsed %2  frames %3  fps %4  dropped %5")
+                       .arg(final ? "done: " : "", clockText(ms))
+                       .arg(frames)
+                       .arg(fps, 0, 'f', 1)
+                       .arg(dropped);
+    if (stats.output.running || stats.output.stopping || stats.output.bytesEncoded > 0) {
+        const qint64 bytes = stats.output.bytesEncoded;
+        const double kbps = final ? (ms > 0 ? bytes * 8.0 / ms : 0.0)
+                                  : (bytes - m_bytesAtLastLine) * 8.0 / spanMs;
+        m_bytesAtLastLine = bytes;
+        line += QStringLiteral("  out %1 kbps  encoder-drops %2")
+                    .arg(kbps, 0, 'f', 0)
+                    .arg(stats.output.encoderDrops);
+        QStringList words;
+        for (const TargetStats &target : stats.output.targets)
+            words << target.status;
+        if (!words.isEmpty())
+            line += "  targets " + words.join(',');
+    }
+    std::fprintf(stdout, "%s\n", line.toUtf8().constData());
+    std::fflush(stdout);
+    m_framesAtLastLine = frames;
+    m_msAtLastLine = ms;
+}
+
+void HeadlessRunner::finish()
+{
+    if (!m_engine || m_finishing)
+        return;
+    m_finishing = true;
+    if (m_progressTimer)
+        m_progressTimer->stop();
+    if (m_engine->outputsActive()) {
+        // Every output is closed cleanly: trailers written, files playable.
+        QEventLoop wait;
+        connect(m_engine, &Engine::outputsStopped, &wait, &QEventLoop::quit);
+        connect(m_engine, &Engine::outputsFailed, &wait, &QEventLoop::quit);
+        m_engine->stopOutputs();
+        if (m_engine->outputsActive())
+            wait.exec();
+    }
+    printProgress(true);
+    delete m_engine; // stops and joins every decoder
+    m_engine = nullptr;
+    QCoreApplication::exit(m_exitCode);
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+// The headless face: runs the engine without a window for unattended playout, tests and
+// benchmarks, through the Engine API alone. Prints one progress line about once a second to
+// stdout (never to the log file). Ctrl+C (SIGINT/SIGTERM) ends the run cleanly; a second one
+// ends the process at once, after the hook given to setHardInterruptHook (the log's emergency
+// flush). GUI thread only.
+
+#include "cli/CommandLine.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+
+class QSocketNotifier;
+class QTemporaryDir;
+class QTimer;
+
+namespace selvane {
+class Engine;
+}
+
+class HeadlessRunner : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit HeadlessRunner(const selvane::HeadlessOptions &options, QObject *parent = nullptr);
+    ~HeadlessRunner() override;
+
+    // Called from the signal handler before a second interrupt ends the process: it must be
+    // async-signal-safe in spirit (no locks it could wait on forever).
+    static void setHardInterruptHook(void (*hook)());
+
+    // Runs until the duration has passed or an interrupt arrives; returns the exit code.
+    int run();
+
+private:
+    void printProgress(bool final);
+    void installInterruptHandler();
+    bool loadSchedule();
+    void finish();
+
+    selvane::HeadlessOptions m_options;
+    selvane::Engine *m_engine = nullptr;
+    QTimer *m_progressTimer = nullptr;
+    QSocketNotifier *m_interruptNotifier = nullptr;
+    QElapsedTimer m_clock;
+    qint64 m_framesAtLastLine = 0;
+    qint64 m_msAtLastLine = 0;
+    qint64 m_bytesAtLastLine = 0;
+    QTemporaryDir *m_demoFolder = nullptr;
+    bool m_scheduled = false;
+    bool m_finishing = false;
+    int m_exitCode = 0;
+};

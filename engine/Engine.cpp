@@ -1,0 +1,514 @@
+#include "engine/Engine.h"
+
+#include "audio/PreviewAudioMixer.h"
+#include "compose/OverlayManager.h"
+#include "compose/VulkanCompositor.h"
+#include "engine/ChannelSet.h"
+#include "engine/OutputSession.h"
+#include "engine/OverlaySlots.h"
+#include "engine/ProgramSwitcher.h"
+#include "engine/ResolutionPolicy.h"
+#include "engine/ScheduleControl.h"
+#include "engine/SlideShow.h"
+#include "schedule/ScheduleRunner.h"
+
+#include <QDebug>
+#include <QThread>
+#include <QTimer>
+
+#include <cmath>
+
+namespace selvane {
+
+namespace {
+
+constexpr qint32 kProgramPoolBase = 18;
+constexpr qint32 kOverlayPoolBase = 6;
+constexpr int kRateIntervalMs = 1000;
+
+// Rounds half away from zero, at least 1.
+int pixelsAtLeastOne(double value) { return std::max(1, int(std::lround(value))); }
+
+} // namespace
+
+Engine::Engine(QObject *parent)
+    : QObject(parent), m_programPool(kProgramPoolBase, 1920, 1080),
+      m_overlayPool(kOverlayPoolBase, 1920, 1080)
+{
+    qRegisterMetaType<FrameTokenPtr>("FrameTokenPtr");
+    qRegisterMetaType<QImage>("QImage");
+    registerTextOverlayMetaType();
+
+    // The program thread: composition and still pictures never run on this thread.
+    m_programThread = new QThread(this);
+    m_programThread->setObjectName("Program");
+    m_switcher = new ProgramSwitcher(m_programPool);
+    m_switcher->moveToProgramThread(m_programThread);
+    m_programThread->start();
+    connect(m_switcher, &ProgramSwitcher::previewReady, this, &Engine::onPreviewReady,
+            Qt::QueuedConnection);
+
+    m_overlays = new OverlayManager(this);
+    m_switcher->setScene(m_overlays->scene());
+    connect(m_overlays, &OverlayManager::sceneChanged, this,
+            [this](const OverlayScenePtr &scene) { m_switcher->setScene(scene); });
+
+    m_channels = new ChannelSet(m_programPool, m_audioInputs, *m_switcher, this);
+    connect(m_channels, &ChannelSet::displaySizeChanged, this, &Engine::onChannelSizeChanged);
+    connect(m_channels, &ChannelSet::stateChanged, this, &Engine::channelStateChanged);
+    connect(m_channels, &ChannelSet::error, this, &Engine::channelError);
+    connect(m_channels, &ChannelSet::ended, this, &Engine::channelEnded);
+    connect(m_channels, &ChannelSet::preview, this, &Engine::channelPreview);
+
+    m_overlaySlots = new OverlaySlots(m_overlayPool, m_audioInputs, *m_switcher, this);
+    connect(m_overlaySlots, &OverlaySlots::assigned, this,
+            [this](int mediaId, int) { applyOverlayAudio(mediaId); });
+    connect(m_overlaySlots, &OverlaySlots::error, this, &Engine::overlayError);
+    connect(m_overlaySlots, &OverlaySlots::ended, this, &Engine::overlayEnded);
+    connect(m_overlaySlots, &OverlaySlots::preview, this, &Engine::overlayPreview);
+
+    m_slides = new SlideShow(this);
+    connect(m_slides, &SlideShow::slide, this, [this](const QImage &image, int shown) {
+        m_switcher->showStill(image);
+        if (!image.isNull() && image.size() != m_stillSize) {
+            m_stillSize = image.size();
+            updateProgramSize();
+        }
+        emit slideShown(shown);
+    });
+
+    m_output = new OutputSession(*m_switcher, m_programClock, m_programPool, this);
+    connect(m_output, &OutputSession::streamStatusChanged, this, &Engine::streamStatusChanged);
+    connect(m_output, &OutputSession::started, this, [this](QSize size) {
+        // The schedule's time zero is the recording's: switches land where the schedule says.
+        if (m_schedule->isRunning())
+            m_schedule->restartClock(0);
+        emit outputsStarted(size);
+    });
+    connect(m_output, &OutputSession::failed, this, [this](OutputFailure failure) {
+        if (!m_output->isActive()) {
+            m_sizeLocked = false;
+            updateProgramSize();
+        }
+        emit outputsFailed(failure);
+    });
+    connect(m_output, &OutputSession::stopped, this, [this] {
+        m_sizeLocked = false;
+        m_outputFps = 30.0;
+        updateProgramSize();
+        emit outputsStopped();
+    });
+
+    m_scheduleControl = new ScheduleControl(*this, this);
+    m_schedule = new ScheduleRunner(m_scheduleControl, this);
+    m_scheduleControl->setRunner(m_schedule);
+    connect(m_schedule, &ScheduleRunner::programArrangementRunningChanged, this,
+            &Engine::scheduleRunningChanged);
+    connect(m_schedule, &ScheduleRunner::baseClipChanged, this,
+            [this](const QString &id) { emit scheduleBaseClipChanged(id, m_schedule->clock().ms()); });
+
+    // The mixer runs on a thread of its own once startAudio() is called.
+    m_mixer = new PreviewAudioMixer(m_audioInputs, m_programClock);
+    m_output->setMixer(m_mixer);
+    m_audioThread = new QThread(this);
+    m_audioThread->setObjectName("PreviewAudio");
+    m_mixer->moveToThread(m_audioThread);
+    connect(m_audioThread, &QThread::finished, m_mixer, &QObject::deleteLater);
+
+    m_rateTimer = new QTimer(this);
+    connect(m_rateTimer, &QTimer::timeout, this, &Engine::sampleRates);
+    m_rateClock.start();
+    m_rateTimer->start(kRateIntervalMs);
+
+    m_audioInputs.setProgramChannel(0);
+    m_switcher->cutTo(0);
+    updateProgramSize();
+}
+
+Engine::~Engine()
+{
+    if (m_schedule->isRunning())
+        m_schedule->stop();
+    m_slides->stop();
+    shutdownAudio();
+    // Trailers are written before anything else goes.
+    delete m_output;
+    m_output = nullptr;
+    // Every decoder is asked to end first, so the joins overlap instead of adding up.
+    delete m_channels;
+    m_channels = nullptr;
+    delete m_overlaySlots;
+    m_overlaySlots = nullptr;
+    QMetaObject::invokeMethod(
+        m_switcher, [switcher = m_switcher] { delete switcher; }, Qt::BlockingQueuedConnection);
+    m_switcher = nullptr;
+    m_programThread->quit();
+    m_programThread->wait();
+}
+
+// ---- channels ----
+
+void Engine::setChannelSource(int channel, const QString &address, const QString &audioAddress)
+{
+    if (!ChannelSet::isChannel(channel))
+        return;
+    m_channels->setSource(channel, address, audioAddress);
+    if (channel == programChannel())
+        updateProgramSize();
+}
+
+void Engine::pauseChannel(int channel) { m_channels->pause(channel); }
+void Engine::resumeChannel(int channel) { m_channels->resume(channel); }
+void Engine::seekChannel(int channel, qint64 positionMs) { m_channels->seek(channel, positionMs); }
+void Engine::setChannelLoop(int channel, bool loop) { m_channels->setLoop(channel, loop); }
+
+// ---- the program picture ----
+
+int Engine::programChannel() const { return m_switcher->isStill() ? -1 : m_switcher->programChannel(); }
+
+void Engine::cutTo(int channel)
+{
+    m_slides->stop();
+    m_switcher->cutTo(channel);
+    m_audioInputs.setProgramChannel(channel);
+    updateProgramSize();
+}
+
+void Engine::showImages(const QStringList &paths, int intervalMs, bool loop)
+{
+    m_audioInputs.setProgramChannel(-1);
+    m_slides->play(paths, intervalMs, loop);
+}
+
+void Engine::showStill(const QImage &image)
+{
+    m_slides->stop();
+    m_audioInputs.setProgramChannel(-1);
+    m_switcher->showStill(image);
+    if (!image.isNull())
+        m_stillSize = image.size();
+    updateProgramSize();
+}
+
+void Engine::setOutputSize(const OutputSize &size)
+{
+    m_wantedSize = size;
+    updateProgramSize();
+}
+
+void Engine::onChannelSizeChanged(int channel, QSize)
+{
+    if (channel == programChannel())
+        updateProgramSize();
+}
+
+void Engine::updateProgramSize()
+{
+    if (m_sizeLocked)
+        return;
+    const int channel = programChannel();
+    const QSize onAir = channel >= 0 ? m_channels->displaySize(channel) : m_stillSize;
+    const OutputSizeChoice choice = chooseOutputSize(m_wantedSize, onAir);
+    if (!choice.valid) {
+        qWarning() << "FramePipeline: invalid output resolution selection" << m_wantedSize.size;
+        return;
+    }
+    if (m_haveSize && choice.size == m_programSize && choice.usedFallback == m_usedFallback)
+        return;
+    m_haveSize = true;
+    m_programSize = choice.size;
+    m_usedFallback = choice.usedFallback;
+    m_programPool.resize(choice.size.width(), choice.size.height());
+    m_overlayPool.resize(choice.size.width(), choice.size.height());
+    m_switcher->setOutputSize(choice.size, m_outputFps);
+    for (const MediaOverlayRecord &record : m_overlays->mediaOverlays())
+        if (record.kind == MediaOverlayRecord::OverlayVideo)
+            m_overlaySlots->setTargetSize(record.id, overlayTargetSize(record));
+    emit programSizeChanged(choice.size, choice.usedFallback);
+}
+
+void Engine::onPreviewReady()
+{
+    const ProgramSwitcher::Preview preview = m_switcher->takePreview();
+    if (!preview.frame)
+        return;
+    m_sawProgramFrame = true;
+    if (m_pendingOutputs)
+        openPendingOutputs();
+    emit programFrame(preview.frame, preview.channel);
+}
+
+// ---- overlays ----
+
+QSize Engine::overlayTargetSize(const MediaOverlayRecord &record) const
+{
+    return {pixelsAtLeastOne(record.rect.width() * m_programSize.width() /
+                             VulkanCompositor::kSceneWidth),
+            pixelsAtLeastOne(record.rect.height() * m_programSize.height() /
+                             VulkanCompositor::kSceneHeight)};
+}
+
+void Engine::setTextOverlay(const TextOverlayData &text) { m_overlays->setTextOverlay(text); }
+void Engine::removeTextOverlay(int id) { m_overlays->removeTextOverlay(id); }
+
+void Engine::setMediaOverlay(const MediaOverlayRecord &record)
+{
+    const MediaOverlayRecord *before = m_overlays->mediaOverlay(record.id);
+    const bool wasVideo = before && before->kind == MediaOverlayRecord::OverlayVideo;
+    const bool samePlayback = wasVideo && before->filePath == record.filePath &&
+                              before->loop == record.loop;
+    m_overlays->setMediaOverlay(record);
+    if (!m_overlays->mediaOverlay(record.id))
+        return; // refused: the overlay limit
+    if (record.kind == MediaOverlayRecord::OverlayVideo) {
+        if (samePlayback)
+            m_overlaySlots->setTargetSize(record.id, overlayTargetSize(record));
+        else
+            m_overlaySlots->play(record.id, record.filePath, overlayTargetSize(record),
+                                 record.loop);
+    } else if (wasVideo) {
+        m_overlaySlots->stop(record.id);
+    }
+}
+
+void Engine::removeMediaOverlay(int id)
+{
+    m_overlaySlots->stop(id);
+    m_overlays->removeMediaOverlay(id);
+    m_overlayAudio.remove(id);
+}
+
+void Engine::setDoodle(const QList<DoodleStroke> &strokes) { m_overlays->setDoodleLayer(strokes); }
+void Engine::setDoodleVisible(bool visible) { m_overlays->setDoodleVisible(visible); }
+QList<TextOverlayData> Engine::textOverlays() const { return m_overlays->textOverlays(); }
+QList<MediaOverlayRecord> Engine::mediaOverlays() const { return m_overlays->mediaOverlays(); }
+
+// ---- sound ----
+
+void Engine::startAudio()
+{
+    if (!m_audioThread || m_audioThread->isRunning())
+        return;
+    m_audioThread->start();
+    QMetaObject::invokeMethod(m_mixer, "start", Qt::QueuedConnection);
+}
+
+void Engine::shutdownAudio()
+{
+    if (!m_audioThread)
+        return;
+    if (m_output)
+        m_output->setMixer(nullptr);
+    m_mixer->setProgramTap(nullptr);
+    if (m_audioThread->isRunning()) {
+        QMetaObject::invokeMethod(m_mixer, "cleanup", Qt::QueuedConnection);
+        m_audioThread->quit();
+        if (!m_audioThread->wait(2000)) {
+            qWarning("Preview audio thread shutdown exceeded 2 seconds");
+            m_audioThread->requestInterruption();
+            m_audioThread->quit();
+            m_audioThread->wait(1000);
+        }
+    } else {
+        qInfo("Preview audio thread already stopped before mixer cleanup");
+        m_mixer->cleanup();
+        delete m_mixer; // it never ran, so its thread will not delete it
+    }
+    m_mixer = nullptr;
+    m_audioThread->quit();
+    if (!m_audioThread->wait(3000)) {
+        qWarning("Preview audio thread did not stop before window destruction");
+        m_audioThread->setParent(nullptr);
+        connect(m_audioThread, &QThread::finished, m_audioThread, &QObject::deleteLater);
+    } else {
+        delete m_audioThread;
+    }
+    m_audioThread = nullptr;
+}
+
+void Engine::setChannelVolume(int channel, float volume)
+{
+    if (!ChannelSet::isChannel(channel))
+        return;
+    m_channelVolumes[std::size_t(channel)] = volume;
+    if (m_mixer)
+        m_mixer->setChannelVolume(channel, m_channelMuted[std::size_t(channel)] ? 0.0f : volume);
+}
+
+void Engine::setChannelMuted(int channel, bool muted)
+{
+    if (!ChannelSet::isChannel(channel))
+        return;
+    m_channelMuted[std::size_t(channel)] = muted;
+    setChannelVolume(channel, m_channelVolumes[std::size_t(channel)]);
+}
+
+void Engine::setProgramVolume(float volume)
+{
+    m_programVolume = volume;
+    if (m_mixer)
+        m_mixer->setProgramVolume(m_programMuted ? 0.0f : volume);
+}
+
+void Engine::setProgramMuted(bool muted)
+{
+    m_programMuted = muted;
+    setProgramVolume(m_programVolume);
+}
+
+void Engine::setProgramGain(float gain)
+{
+    if (m_mixer)
+        m_mixer->setProgramGain(gain);
+}
+
+void Engine::setOverlayVolume(int mediaId, float previewVolume, float programVolume)
+{
+    OverlayAudio &audio = m_overlayAudio[mediaId];
+    audio.preview = previewVolume;
+    audio.program = programVolume;
+    applyOverlayAudio(mediaId);
+}
+
+void Engine::setOverlayOnProgram(int mediaId, bool onProgram)
+{
+    m_overlayAudio[mediaId].onProgram = onProgram;
+    applyOverlayAudio(mediaId);
+}
+
+void Engine::applyOverlayAudio(int mediaId)
+{
+    const int slot = m_overlaySlots->slotOf(mediaId);
+    if (slot < 0 || !m_mixer)
+        return;
+    const OverlayAudio audio = m_overlayAudio.value(mediaId);
+    m_mixer->setOverlayPreviewVolume(slot, audio.preview);
+    m_mixer->setOverlayProgramVolume(slot, audio.program);
+    m_mixer->setOverlayOnProgram(slot, audio.onProgram);
+}
+
+// ---- outputs ----
+
+bool Engine::startOutputs(const OutputSettings &settings)
+{
+    if (!settings.hasDestination() || m_output->isActive() || m_pendingOutputs)
+        return false;
+    m_pendingOutputs = settings;
+    // Outputs open with a program picture on air, once its size is known.
+    if (m_sawProgramFrame)
+        QMetaObject::invokeMethod(this, &Engine::openPendingOutputs, Qt::QueuedConnection);
+    return true;
+}
+
+void Engine::openPendingOutputs()
+{
+    if (!m_pendingOutputs || m_output->isActive())
+        return;
+    const OutputSettings settings = *m_pendingOutputs;
+    m_pendingOutputs.reset();
+    m_wantedSize = settings.size;
+    m_sizeLocked = false;
+    m_outputFps = settings.encoder.fps > 0 ? settings.encoder.fps : 30.0;
+    m_haveSize = false; // the frame rate may have changed
+    updateProgramSize();
+    m_sizeLocked = true;
+    if (!m_output->start(settings.encoder, m_programSize)) {
+        m_sizeLocked = false;
+        updateProgramSize();
+    }
+}
+
+void Engine::stopOutputs()
+{
+    m_pendingOutputs.reset();
+    m_output->stop();
+}
+
+bool Engine::outputsActive() const { return m_pendingOutputs.has_value() || m_output->isActive(); }
+
+// ---- schedule ----
+
+arrangement::Validation Engine::loadSchedule(const ProgramArrangement &arrangement)
+{
+    const arrangement::Validation check = arrangement::validate(arrangement);
+    m_arrangementValid = check.ok;
+    m_arrangement = check.ok ? arrangement : ProgramArrangement{};
+    return check;
+}
+
+bool Engine::startSchedule(QString *error)
+{
+    return m_schedule->start(m_arrangement, error);
+}
+
+void Engine::stopSchedule()
+{
+    m_schedule->stop();
+    m_scheduleControl->release();
+}
+
+bool Engine::isScheduleRunning() const { return m_schedule->isRunning(); }
+
+// ---- stats ----
+
+void Engine::sampleRates()
+{
+    const qint64 now = m_rateClock.elapsed();
+    const double seconds = std::max<qint64>(1, now - m_lastRateMs) / 1000.0;
+    m_lastRateMs = now;
+    for (int c = 0; c < kChannelCount; ++c) {
+        const qint64 delivered = m_channels->stats(c).framesDelivered;
+        const qint64 last = m_lastDelivered[std::size_t(c)];
+        m_channelFps[std::size_t(c)] = delivered >= last ? (delivered - last) / seconds : 0.0;
+        m_lastDelivered[std::size_t(c)] = delivered;
+    }
+    const qint64 frames = m_switcher->programFrames();
+    m_programFps = (frames - m_lastProgramFrames) / seconds;
+    m_lastProgramFrames = frames;
+    const OutputStats output = m_output->stats();
+    m_outputKbps = output.bytesEncoded >= m_lastOutputBytes
+                       ? (output.bytesEncoded - m_lastOutputBytes) * 8.0 / 1000.0 / seconds
+                       : 0.0;
+    m_lastOutputBytes = output.bytesEncoded;
+    m_targetKbps.resize(output.targets.size());
+    m_lastTargetBytes.resize(output.targets.size());
+    for (int i = 0; i < output.targets.size(); ++i) {
+        const qint64 bytes = output.targets[i].bytes;
+        m_targetKbps[i] = bytes >= m_lastTargetBytes[i]
+                              ? (bytes - m_lastTargetBytes[i]) * 8.0 / 1000.0 / seconds
+                              : 0.0;
+        m_lastTargetBytes[i] = bytes;
+    }
+}
+
+EngineStats Engine::stats() const
+{
+    EngineStats s;
+    for (int c = 0; c < kChannelCount; ++c) {
+        ChannelStats &channel = s.channels[std::size_t(c)];
+        channel = m_channels->stats(c);
+        channel.fps = m_channelFps[std::size_t(c)];
+        if (m_mixer)
+            channel.audio = m_mixer->levels().channel(c);
+    }
+    s.program.channel = programChannel();
+    s.program.still = m_switcher->isStill();
+    s.program.size = m_programSize;
+    s.program.usedFallbackSize = m_usedFallback;
+    s.program.fps = m_programFps;
+    s.program.frames = m_switcher->programFrames();
+    s.program.framesWithoutOverlays = m_switcher->framesWithoutOverlays();
+    if (m_mixer)
+        s.program.audio = m_mixer->levels().program();
+    s.output = m_output->stats();
+    s.output.kbps = m_outputKbps;
+    for (int i = 0; i < s.output.targets.size() && i < m_targetKbps.size(); ++i)
+        s.output.targets[i].kbps = m_targetKbps[i];
+    s.scheduleRunning = m_schedule->isRunning();
+    s.scheduleBaseClip = m_schedule->currentBaseId();
+    s.scheduleMs = m_schedule->clock().ms();
+    s.audioDroppedFrames = m_audioInputs.droppedFrames();
+    return s;
+}
+
+} // namespace selvane

@@ -1,0 +1,202 @@
+#pragma once
+
+// The one door to the mixer: what an operator does (sources, cuts, stills, overlays, volumes,
+// outputs, schedules) as operations on values, a stats snapshot, and signals for what changes.
+// The window, the headless face, the schedule and the remote control all drive it; none reaches
+// into its parts.
+//
+// Owns: the four channels and the four overlay-video slots (decoders on their own threads), the
+// program switcher on the program thread (composition, still pictures, hand-over to the
+// outputs), the overlay registry, the preview audio mixer on the audio thread, the output
+// session and the schedule runner.
+//
+// Threads: the engine lives on the GUI thread; call every method there, and every signal is
+// emitted there. No method waits for a decoder, the compositor or an encoder: cuts and source
+// changes return at once. (The destructor is the exception: it stops and joins everything.)
+
+#include "engine/EngineTypes.h"
+#include "media/AudioInputs.h"
+#include "media/FramePool.h"
+#include "media/ProgramClock.h"
+
+#include <QElapsedTimer>
+#include <QHash>
+#include <QImage>
+#include <QObject>
+
+#include <optional>
+
+class OverlayManager;
+class PreviewAudioMixer;
+class QThread;
+class QTimer;
+class ScheduleRunner;
+
+namespace selvane {
+
+class ChannelSet;
+class OutputSession;
+class OverlaySlots;
+class ProgramSwitcher;
+class ScheduleControl;
+class SlideShow;
+
+class Engine : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Engine(QObject *parent = nullptr);
+    ~Engine() override;
+
+    // ---- channels (0..3) ----
+    // An empty address clears the channel. `audioAddress`: a separate microphone.
+    void setChannelSource(int channel, const QString &address, const QString &audioAddress = {});
+    void clearChannel(int channel) { setChannelSource(channel, QString()); }
+    void pauseChannel(int channel);
+    void resumeChannel(int channel);
+    void seekChannel(int channel, qint64 positionMs);
+    void setChannelLoop(int channel, bool loop);
+
+    // ---- the program picture ----
+    void cutTo(int channel);
+    // Still pictures: a slideshow of image files, one picture, or black.
+    void showImages(const QStringList &paths, int intervalMs, bool loop);
+    void showStill(const QImage &image);
+    void showBlack() { showStill(QImage()); }
+    // The channel on air, or -1 for still pictures.
+    int programChannel() const;
+    // The program's picture size as it stands (locked while the outputs run).
+    QSize programSize() const { return m_programSize; }
+    // The size the outputs are to have: explicit, or the program's own.
+    void setOutputSize(const OutputSize &size);
+
+    // ---- overlays ----
+    void setTextOverlay(const TextOverlayData &text);
+    void removeTextOverlay(int id);
+    // An image or a (looping) video in a rectangle of the 640 x 360 scene.
+    void setMediaOverlay(const MediaOverlayRecord &record);
+    void removeMediaOverlay(int id);
+    void setDoodle(const QList<DoodleStroke> &strokes);
+    void setDoodleVisible(bool visible);
+    QList<TextOverlayData> textOverlays() const;
+    QList<MediaOverlayRecord> mediaOverlays() const;
+
+    // ---- sound ----
+    // Starts the audio thread: the preview on the default output and the program bus.
+    void startAudio();
+    // Stops it within fixed time limits; never blocks for more than about six seconds.
+    void shutdownAudio();
+    void setChannelVolume(int channel, float volume);
+    void setChannelMuted(int channel, bool muted);
+    void setOverlayVolume(int mediaId, float previewVolume, float programVolume);
+    void setOverlayOnProgram(int mediaId, bool onProgram);
+    void setProgramVolume(float volume);
+    void setProgramMuted(bool muted);
+    void setProgramGain(float gain);
+
+    // ---- outputs ----
+    // Starts recording and streaming with these settings. The outputs open with the first
+    // program picture (so that its size is known); the result comes as outputsStarted or
+    // outputsFailed. False when nothing is to be written or outputs are already active.
+    bool startOutputs(const OutputSettings &settings);
+    // Stops them; trailers are written before outputsStopped.
+    void stopOutputs();
+    bool outputsActive() const;
+
+    // ---- schedule ----
+    // Checks and keeps an arrangement; `ok` false with the reason when it is not valid.
+    arrangement::Validation loadSchedule(const ProgramArrangement &arrangement);
+    bool startSchedule(QString *error = nullptr);
+    void stopSchedule();
+    bool isScheduleRunning() const;
+
+    // ---- what is going on ----
+    EngineStats stats() const;
+
+signals:
+    void channelStateChanged(int channel, selvane::ChannelState state);
+    void channelError(int channel, selvane::SourceError error, QString detail);
+    void channelEnded(int channel);
+    void channelPreview(int channel, FrameTokenPtr frame);
+    void overlayPreview(int mediaId, FrameTokenPtr frame);
+    void overlayError(int mediaId, selvane::SourceError error, QString detail);
+    void overlayEnded(int mediaId);
+    // The newest program picture and the channel it came from (-1: still); at most one waits.
+    void programFrame(FrameTokenPtr frame, int channel);
+    void programSizeChanged(QSize size, bool usedFallback);
+    void outputsStarted(QSize size);
+    void outputsStopped();
+    void outputsFailed(selvane::OutputFailure failure);
+    void streamStatusChanged(int index, QString status);
+    void scheduleRunningChanged(bool running);
+    // The schedule put a base clip on air (empty id: black) at this schedule time.
+    void scheduleBaseClipChanged(QString id, qint64 scheduleMs);
+    void slideShown(int shown);
+
+private:
+    void onPreviewReady();
+    void onChannelSizeChanged(int channel, QSize size);
+    void updateProgramSize();
+    void openPendingOutputs();
+    void applyOverlayAudio(int mediaId);
+    QSize overlayTargetSize(const MediaOverlayRecord &record) const;
+    void sampleRates();
+
+    AudioInputs m_audioInputs;
+    ProgramClock m_programClock;
+    FramePool m_programPool;
+    FramePool m_overlayPool;
+
+    QThread *m_programThread = nullptr;
+    ProgramSwitcher *m_switcher = nullptr;
+    OverlayManager *m_overlays = nullptr;
+    ChannelSet *m_channels = nullptr;
+    OverlaySlots *m_overlaySlots = nullptr;
+    SlideShow *m_slides = nullptr;
+    OutputSession *m_output = nullptr;
+    ScheduleControl *m_scheduleControl = nullptr;
+    ScheduleRunner *m_schedule = nullptr;
+    ProgramArrangement m_arrangement;
+    bool m_arrangementValid = false;
+
+    PreviewAudioMixer *m_mixer = nullptr;
+    QThread *m_audioThread = nullptr;
+    std::array<float, kChannelCount> m_channelVolumes{};
+    std::array<bool, kChannelCount> m_channelMuted{};
+    float m_programVolume = 1.0f;
+    bool m_programMuted = false;
+    struct OverlayAudio
+    {
+        float preview = 0.0f;
+        float program = 1.0f;
+        bool onProgram = true;
+    };
+    QHash<int, OverlayAudio> m_overlayAudio;
+
+    // Program size: the operator's choice, what is on air, and the lock while outputs run.
+    OutputSize m_wantedSize;
+    QSize m_stillSize;
+    QSize m_programSize;
+    bool m_usedFallback = false;
+    bool m_sizeLocked = false;
+    bool m_haveSize = false;
+    double m_outputFps = 30.0;
+    bool m_sawProgramFrame = false;
+    std::optional<OutputSettings> m_pendingOutputs;
+
+    // Rates, sampled once a second.
+    QTimer *m_rateTimer = nullptr;
+    QElapsedTimer m_rateClock;
+    qint64 m_lastRateMs = 0;
+    std::array<qint64, kChannelCount> m_lastDelivered{};
+    std::array<double, kChannelCount> m_channelFps{};
+    qint64 m_lastProgramFrames = 0;
+    double m_programFps = 0.0;
+    qint64 m_lastOutputBytes = 0;
+    double m_outputKbps = 0.0;
+    QList<qint64> m_lastTargetBytes;
+    QList<double> m_targetKbps;
+};
+
+} // namespace selvane

@@ -1,0 +1,136 @@
+#pragma once
+
+// The values the Engine API takes and gives: what an operator asks for (sources, overlays,
+// output settings, schedules) and what the engine reports back (the stats snapshot). Plain
+// values, copied freely between threads.
+
+#include "audio/AudioLevels.h"
+#include "compose/OverlayScene.h"
+#include "compose/TextOverlayData.h"
+#include "input/SourceError.h"
+#include "output/EncoderSettings.h"
+#include "schedule/ProgramArrangement.h"
+
+#include <QList>
+#include <QMetaType>
+#include <QSize>
+#include <QString>
+
+#include <array>
+
+namespace selvane {
+
+inline constexpr int kChannelCount = 4;
+inline constexpr int kOverlayVideoSlots = 4;
+
+enum class ChannelState
+{
+    Idle,    // no source
+    Opening, // connecting or probing
+    Playing,
+    Paused,
+    Ended,   // a file reached its end without loop
+    Failed,  // see lastError
+};
+
+// Why the outputs did not start, or stopped on their own.
+enum class OutputFailure
+{
+    NotStarted,    // the encoder or the recording folder refused the start
+    OpenFailed,    // no output could be opened
+    RecordingLost, // the recording stopped being writable
+};
+
+// The output's picture size: the program's own (with 1920 x 1080 until one is known), or an
+// explicit size.
+struct OutputSize
+{
+    bool explicitSize = false;
+    QSize size;
+};
+
+// One output start: recording, stream targets, encoding and the picture size.
+struct OutputSettings
+{
+    EncoderSettings encoder;
+    OutputSize size;
+    bool hasDestination() const
+    {
+        return (encoder.fileEnabled && !encoder.filePath.trimmed().isEmpty()) ||
+               !encoder.streamTargets.isEmpty();
+    }
+};
+
+struct ChannelStats
+{
+    ChannelState state = ChannelState::Idle;
+    QString source;
+    QSize size; // display size of the pictures, once known
+    double fps = 0.0;
+    qint64 framesDelivered = 0;
+    qint64 framesDropped = 0;
+    qint64 durationMs = 0; // 0 when unknown or live
+    bool live = false;
+    bool loop = false;
+    SourceError lastError = SourceError::None;
+    Level audio;
+};
+
+struct ProgramStats
+{
+    int channel = -1;   // the channel on air; -1 for still pictures or black
+    bool still = false; // pictures come from still images
+    QSize size;         // the program's (output) size
+    bool usedFallbackSize = false;
+    double fps = 0.0;
+    qint64 frames = 0;
+    qint64 framesWithoutOverlays = 0; // composed without overlays for want of a free picture
+    Level audio;
+};
+
+struct TargetStats
+{
+    QString url;    // masked
+    QString status; // "connecting", "online", "congested", "reconnecting", "stopped"
+    double kbps = 0.0;
+    qint64 bytes = 0;
+    qint64 reconnects = 0;
+    qint64 queueResets = 0;
+};
+
+struct RecordingStats
+{
+    QString path; // the file (segment) being written
+    qint64 bytes = 0;
+    bool failing = false;
+};
+
+struct OutputStats
+{
+    bool running = false;
+    bool stopping = false;
+    qint64 elapsedMs = 0;
+    QString encoder;
+    qint64 bytesEncoded = 0;
+    double kbps = 0.0;
+    qint64 encoderDrops = 0;
+    bool recording = false;
+    RecordingStats file;
+    QList<TargetStats> targets;
+};
+
+struct EngineStats
+{
+    std::array<ChannelStats, kChannelCount> channels;
+    ProgramStats program;
+    OutputStats output;
+    bool scheduleRunning = false;
+    QString scheduleBaseClip;
+    qint64 scheduleMs = 0;
+    qint64 audioDroppedFrames = 0;
+};
+
+} // namespace selvane
+
+Q_DECLARE_METATYPE(selvane::ChannelState)
+Q_DECLARE_METATYPE(selvane::OutputFailure)

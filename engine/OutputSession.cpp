@@ -1,0 +1,209 @@
+#include "engine/OutputSession.h"
+
+#include "audio/PreviewAudioMixer.h"
+#include "engine/ProgramSwitcher.h"
+#include "media/ProgramClock.h"
+#include "output/OutputRouter.h"
+
+#include <QCoreApplication>
+#include <QDebug>
+#include <QPointer>
+#include <QThreadPool>
+
+namespace selvane {
+
+OutputSession::OutputSession(ProgramSwitcher &switcher, ProgramClock &clock,
+                             const FramePool &programPool, QObject *parent)
+    : QObject(parent), m_switcher(switcher), m_clock(clock), m_programPool(programPool)
+{
+    qRegisterMetaType<selvane::OutputFailure>("selvane::OutputFailure");
+}
+
+OutputSession::~OutputSession()
+{
+    *m_alive = false;
+    m_switcher.setOutputSink({});
+    if (m_mixer)
+        m_mixer->setProgramTap(nullptr);
+    if (m_router)
+        m_router->stop();
+    m_programPool.setHeldByConsumers(0);
+}
+
+bool OutputSession::start(const EncoderSettings &settings, QSize size)
+{
+    if (m_state != State::Idle)
+        return false;
+    m_state = State::Starting;
+    m_stopAfterStart = false;
+    m_settings = settings;
+    m_size = size;
+    m_status.clear();
+    for (int i = 0; i < settings.streamTargets.size(); ++i)
+        m_status << QStringLiteral("connecting");
+
+    auto router = std::make_shared<OutputRouter>();
+    router->setSettings(settings);
+    router->setOutputSize(size);
+    // Reports come from the router's workers; they are handed to this thread, and dropped once
+    // the session is gone.
+    const std::weak_ptr<bool> alive = m_alive;
+    QPointer<OutputSession> self(this);
+    router->setStatusCallback([self, alive](int index, const QString &status) {
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [self, alive, index, status] {
+                if (alive.expired() || !self)
+                    return;
+                if (index >= 0 && index < self->m_status.size())
+                    self->m_status[index] = status;
+                emit self->streamStatusChanged(index, status);
+            },
+            Qt::QueuedConnection);
+    });
+    router->setFailureCallback([self, alive](OutputRouter::Failure failure, const QString &) {
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [self, alive, failure] {
+                if (!alive.expired() && self)
+                    self->onRouterFailure(failure == OutputRouter::Failure::OpenFailed);
+            },
+            Qt::QueuedConnection);
+    });
+    // The encoder probe and the folder check take their time off this thread.
+    QThreadPool::globalInstance()->start([router, self, alive] {
+        const bool ok = router->start();
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [router, self, alive, ok] {
+                if (!alive.expired() && self)
+                    self->onStarted(router, ok);
+                else if (ok)
+                    QThreadPool::globalInstance()->start([router] { router->stop(); });
+            },
+            Qt::QueuedConnection);
+    });
+    return true;
+}
+
+void OutputSession::onStarted(std::shared_ptr<OutputRouter> router, bool ok)
+{
+    if (!ok) {
+        m_state = State::Idle;
+        emit failed(OutputFailure::NotStarted);
+        return;
+    }
+    m_router = std::move(router);
+    m_state = State::Running;
+    m_elapsed.start();
+    // The encode queue may hold this many pictures of the program pool on top of its usual cap.
+    m_programPool.setHeldByConsumers(m_router->queueDepth());
+    m_clock.start();
+    const std::weak_ptr<OutputRouter> weakRouter = m_router;
+    ProgramClock *clock = &m_clock;
+    m_switcher.setOutputSink([weakRouter, clock](const FrameTokenPtr &frame) {
+        if (auto router = weakRouter.lock())
+            router->enqueueFrame(frame, clock->nowUs());
+    });
+    if (m_mixer)
+        m_mixer->setProgramTap([weakRouter](const std::int16_t *samples, int frames, qint64 ptsUs) {
+            if (auto router = weakRouter.lock())
+                router->pushAudio(samples, frames, ptsUs);
+        });
+    emit started(m_size);
+    if (m_stopAfterStart)
+        stop();
+}
+
+void OutputSession::onRouterFailure(bool openFailed)
+{
+    if (m_state != State::Running)
+        return;
+    stop();
+    emit failed(openFailed ? OutputFailure::OpenFailed : OutputFailure::RecordingLost);
+}
+
+void OutputSession::stop()
+{
+    if (m_state == State::Starting) {
+        m_stopAfterStart = true;
+        return;
+    }
+    if (m_state != State::Running)
+        return;
+    m_state = State::Stopping;
+    m_switcher.setOutputSink({});
+    if (m_mixer)
+        m_mixer->setProgramTap(nullptr);
+    std::shared_ptr<OutputRouter> router = m_router;
+    const std::weak_ptr<bool> alive = m_alive;
+    QPointer<OutputSession> self(this);
+    QThreadPool::globalInstance()->start([router, self, alive] {
+        router->stop();
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [self, alive] {
+                if (!alive.expired() && self)
+                    self->finishStop();
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void OutputSession::waitForStop()
+{
+    if (m_state == State::Starting) {
+        m_stopAfterStart = true;
+        while (m_state == State::Starting)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+    }
+    if (m_state == State::Running)
+        stop();
+    while (m_state == State::Stopping)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+}
+
+void OutputSession::finishStop()
+{
+    m_state = State::Idle;
+    m_clock.stop();
+    m_programPool.setHeldByConsumers(0);
+    for (QString &status : m_status)
+        status = QStringLiteral("stopped");
+    emit stopped();
+}
+
+OutputStats OutputSession::stats() const
+{
+    OutputStats out;
+    out.running = m_state == State::Running;
+    out.stopping = m_state == State::Stopping;
+    out.recording = m_settings.fileEnabled && !m_settings.filePath.trimmed().isEmpty();
+    if (!m_router)
+        return out;
+    out.elapsedMs = out.running ? m_elapsed.elapsed() : 0;
+    out.encoder = m_router->encoderName();
+    out.bytesEncoded = m_router->bytesEncoded();
+    out.encoderDrops = m_router->droppedFrames();
+    for (int i = 0; i < m_status.size(); ++i) {
+        TargetStats target;
+        target.status = m_status[i];
+        out.targets.append(target);
+    }
+    for (const FfmpegEncoderSink::OutputStats &d : m_router->destinationStats()) {
+        if (d.targetIndex < 0) {
+            out.file = {d.path, d.bytesWritten, d.failing};
+            continue;
+        }
+        if (d.targetIndex >= out.targets.size())
+            continue;
+        TargetStats &target = out.targets[d.targetIndex];
+        target.url = d.path;
+        target.bytes = d.bytesWritten;
+        target.reconnects = d.reconnects;
+        target.queueResets = d.queueResets;
+    }
+    return out;
+}
+
+} // namespace selvane

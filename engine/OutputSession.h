@@ -1,0 +1,86 @@
+#pragma once
+
+// One run of the outputs: the output router (encoder, recording, stream targets) fed by the
+// program switcher's frames and the mixer's program bus, both stamped by the program clock.
+// Starting probes the encoder and the recording folder and stopping writes trailers; both can
+// take a while, so they run on a pool thread and report back with signals. While the outputs
+// run, the program pool may lend the encode queue as many pictures as it can hold, so a busy
+// encoder never starves the decoders or the compositor.
+//
+// Threads: the session lives on the GUI thread; every method is called there and every signal
+// is emitted there. The router's callbacks arrive from its workers and are posted here.
+
+#include "engine/EngineTypes.h"
+#include "media/FramePool.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QStringList>
+
+#include <memory>
+
+class OutputRouter;
+class PreviewAudioMixer;
+
+namespace selvane {
+
+class ProgramClock;
+class ProgramSwitcher;
+
+class OutputSession : public QObject
+{
+    Q_OBJECT
+
+public:
+    OutputSession(ProgramSwitcher &switcher, ProgramClock &clock, const FramePool &programPool,
+                  QObject *parent = nullptr);
+    ~OutputSession() override;
+
+    void setMixer(PreviewAudioMixer *mixer) { m_mixer = mixer; }
+
+    // Starts the outputs at `size`; false when they run, start or stop already.
+    bool start(const EncoderSettings &settings, QSize size);
+    // Stops them; trailers are written before stopped() is emitted.
+    void stop();
+    // Blocks until a stop under way has finished (shutdown only).
+    void waitForStop();
+
+    bool isActive() const { return m_state != State::Idle; }
+    bool isRunning() const { return m_state == State::Running; }
+    bool isStopping() const { return m_state == State::Stopping; }
+    OutputStats stats() const;
+
+signals:
+    void started(QSize size);
+    void failed(selvane::OutputFailure failure);
+    void stopped();
+    void streamStatusChanged(int index, QString status);
+
+private:
+    enum class State
+    {
+        Idle,
+        Starting,
+        Running,
+        Stopping,
+    };
+
+    void onStarted(std::shared_ptr<OutputRouter> router, bool ok);
+    void onRouterFailure(bool openFailed);
+    void finishStop();
+
+    ProgramSwitcher &m_switcher;
+    ProgramClock &m_clock;
+    FramePool m_programPool;
+    PreviewAudioMixer *m_mixer = nullptr;
+    State m_state = State::Idle;
+    bool m_stopAfterStart = false;
+    std::shared_ptr<OutputRouter> m_router;
+    EncoderSettings m_settings;
+    QSize m_size;
+    QStringList m_status;
+    QElapsedTimer m_elapsed;
+    std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
+};
+
+} // namespace selvane

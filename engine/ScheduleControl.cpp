@@ -1,0 +1,122 @@
+#include "engine/ScheduleControl.h"
+
+#include "compose/VulkanCompositor.h"
+#include "engine/Engine.h"
+
+namespace selvane {
+
+ScheduleControl::ScheduleControl(Engine &engine, QObject *parent)
+    : QObject(parent), m_engine(engine)
+{
+    connect(&m_engine, &Engine::slideShown, this, [this](int shown) {
+        if (m_slides && m_runner && shown > 0)
+            m_runner->advanceBySlide(shown, m_slideIntervalMs);
+    });
+    connect(&m_engine, &Engine::programFrame, this, &ScheduleControl::onProgramFrame);
+}
+
+void ScheduleControl::stopVideo()
+{
+    if (!m_videoActive)
+        return;
+    m_videoActive = false;
+    m_engine.clearChannel(kSceneVideoChannel);
+}
+
+void ScheduleControl::release()
+{
+    m_slides = false;
+    stopVideo();
+}
+
+void ScheduleControl::showChannel(int channel)
+{
+    m_slides = false;
+    if (channel != kSceneVideoChannel)
+        stopVideo();
+    m_engine.cutTo(channel);
+}
+
+void ScheduleControl::showBlack()
+{
+    m_slides = false;
+    stopVideo();
+    m_engine.showBlack();
+}
+
+void ScheduleControl::playImages(const QStringList &paths, int intervalMs, bool loop)
+{
+    stopVideo();
+    m_slides = true;
+    m_slideIntervalMs = std::max(1, intervalMs);
+    m_engine.showImages(paths, intervalMs, loop);
+}
+
+void ScheduleControl::playVideo(const QString &path, bool loop)
+{
+    m_slides = false;
+    stopVideo();
+    m_videoActive = true;
+    m_videoFirstPtsUs = -1;
+    m_videoLastPtsUs = -1;
+    m_videoLoopOffsetUs = 0;
+    m_engine.setChannelLoop(kSceneVideoChannel, loop);
+    m_engine.setChannelSource(kSceneVideoChannel, path);
+    m_engine.cutTo(kSceneVideoChannel);
+}
+
+void ScheduleControl::onProgramFrame(const FrameTokenPtr &frame, int channel)
+{
+    // The clip's playback position keeps the schedule in step with the video.
+    if (!m_videoActive || !frame || !m_runner || channel != kSceneVideoChannel)
+        return;
+    if (m_videoFirstPtsUs < 0)
+        m_videoFirstPtsUs = frame->ptsUs;
+    if (m_videoLastPtsUs >= 0 && frame->ptsUs < m_videoLastPtsUs)
+        m_videoLoopOffsetUs += m_videoLastPtsUs - m_videoFirstPtsUs + 33333;
+    m_videoLastPtsUs = frame->ptsUs;
+    m_runner->resyncToBasePosition(m_videoLoopOffsetUs + frame->ptsUs - m_videoFirstPtsUs);
+}
+
+int ScheduleControl::overlayIdFor(const QString &clipId, bool text)
+{
+    QHash<QString, int> &ids = text ? m_textIds : m_mediaIds;
+    auto it = ids.find(clipId);
+    if (it == ids.end())
+        it = ids.insert(clipId, text ? m_nextTextId++ : m_nextMediaId++);
+    return it.value();
+}
+
+void ScheduleControl::showTextOverlay(const QString &clipId, const TextOverlayData &text)
+{
+    TextOverlayData data = text;
+    data.id = overlayIdFor(clipId, true);
+    m_engine.setTextOverlay(data);
+}
+
+void ScheduleControl::showMediaOverlay(const QString &clipId, int kind, const QString &path,
+                                       const QRectF &rect, double opacity)
+{
+    MediaOverlayRecord record;
+    record.id = overlayIdFor(clipId, false);
+    record.kind = kind == OverlayClip::Video ? MediaOverlayRecord::OverlayVideo
+                                             : MediaOverlayRecord::StillImage;
+    record.filePath = path;
+    record.rect = QRectF(rect.x() * VulkanCompositor::kSceneWidth,
+                         rect.y() * VulkanCompositor::kSceneHeight,
+                         rect.width() * VulkanCompositor::kSceneWidth,
+                         rect.height() * VulkanCompositor::kSceneHeight);
+    record.opacity = opacity;
+    record.loop = true;
+    m_engine.setMediaOverlay(record);
+}
+
+void ScheduleControl::removeOverlay(const QString &clipId)
+{
+    if (m_textIds.contains(clipId))
+        m_engine.removeTextOverlay(m_textIds.value(clipId));
+    else if (m_mediaIds.contains(clipId))
+        m_engine.removeMediaOverlay(m_mediaIds.value(clipId));
+}
+
+} // namespace selvane

@@ -1,0 +1,166 @@
+#include "media/FramePool.h"
+
+#include "media/FrameSizes.h"
+
+#include <algorithm>
+
+using namespace selvane;
+
+namespace {
+
+void returnToPool(const std::shared_ptr<FramePool::State> &state, FrameToken *token)
+{
+    std::lock_guard lock(state->mutex);
+    state->inUse = std::max(0, state->inUse - 1);
+    if (static_cast<qint32>(state->freeList.size()) >= state->keepCount) {
+        delete token;
+        return;
+    }
+    if (token->pixels.capacity() >= frames::kLargeBufferBytes) {
+        const auto large = std::count_if(state->freeList.begin(), state->freeList.end(),
+                                          [](const FrameToken *t) {
+                                              return t && t->pixels.capacity() >=
+                                                              frames::kLargeBufferBytes;
+                                          });
+        if (large >= 2)
+            token->pixels = QByteArray();
+    }
+    token->ptsUs = 0;
+    token->width = 0;
+    token->height = 0;
+    token->tag = 0;
+    state->freeList.push_back(token);
+}
+
+} // namespace
+
+void FrameWriter::prepare(qint32 width, qint32 height, qint64 stride)
+{
+    FrameToken &token = *m_token;
+    const qint64 needed = stride * height;
+    if (token.pixels.isDetached()) {
+        if (token.pixels.size() < needed)
+            token.pixels.resize(needed);
+    } else {
+        // Shared with another holder: take a private buffer first.
+        token.pixels = QByteArray(std::max<qint64>(token.pixels.size(), needed), Qt::Uninitialized);
+    }
+    token.width = width;
+    token.height = height;
+    token.stride = stride;
+}
+
+FramePool::State::~State()
+{
+    for (FrameToken *token : freeList)
+        delete token;
+}
+
+FramePool::FramePool(qint32 baseCount, qint32 width, qint32 height)
+    : m_baseCount(baseCount), m_state(std::make_shared<State>()),
+      m_size(std::make_shared<std::pair<qint32, qint32>>(std::max(1, width), std::max(1, height)))
+{
+    m_state->keepCount = baseCount;
+    m_state->maxInUse = baseCount + 2;
+    m_state->freeList.reserve(static_cast<std::size_t>(std::max(0, baseCount)));
+}
+
+qint32 FramePool::maxInUseFor(qint32 n, qint64 pixels)
+{
+    if (pixels <= frames::kPixels1080p)
+        return n + 2;
+    if (pixels < frames::kPixels4K)
+        return std::min(n, 12);
+    if (pixels < frames::kPixels8K)
+        return n < 12 ? 4 : 10;
+    return n < 12 ? 3 : 6;
+}
+
+void FramePool::updateCapLocked()
+{
+    m_state->maxInUse = maxInUseFor(m_baseCount, qint64(m_size->first) * m_size->second) +
+                        m_state->heldByConsumers;
+}
+
+void FramePool::resize(qint32 width, qint32 height)
+{
+    std::lock_guard lock(m_state->mutex);
+    *m_size = {std::max(1, width), std::max(1, height)};
+    updateCapLocked();
+}
+
+void FramePool::setHeldByConsumers(qint32 count)
+{
+    std::lock_guard lock(m_state->mutex);
+    m_state->heldByConsumers = std::max(0, count);
+    updateCapLocked();
+}
+
+FrameWriter FramePool::take(bool mayGrow)
+{
+    FrameToken *token = nullptr;
+    {
+        std::lock_guard lock(m_state->mutex);
+        if (m_state->inUse >= m_state->maxInUse) {
+            ++m_state->refused;
+            return {};
+        }
+        if (!m_state->freeList.empty()) {
+            token = m_state->freeList.back();
+            m_state->freeList.pop_back();
+            if (!token && !mayGrow)
+                return {};
+            if (!token)
+                token = new FrameToken;
+        } else {
+            if (!mayGrow && m_state->created >= m_baseCount)
+                return {};
+            token = new FrameToken;
+            if (m_state->created < m_baseCount)
+                ++m_state->created;
+        }
+        ++m_state->inUse;
+    }
+    std::shared_ptr<State> state = m_state;
+    return FrameWriter(
+        std::shared_ptr<FrameToken>(token, [state](FrameToken *t) { returnToPool(state, t); }));
+}
+
+FrameWriter FramePool::acquire() { return take(true); }
+FrameWriter FramePool::tryAcquire() { return take(false); }
+
+qint32 FramePool::width() const
+{
+    std::lock_guard lock(m_state->mutex);
+    return m_size->first;
+}
+
+qint32 FramePool::height() const
+{
+    std::lock_guard lock(m_state->mutex);
+    return m_size->second;
+}
+
+qint32 FramePool::inUse() const
+{
+    std::lock_guard lock(m_state->mutex);
+    return m_state->inUse;
+}
+
+qint32 FramePool::maxInUse() const
+{
+    std::lock_guard lock(m_state->mutex);
+    return m_state->maxInUse;
+}
+
+qint32 FramePool::freeCount() const
+{
+    std::lock_guard lock(m_state->mutex);
+    return static_cast<qint32>(m_state->freeList.size());
+}
+
+qint64 FramePool::refusedCount() const
+{
+    std::lock_guard lock(m_state->mutex);
+    return m_state->refused;
+}

@@ -3,7 +3,7 @@
 // pool, no OpenGL without a display, and the OpenGL read-back path against the CPU path (in a
 // child process on its own Xvfb).
 
-#include "compose/FramePool.h"
+#include "TestSupport.h"
 #include "compose/OverlayManager.h"
 #include "compose/TextOverlayData.h"
 #include "compose/VulkanCompositor.h"
@@ -27,21 +27,20 @@ const QColor kBase(40, 50, 60);
 const QColor kRed(255, 0, 0), kGreen(0, 255, 0), kBlue(0, 0, 255), kYellow(255, 255, 0);
 const QColor kMagenta(255, 0, 255);
 
-FrameTokenPtr baseFrame(FramePool &pool, int width, int height, qint64 pts = 1234)
+FrameTokenPtr baseFrame(FramePool &pool, int width, int height, qint64 ptsUs = 1234,
+                        QColor color = kBase)
 {
-    FrameTokenPtr token = pool.acquire();
-    prepareTokenPixels(*token, width, height, qint64(width) * 4);
-    QImage(reinterpret_cast<uchar *>(token->pixels.data()), width, height, token->stride,
-           QImage::Format_RGBA8888)
-        .fill(kBase);
-    token->pts = pts;
-    return token;
+    FrameWriter token = pool.acquire();
+    token.prepare(width, height, qint64(width) * 4);
+    QImage(token.bits(), width, height, token->stride, QImage::Format_RGBA8888).fill(color);
+    token->ptsUs = ptsUs;
+    return std::move(token).publish();
 }
 
 QImage viewOf(const FrameTokenPtr &token)
 {
-    return QImage(reinterpret_cast<const uchar *>(token->pixels.constData()), token->width,
-                  token->height, token->stride, QImage::Format_RGBA8888);
+    return QImage(token->bits(), token->width, token->height, token->stride,
+                  QImage::Format_RGBA8888);
 }
 
 QColor pixel(const FrameTokenPtr &token, int x, int y)
@@ -97,13 +96,12 @@ double psnr(const FrameTokenPtr &a, const FrameTokenPtr &b)
 }
 
 // Three overlays of all three kinds: an image, a half-transparent video picture, a styled text.
-void addHeavyOverlays(OverlayManager &overlays, const QTemporaryDir &dir)
+void addHeavyOverlays(OverlayManager &overlays, VulkanCompositor &compositor, FramePool &pool,
+                      const QTemporaryDir &dir)
 {
     addImageOverlay(overlays, dir, 1, {40, 40, 200, 100});
     overlays.setMediaOverlay(MediaOverlayRecord{2, 1, "clip.mp4", {400, 200, 160, 90}, true, 0.6});
-    QImage frame(320, 180, QImage::Format_RGBA8888);
-    frame.fill(QColor(0, 200, 100));
-    overlays.setOverlayVideoPicture(2, frame);
+    compositor.setVideoPicture(2, baseFrame(pool, 320, 180, 0, QColor(0, 200, 100)));
     TextOverlayData title;
     title.id = 1;
     title.text = QStringLiteral("Program");
@@ -171,17 +169,17 @@ private slots:
         VulkanCompositor compositor(FramePool(6, 1920, 1080));
         QVERIFY(compositor.isGpuReady());
         OverlayManager overlays;
-        addHeavyOverlays(overlays, dir);
-        QCOMPARE(overlays.overlayCount(), 3);
+        addHeavyOverlays(overlays, compositor, basePool, dir);
+        QCOMPARE(compositor.overlayCount(*overlays.scene()), 3);
         for (QSize size : {QSize(1280, 720), QSize(1920, 1080)}) {
             const FrameTokenPtr base = baseFrame(basePool, size.width(), size.height(), 777);
             qputenv(kGpuVariable, "1");
-            const FrameTokenPtr gpu = compositor.compose(base, &overlays);
+            const FrameTokenPtr gpu = compositor.compose(base, overlays.scene().get());
             QCOMPARE(compositor.lastPath(), VulkanCompositor::Path::Gpu);
             qputenv(kGpuVariable, "0");
-            const FrameTokenPtr cpu = compositor.compose(base, &overlays);
+            const FrameTokenPtr cpu = compositor.compose(base, overlays.scene().get());
             QCOMPARE(compositor.lastPath(), VulkanCompositor::Path::Cpu);
-            QCOMPARE(gpu->pts, qint64(777));
+            QCOMPARE(gpu->ptsUs, qint64(777));
             QCOMPARE(QSize(gpu->width, gpu->height), size);
             // The red half of the image where the CPU puts it: the read-back is upright.
             const double f = size.height() / 360.0;
@@ -193,7 +191,7 @@ private slots:
         // Two overlays do not pay for the read-back.
         qputenv(kGpuVariable, "1");
         overlays.removeTextOverlay(1);
-        QVERIFY(compositor.compose(baseFrame(basePool, 1280, 720), &overlays));
+        QVERIFY(compositor.compose(baseFrame(basePool, 1280, 720), overlays.scene().get()));
         QCOMPARE(compositor.lastPath(), VulkanCompositor::Path::Cpu);
     }
 };
@@ -212,20 +210,31 @@ private slots:
         VulkanCompositor compositor(programPool);
         OverlayManager overlays;
         const FrameTokenPtr base = baseFrame(basePool, 640, 360, 99);
-        QCOMPARE(compositor.compose(base, &overlays), base); // nothing to draw: no copy at all
+        QCOMPARE(compositor.compose(base, overlays.scene().get()), base); // nothing to draw: no copy at all
         QCOMPARE(compositor.lastPath(), VulkanCompositor::Path::PassThrough);
         QCOMPARE(programPool.inUse(), 0);
         QCOMPARE(compositor.compose(base, nullptr), base);
+        // Hidden, disabled, empty and picture-less overlays draw nothing: still no copy.
+        TextOverlayData disabled;
+        disabled.id = 1;
+        disabled.text = QStringLiteral("off");
+        disabled.enabled = false;
+        overlays.setTextOverlay(disabled);
+        overlays.setMediaOverlay(MediaOverlayRecord{5, 1, "v.mp4", {0, 0, 9, 9}, false, 1.0});
+        compositor.setVideoPicture(5, baseFrame(basePool, 8, 8));
+        overlays.setMediaOverlay(MediaOverlayRecord{6, 1, "w.mp4", {0, 0, 9, 9}, true, 1.0});
+        QCOMPARE(compositor.compose(base, overlays.scene().get()), base);
+        compositor.setVideoPicture(5, nullptr);
 
-        overlays.setOutputSize(QSize(640, 360));
         overlays.setDoodleLayer({DoodleStroke{kMagenta, 6, {{0, 10}, {640, 10}}}});
-        std::vector<FrameTokenPtr> held{programPool.acquire(), programPool.acquire(),
-                                        programPool.acquire()};
-        QCOMPARE(compositor.compose(base, &overlays), base); // the base rather than no frame
+        std::vector<FrameWriter> held;
+        for (int i = 0; i < 3; ++i)
+            held.push_back(programPool.acquire());
+        QCOMPARE(compositor.compose(base, overlays.scene().get()), base); // the base rather than no frame
         held.pop_back();
-        const FrameTokenPtr program = compositor.compose(base, &overlays);
+        const FrameTokenPtr program = compositor.compose(base, overlays.scene().get());
         QVERIFY(program != base);
-        QCOMPARE(program->pts, qint64(99));
+        QCOMPARE(program->ptsUs, qint64(99));
         QCOMPARE(pixel(program, 320, 10), kMagenta);
         QCOMPARE(pixel(program, 320, 200), kBase);
         QCOMPARE(pixel(base, 320, 10), kBase); // the base frame is never written
@@ -250,7 +259,7 @@ private slots:
             addImageOverlay(overlays, dir, 3, {450, 20, 50, 50}, 1.7);
             addImageOverlay(overlays, dir, 4, {450, 100, 50, 50}, -0.3);
             const FrameTokenPtr out =
-                compositor.compose(baseFrame(basePool, 640 * f, 360 * f), &overlays);
+                compositor.compose(baseFrame(basePool, 640 * f, 360 * f), overlays.scene().get());
             const struct
             {
                 double x, y;
@@ -296,7 +305,7 @@ private slots:
             // The doodle is the top layer: a stroke through the box's top padding (y 52..54).
             overlays.setDoodleLayer({DoodleStroke{kMagenta, 2, {{0, 53}, {640, 53}}}});
             const QImage image =
-                viewOf(compositor.compose(baseFrame(basePool, 640 * f, 360 * f), &overlays));
+                viewOf(compositor.compose(baseFrame(basePool, 640 * f, 360 * f), overlays.scene().get()));
             const QRect box = boundsOf(image, kYellow), letters = boundsOf(image, kGreen);
             const QRect shadow = boundsOf(image, kBlue), outline = boundsOf(image, kRed);
             QVERIFY(!letters.isEmpty() && !shadow.isEmpty() && !outline.isEmpty());
@@ -356,7 +365,7 @@ private slots:
         const double pass = QFontMetricsF(font, &device).horizontalAdvance(data.text) + 1280;
         const auto lettersAt = [&](double distancePx) {
             nowUs = qint64(distancePx / 100.0 * 1e6);
-            return boundsOf(viewOf(compositor.compose(base, &overlays)), kGreen);
+            return boundsOf(viewOf(compositor.compose(base, overlays.scene().get())), kGreen);
         };
         // The leading edge after 60 px (entering, in both passes) and after 640 px (mid-pass).
         for (double distance : {60.0, pass + 60.0, 640.0}) {

@@ -1,7 +1,7 @@
 // The headless face run as a real process: channels from test signals, the progress line, the
 // duration, Ctrl+C, and refusals of bad arguments.
 
-#include "TestProcess.h"
+#include "TestSupport.h"
 
 #include <QRegularExpression>
 #include <QtTest>

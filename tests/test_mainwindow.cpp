@@ -2,7 +2,7 @@
 // the persisted language flag, the output folder action, the workspace reset, Exit, and the
 // wake-up connection of the instance lock.
 
-#include "TestProcess.h"
+#include "TestSupport.h"
 #include "app/Language.h"
 #include "app/MainWindow.h"
 #include "app/SingleInstance.h"

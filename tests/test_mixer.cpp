@@ -1,11 +1,12 @@
-// The preview audio mixer's tick rules on real pipeline audio queues: silence every 10 ms,
-// overlay-only program mix, the two-second bounds of both queues after a stalled reader, tanh
-// shaping, and a tick that allocates nothing once warm.
+// The preview audio mixer's tick rules on real source queues: a block every 10 ms that keeps
+// every queue current heard or not, overlay-only program mix, the two-second bounds of both
+// queues after a stalled reader, tanh shaping, levels, and a tick that allocates nothing once
+// warm.
 
 #include "audio/AudioQueueIODevice.h"
 #include "audio/PreviewAudioMixer.h"
-#include "audio/SampleQueue.h"
-#include "compose/FramePipeline.h"
+#include "media/AudioInputs.h"
+#include "media/ProgramClock.h"
 
 #include <QtTest>
 
@@ -76,11 +77,11 @@ class TestMixer : public QObject
     Q_OBJECT
 
 private slots:
-    void silenceEveryTenMilliseconds()
+    void everyQueueStaysCurrentWhetherHeardOrNot()
     {
-        QObject owner;
-        FramePipeline pipeline(&owner);
-        PreviewAudioMixer mixer(&pipeline);
+        selvane::AudioInputs inputs;
+        selvane::ProgramClock clock;
+        PreviewAudioMixer mixer(inputs, clock);
         for (int c = 0; c < 4; ++c)
             mixer.setChannelVolume(c, 0.0f);
         mixer.setProgramVolume(0.0f);
@@ -89,29 +90,34 @@ private slots:
             mixer.setOverlayProgramVolume(s, 0.0f);
         }
         const std::vector<std::int16_t> loud = tone(48000, 0.5);
-        pipeline.pushChannelAudio(0, loud.data(), 48000);
+        inputs.channel(1).push(loud.data(), 48000);
         mixer.start(); // no audio server here: no sink, the device fills up
         QTest::qWait(1000);
+        const std::vector<std::int16_t> silence = readAllPreview(mixer.device());
         mixer.cleanup();
         const qint64 blocks = mixer.blocksMixed();
         QVERIFY2(blocks >= 95 && blocks <= 105, QByteArray::number(blocks));
-        // Nothing was read: a source multiplied by zero is not even taken from its queue.
-        std::int16_t probe[960];
-        QCOMPARE(pipeline.takeChannelAudio(0, probe, 480), 480);
+        // Channel 1 is heard by nobody, yet its queue drains at the pace of the clock: a cut to
+        // it later finds its sound in step with its pictures, not a second behind.
+        QCOMPARE(inputs.channel(1).queuedFrames(), 48000 - int(blocks) * 480);
+        QVERIFY(mixer.levels().channel(1).peak > 0.49f);
+        QCOMPARE(mixer.levels().channel(2).peak, 0.0f);
+        QVERIFY(silence.size() >= 95 * 960);
+        QCOMPARE(peak(silence), 0);
     }
 
     void programBusRulesAndShaping()
     {
-        QObject owner;
-        FramePipeline pipeline(&owner);
-        PreviewAudioMixer mixer(&pipeline);
+        selvane::AudioInputs inputs;
+        selvane::ProgramClock clock;
+        PreviewAudioMixer mixer(inputs, clock);
 
         // No program channel: the program mix holds only the overlay's sound.
-        pipeline.setBaseChannel(-1);
+        inputs.setProgramChannel(-1);
         const std::vector<std::int16_t> channel = tone(480, 0.25, 1000);
         const std::vector<std::int16_t> overlay = tone(480, 0.25, 250);
-        pipeline.pushChannelAudio(0, channel.data(), 480);
-        pipeline.pushOverlayAudio(2, overlay.data(), 480);
+        inputs.channel(0).push(channel.data(), 480);
+        inputs.overlaySlot(2).push(overlay.data(), 480);
         mixer.mixBlock();
         std::vector<std::int16_t> program = readAllProgram(mixer);
         QCOMPARE(program.size(), std::size_t(960));
@@ -119,13 +125,11 @@ private slots:
             QCOMPARE(program[2 * i], std::int16_t(std::lround(std::tanh(overlay[2 * i] / 32768.0f) * 32767.0f)));
 
         // Channel 0 is the program; gain 2.0 on a full-scale tone: tanh-shaped, never wrapped.
-        pipeline.setBaseChannel(0);
+        inputs.setProgramChannel(0);
         mixer.setProgramGain(2.0f);
         mixer.setOverlayOnProgram(2, false);
-        std::int16_t unread[960];
-        QCOMPARE(pipeline.takeChannelAudio(0, unread, 480), 480); // channel 0 was not read before
         const std::vector<std::int16_t> full = tone(480, 1.0, 1000);
-        pipeline.pushChannelAudio(0, full.data(), 480);
+        inputs.channel(0).push(full.data(), 480);
         mixer.mixBlock();
         program = readAllProgram(mixer);
         QCOMPARE(program.size(), std::size_t(960));
@@ -141,25 +145,23 @@ private slots:
 
     void stalledReadersFindAtMostTwoSeconds()
     {
-        QObject owner;
-        FramePipeline pipeline(&owner);
-        AudioQueueIODevice *device = nullptr;
-        PreviewAudioMixer withDevice(&pipeline);
+        selvane::AudioInputs inputs;
+        selvane::ProgramClock clock;
+        PreviewAudioMixer withDevice(inputs, clock);
         withDevice.start();
-        device = withDevice.device();
+        AudioQueueIODevice *device = withDevice.device();
         QVERIFY(device);
         // Five seconds of ticks with nobody reading either queue.
-        pipeline.setBaseChannel(0);
+        inputs.setProgramChannel(0);
         for (int block = 0; block < 500; ++block) {
             std::vector<std::int16_t> chunk = tone(480, 0.3);
             chunk[0] = std::int16_t(block); // a marker: which block this was
             chunk[1] = std::int16_t(block);
-            pipeline.pushChannelAudio(0, chunk.data(), 480);
+            inputs.channel(0).push(chunk.data(), 480);
             withDevice.mixBlock();
         }
         QVERIFY(device->unreadBytes() <= AudioQueueIODevice::kMaxUnreadBytes + PreviewAudioMixer::kBlockBytes);
         QVERIFY(device->unreadBytes() >= AudioQueueIODevice::kKeepUnreadBytes);
-        QVERIFY(withDevice.programQueuedBytes() <= PreviewAudioMixer::kProgramQueueMaxBytes);
         QCOMPARE(withDevice.programQueuedBytes(), PreviewAudioMixer::kProgramQueueMaxBytes);
         // What remains is the newest two seconds.
         const std::vector<std::int16_t> program = readAllProgram(withDevice);
@@ -172,15 +174,15 @@ private slots:
 
     void warmTickAllocatesNothing()
     {
-        QObject owner;
-        FramePipeline pipeline(&owner);
-        PreviewAudioMixer mixer(&pipeline);
+        selvane::AudioInputs inputs;
+        selvane::ProgramClock clock;
+        PreviewAudioMixer mixer(inputs, clock);
         mixer.start();
         mixer.setChannelVolume(1, 0.5f);
         mixer.setOverlayPreviewVolume(0, 0.5f);
         const std::vector<std::int16_t> chunk = tone(480, 0.3);
         for (int i = 0; i < 400; ++i) { // warm up past the device's first compaction cycles
-            pipeline.pushChannelAudio(0, chunk.data(), 480);
+            inputs.channel(0).push(chunk.data(), 480);
             mixer.mixBlock();
         }
         QElapsedTimer timer;

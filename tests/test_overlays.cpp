@@ -1,8 +1,9 @@
 // The text overlay record and its JSON object, the overlay registry (limits, image loads with
-// generations, anything-to-draw, scroll clock, doodle picture) and the command-line overlay specs.
+// generations, scroll clock, scenes that never change once published) and the command-line
+// overlay specs.
 
+#include "cli/OverlaySpecs.h"
 #include "compose/OverlayManager.h"
-#include "compose/OverlaySpecs.h"
 #include "compose/TextOverlayData.h"
 
 #include <QJsonDocument>
@@ -78,17 +79,7 @@ private slots:
         QCOMPARE(QPointF(sparse.posX * 640, sparse.posY * 360), QPointF(12, 12));
 
         QCOMPARE(textColorFromJson(QJsonValue("green")), QColor(0, 0x80, 0)); // the SVG name
-        QCOMPARE(textColorFromJson(QJsonValue(4278190335.0)), QColor(Qt::white));
-        QCOMPARE(textColorFromJson(QJsonValue(true)), QColor(Qt::white));
         QCOMPARE(textColorFromJson(QJsonValue("no such colour")), QColor(Qt::white));
-
-        TextOverlayData scroll;
-        scroll.scrollStep = 1;
-        QCOMPARE(scroll.scrollPixelsPerSecond(), 20.0);
-        scroll.scrollStep = 2;
-        QCOMPARE(scroll.scrollPixelsPerSecond(), 40.0);
-        scroll.scrollTimes = 0;
-        QCOMPARE(scroll.effectivePasses(), 1);
     }
 
     void listLimitsAndSignalOrder()
@@ -172,39 +163,9 @@ private slots:
         overlays.setMediaOverlay(media(1, MediaOverlayRecord::StillImage, dir.filePath("none")));
         finishImageLoads();
         QVERIFY(overlays.overlayImage(1).isNull()); // the old picture went with the old path
-        QVERIFY(!overlays.hasAnythingToDraw());
     }
 
-    void anythingToDrawAndCount()
-    {
-        OverlayManager overlays;
-        QVERIFY(!overlays.hasAnythingToDraw());
-        TextOverlayData disabled = text(1, "off");
-        disabled.enabled = false;
-        overlays.setTextOverlay(disabled);
-        overlays.setTextOverlay(text(2, QString()));
-        QImage frame(8, 8, QImage::Format_RGBA8888);
-        frame.fill(Qt::white);
-        overlays.setMediaOverlay(MediaOverlayRecord{5, 1, "v.mp4", {0, 0, 9, 9}, false, 1.0});
-        overlays.setOverlayVideoPicture(5, frame);
-        overlays.setMediaOverlay(media(6, MediaOverlayRecord::OverlayVideo, "w.mp4"));
-        overlays.setDoodleVisible(false);
-        overlays.setDoodleLayer({DoodleStroke{Qt::red, 2, {{1, 1}, {5, 5}}}});
-        QVERIFY(!overlays.hasAnythingToDraw());
-        QCOMPARE(overlays.overlayCount(), 0);
-
-        overlays.setTextOverlay(text(1, "on"));
-        QVERIFY(overlays.hasAnythingToDraw());
-        overlays.setOverlayVideoPicture(6, frame);
-        overlays.setDoodleVisible(true);
-        QCOMPARE(overlays.overlayCount(), 3);
-        overlays.forgetOverlayVideo(6);
-        overlays.clearDoodleLayer();
-        overlays.clearTextOverlays();
-        QVERIFY(!overlays.hasAnythingToDraw());
-    }
-
-    void scrollClockAndDoodlePicture()
+    void scrollClockAndPublishedScenes()
     {
         qint64 nowUs = 1000;
         OverlayManager overlays;
@@ -223,17 +184,19 @@ private slots:
         nowUs += 40;
         QCOMPARE(overlays.textScrollElapsedUs(4), 40);
 
-        // A stroke across the middle of the scene, 4 scene units thick: 8 px at 720p, 12 at 1080p.
-        overlays.setOutputSize(QSize(1280, 720));
-        overlays.setDoodleLayer({DoodleStroke{QColor(255, 0, 255), 4, {{20, 180}, {620, 180}}}});
-        QImage picture = overlays.doodlePicture();
-        QCOMPARE(picture.size(), QSize(1280, 720));
-        QCOMPARE(picture.pixelColor(640, 363), QColor(255, 0, 255));
-        QCOMPARE(picture.pixelColor(640, 355).alpha(), 0);
-        overlays.setOutputSize(QSize(1920, 1080));
-        QCOMPARE(overlays.doodlePicture().pixelColor(960, 545), QColor(255, 0, 255));
-        overlays.setDoodleVisible(false);
-        QVERIFY(overlays.doodlePicture().isNull());
+        // The program thread draws a scene while the window edits the next one: a published
+        // scene never changes, and it keeps the clock its scroll times were taken on.
+        QSignalSpy published(&overlays, &OverlayManager::sceneChanged);
+        const OverlayScenePtr before = overlays.scene();
+        overlays.removeTextOverlay(4);
+        overlays.setDoodleLayer({DoodleStroke{Qt::red, 2, {{1, 1}, {5, 5}}}});
+        QCOMPARE(published.size(), 2);
+        QCOMPARE(before->texts.size(), 1);
+        QVERIFY(before->doodle.isEmpty());
+        QCOMPARE(before->scrollElapsedUs(4, before->nowUs()), 40);
+        const OverlayScenePtr after = published.last().at(0).value<OverlayScenePtr>();
+        QVERIFY(after->texts.isEmpty() && after->hasDoodle());
+        QVERIFY(after->doodleVersion != before->doodleVersion);
     }
 
     void commandLineSpecs()

@@ -3,9 +3,7 @@
 // recording; frames read back at every switch land where the schedule says. Also the schedule
 // check on the command line and the built-in demo.
 
-#include "MediaFixtures.h"
-#include "OutputProbe.h"
-#include "TestProcess.h"
+#include "TestSupport.h"
 
 #include <QImage>
 #include <QJsonDocument>

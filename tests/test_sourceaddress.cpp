@@ -1,8 +1,9 @@
 // Source address grammar, classification and the demuxer open options of each kind.
 
-#include "TestProcess.h"
-#include "input/FfmpegSupport.h"
+#include "TestSupport.h"
+#include "input/PictureConverter.h"
 #include "input/SourceAddress.h"
+#include "media/FfmpegTypes.h"
 
 #include <QSettings>
 #include <QtTest>
@@ -39,15 +40,12 @@ private slots:
     {
         QTest::addColumn<QString>("address");
         QTest::addColumn<int>("kind");
-        QTest::newRow("window") << "wgc://capture?hwnd=0x1A2B" << int(SourceKind::WindowCapture);
-        QTest::newRow("window upper") << "WGC://capture?hwnd=1" << int(SourceKind::WindowCapture);
+        QTest::newRow("window") << "WGC://capture?hwnd=1" << int(SourceKind::WindowCapture);
         QTest::newRow("display") << "desktop://capture?monitor=1" << int(SourceKind::DisplayCapture);
-        QTest::newRow("camera") << "dshow://capture?video=Cam" << int(SourceKind::CaptureDevice);
-        QTest::newRow("camera upper") << "DSHOW://capture?video=Cam" << int(SourceKind::CaptureDevice);
+        QTest::newRow("camera") << "DSHOW://capture?video=Cam" << int(SourceKind::CaptureDevice);
         QTest::newRow("microphone only is no device")
             << "dshow://capture?audio=Mic" << int(SourceKind::NetworkStream);
         QTest::newRow("test signal") << "lavfi://testsrc2" << int(SourceKind::TestSignal);
-        QTest::newRow("rtmp") << "rtmp://host/app/key" << int(SourceKind::NetworkStream);
         QTest::newRow("file url") << "file:///tmp/a.mp4" << int(SourceKind::NetworkStream);
         QTest::newRow("path") << "/tmp/a b.mp4" << int(SourceKind::LocalFile);
     }
@@ -70,22 +68,11 @@ private slots:
         QVERIFY(!parseDshowAddress("dshow://capture", &video, &audio));
         QVERIFY(!parseDshowAddress("rtmp://capture?video=x", &video, &audio));
 
-        QCOMPARE(escapeDshowDeviceName("a:b\\c"), QString("a\\:b\\\\c"));
+        // Device names may hold the separator: it is escaped.
         QCOMPARE(buildDshowDeviceSpec(" a:b ", "Mic"), QByteArray("video=a\\:b:audio=Mic"));
-        QCOMPARE(buildDshowDeviceSpec("Cam", ""), QByteArray("video=Cam"));
-        QCOMPARE(buildDshowDeviceSpec("", "Mic"), QByteArray("audio=Mic"));
-        QCOMPARE(buildDshowDeviceSpec("", ""), QByteArray());
-
-        QCOMPARE(parseMonitorIndex("2"), 2);
-        QCOMPARE(parseMonitorIndex("-3"), 0);
-        QCOMPARE(parseMonitorIndex("x"), 0);
         QCOMPARE(parseMonitorIndex("99999999999"), 0);
-        QVERIFY(parseWgcFlag("1") && parseWgcFlag("TRUE") && !parseWgcFlag("yes") &&
-                !parseWgcFlag(""));
         QCOMPARE(parseWindowHandle("0X1A2B").value(), quint64(6699));
-        QCOMPARE(parseWindowHandle("6699").value(), quint64(6699));
         QVERIFY(!parseWindowHandle("0xZZ").has_value());
-        QVERIFY(!parseWindowHandle("").has_value());
 
         QCOMPARE(testSignalGraph("lavfi://testsrc2=size=64x64%3Arate=5"),
                  QString("testsrc2=size=64x64:rate=5"));
@@ -108,28 +95,15 @@ private slots:
         QVERIFY(!isLiveSource("http://host/clip.mp4", nullptr));
         avformat_free_context(context);
 
-        QVERIFY(usesHttpProxy("  HTTPS://x") && usesHttpProxy("rtmpt://x") && !usesHttpProxy("rtmp://x"));
-        QVERIFY(isTcpCarriedUrl(" RTMP://x") && isTcpCarriedUrl("tcp://x") &&
-                isTcpCarriedUrl("rtmpe://x") && !isTcpCarriedUrl("rtmps://x") &&
-                !isTcpCarriedUrl("srt://x"));
     }
 
     void openOptionsPerKind()
     {
+        // Files and devices get no network options; every network read can time out.
         QVERIFY(optionsFor("/tmp/a.mp4").isEmpty());
         QVERIFY(optionsFor("dshow://capture?video=Cam").isEmpty());
-        const auto rtmp = optionsFor("RTMP://host/app/key");
-        QCOMPARE(rtmp.value("rw_timeout"), QString("30000000"));
-        QCOMPARE(rtmp.value("stimeout"), QString("30000000"));
-        QCOMPARE(rtmp.value("rtmp_live"), QString("live"));
-        QCOMPARE(rtmp.value("buffer_size"), QString("2097152"));
-        QVERIFY(!rtmp.contains("rtsp_transport"));
+        QVERIFY(optionsFor("srt://host:9000").contains("rw_timeout"));
         QCOMPARE(optionsFor("rtsps://cam/stream").value("rtsp_transport"), QString("tcp"));
-        QCOMPARE(optionsFor("srt://host:9000").size(), 2);
-
-        ffsupport::Dictionary skip;
-        buildInputOptions("http://host/x", skip.address(), true);
-        QCOMPARE(skip.value("rtsp_transport"), QString("tcp"));
     }
 
     void proxiesApplyByScheme()
@@ -155,11 +129,11 @@ private slots:
     {
         AVFormatContext *context = avformat_alloc_context();
         AVStream *stream = avformat_new_stream(context, nullptr);
-        QCOMPARE(ffsupport::uprightRotationDegrees(stream), 0);
+        QCOMPARE(uprightRotationDegrees(stream), 0);
         av_dict_set(&stream->metadata, "rotate", "-90", 0);
-        QCOMPARE(ffsupport::uprightRotationDegrees(stream), 270);
+        QCOMPARE(uprightRotationDegrees(stream), 270);
         av_dict_set(&stream->metadata, "rotate", "180.0", 0);
-        QCOMPARE(ffsupport::uprightRotationDegrees(stream), 180);
+        QCOMPARE(uprightRotationDegrees(stream), 180);
         avformat_free_context(context);
     }
 };

@@ -2,7 +2,7 @@
 // lock with its wake-up connection, recovery from a crashed instance's socket, and the exit code
 // when the lock cannot be taken.
 
-#include "TestProcess.h"
+#include "TestSupport.h"
 
 #include <QLocalSocket>
 #include <QThread>

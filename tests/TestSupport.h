@@ -1,0 +1,502 @@
+#pragma once
+
+// What the suites share: media made at test time with the ffmpeg CLI, real servers on loopback
+// (nginx-rtmp, a PulseAudio null sink), bounded runs of the selvane binary in a private home,
+// recordings read back with ffprobe, solid pictures from a pool, captured warnings, and the
+// flash-and-beep analysis that measures how far sound is from its picture.
+
+#include "media/FramePool.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QMutex>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QStringList>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <cmath>
+#include <csignal>
+#include <cstring>
+#include <vector>
+
+namespace testsupport {
+
+// ---- media ----
+
+// Runs `ffmpeg -hide_banner -loglevel error -y ARGS`; true on success (its output in `log`).
+inline bool runFfmpeg(const QStringList &args, QByteArray *log = nullptr, int timeoutMs = 120000)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start("ffmpeg",
+                  QStringList{"-hide_banner", "-loglevel", "error", "-nostdin", "-y"} + args);
+    if (!process.waitForStarted(10000))
+        return false;
+    const bool finished = process.waitForFinished(timeoutMs);
+    if (log)
+        *log = process.readAll();
+    if (!finished) {
+        process.kill();
+        process.waitForFinished(2000);
+        return false;
+    }
+    return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+}
+
+// A clip from lavfi graphs (`audio` may be empty), encoded with the given arguments.
+inline bool makeClip(const QString &path, const QString &video, const QString &audio,
+                     double seconds, const QStringList &encode, QByteArray *log = nullptr)
+{
+    QStringList args;
+    if (!video.isEmpty())
+        args << "-f" << "lavfi" << "-i" << video;
+    if (!audio.isEmpty())
+        args << "-f" << "lavfi" << "-i" << audio;
+    args << "-t" << QString::number(seconds) << encode << path;
+    return runFfmpeg(args, log);
+}
+
+// A picture of one grey value from `pool`.
+inline FrameTokenPtr solidFrame(FramePool &pool, int width, int height, uchar value,
+                                qint64 ptsUs = 0)
+{
+    FrameWriter frame = pool.acquire();
+    if (!frame)
+        return {};
+    frame.prepare(width, height, qint64(width) * 4);
+    std::memset(frame.bits(), value, std::size_t(frame->stride * height));
+    frame->ptsUs = ptsUs;
+    return std::move(frame).publish();
+}
+
+inline quint16 freeTcpPort()
+{
+    QTcpServer server;
+    if (!server.listen(QHostAddress::LocalHost, 0))
+        return 0;
+    const quint16 port = server.serverPort();
+    server.close();
+    return port;
+}
+
+// ---- warnings ----
+
+// Collects the warnings logged while it lives (any thread).
+class WarningCapture
+{
+public:
+    WarningCapture()
+    {
+        s_current = this;
+        m_previous = qInstallMessageHandler(handler);
+    }
+    ~WarningCapture()
+    {
+        qInstallMessageHandler(m_previous);
+        s_current = nullptr;
+    }
+    QStringList lines() const
+    {
+        QMutexLocker lock(&m_mutex);
+        return m_lines;
+    }
+    bool contains(const QString &text) const
+    {
+        for (const QString &line : lines())
+            if (line.contains(text))
+                return true;
+        return false;
+    }
+
+private:
+    static void handler(QtMsgType type, const QMessageLogContext &, const QString &message)
+    {
+        if (type == QtWarningMsg && s_current) {
+            QMutexLocker lock(&s_current->m_mutex);
+            s_current->m_lines << message;
+        }
+    }
+    inline static WarningCapture *s_current = nullptr;
+    QtMessageHandler m_previous = nullptr;
+    mutable QMutex m_mutex;
+    QStringList m_lines;
+};
+
+// ---- processes ----
+
+struct ProcessResult
+{
+    bool finished = false;
+    QProcess::ExitStatus exitStatus = QProcess::NormalExit;
+    int exitCode = -1;
+    QByteArray out;
+    QByteArray err;
+    qint64 elapsedMs = 0;
+};
+
+// XDG_DATA_HOME, XDG_CONFIG_HOME and XDG_RUNTIME_DIR inside one temporary folder, so that
+// settings, logs and the instance lock never touch the user's own.
+class IsolatedHome
+{
+public:
+    IsolatedHome()
+    {
+        QDir root(m_dir.path());
+        for (const char *sub : {"data", "config", "run"})
+            root.mkpath(sub);
+        QFile::setPermissions(root.filePath("run"),
+                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    QString path(const QString &sub = {}) const { return QDir(m_dir.path()).filePath(sub); }
+    QString logDir() const { return path("data/Ostrel/Selvane/logs"); }
+    QProcessEnvironment environment() const
+    {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("XDG_DATA_HOME", path("data"));
+        env.insert("XDG_CONFIG_HOME", path("config"));
+        env.insert("XDG_RUNTIME_DIR", path("run"));
+        env.insert("QT_QPA_PLATFORM", "offscreen");
+        for (const char *name : {"SELVANE_LOG_MAX_BYTES", "SELVANE_LOG_MAX_FILES",
+                                 "SELVANE_LOG_QUEUE_MAX", "SELVANE_AV_LOG_LEVEL"})
+            env.remove(name);
+        return env;
+    }
+
+private:
+    QTemporaryDir m_dir;
+};
+
+inline ProcessResult runProcess(const QString &program, const QStringList &arguments,
+                                const QProcessEnvironment &env, int timeoutMs = 30000)
+{
+    ProcessResult result;
+    QProcess process;
+    process.setProcessEnvironment(env);
+    QElapsedTimer timer;
+    timer.start();
+    process.start(program, arguments);
+    if (!process.waitForStarted(timeoutMs))
+        return result;
+    result.finished = process.waitForFinished(timeoutMs);
+    result.elapsedMs = timer.elapsed();
+    if (!result.finished) {
+        process.kill();
+        process.waitForFinished(2000);
+    }
+    result.exitStatus = process.exitStatus();
+    result.exitCode = process.exitCode();
+    result.out = process.readAllStandardOutput();
+    result.err = process.readAllStandardError();
+    return result;
+}
+
+inline QByteArray readAll(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// ---- reading recordings back ----
+
+struct ProbedStream
+{
+    QString codec;
+    qint64 frames = -1; // counted by decoding
+    double duration = 0;
+};
+
+struct ProbedFile
+{
+    bool ok = false;
+    QList<ProbedStream> streams;
+    double duration = 0;
+    QByteArray errors;
+    const ProbedStream *stream(const QString &codec) const
+    {
+        for (const ProbedStream &s : streams)
+            if (s.codec == codec)
+                return &s;
+        return nullptr;
+    }
+};
+
+inline ProbedFile probeFile(const QString &path, bool countFrames = true)
+{
+    QProcess process;
+    QStringList args{"-v", "error"};
+    if (countFrames)
+        args << "-count_frames";
+    args << "-show_entries" << "stream=codec_name,nb_read_frames,duration:format=duration"
+         << "-of" << "default=nw=1" << path;
+    process.start("ffprobe", args);
+    ProbedFile result;
+    if (!process.waitForFinished(60000))
+        return result;
+    result.ok = process.exitCode() == 0;
+    result.errors = process.readAllStandardError();
+    ProbedStream *current = nullptr;
+    for (const QByteArray &raw : process.readAllStandardOutput().split('\n')) {
+        const QString line = QString::fromUtf8(raw).trimmed();
+        const QString key = line.section('=', 0, 0);
+        const QString value = line.section('=', 1);
+        if (key == "codec_name") {
+            result.streams.append({value, -1, 0});
+            current = &result.streams.last();
+        } else if (key == "nb_read_frames" && current) {
+            current->frames = value.toLongLong();
+        } else if (key == "duration") {
+            if (current && current->duration == 0 && value != "N/A")
+                current->duration = value.toDouble();
+            else
+                result.duration = value.toDouble();
+        }
+    }
+    return result;
+}
+
+// True when the first video frame of the file is a key frame.
+inline bool startsWithKeyFrame(const QString &path)
+{
+    QProcess process;
+    process.start("ffprobe", {"-v", "error", "-select_streams", "v:0", "-read_intervals", "%+#1",
+                              "-show_entries", "frame=key_frame", "-of", "csv=p=0", path});
+    process.waitForFinished(20000);
+    return process.readAllStandardOutput().trimmed().startsWith("1");
+}
+
+// ---- flash and beep: how far sound is from its picture ----
+
+// One flash of 100 ms and one 1 kHz beep of 100 ms at the start of every second, as a channel
+// address.
+inline QString flashAndBeepAddress(int width = 320, int height = 240)
+{
+    return QStringLiteral(
+               "lavfi://color=c=black:size=%1x%2:rate=30,geq=lum='if(lt(mod(T\\,1)\\,0.1)\\,235\\,16)'"
+               ":cb=128:cr=128[out0];"
+               "aevalsrc=exprs='if(lt(mod(t\\,1)\\,0.1)\\,0.5*sin(2*PI*1000*t)\\,0)':sample_rate=48000[out1]")
+        .arg(width)
+        .arg(height);
+}
+
+// Mono s16 samples of a file's audio and the time of its first sample.
+inline bool decodeAudio(const QString &file, std::vector<std::int16_t> *samples, double *startSeconds)
+{
+    QProcess probe;
+    probe.start("ffprobe", {"-v", "error", "-select_streams", "a:0", "-show_entries",
+                            "stream=start_time", "-of", "csv=p=0", file});
+    probe.waitForFinished(20000);
+    *startSeconds = probe.readAllStandardOutput().trimmed().toDouble();
+    QProcess decode;
+    decode.start("ffmpeg", {"-v", "error", "-i", file, "-map", "0:a:0", "-ac", "1", "-ar", "48000",
+                            "-f", "s16le", "-"});
+    decode.waitForFinished(120000);
+    const QByteArray raw = decode.readAllStandardOutput();
+    samples->resize(std::size_t(raw.size() / 2));
+    std::memcpy(samples->data(), raw.constData(), samples->size() * 2);
+    return !samples->empty();
+}
+
+// Times of the pictures whose brightness rises above mid-grey after a dark one.
+inline QList<double> flashOnsets(const QString &file)
+{
+    QProcess probe;
+    probe.start("ffprobe", {"-v", "error", "-f", "lavfi", "-i", "movie=" + file + ",signalstats",
+                            "-show_entries", "frame=pts_time:frame_tags=lavfi.signalstats.YAVG",
+                            "-of", "csv=p=0"});
+    probe.waitForFinished(120000);
+    QList<double> onsets;
+    bool bright = false;
+    for (const QByteArray &line : probe.readAllStandardOutput().split('\n')) {
+        const QList<QByteArray> fields = line.trimmed().split(',');
+        if (fields.size() < 2)
+            continue;
+        const double t = fields[0].toDouble();
+        const double y = fields[1].toDouble();
+        if (!bright && y > 128)
+            onsets << t;
+        bright = y > 128;
+    }
+    return onsets;
+}
+
+inline QList<double> beepOnsets(const std::vector<std::int16_t> &samples, double start)
+{
+    QList<double> onsets;
+    qsizetype lastLoud = -48000;
+    for (qsizetype i = 0; i < qsizetype(samples.size()); ++i) {
+        if (std::abs(int(samples[std::size_t(i)])) > 3000) {
+            if (i - lastLoud > 24000)
+                onsets << start + double(i) / 48000.0;
+            lastLoud = i;
+        }
+    }
+    return onsets;
+}
+
+// The offset (seconds, + means sound late) between the flash nearest to `at` and the beep
+// nearest to that flash.
+inline double offsetNear(const QList<double> &flashes, const QList<double> &beeps, double at)
+{
+    double flash = -1;
+    for (double f : flashes)
+        if (flash < 0 || std::abs(f - at) < std::abs(flash - at))
+            flash = f;
+    double beep = -1;
+    for (double b : beeps)
+        if (beep < 0 || std::abs(b - flash) < std::abs(beep - flash))
+            beep = b;
+    return beep - flash;
+}
+
+// Flashes and beeps of a recording.
+struct FlashBeep
+{
+    QList<double> flashes;
+    QList<double> beeps;
+};
+inline FlashBeep analyseFlashBeep(const QString &file)
+{
+    FlashBeep result;
+    result.flashes = flashOnsets(file);
+    std::vector<std::int16_t> samples;
+    double start = 0;
+    if (decodeAudio(file, &samples, &start))
+        result.beeps = beepOnsets(samples, start);
+    return result;
+}
+
+// ---- servers on loopback ----
+
+// nginx with the rtmp module on a free port, started and stopped by PID, with its own prefix.
+// freeze()/thaw() stop and continue it to simulate a server that has gone silent.
+class RtmpServer
+{
+public:
+    ~RtmpServer() { stop(); }
+
+    bool start(quint16 port = 0)
+    {
+        m_port = port ? port : freeTcpPort();
+        QDir prefix(m_dir.path());
+        prefix.mkpath("logs");
+        QFile conf(prefix.filePath("nginx.conf"));
+        if (!conf.open(QIODevice::WriteOnly))
+            return false;
+        conf.write(QStringLiteral(
+                       "load_module /usr/lib/nginx/modules/ngx_rtmp_module.so;\n"
+                       "daemon off;\nmaster_process off;\nworker_processes 1;\n"
+                       "pid %1/nginx.pid;\nerror_log %1/logs/error.log warn;\n"
+                       "events { worker_connections 256; }\n"
+                       "rtmp { server { listen 127.0.0.1:%2; chunk_size 4096;\n"
+                       "  application live { live on; record off; drop_idle_publisher 5s; } } }\n")
+                       .arg(m_dir.path())
+                       .arg(m_port)
+                       .toUtf8());
+        conf.close();
+        m_process.setProcessChannelMode(QProcess::MergedChannels);
+        m_process.start("nginx", {"-c", prefix.filePath("nginx.conf"), "-p", m_dir.path(), "-e",
+                                  prefix.filePath("logs/error.log")});
+        if (!m_process.waitForStarted(5000))
+            return false;
+        QElapsedTimer timer;
+        timer.start();
+        while (timer.elapsed() < 5000) {
+            QTcpSocket probe;
+            probe.connectToHost("127.0.0.1", m_port);
+            if (probe.waitForConnected(200))
+                return true;
+            if (m_process.state() != QProcess::Running)
+                return false;
+            QThread::msleep(50);
+        }
+        return false;
+    }
+
+    void stop()
+    {
+        if (m_process.state() == QProcess::NotRunning)
+            return;
+        thaw();
+        m_process.kill();
+        m_process.waitForFinished(5000);
+    }
+
+    void freeze() { ::kill(pid_t(m_process.processId()), SIGSTOP); }
+    void thaw() { ::kill(pid_t(m_process.processId()), SIGCONT); }
+
+    quint16 port() const { return m_port; }
+    QString url(const QString &key) const
+    {
+        return QStringLiteral("rtmp://127.0.0.1:%1/live/%2").arg(m_port).arg(key);
+    }
+    QByteArray errorLog() const
+    {
+        return readAll(QDir(m_dir.path()).filePath("logs/error.log"));
+    }
+
+private:
+    QTemporaryDir m_dir;
+    QProcess m_process;
+    quint16 m_port = 0;
+};
+
+// A PulseAudio server of the test's own with one null sink.
+class PulseServer
+{
+public:
+    ~PulseServer()
+    {
+        if (m_process.state() != QProcess::NotRunning) {
+            m_process.terminate();
+            if (!m_process.waitForFinished(3000))
+                m_process.kill();
+            m_process.waitForFinished(2000);
+        }
+    }
+    bool start(const QString &sinkName)
+    {
+        QDir root(m_dir.path());
+        root.mkpath("run");
+        root.mkpath("home");
+        QFile::setPermissions(root.filePath("run"),
+                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        m_env = QProcessEnvironment::systemEnvironment();
+        m_env.insert("XDG_RUNTIME_DIR", root.filePath("run"));
+        m_env.insert("HOME", root.filePath("home"));
+        m_env.remove("PULSE_SERVER");
+        m_process.setProcessEnvironment(m_env);
+        m_process.setProcessChannelMode(QProcess::MergedChannels);
+        m_process.start("pulseaudio",
+                        {"--daemonize=no", "--exit-idle-time=-1", "-n", "--disable-shm=yes",
+                         "--load=module-null-sink sink_name=" + sinkName,
+                         "--load=module-native-protocol-unix auth-anonymous=1"});
+        if (!m_process.waitForStarted(5000))
+            return false;
+        QElapsedTimer timer;
+        timer.start();
+        while (timer.elapsed() < 10000) {
+            QProcess info;
+            info.setProcessEnvironment(m_env);
+            info.start("pactl", {"info"});
+            info.waitForFinished(3000);
+            if (info.exitCode() == 0)
+                return true;
+            QThread::msleep(100);
+        }
+        return false;
+    }
+    QProcessEnvironment environment() const { return m_env; }
+    QByteArray log() { return m_process.readAll(); }
+
+private:
+    QTemporaryDir m_dir;
+    QProcess m_process;
+    QProcessEnvironment m_env;
+};
+
+} // namespace testsupport

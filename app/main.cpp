@@ -8,7 +8,6 @@
 #include "app/SingleInstance.h"
 #include "cli/CommandLine.h"
 #include "cli/HeadlessRunner.h"
-#include "media/FrameToken.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -38,15 +37,8 @@ int runConsoleOnly(int argc, char *argv[])
     return 0;
 }
 
-void registerMetaTypes()
-{
-    qRegisterMetaType<FrameTokenPtr>("FrameTokenPtr");
-    qRegisterMetaType<QImage>("QImage");
-}
-
 int runHeadless(int argc, char *argv[])
 {
-    registerMetaTypes();
     // Fonts and painting need a GUI application; without a display it runs offscreen.
     if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
         qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
@@ -72,7 +64,6 @@ int runHeadless(int argc, char *argv[])
 
 int runGui(int argc, char *argv[])
 {
-    registerMetaTypes();
 
     auto app = std::make_unique<QApplication>(argc, argv);
     QCoreApplication::setApplicationName("Selvane");

@@ -99,7 +99,23 @@ Engine::Engine(QObject *parent)
         emit outputsStopped();
     });
 
-    m_scheduleControl = new ScheduleControl(*this, this);
+    ScheduleControl::Operations operations;
+    operations.cutTo = [this](int channel) { cutTo(channel); };
+    operations.showImages = [this](const QStringList &paths, int intervalMs, bool loop) {
+        showImages(paths, intervalMs, loop);
+    };
+    operations.showBlack = [this] { showBlack(); };
+    operations.playOnChannel = [this](int channel, const QString &address, bool loop) {
+        setChannelLoop(channel, loop);
+        setChannelSource(channel, address);
+    };
+    operations.setTextOverlay = [this](const TextOverlayData &text) { setTextOverlay(text); };
+    operations.removeTextOverlay = [this](int id) { removeTextOverlay(id); };
+    operations.setMediaOverlay = [this](const MediaOverlayRecord &record) { setMediaOverlay(record); };
+    operations.removeMediaOverlay = [this](int id) { removeMediaOverlay(id); };
+    m_scheduleControl = new ScheduleControl(std::move(operations), this);
+    connect(this, &Engine::slideShown, m_scheduleControl, &ScheduleControl::onSlideShown);
+    connect(this, &Engine::programFrame, m_scheduleControl, &ScheduleControl::onProgramFrame);
     m_schedule = new ScheduleRunner(m_scheduleControl, this);
     m_scheduleControl->setRunner(m_schedule);
     connect(m_schedule, &ScheduleRunner::programArrangementRunningChanged, this,

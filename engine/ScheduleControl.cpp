@@ -1,18 +1,18 @@
 #include "engine/ScheduleControl.h"
 
 #include "compose/VulkanCompositor.h"
-#include "engine/Engine.h"
 
 namespace selvane {
 
-ScheduleControl::ScheduleControl(Engine &engine, QObject *parent)
-    : QObject(parent), m_engine(engine)
+ScheduleControl::ScheduleControl(Operations operations, QObject *parent)
+    : QObject(parent), m_do(std::move(operations))
 {
-    connect(&m_engine, &Engine::slideShown, this, [this](int shown) {
-        if (m_slides && m_runner && shown > 0)
-            m_runner->advanceBySlide(shown, m_slideIntervalMs);
-    });
-    connect(&m_engine, &Engine::programFrame, this, &ScheduleControl::onProgramFrame);
+}
+
+void ScheduleControl::onSlideShown(int shown)
+{
+    if (m_slides && m_runner && shown > 0)
+        m_runner->advanceBySlide(shown, m_slideIntervalMs);
 }
 
 void ScheduleControl::stopVideo()
@@ -20,7 +20,7 @@ void ScheduleControl::stopVideo()
     if (!m_videoActive)
         return;
     m_videoActive = false;
-    m_engine.clearChannel(kSceneVideoChannel);
+    m_do.playOnChannel(kSceneVideoChannel, QString(), false);
 }
 
 void ScheduleControl::release()
@@ -34,14 +34,14 @@ void ScheduleControl::showChannel(int channel)
     m_slides = false;
     if (channel != kSceneVideoChannel)
         stopVideo();
-    m_engine.cutTo(channel);
+    m_do.cutTo(channel);
 }
 
 void ScheduleControl::showBlack()
 {
     m_slides = false;
     stopVideo();
-    m_engine.showBlack();
+    m_do.showBlack();
 }
 
 void ScheduleControl::playImages(const QStringList &paths, int intervalMs, bool loop)
@@ -49,7 +49,7 @@ void ScheduleControl::playImages(const QStringList &paths, int intervalMs, bool 
     stopVideo();
     m_slides = true;
     m_slideIntervalMs = std::max(1, intervalMs);
-    m_engine.showImages(paths, intervalMs, loop);
+    m_do.showImages(paths, intervalMs, loop);
 }
 
 void ScheduleControl::playVideo(const QString &path, bool loop)
@@ -60,9 +60,8 @@ void ScheduleControl::playVideo(const QString &path, bool loop)
     m_videoFirstPtsUs = -1;
     m_videoLastPtsUs = -1;
     m_videoLoopOffsetUs = 0;
-    m_engine.setChannelLoop(kSceneVideoChannel, loop);
-    m_engine.setChannelSource(kSceneVideoChannel, path);
-    m_engine.cutTo(kSceneVideoChannel);
+    m_do.playOnChannel(kSceneVideoChannel, path, loop);
+    m_do.cutTo(kSceneVideoChannel);
 }
 
 void ScheduleControl::onProgramFrame(const FrameTokenPtr &frame, int channel)
@@ -91,7 +90,7 @@ void ScheduleControl::showTextOverlay(const QString &clipId, const TextOverlayDa
 {
     TextOverlayData data = text;
     data.id = overlayIdFor(clipId, true);
-    m_engine.setTextOverlay(data);
+    m_do.setTextOverlay(data);
 }
 
 void ScheduleControl::showMediaOverlay(const QString &clipId, int kind, const QString &path,
@@ -108,15 +107,15 @@ void ScheduleControl::showMediaOverlay(const QString &clipId, int kind, const QS
                          rect.height() * VulkanCompositor::kSceneHeight);
     record.opacity = opacity;
     record.loop = true;
-    m_engine.setMediaOverlay(record);
+    m_do.setMediaOverlay(record);
 }
 
 void ScheduleControl::removeOverlay(const QString &clipId)
 {
     if (m_textIds.contains(clipId))
-        m_engine.removeTextOverlay(m_textIds.value(clipId));
+        m_do.removeTextOverlay(m_textIds.value(clipId));
     else if (m_mediaIds.contains(clipId))
-        m_engine.removeMediaOverlay(m_mediaIds.value(clipId));
+        m_do.removeMediaOverlay(m_mediaIds.value(clipId));
 }
 
 } // namespace selvane

@@ -1,21 +1,21 @@
 #pragma once
 
 // The schedule runner's hands on the engine: it puts a channel, a slideshow, a video clip or
-// black on air, and shows and removes overlays by clip id, all through the engine's own
-// operations. Video clips play on input channel 4 (index 3), which the schedule owns while such
-// a clip is the base. Reports media progress back to the runner (slides shown, video position).
-// GUI thread only.
+// black on air, and shows and removes overlays by clip id, through the engine operations it is
+// given. Video clips play on input channel 4 (index 3), which the schedule owns while such a
+// clip is the base. Reports media progress back to the runner (slides shown, video position),
+// as the engine tells it. GUI thread only.
 
+#include "compose/OverlayScene.h"
+#include "media/FrameToken.h"
 #include "schedule/ScheduleRunner.h"
 
 #include <QHash>
 #include <QObject>
 
-#include "media/FrameToken.h"
+#include <functional>
 
 namespace selvane {
-
-class Engine;
 
 class ScheduleControl : public QObject, public ProgramControl
 {
@@ -24,8 +24,26 @@ class ScheduleControl : public QObject, public ProgramControl
 public:
     static constexpr int kSceneVideoChannel = 3;
 
-    explicit ScheduleControl(Engine &engine, QObject *parent = nullptr);
+    // The engine operations the schedule uses.
+    struct Operations
+    {
+        std::function<void(int channel)> cutTo;
+        std::function<void(const QStringList &paths, int intervalMs, bool loop)> showImages;
+        std::function<void()> showBlack;
+        // An empty address clears the channel.
+        std::function<void(int channel, const QString &address, bool loop)> playOnChannel;
+        std::function<void(const TextOverlayData &text)> setTextOverlay;
+        std::function<void(int id)> removeTextOverlay;
+        std::function<void(const MediaOverlayRecord &record)> setMediaOverlay;
+        std::function<void(int id)> removeMediaOverlay;
+    };
+
+    explicit ScheduleControl(Operations operations, QObject *parent = nullptr);
     void setRunner(ScheduleRunner *runner) { m_runner = runner; }
+
+    // What the engine reports: a slide went on air; a program picture left the switcher.
+    void onSlideShown(int shown);
+    void onProgramFrame(const FrameTokenPtr &frame, int channel);
 
     void showChannel(int channel) override;
     void playImages(const QStringList &paths, int intervalMs, bool loop) override;
@@ -41,10 +59,9 @@ public:
 
 private:
     void stopVideo();
-    void onProgramFrame(const FrameTokenPtr &frame, int channel);
     int overlayIdFor(const QString &clipId, bool text);
 
-    Engine &m_engine;
+    Operations m_do;
     ScheduleRunner *m_runner = nullptr;
     bool m_slides = false;
     int m_slideIntervalMs = 2000;

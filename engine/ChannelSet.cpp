@@ -155,6 +155,7 @@ ChannelStats ChannelSet::stats(int channel) const
     s.size = ch.displaySize;
     s.framesDelivered = d.framesDelivered();
     s.framesDropped = d.framesDropped();
+    s.packetsDropped = d.packetsDropped();
     s.durationMs = d.durationMs();
     s.live = d.isLive();
     s.loop = d.loop();

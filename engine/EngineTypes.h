@@ -69,6 +69,7 @@ struct ChannelStats
     double fps = 0.0;
     qint64 framesDelivered = 0;
     qint64 framesDropped = 0;
+    qint64 packetsDropped = 0;
     qint64 durationMs = 0; // 0 when unknown or live
     bool live = false;
     bool loop = false;

@@ -1,5 +1,7 @@
 #include "input/DecodeRun.h"
 
+#include "media/LogThrottle.h"
+
 #include <QDebug>
 
 #include <algorithm>
@@ -50,6 +52,7 @@ bool DecodeRun::open(const QString &source, bool separateAudio)
         return false;
     }
     m_queue.setDepth(m_input.live ? kLivePacketDepth : kFilePacketDepth);
+    m_queue.setDropCounter(&m_host.packetDropCounter());
 
     AVFormatContext *format = m_input.context.get();
     const int videoIndex = av_find_best_stream(format, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
@@ -159,14 +162,25 @@ bool DecodeRun::beforeSeekTarget(const AVFrame *frame, const AVStream *stream) c
     return t != Pacer::kNoTime && t < m_seekTargetUs;
 }
 
+void DecodeRun::sendPacket(AVCodecContext *codec, AVPacket *packet)
+{
+    // A packet the decoder refuses (damaged data) is skipped and counted; the run goes on.
+    const int err = avcodec_send_packet(codec, packet);
+    if (err < 0 && err != AVERROR(EAGAIN) && err != AVERROR_EOF) {
+        m_host.packetDropCounter().fetch_add(1);
+        if (shouldLog(++m_refusedPackets, 5, 500))
+            qWarning().noquote() << "FFmpegVideoDecoder: packet refused by the decoder (count"
+                                 << m_refusedPackets << "):" << errorText("avcodec_send_packet", err);
+    }
+    av_packet_unref(packet);
+}
+
 void DecodeRun::processPacket(AVPacket *packet)
 {
     if (m_audioStream && packet->stream_index == m_audioStream->index) {
         decodeAudioPacket(packet);
     } else if (packet->stream_index == m_videoStream->index) {
-        // A packet the decoder refuses is skipped; the run goes on.
-        avcodec_send_packet(m_video.context.get(), packet);
-        av_packet_unref(packet);
+        sendPacket(m_video.context.get(), packet);
         receiveVideoFrames();
     } else {
         av_packet_unref(packet);
@@ -175,8 +189,7 @@ void DecodeRun::processPacket(AVPacket *packet)
 
 void DecodeRun::decodeAudioPacket(AVPacket *packet)
 {
-    avcodec_send_packet(m_audioCodec.get(), packet);
-    av_packet_unref(packet);
+    sendPacket(m_audioCodec.get(), packet);
     receiveAudioFrames();
 }
 
@@ -375,8 +388,7 @@ void DecodeRun::showOneFrameAfterSeek()
             av_packet_unref(m_packet.get()); // no sound while paused
             continue;
         }
-        avcodec_send_packet(codec, m_packet.get());
-        av_packet_unref(m_packet.get());
+        sendPacket(codec, m_packet.get());
         while (avcodec_receive_frame(codec, m_frame.get()) >= 0) {
             if (!beforeSeekTarget(m_frame.get(), m_videoStream) && m_delivered == deliveredBefore) {
                 m_seekTargetUs = -1;

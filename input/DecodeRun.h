@@ -51,6 +51,8 @@ public:
     // The end of a file without loop; once, until a seek plays again.
     virtual void endedNaturally() = 0;
     virtual void pictureDropped() = 0;
+    // Where the run counts the packets its queue drops and the decoders refuse.
+    virtual std::atomic<qint64> &packetDropCounter() = 0;
 };
 
 class DecodeRun
@@ -77,6 +79,7 @@ private:
     void stopReader();
 
     void processPacket(AVPacket *packet);
+    void sendPacket(AVCodecContext *codec, AVPacket *packet);
     void decodeAudioPacket(AVPacket *packet);
     void receiveVideoFrames();
     void receiveAudioFrames();
@@ -119,6 +122,7 @@ private:
     bool m_endReported = false;
     bool m_haveKeptFrame = false;
     qint64 m_delivered = 0;
+    qint64 m_refusedPackets = 0;
 };
 
 } // namespace selvane

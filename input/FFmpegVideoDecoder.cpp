@@ -90,6 +90,8 @@ public:
             m_decoder.m_framesDropped.fetch_add(1);
     }
 
+    std::atomic<qint64> &packetDropCounter() override { return m_decoder.m_packetsDropped; }
+
 private:
     FFmpegVideoDecoder &m_decoder;
     const quint64 m_generation;
@@ -151,6 +153,7 @@ quint64 FFmpegVideoDecoder::setSource(const QString &source, const QString &audi
         generation = m_generation.fetch_add(1) + 1;
         m_framesDelivered.store(0);
         m_framesDropped.store(0);
+        m_packetsDropped.store(0);
         m_durationMs.store(0);
         m_live.store(false);
         m_lastError.store(int(SourceError::None));

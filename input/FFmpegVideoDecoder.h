@@ -98,6 +98,8 @@ public:
     // Counters since the last setSource.
     qint64 framesDelivered() const { return m_framesDelivered.load(); }
     qint64 framesDropped() const { return m_framesDropped.load(); }
+    // Packets dropped by the read-ahead queue or refused by the decoders.
+    qint64 packetsDropped() const { return m_packetsDropped.load(); }
 
 signals:
     void decodeError(selvane::SourceError error, QString detail, quint64 generation);
@@ -134,6 +136,7 @@ private:
     std::atomic<bool> m_live{false};
     std::atomic<qint64> m_framesDelivered{0};
     std::atomic<qint64> m_framesDropped{0};
+    std::atomic<qint64> m_packetsDropped{0};
 
     // Sinks and the pool; the sink mutex also orders deliveries against setSource().
     std::mutex m_sinkMutex;

@@ -24,6 +24,8 @@ void PacketQueue::push(AVPacket *packet)
         av_packet_unref(packet);
         std::lock_guard lock(m_mutex);
         ++m_dropped;
+        if (m_dropCounter)
+            m_dropCounter->fetch_add(1);
         return;
     }
     av_packet_move_ref(copy, packet);
@@ -34,6 +36,8 @@ void PacketQueue::push(AVPacket *packet)
             m_packets.pop_front();
             av_packet_free(&oldest);
             ++m_dropped;
+            if (m_dropCounter)
+                m_dropCounter->fetch_add(1);
         }
         m_packets.push_back(copy);
     }

@@ -8,6 +8,7 @@
 
 #include "media/FfmpegTypes.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -24,6 +25,8 @@ public:
     PacketQueue &operator=(const PacketQueue &) = delete;
 
     void setDepth(int depth);
+    // Also counts every dropped packet here (the decoder's counter across runs).
+    void setDropCounter(std::atomic<qint64> *counter) { m_dropCounter = counter; }
     int depth() const;
 
     // Takes the packet's reference (the packet is left blank).
@@ -49,6 +52,7 @@ private:
     bool m_ended = false;
     int m_endResult = 0;
     qint64 m_dropped = 0;
+    std::atomic<qint64> *m_dropCounter = nullptr;
 };
 
 } // namespace selvane

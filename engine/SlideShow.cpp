@@ -78,17 +78,24 @@ void SlideShow::onLoaded(quint64 generation, int index, QImage image)
     m_ready = image;
     if (m_due) {
         m_due = false;
-        m_index = index;
-        if (!m_ready.isNull() || index == 0) {
-            m_current = m_ready;
-            emit slide(m_ready, m_shown);
-        }
-        m_readyIndex = -1;
-        // Decode the one after it while this one shows.
-        const int next = index + 1 < m_paths.size() ? index + 1 : (m_loop ? 0 : -1);
-        if (next >= 0 && next != index)
-            load(next);
+        putReadyOnAir();
     }
+}
+
+void SlideShow::putReadyOnAir()
+{
+    const int index = m_readyIndex;
+    m_index = index;
+    m_readyIndex = -1;
+    // A picture that could not be read keeps the previous one (black for the first).
+    if (!m_ready.isNull() || m_shown == 0) {
+        m_current = m_ready;
+        emit slide(m_current, m_shown);
+    }
+    // Decode the one after it while this one shows.
+    const int next = index + 1 < m_paths.size() ? index + 1 : (m_loop ? 0 : -1);
+    if (next >= 0 && next != index)
+        load(next);
 }
 
 void SlideShow::advance()
@@ -102,21 +109,12 @@ void SlideShow::advance()
         next = 0;
     }
     ++m_shown;
-    if (m_readyIndex == next) {
-        m_index = next;
-        if (!m_ready.isNull()) {
-            m_current = m_ready;
-            emit slide(m_ready, m_shown);
-        }
-        m_readyIndex = -1;
-        const int after = next + 1 < m_paths.size() ? next + 1 : (m_loop ? 0 : -1);
-        if (after >= 0 && after != next)
-            load(after);
-    } else if (m_paths.size() == 1) {
+    if (m_readyIndex == next)
+        putReadyOnAir();
+    else if (m_paths.size() == 1)
         emit slide(m_current, m_shown); // the one picture stays; its time still counts
-    } else {
+    else
         m_due = true;
-    }
 }
 
 } // namespace selvane

@@ -36,6 +36,7 @@ private:
     void load(int index);
     void onLoaded(quint64 generation, int index, QImage image);
     void advance();
+    void putReadyOnAir();
 
     QTimer *m_timer = nullptr;
     QStringList m_paths;

@@ -5,7 +5,7 @@
 #include "MediaFixtures.h"
 #include "OutputProbe.h"
 #include "TestProcess.h"
-#include "compose/FramePool.h"
+#include "media/FramePool.h"
 #include "output/FfmpegEncoderSink.h"
 #include "output/MuxOutput.h"
 #include "output/VideoEncoderChoice.h"
@@ -24,10 +24,10 @@ const QString kSignal = "1=lavfi://testsrc2=size=640x360:rate=30[out0];sine=freq
 
 FrameTokenPtr solidFrame(FramePool &pool, int w, int h, uchar shade)
 {
-    FrameTokenPtr token = pool.acquire();
-    prepareTokenPixels(*token, w, h, qint64(w) * 4);
-    token->pixels.fill(char(shade));
-    return token;
+    FrameWriter writer = pool.acquire();
+    writer.prepare(w, h, qint64(w) * 4);
+    writer->pixels.fill(char(shade));
+    return std::move(writer).publish();
 }
 
 } // namespace

@@ -1,16 +1,17 @@
 #pragma once
 
 // Encodes the program once and feeds every destination: one video encoder (hardware when it
-// opens, software otherwise), one AAC encoder, the recording file and any number of stream
-// targets (each with its own network worker, see MuxOutput).
+// opens, software otherwise), one AAC encoder, the recording file (FileRecorder) and any number
+// of stream targets (StreamPublisher, each with its own network worker).
 //
 // Threads: every method is called from the router's encode worker only, except the observers
-// (bytesEncoded, encoderName), which are safe from any thread. The status callback is called
-// from the encode worker and the network workers.
+// (bytesEncoded, framesEncoded, encoderName, outputStats), which are safe from any thread. The status callback is called from the encode worker and the network workers.
 
 #include "media/FfmpegTypes.h"
 #include "output/EncoderSettings.h"
-#include "output/MuxOutput.h"
+#include "output/FileRecorder.h"
+#include "output/PictureConverter.h"
+#include "output/StreamPublisher.h"
 
 #include <QSize>
 #include <QString>
@@ -23,7 +24,7 @@
 class FfmpegEncoderSink : public IEncoderSink
 {
 public:
-    using StatusCallback = selvane::MuxOutput::StatusCallback;
+    using StatusCallback = selvane::StreamPublisher::StatusCallback;
 
     FfmpegEncoderSink();
     ~FfmpegEncoderSink() override;
@@ -64,7 +65,6 @@ public:
     };
     // Safe from any thread.
     std::vector<OutputStats> outputStats() const;
-    const std::vector<std::unique_ptr<selvane::MuxOutput>> &outputs() const { return m_outputs; }
 
 private:
     bool needsGlobalHeader(const EncoderSettings &settings) const;
@@ -74,8 +74,6 @@ private:
     bool cacheStreamParameters();
     bool openOutputs();
     void closeOutputs();
-    bool ensureConverter(const FrameToken &frame);
-    void convertInto(const FrameToken &frame);
     void encodeAndDistribute(AVCodecContext *codec, AVFrame *frame, bool video);
     void encodeAudioFrames();
     void alignAudioTo(qint64 videoStartUs);
@@ -91,10 +89,7 @@ private:
     ffsupport::CodecContextPtr m_videoCodec;
     mutable std::mutex m_nameMutex;
     QString m_encoderName;
-    ffsupport::SwsPtr m_sws;
-    int m_swsSourceWidth = 0;
-    int m_swsSourceHeight = 0;
-    QSize m_fitSize; // where the picture lands inside the encoded size
+    selvane::PictureConverter m_converter;
     ffsupport::FramePtr m_videoFrame;
     int64_t m_lastVideoPts = AV_NOPTS_VALUE;
 
@@ -107,8 +102,9 @@ private:
 
     ffsupport::PacketPtr m_packet;
     std::shared_ptr<selvane::EncodedStreams> m_streams;
-    mutable std::mutex m_outputsMutex; // guards the list itself against outputStats()
-    std::vector<std::unique_ptr<selvane::MuxOutput>> m_outputs;
+    mutable std::mutex m_outputsMutex; // guards the pointers themselves against outputStats()
+    std::unique_ptr<selvane::FileRecorder> m_recorder;
+    std::vector<std::unique_ptr<selvane::StreamPublisher>> m_targets;
     std::atomic<qint64> m_bytesEncoded{0};
     std::atomic<qint64> m_framesEncoded{0};
 };

@@ -391,6 +391,7 @@ std::vector<FfmpegEncoderSink::OutputStats> FfmpegEncoderSink::outputStats() con
         file.path = m_recorder->currentPath();
         file.packetsWritten = m_recorder->packetsWritten();
         file.bytesWritten = m_recorder->bytesWritten();
+        file.packetsDropped = m_recorder->packetsDropped();
         file.failing = m_recorder->fileFailingForMs() > 0;
         stats.push_back(file);
     }
@@ -402,6 +403,7 @@ std::vector<FfmpegEncoderSink::OutputStats> FfmpegEncoderSink::outputStats() con
         out.bytesWritten = target->bytesWritten();
         out.queueResets = target->queueResets();
         out.reconnects = target->reconnects();
+        out.packetsDropped = target->packetsDropped();
         stats.push_back(out);
     }
     return stats;

@@ -61,6 +61,9 @@ public:
         qint64 bytesWritten = 0;
         qint64 queueResets = 0;
         qint64 reconnects = 0;
+        // Packets this destination was handed but never wrote: queue resets, outages and the
+        // wait for a keyframe after them, sound held too long before the first keyframe.
+        qint64 packetsDropped = 0;
         bool failing = false; // the recording cannot be written right now
     };
     // Safe from any thread.

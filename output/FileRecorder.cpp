@@ -64,8 +64,10 @@ void FileRecorder::submit(const AVPacket *source, bool video)
     if (video && (source->flags & AV_PKT_FLAG_KEY))
         maybeRotateSegment();
     ffsupport::PacketPtr packet(av_packet_clone(source));
-    if (!packet)
+    if (!packet) {
+        m_uncopied.fetch_add(1);
         return;
+    }
     const int err = m_mux.write(packet.get(), video);
     if (err < 0)
         handleWriteFailure(err);

@@ -45,6 +45,7 @@ public:
     qint64 fileFailingForMs() const;
     qint64 packetsWritten() const { return m_mux.packetsWritten(); }
     qint64 bytesWritten() const { return m_mux.bytesWritten(); }
+    qint64 packetsDropped() const { return m_mux.packetsDropped() + m_uncopied.load(); }
 
 private:
     bool openSegmentOrFile(const QString &path);
@@ -65,6 +66,7 @@ private:
     // Written by the encode worker, read by observers on any thread.
     std::atomic<qint64> m_failureStreak{0};
     std::atomic<std::chrono::steady_clock::time_point> m_failingSince{};
+    std::atomic<qint64> m_uncopied{0}; // packets that could not be copied
 };
 
 } // namespace selvane

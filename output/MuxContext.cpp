@@ -170,6 +170,8 @@ void MuxContext::close(bool writeTrailer)
                                  << ffsupport::errorText("av_write_trailer", err);
     }
     m_context.reset();
+    m_packetsDropped.fetch_add(qint64(m_earlyAudio.size()));
+    m_earlyAudio.clear();
 }
 
 bool MuxContext::ioHealthy() const
@@ -199,8 +201,10 @@ int MuxContext::write(AVPacket *packet, bool video)
 
 int MuxContext::writeOne(AVPacket *packet, bool video)
 {
-    if (!m_context)
+    if (!m_context) {
+        m_packetsDropped.fetch_add(1);
         return 0;
+    }
     const int index = video ? m_videoIndex : m_audioIndex;
     if (index < 0)
         return 0;
@@ -217,21 +221,27 @@ int MuxContext::writeOne(AVPacket *packet, bool video)
     bool flushEarlyAudio = false;
     if (m_offsetUs < 0) {
         if (!video) {
-            if (m_earlyAudio.size() >= kMaxEarlyAudioPackets)
+            if (m_earlyAudio.size() >= kMaxEarlyAudioPackets) {
                 m_earlyAudio.pop_front();
+                m_packetsDropped.fetch_add(1);
+            }
             m_earlyAudio.emplace_back(av_packet_clone(packet));
             return 0;
         }
-        if (!(packet->flags & AV_PKT_FLAG_KEY))
+        if (!(packet->flags & AV_PKT_FLAG_KEY)) {
+            m_packetsDropped.fetch_add(1);
             return 0;
+        }
         m_offsetUs = av_rescale_q(packet->pts, encoderBase, AV_TIME_BASE_Q);
         flushEarlyAudio = true;
     }
     const int64_t offset = av_rescale_q(m_offsetUs, AV_TIME_BASE_Q, encoderBase);
     packet->pts -= offset;
     packet->dts -= offset;
-    if (!video && (packet->pts < 0 || packet->dts < 0))
-        return 0; // sound from before the first picture of this output
+    if (!video && (packet->pts < 0 || packet->dts < 0)) {
+        m_packetsDropped.fetch_add(1); // sound from before the first picture of this output
+        return 0;
+    }
     packet->pts = std::max<int64_t>(0, packet->pts);
     packet->dts = std::max<int64_t>(0, packet->dts);
     packet->stream_index = index;
@@ -245,9 +255,12 @@ int MuxContext::writeOne(AVPacket *packet, bool video)
     if (flushEarlyAudio) {
         std::deque<ffsupport::PacketPtr> early;
         early.swap(m_earlyAudio);
-        for (ffsupport::PacketPtr &audio : early)
+        for (ffsupport::PacketPtr &audio : early) {
             if (audio && err >= 0)
                 err = std::min(err, write(audio.get(), false));
+            else
+                m_packetsDropped.fetch_add(1);
+        }
     }
     if (err >= 0)
         m_packetsWritten.fetch_add(1);

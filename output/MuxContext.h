@@ -71,6 +71,9 @@ public:
     QString openedUrl() const;
     qint64 packetsWritten() const { return m_packetsWritten.load(); }
     qint64 bytesWritten() const { return m_bytesWritten.load(); }
+    // Packets left out: pictures before the first keyframe, sound held too long or from
+    // before it, anything handed over while closed.
+    qint64 packetsDropped() const { return m_packetsDropped.load(); }
 
 private:
     bool quiet() const { return m_stopping && m_stopping->load(); }
@@ -96,6 +99,7 @@ private:
     QString m_openedUrl;
     std::atomic<qint64> m_packetsWritten{0};
     std::atomic<qint64> m_bytesWritten{0};
+    std::atomic<qint64> m_packetsDropped{0};
 };
 
 } // namespace selvane

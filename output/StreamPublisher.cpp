@@ -172,18 +172,26 @@ void StreamPublisher::fillIoOptions(ffsupport::Dictionary &options, bool afterFa
                       << (m_relayTcUrl.isEmpty() ? "(direct)" : "(local SOCKS relay)");
 }
 
+void StreamPublisher::dropQueueLocked()
+{
+    m_packetsDropped.fetch_add(qint64(m_queue.size()));
+    m_queue.clear();
+}
+
 void StreamPublisher::submit(const AVPacket *source, bool video)
 {
     ffsupport::PacketPtr copy(av_packet_clone(source));
-    if (!copy)
+    if (!copy) {
+        m_packetsDropped.fetch_add(1);
         return;
+    }
     bool reset = false;
     qint64 resets = 0;
     {
         std::lock_guard lock(m_mutex);
         if (m_queue.size() >= rc::kQueueResetPackets) {
             // Dropping the whole backlog and restarting at a keyframe keeps the stream current.
-            m_queue.clear();
+            dropQueueLocked();
             m_waitKeyframe = true;
             m_congested = true;
             resets = m_queueResets.fetch_add(1) + 1;
@@ -222,7 +230,7 @@ void StreamPublisher::networkLoop()
         if (m_reconnecting) {
             // Packets that arrive while the target is down are not kept: the stream resumes
             // with what is current.
-            m_queue.clear();
+            dropQueueLocked();
             const auto t = now();
             if (t >= m_nextRetry) {
                 lock.unlock();
@@ -240,8 +248,10 @@ void StreamPublisher::networkLoop()
         m_queue.pop_front();
         const bool video = next.second;
         if (m_waitKeyframe) {
-            if (!video || !(next.first->flags & AV_PKT_FLAG_KEY))
+            if (!video || !(next.first->flags & AV_PKT_FLAG_KEY)) {
+                m_packetsDropped.fetch_add(1);
                 continue;
+            }
             m_waitKeyframe = false;
         }
         lock.unlock();
@@ -364,7 +374,7 @@ void StreamPublisher::close()
     report("stopped");
     {
         std::lock_guard lock(m_mutex);
-        m_queue.clear();
+        dropQueueLocked();
     }
     // A stream gets a short grace period to deliver its last packets, so that a silent server
     // cannot hold up the close.

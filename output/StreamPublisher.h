@@ -67,6 +67,8 @@ public:
     qint64 packetsWritten() const { return m_mux.packetsWritten(); }
     qint64 bytesWritten() const { return m_mux.bytesWritten(); }
     qint64 reconnects() const { return m_reconnectCount.load(); }
+    // Queue resets, outages and the wait for a keyframe after either, and what the muxer left out.
+    qint64 packetsDropped() const { return m_packetsDropped.load() + m_mux.packetsDropped(); }
 
 private:
     using Queued = std::pair<ffsupport::PacketPtr, bool>; // the packet, and whether it is video
@@ -78,6 +80,7 @@ private:
     void networkLoop();
     void retryConnection();
     void handleWriteFailure(int err);
+    void dropQueueLocked();
     void report(const char *word);
     bool shouldInterrupt() const;
     static int interruptCallback(void *opaque);
@@ -109,6 +112,7 @@ private:
 
     std::atomic<qint64> m_queueResets{0};
     std::atomic<qint64> m_reconnectCount{0};
+    std::atomic<qint64> m_packetsDropped{0};
     bool m_closed = false;
     std::thread m_worker;
 };

@@ -1,6 +1,7 @@
 #include "output/FfmpegEncoderSink.h"
 
 #include "media/FfmpegCompat.h"
+#include "media/LogThrottle.h"
 #include "output/StreamUrl.h"
 #include "output/VideoEncoderChoice.h"
 
@@ -289,10 +290,10 @@ int FfmpegEncoderSink::pushVideoFrame(FrameTokenPtr frame, qint64 ptsUs)
     frame.reset(); // the pool gets the picture back as soon as it is converted
     m_videoFrame->pts = pts;
     m_lastVideoPts = pts;
-    encodeAndDistribute(m_videoCodec.get(), m_videoFrame.get(), true);
+    const int err = encodeAndDistribute(m_videoCodec.get(), m_videoFrame.get(), true);
     if (!m_audioAligned && m_audioCodec)
         alignAudioTo(av_rescale_q(pts, base, AVRational{1, 1000000}));
-    return 0;
+    return err;
 }
 
 void FfmpegEncoderSink::pushAudio(const std::int16_t *samples, int frames, qint64 ptsUs)
@@ -359,11 +360,34 @@ void FfmpegEncoderSink::encodeAudioFrames()
     m_audioPending.erase(m_audioPending.begin(), m_audioPending.begin() + std::ptrdiff_t(consumed));
 }
 
-void FfmpegEncoderSink::encodeAndDistribute(AVCodecContext *codec, AVFrame *frame, bool video)
+int FfmpegEncoderSink::encodeAndDistribute(AVCodecContext *codec, AVFrame *frame, bool video)
 {
-    if (avcodec_send_frame(codec, frame) < 0)
-        return;
-    while (avcodec_receive_packet(codec, m_packet.get()) >= 0) {
+    int err = avcodec_send_frame(codec, frame);
+    if (err == AVERROR(EAGAIN)) {
+        // The encoder takes no input until its finished packets are taken out.
+        distribute(codec, video);
+        err = avcodec_send_frame(codec, frame);
+    }
+    if (!frame && err == AVERROR_EOF)
+        err = 0; // flushed before: nothing is left inside
+    if (err < 0) {
+        noteEncoderError("avcodec_send_frame", video, err);
+        return err;
+    }
+    distribute(codec, video);
+    return 0;
+}
+
+void FfmpegEncoderSink::distribute(AVCodecContext *codec, bool video)
+{
+    for (;;) {
+        const int err = avcodec_receive_packet(codec, m_packet.get());
+        if (err == AVERROR(EAGAIN) || err == AVERROR_EOF)
+            return;
+        if (err < 0) {
+            noteEncoderError("avcodec_receive_packet", video, err);
+            return;
+        }
         if (video && m_packet->duration <= 0) {
             // One picture lasts one frame period of the program rate.
             const AVRational base = codec->time_base;
@@ -380,6 +404,15 @@ void FfmpegEncoderSink::encodeAndDistribute(AVCodecContext *codec, AVFrame *fram
             target->submit(m_packet.get(), video);
         av_packet_unref(m_packet.get());
     }
+}
+
+void FfmpegEncoderSink::noteEncoderError(const char *call, bool video, int err)
+{
+    // An encoder that refuses every frame would otherwise log at the frame rate.
+    const qint64 count = m_encoderErrors.fetch_add(1) + 1;
+    if (selvane::shouldLog(count, 5, 100))
+        qWarning().noquote() << "FfmpegEncoderSink:" << (video ? "video" : "audio")
+                             << "encoder error; count" << count << ffsupport::errorText(call, err);
 }
 
 std::vector<FfmpegEncoderSink::OutputStats> FfmpegEncoderSink::outputStats() const

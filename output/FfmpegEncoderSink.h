@@ -5,7 +5,8 @@
 // of stream targets (StreamPublisher, each with its own network worker).
 //
 // Threads: every method is called from the router's encode worker only, except the observers
-// (bytesEncoded, framesEncoded, encoderName, outputStats), which are safe from any thread. The status callback is called from the encode worker and the network workers.
+// (bytesEncoded, framesEncoded, encoderErrors, encoderName, outputStats), which are safe from
+// any thread. The status callback is called from the encode worker and the network workers.
 
 #include "media/FfmpegTypes.h"
 #include "output/EncoderSettings.h"
@@ -51,6 +52,8 @@ public:
     bool hasAudio() const { return bool(m_audioCodec); }
     qint64 bytesEncoded() const { return m_bytesEncoded.load(); }
     qint64 framesEncoded() const { return m_framesEncoded.load(); }
+    // Frames the encoders refused and packets they failed to hand out.
+    qint64 encoderErrors() const { return m_encoderErrors.load(); }
     // The longest the recording has been failing to write (0 when it writes).
     qint64 fileFailingForMs() const;
     struct OutputStats
@@ -77,7 +80,10 @@ private:
     bool cacheStreamParameters();
     bool openOutputs();
     void closeOutputs();
-    void encodeAndDistribute(AVCodecContext *codec, AVFrame *frame, bool video);
+    // 0, or the encoder's error for this frame.
+    int encodeAndDistribute(AVCodecContext *codec, AVFrame *frame, bool video);
+    void distribute(AVCodecContext *codec, bool video);
+    void noteEncoderError(const char *call, bool video, int err);
     void encodeAudioFrames();
     void alignAudioTo(qint64 videoStartUs);
 
@@ -110,4 +116,5 @@ private:
     std::vector<std::unique_ptr<selvane::StreamPublisher>> m_targets;
     std::atomic<qint64> m_bytesEncoded{0};
     std::atomic<qint64> m_framesEncoded{0};
+    std::atomic<qint64> m_encoderErrors{0};
 };

@@ -1,26 +1,22 @@
 #include "output/FfmpegEncoderSink.h"
 
 #include "media/FfmpegCompat.h"
-#include "media/FrameSizes.h"
-#include "net/ProxySettings.h"
+#include "media/LogThrottle.h"
 #include "output/StreamUrl.h"
 #include "output/VideoEncoderChoice.h"
 
 #include <QDebug>
-#include <QUrl>
 
 #include <algorithm>
 #include <cmath>
 
 extern "C" {
 #include <libavutil/channel_layout.h>
-#include <libavutil/imgutils.h>
-#include <libavutil/opt.h>
-#include <libavutil/pixdesc.h>
 }
 
 using selvane::EncodedStreams;
-using selvane::MuxOutput;
+using selvane::FileRecorder;
+using selvane::StreamPublisher;
 namespace encoder = selvane::encoder;
 
 namespace {
@@ -28,29 +24,6 @@ namespace {
 constexpr int kAacSampleRate = 48000;
 constexpr int kAacBitrate = 160000;
 constexpr int kAacDefaultFrameSize = 1024;
-
-int swsFlagsFor(int preset)
-{
-    switch (preset) {
-    case EncoderSettings::Performance:
-        return SWS_FAST_BILINEAR;
-    case EncoderSettings::Quality:
-        return SWS_BICUBIC;
-    default:
-        return SWS_BILINEAR;
-    }
-}
-
-int swsThreadsFor(qint64 pixels)
-{
-    if (pixels >= selvane::frames::kPixels8K)
-        return 6;
-    if (pixels >= selvane::frames::kPixels4K)
-        return 4;
-    return 2;
-}
-
-int even(double value) { return std::max(2, int(value) & ~1); }
 
 } // namespace
 
@@ -121,9 +94,7 @@ bool FfmpegEncoderSink::openVideo(int width, int height, bool globalHeader)
     m_videoFrame->height = height;
     if (av_frame_get_buffer(m_videoFrame.get(), 0) < 0)
         return false;
-    m_sws.reset();
-    m_swsSourceWidth = 0;
-    m_swsSourceHeight = 0;
+    m_converter.reset();
     m_lastVideoPts = AV_NOPTS_VALUE;
     return true;
 }
@@ -177,16 +148,16 @@ bool FfmpegEncoderSink::cacheStreamParameters()
         m_streams = std::make_shared<EncodedStreams>();
     std::lock_guard lock(m_streams->mutex);
     if (!m_streams->video)
-        m_streams->video = avcodec_parameters_alloc();
+        m_streams->video.reset(avcodec_parameters_alloc());
     if (!m_streams->video ||
-        avcodec_parameters_from_context(m_streams->video, m_videoCodec.get()) < 0)
+        avcodec_parameters_from_context(m_streams->video.get(), m_videoCodec.get()) < 0)
         return false;
     m_streams->videoTimeBase = m_videoCodec->time_base;
-    avcodec_parameters_free(&m_streams->audio);
+    m_streams->audio.reset();
     if (m_audioCodec) {
-        m_streams->audio = avcodec_parameters_alloc();
+        m_streams->audio.reset(avcodec_parameters_alloc());
         if (!m_streams->audio ||
-            avcodec_parameters_from_context(m_streams->audio, m_audioCodec.get()) < 0)
+            avcodec_parameters_from_context(m_streams->audio.get(), m_audioCodec.get()) < 0)
             return false;
         m_streams->audioTimeBase = m_audioCodec->time_base;
     }
@@ -197,65 +168,29 @@ bool FfmpegEncoderSink::openOutputs()
 {
     int opened = 0;
     if (m_settings.fileEnabled && !m_settings.filePath.trimmed().isEmpty()) {
-        auto file = std::make_unique<MuxOutput>(MuxOutput::Kind::File, m_settings.filePath.trimmed(),
-                                                m_settings.filePath, QString(), -1, m_streams,
-                                                m_status, m_now);
+        auto file = std::make_unique<FileRecorder>(m_settings.filePath.trimmed(), m_settings.filePath,
+                                                   m_streams, m_now);
         file->setSegmentLimits({m_settings.segmentEnabled, m_settings.segmentMinutes,
                                 m_settings.segmentGiB});
         if (file->open())
             ++opened;
         std::lock_guard lock(m_outputsMutex);
-        m_outputs.push_back(std::move(file));
+        m_recorder = std::move(file);
     }
     for (int index = 0; index < m_settings.streamTargets.size(); ++index) {
         const StreamTarget &target = m_settings.streamTargets[index];
-        const QString original = target.url;
-        QString url = target.url.trimmed();
-        const QUrl parsed(url, QUrl::StrictMode);
-        if (url.isEmpty() || !parsed.isValid() || parsed.scheme().isEmpty() ||
-            (parsed.host().isEmpty() && !url.toLower().startsWith("file:"))) {
-            qWarning().noquote() << "FfmpegEncoderSink: invalid network output URL"
-                                 << selvane::maskStreamUrl(url);
+        auto publisher = StreamPublisher::forTarget(target.url, target.formatName, index, m_streams,
+                                                    m_status, m_now);
+        if (!publisher) {
             if (m_status)
                 m_status(index, "stopped");
             continue;
         }
-        bool rewritten = false;
-        const QString reachable = selvane::rewriteYouTubeRtmp(url, &rewritten);
-        if (rewritten) {
-            qInfo().noquote() << "FfmpegEncoderSink: YouTube RTMP -> RTMPS for reachability:"
-                              << selvane::maskStreamUrl(url) << "->"
-                              << selvane::maskStreamUrl(reachable);
-            url = reachable;
-        }
-        auto output = std::make_unique<MuxOutput>(MuxOutput::Kind::Network, url, original,
-                                                  target.formatName, index, m_streams, m_status,
-                                                  m_now);
-        if (selvane::isRtmpFamilyUrl(url) && !selvane::proxy::socksEndpoint().isEmpty()) {
-            const QUrl real(url);
-            const QString relay =
-                selvane::proxy::startPublishRelay(real.host(), real.port(url.startsWith("rtmps", Qt::CaseInsensitive) ? 443 : 1935));
-            if (!relay.isEmpty()) {
-                qInfo("FfmpegEncoderSink: RTMP publish using local SOCKS relay");
-                QUrl local(url);
-                local.setScheme("rtmp");
-                const qsizetype colon = relay.lastIndexOf(':');
-                local.setHost(relay.left(colon));
-                local.setPort(relay.mid(colon + 1).toInt());
-                const QString path = real.path();
-                const qsizetype slash = path.lastIndexOf('/');
-                output = std::make_unique<MuxOutput>(MuxOutput::Kind::Network, local.toString(),
-                                                     original, target.formatName, index, m_streams,
-                                                     m_status, m_now);
-                output->setRelayNames(url.left(url.lastIndexOf('/')), path.mid(1, slash - 1),
-                                      path.mid(slash + 1));
-            }
-        }
-        if (output->open())
+        if (publisher->open())
             ++opened;
-        output->startWorker();
+        publisher->startWorker();
         std::lock_guard lock(m_outputsMutex);
-        m_outputs.push_back(std::move(output));
+        m_targets.push_back(std::move(publisher));
     }
     return opened > 0;
 }
@@ -326,81 +261,12 @@ bool FfmpegEncoderSink::reopenVideoEncoderForNewSize(int width, int height)
         return false;
     }
     std::lock_guard lock(m_streams->mutex);
-    if (avcodec_parameters_from_context(m_streams->video, m_videoCodec.get()) < 0) {
+    if (avcodec_parameters_from_context(m_streams->video.get(), m_videoCodec.get()) < 0) {
         qWarning("FfmpegEncoderSink: avcodec_parameters_from_context failed after video reopen");
         return false;
     }
     m_streams->videoTimeBase = m_videoCodec->time_base;
     return true;
-}
-
-bool FfmpegEncoderSink::ensureConverter(const FrameToken &frame)
-{
-    if (m_sws && frame.width == m_swsSourceWidth && frame.height == m_swsSourceHeight)
-        return true;
-    m_sws.reset();
-    const int outW = m_encodedSize.width();
-    const int outH = m_encodedSize.height();
-    int fitW = outW;
-    int fitH = outH;
-    if (frame.width != outW || frame.height != outH) {
-        // A picture of another size is fitted into the encoded size, keeping its shape.
-        const double scale = std::min(double(outW) / frame.width, double(outH) / frame.height);
-        fitW = std::min(outW, even(frame.width * scale + 0.5));
-        fitH = std::min(outH, even(frame.height * scale + 0.5));
-    }
-    SwsContext *context = sws_alloc_context();
-    if (!context)
-        return false;
-    av_opt_set_int(context, "srcw", frame.width, 0);
-    av_opt_set_int(context, "srch", frame.height, 0);
-    av_opt_set_int(context, "src_format", AV_PIX_FMT_RGBA, 0);
-    av_opt_set_int(context, "dstw", fitW, 0);
-    av_opt_set_int(context, "dsth", fitH, 0);
-    av_opt_set_int(context, "dst_format", m_videoCodec->pix_fmt, 0);
-    av_opt_set_int(context, "sws_flags", swsFlagsFor(m_settings.qualityPreset), 0);
-    const int threadsErr = av_opt_set_int(context, "threads",
-                                          swsThreadsFor(qint64(outW) * outH), 0);
-    if (threadsErr < 0)
-        qWarning().noquote() << "FfmpegEncoderSink: swscale threads option unavailable;"
-                             << "color conversion will use the FFmpeg default:"
-                             << ffsupport::errorText("av_opt_set_int", threadsErr);
-    if (sws_init_context(context, nullptr, nullptr) < 0) {
-        sws_freeContext(context);
-        return false;
-    }
-    m_sws.reset(context);
-    m_fitSize = QSize(fitW, fitH);
-    m_swsSourceWidth = frame.width;
-    m_swsSourceHeight = frame.height;
-    return true;
-}
-
-void FfmpegEncoderSink::convertInto(const FrameToken &frame)
-{
-    AVFrame *out = m_videoFrame.get();
-    const int fitW = m_fitSize.width();
-    const int fitH = m_fitSize.height();
-    uint8_t *planes[4] = {out->data[0], out->data[1], out->data[2], out->data[3]};
-    if (fitW != out->width || fitH != out->height) {
-        ptrdiff_t linesizes[4] = {out->linesize[0], out->linesize[1], out->linesize[2],
-                                  out->linesize[3]};
-        av_image_fill_black(out->data, linesizes, AVPixelFormat(out->format), AVCOL_RANGE_MPEG,
-                            out->width, out->height);
-        const int x = ((out->width - fitW) / 2) & ~1;
-        const int y = ((out->height - fitH) / 2) & ~1;
-        const AVPixFmtDescriptor *desc = av_pix_fmt_desc_get(AVPixelFormat(out->format));
-        for (int c = 0; c < desc->nb_components; ++c) {
-            const AVComponentDescriptor &comp = desc->comp[c];
-            const bool chroma = c == 1 || c == 2;
-            planes[comp.plane] = out->data[comp.plane] +
-                                 (y >> (chroma ? desc->log2_chroma_h : 0)) * out->linesize[comp.plane] +
-                                 (x >> (chroma ? desc->log2_chroma_w : 0)) * comp.step;
-        }
-    }
-    const uint8_t *source[4] = {frame.bits(), nullptr, nullptr, nullptr};
-    const int sourceStride[4] = {int(frame.stride), 0, 0, 0};
-    sws_scale(m_sws.get(), source, sourceStride, 0, frame.height, planes, out->linesize);
 }
 
 int FfmpegEncoderSink::pushVideoFrame(FrameTokenPtr frame, qint64 ptsUs)
@@ -417,16 +283,17 @@ int FfmpegEncoderSink::pushVideoFrame(FrameTokenPtr frame, qint64 ptsUs)
             return 1;
         pts = m_lastVideoPts + 1;
     }
-    if (!ensureConverter(*frame) || av_frame_make_writable(m_videoFrame.get()) < 0)
+    if (!m_converter.prepare(*frame, *m_videoFrame, m_settings.qualityPreset) ||
+        av_frame_make_writable(m_videoFrame.get()) < 0)
         return AVERROR(ENOMEM);
-    convertInto(*frame);
+    m_converter.convert(*frame, m_videoFrame.get());
     frame.reset(); // the pool gets the picture back as soon as it is converted
     m_videoFrame->pts = pts;
     m_lastVideoPts = pts;
-    encodeAndDistribute(m_videoCodec.get(), m_videoFrame.get(), true);
+    const int err = encodeAndDistribute(m_videoCodec.get(), m_videoFrame.get(), true);
     if (!m_audioAligned && m_audioCodec)
         alignAudioTo(av_rescale_q(pts, base, AVRational{1, 1000000}));
-    return 0;
+    return err;
 }
 
 void FfmpegEncoderSink::pushAudio(const std::int16_t *samples, int frames, qint64 ptsUs)
@@ -493,11 +360,34 @@ void FfmpegEncoderSink::encodeAudioFrames()
     m_audioPending.erase(m_audioPending.begin(), m_audioPending.begin() + std::ptrdiff_t(consumed));
 }
 
-void FfmpegEncoderSink::encodeAndDistribute(AVCodecContext *codec, AVFrame *frame, bool video)
+int FfmpegEncoderSink::encodeAndDistribute(AVCodecContext *codec, AVFrame *frame, bool video)
 {
-    if (avcodec_send_frame(codec, frame) < 0)
-        return;
-    while (avcodec_receive_packet(codec, m_packet.get()) >= 0) {
+    int err = avcodec_send_frame(codec, frame);
+    if (err == AVERROR(EAGAIN)) {
+        // The encoder takes no input until its finished packets are taken out.
+        distribute(codec, video);
+        err = avcodec_send_frame(codec, frame);
+    }
+    if (!frame && err == AVERROR_EOF)
+        err = 0; // flushed before: nothing is left inside
+    if (err < 0) {
+        noteEncoderError("avcodec_send_frame", video, err);
+        return err;
+    }
+    distribute(codec, video);
+    return 0;
+}
+
+void FfmpegEncoderSink::distribute(AVCodecContext *codec, bool video)
+{
+    for (;;) {
+        const int err = avcodec_receive_packet(codec, m_packet.get());
+        if (err == AVERROR(EAGAIN) || err == AVERROR_EOF)
+            return;
+        if (err < 0) {
+            noteEncoderError("avcodec_receive_packet", video, err);
+            return;
+        }
         if (video && m_packet->duration <= 0) {
             // One picture lasts one frame period of the program rate.
             const AVRational base = codec->time_base;
@@ -507,42 +397,69 @@ void FfmpegEncoderSink::encodeAndDistribute(AVCodecContext *codec, AVFrame *fram
         m_bytesEncoded.fetch_add(m_packet->size);
         if (video)
             m_framesEncoded.fetch_add(1);
-        for (auto &output : m_outputs)
-            output->submit(m_packet.get(), video);
+        // The recording is written here; each stream target only queues a copy.
+        if (m_recorder)
+            m_recorder->submit(m_packet.get(), video);
+        for (auto &target : m_targets)
+            target->submit(m_packet.get(), video);
         av_packet_unref(m_packet.get());
     }
+}
+
+void FfmpegEncoderSink::noteEncoderError(const char *call, bool video, int err)
+{
+    // An encoder that refuses every frame would otherwise log at the frame rate.
+    const qint64 count = m_encoderErrors.fetch_add(1) + 1;
+    if (selvane::shouldLog(count, 5, 100))
+        qWarning().noquote() << "FfmpegEncoderSink:" << (video ? "video" : "audio")
+                             << "encoder error; count" << count << ffsupport::errorText(call, err);
 }
 
 std::vector<FfmpegEncoderSink::OutputStats> FfmpegEncoderSink::outputStats() const
 {
     std::lock_guard lock(m_outputsMutex);
     std::vector<OutputStats> stats;
-    for (const auto &output : m_outputs)
-        stats.push_back({output->targetIndex(),
-                         output->isNetwork() ? selvane::maskStreamUrl(output->currentPath())
-                                             : output->currentPath(),
-                         output->packetsWritten(), output->bytesWritten(), output->queueResets(),
-                         output->reconnects(), output->fileFailingForMs() > 0});
+    if (m_recorder) {
+        OutputStats file;
+        file.path = m_recorder->currentPath();
+        file.packetsWritten = m_recorder->packetsWritten();
+        file.bytesWritten = m_recorder->bytesWritten();
+        file.packetsDropped = m_recorder->packetsDropped();
+        file.failing = m_recorder->fileFailingForMs() > 0;
+        stats.push_back(file);
+    }
+    for (const auto &target : m_targets) {
+        OutputStats out;
+        out.targetIndex = target->targetIndex();
+        out.path = selvane::maskStreamUrl(target->currentUrl());
+        out.packetsWritten = target->packetsWritten();
+        out.bytesWritten = target->bytesWritten();
+        out.queueResets = target->queueResets();
+        out.reconnects = target->reconnects();
+        out.packetsDropped = target->packetsDropped();
+        stats.push_back(out);
+    }
     return stats;
 }
 
 qint64 FfmpegEncoderSink::fileFailingForMs() const
 {
-    qint64 longest = 0;
-    for (const auto &output : m_outputs)
-        longest = std::max(longest, output->fileFailingForMs());
-    return longest;
+    std::lock_guard lock(m_outputsMutex);
+    return m_recorder ? m_recorder->fileFailingForMs() : 0;
 }
 
 void FfmpegEncoderSink::closeOutputs()
 {
     // Every network worker is asked to stop first, so that their waits overlap.
-    for (auto &output : m_outputs)
-        output->requestStop();
-    for (auto &output : m_outputs)
-        output->close();
+    for (auto &target : m_targets)
+        target->requestStop();
+    if (m_recorder)
+        m_recorder->close();
+    for (auto &target : m_targets)
+        target->close();
     std::lock_guard lock(m_outputsMutex);
-    m_outputs.clear();
+    m_recorder.reset();
+    m_targets.clear();
 }
 
 void FfmpegEncoderSink::close()
@@ -556,5 +473,5 @@ void FfmpegEncoderSink::close()
     m_open = false;
     m_videoCodec.reset();
     m_audioCodec.reset();
-    m_sws.reset();
+    m_converter.reset();
 }

@@ -1,16 +1,18 @@
 #pragma once
 
 // Encodes the program once and feeds every destination: one video encoder (hardware when it
-// opens, software otherwise), one AAC encoder, the recording file and any number of stream
-// targets (each with its own network worker, see MuxOutput).
+// opens, software otherwise), one AAC encoder, the recording file (FileRecorder) and any number
+// of stream targets (StreamPublisher, each with its own network worker).
 //
 // Threads: every method is called from the router's encode worker only, except the observers
-// (bytesEncoded, encoderName), which are safe from any thread. The status callback is called
-// from the encode worker and the network workers.
+// (bytesEncoded, framesEncoded, encoderErrors, encoderName, outputStats), which are safe from
+// any thread. The status callback is called from the encode worker and the network workers.
 
 #include "media/FfmpegTypes.h"
 #include "output/EncoderSettings.h"
-#include "output/MuxOutput.h"
+#include "output/FileRecorder.h"
+#include "output/PictureConverter.h"
+#include "output/StreamPublisher.h"
 
 #include <QSize>
 #include <QString>
@@ -23,7 +25,7 @@
 class FfmpegEncoderSink : public IEncoderSink
 {
 public:
-    using StatusCallback = selvane::MuxOutput::StatusCallback;
+    using StatusCallback = selvane::StreamPublisher::StatusCallback;
 
     FfmpegEncoderSink();
     ~FfmpegEncoderSink() override;
@@ -50,6 +52,8 @@ public:
     bool hasAudio() const { return bool(m_audioCodec); }
     qint64 bytesEncoded() const { return m_bytesEncoded.load(); }
     qint64 framesEncoded() const { return m_framesEncoded.load(); }
+    // Frames the encoders refused and packets they failed to hand out.
+    qint64 encoderErrors() const { return m_encoderErrors.load(); }
     // The longest the recording has been failing to write (0 when it writes).
     qint64 fileFailingForMs() const;
     struct OutputStats
@@ -60,11 +64,13 @@ public:
         qint64 bytesWritten = 0;
         qint64 queueResets = 0;
         qint64 reconnects = 0;
+        // Packets this destination was handed but never wrote: queue resets, outages and the
+        // wait for a keyframe after them, sound held too long before the first keyframe.
+        qint64 packetsDropped = 0;
         bool failing = false; // the recording cannot be written right now
     };
     // Safe from any thread.
     std::vector<OutputStats> outputStats() const;
-    const std::vector<std::unique_ptr<selvane::MuxOutput>> &outputs() const { return m_outputs; }
 
 private:
     bool needsGlobalHeader(const EncoderSettings &settings) const;
@@ -74,9 +80,10 @@ private:
     bool cacheStreamParameters();
     bool openOutputs();
     void closeOutputs();
-    bool ensureConverter(const FrameToken &frame);
-    void convertInto(const FrameToken &frame);
-    void encodeAndDistribute(AVCodecContext *codec, AVFrame *frame, bool video);
+    // 0, or the encoder's error for this frame.
+    int encodeAndDistribute(AVCodecContext *codec, AVFrame *frame, bool video);
+    void distribute(AVCodecContext *codec, bool video);
+    void noteEncoderError(const char *call, bool video, int err);
     void encodeAudioFrames();
     void alignAudioTo(qint64 videoStartUs);
 
@@ -91,10 +98,7 @@ private:
     ffsupport::CodecContextPtr m_videoCodec;
     mutable std::mutex m_nameMutex;
     QString m_encoderName;
-    ffsupport::SwsPtr m_sws;
-    int m_swsSourceWidth = 0;
-    int m_swsSourceHeight = 0;
-    QSize m_fitSize; // where the picture lands inside the encoded size
+    selvane::PictureConverter m_converter;
     ffsupport::FramePtr m_videoFrame;
     int64_t m_lastVideoPts = AV_NOPTS_VALUE;
 
@@ -107,8 +111,10 @@ private:
 
     ffsupport::PacketPtr m_packet;
     std::shared_ptr<selvane::EncodedStreams> m_streams;
-    mutable std::mutex m_outputsMutex; // guards the list itself against outputStats()
-    std::vector<std::unique_ptr<selvane::MuxOutput>> m_outputs;
+    mutable std::mutex m_outputsMutex; // guards the pointers themselves against outputStats()
+    std::unique_ptr<selvane::FileRecorder> m_recorder;
+    std::vector<std::unique_ptr<selvane::StreamPublisher>> m_targets;
     std::atomic<qint64> m_bytesEncoded{0};
     std::atomic<qint64> m_framesEncoded{0};
+    std::atomic<qint64> m_encoderErrors{0};
 };

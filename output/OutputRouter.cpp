@@ -169,14 +169,23 @@ void OutputRouter::pushAudio(const std::int16_t *samples, int frames, qint64 pts
     const std::shared_ptr<EncodeWorkerState> state = currentState();
     if (!state || frames <= 0)
         return;
+    qint64 dropped = 0;
     {
         std::lock_guard lock(state->mutex);
         if (!state->running || state->stop)
             return;
+        if (state->audio.size() >= kMaxQueuedAudioChunks) {
+            // The newest sound is what the outputs need next; the oldest chunk gives way.
+            state->audio.pop_front();
+            dropped = ++state->droppedAudioChunks;
+        }
         state->audio.push_back({std::vector<std::int16_t>(samples, samples + std::size_t(frames) * 2),
                                 ptsUs});
     }
     state->wake.notify_one();
+    if (dropped > 0 && selvane::shouldLog(dropped, 5, 100))
+        qWarning().noquote() << "OutputRouter: program audio queue full; dropped chunk count"
+                             << dropped;
 }
 
 void OutputRouter::stop()
@@ -227,6 +236,15 @@ qint64 OutputRouter::droppedFrames() const
         return 0;
     std::lock_guard lock(state->mutex);
     return state->droppedFrames;
+}
+
+qint64 OutputRouter::droppedAudioChunks() const
+{
+    const std::shared_ptr<EncodeWorkerState> state = currentState();
+    if (!state)
+        return 0;
+    std::lock_guard lock(state->mutex);
+    return state->droppedAudioChunks;
 }
 
 qint64 OutputRouter::bytesEncoded() const

@@ -49,12 +49,13 @@ public:
         std::mutex mutex;
         std::condition_variable wake;
         std::deque<std::pair<FrameTokenPtr, qint64>> frames;
-        std::deque<AudioChunk> audio;
+        std::deque<AudioChunk> audio; // at most kMaxQueuedAudioChunks; the oldest gives way
         int depth = 4;
         bool live = false;
         bool running = false;
         bool stop = false;
         qint64 droppedFrames = 0;
+        qint64 droppedAudioChunks = 0;
         quint64 sequence = 0;
         std::unique_ptr<FfmpegEncoderSink> sink;
         EncoderSettings settings;
@@ -85,6 +86,8 @@ public:
 
     int queueDepth() const;
     qint64 droppedFrames() const;
+    // Program audio chunks dropped because the encode worker fell too far behind.
+    qint64 droppedAudioChunks() const;
     qint64 bytesEncoded() const;
     bool isSinkOpen() const;
     QString encoderName() const;
@@ -92,6 +95,9 @@ public:
     std::vector<FfmpegEncoderSink::OutputStats> destinationStats() const;
 
     static int queueDepthFor(QSize size, bool live);
+    // About two seconds of the audio thread's 10 ms chunks: sound older than that is of no use
+    // to a stream and means the encoder cannot keep up anyway.
+    static constexpr std::size_t kMaxQueuedAudioChunks = 200;
 
 private:
     static void encodeWorker(std::shared_ptr<EncodeWorkerState> state);

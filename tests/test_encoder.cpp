@@ -3,7 +3,7 @@
 // reads yet, frames pile up, and the pictures that survive are read back from the output.
 
 #include "MediaFixtures.h"
-#include "compose/FramePool.h"
+#include "media/FramePool.h"
 #include "output/FfmpegEncoderSink.h"
 #include "output/OutputRouter.h"
 #include "output/StreamUrl.h"
@@ -39,10 +39,10 @@ struct WarningCapture
 
 FrameTokenPtr solidFrame(FramePool &pool, int w, int h, uchar shade)
 {
-    FrameTokenPtr token = pool.acquire();
-    prepareTokenPixels(*token, w, h, qint64(w) * 4);
-    token->pixels.fill(char(shade));
-    return token;
+    FrameWriter writer = pool.acquire();
+    writer.prepare(w, h, qint64(w) * 4);
+    writer->pixels.fill(char(shade));
+    return std::move(writer).publish();
 }
 
 // Presentation times (in frame periods) of the pictures in a file, via ffprobe.

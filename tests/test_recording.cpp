@@ -5,9 +5,9 @@
 #include "MediaFixtures.h"
 #include "OutputProbe.h"
 #include "TestProcess.h"
-#include "compose/FramePool.h"
+#include "media/FramePool.h"
 #include "output/FfmpegEncoderSink.h"
-#include "output/MuxOutput.h"
+#include "output/StreamPublisher.h"
 #include "output/VideoEncoderChoice.h"
 
 #include <QRegularExpression>
@@ -24,10 +24,10 @@ const QString kSignal = "1=lavfi://testsrc2=size=640x360:rate=30[out0];sine=freq
 
 FrameTokenPtr solidFrame(FramePool &pool, int w, int h, uchar shade)
 {
-    FrameTokenPtr token = pool.acquire();
-    prepareTokenPixels(*token, w, h, qint64(w) * 4);
-    token->pixels.fill(char(shade));
-    return token;
+    FrameWriter writer = pool.acquire();
+    writer.prepare(w, h, qint64(w) * 4);
+    writer->pixels.fill(char(shade));
+    return std::move(writer).publish();
 }
 
 } // namespace
@@ -169,16 +169,15 @@ private slots:
         selvane::encoder::OpenedEncoder opened;
         QVERIFY(selvane::encoder::openVideoEncoder(s, 64, 64, true, &opened));
         auto streams = std::make_shared<selvane::EncodedStreams>();
-        streams->video = avcodec_parameters_alloc();
-        avcodec_parameters_from_context(streams->video, opened.context.get());
+        streams->video.reset(avcodec_parameters_alloc());
+        QVERIFY(avcodec_parameters_from_context(streams->video.get(), opened.context.get()) >= 0);
         streams->videoTimeBase = opened.context->time_base;
 
         std::mutex mutex;
         auto fakeNow = std::chrono::steady_clock::now();
         QStringList words;
         const quint16 deadPort = freeTcpPort();
-        selvane::MuxOutput output(
-            selvane::MuxOutput::Kind::Network,
+        selvane::StreamPublisher output(
             QStringLiteral("rtmp://127.0.0.1:%1/live/key").arg(deadPort), "original", "flv", 0,
             streams,
             [&](int, const QString &word) {

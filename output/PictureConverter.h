@@ -1,0 +1,32 @@
+#pragma once
+
+// Owns the colour converter that turns an RGBA program picture into the video encoder's frame,
+// fitted into it with its shape kept (black bars around a picture of another shape).
+// Threads: the encode worker only. Reports: a warning when swscale cannot take a thread count.
+
+#include "media/FfmpegTypes.h"
+#include "media/FrameToken.h"
+
+#include <QSize>
+
+namespace selvane {
+
+class PictureConverter
+{
+public:
+    // Readies the converter for this picture and the encoder's frame (its size and pixel
+    // format); false when swscale cannot be set up. qualityPreset: EncoderSettings::QualityPreset.
+    bool prepare(const FrameToken &picture, const AVFrame &out, int qualityPreset);
+    // After prepare(): converts into `out`, which must be writable.
+    void convert(const FrameToken &picture, AVFrame *out);
+    // Forgets the converter (the encoder's frame changed).
+    void reset();
+
+private:
+    ffsupport::SwsPtr m_sws;
+    int m_sourceWidth = 0;
+    int m_sourceHeight = 0;
+    QSize m_fitSize; // where the picture lands inside the encoder's frame
+};
+
+} // namespace selvane

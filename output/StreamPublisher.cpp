@@ -1,0 +1,387 @@
+#include "output/StreamPublisher.h"
+
+#include "net/ProxySettings.h"
+#include "output/ReconnectPolicy.h"
+#include "output/StreamUrl.h"
+
+#include <QDebug>
+#include <QUrl>
+
+namespace selvane {
+
+using namespace std::chrono_literals;
+namespace rc = reconnect;
+
+namespace {
+
+constexpr auto kTrailerGrace = std::chrono::seconds(2);
+
+} // namespace
+
+StreamPublisher::StreamPublisher(QString url, QString originalUrl, QString formatName,
+                                 int targetIndex, std::shared_ptr<EncodedStreams> streams,
+                                 StatusCallback status, SteadyNow now)
+    : m_url(std::move(url)), m_originalUrl(std::move(originalUrl)),
+      m_formatName(std::move(formatName)), m_targetIndex(targetIndex),
+      m_status(std::move(status)), m_now(std::move(now)),
+      m_mux(MuxContext::Use::Stream, std::move(streams), &m_stop)
+{
+}
+
+StreamPublisher::~StreamPublisher() { close(); }
+
+std::unique_ptr<StreamPublisher> StreamPublisher::forTarget(const QString &original,
+                                                            const QString &formatName,
+                                                            int targetIndex,
+                                                            std::shared_ptr<EncodedStreams> streams,
+                                                            StatusCallback status, SteadyNow now)
+{
+    QString url = original.trimmed();
+    const QUrl parsed(url, QUrl::StrictMode);
+    if (url.isEmpty() || !parsed.isValid() || parsed.scheme().isEmpty() ||
+        (parsed.host().isEmpty() && !url.toLower().startsWith("file:"))) {
+        qWarning().noquote() << "FfmpegEncoderSink: invalid network output URL" << maskStreamUrl(url);
+        return nullptr;
+    }
+    bool rewritten = false;
+    const QString reachable = rewriteYouTubeRtmp(url, &rewritten);
+    if (rewritten) {
+        qInfo().noquote() << "FfmpegEncoderSink: YouTube RTMP -> RTMPS for reachability:"
+                          << maskStreamUrl(url) << "->" << maskStreamUrl(reachable);
+        url = reachable;
+    }
+    if (isRtmpFamilyUrl(url) && !proxy::socksEndpoint().isEmpty()) {
+        const QUrl real(url);
+        const QString relay = proxy::startPublishRelay(
+            real.host(), real.port(url.startsWith("rtmps", Qt::CaseInsensitive) ? 443 : 1935));
+        if (!relay.isEmpty()) {
+            qInfo("FfmpegEncoderSink: RTMP publish using local SOCKS relay");
+            QUrl local(url);
+            local.setScheme("rtmp");
+            const qsizetype colon = relay.lastIndexOf(':');
+            local.setHost(relay.left(colon));
+            local.setPort(relay.mid(colon + 1).toInt());
+            const QString path = real.path();
+            const qsizetype slash = path.lastIndexOf('/');
+            auto relayed = std::make_unique<StreamPublisher>(local.toString(), original, formatName,
+                                                             targetIndex, std::move(streams),
+                                                             std::move(status), std::move(now));
+            relayed->setRelayNames(url.left(url.lastIndexOf('/')), path.mid(1, slash - 1),
+                                   path.mid(slash + 1));
+            return relayed;
+        }
+    }
+    return std::make_unique<StreamPublisher>(url, original, formatName, targetIndex,
+                                             std::move(streams), std::move(status), std::move(now));
+}
+
+int StreamPublisher::interruptCallback(void *opaque)
+{
+    return static_cast<const StreamPublisher *>(opaque)->shouldInterrupt() ? 1 : 0;
+}
+
+bool StreamPublisher::shouldInterrupt() const
+{
+    if (!m_stop.load())
+        return false;
+    const qint64 grace = m_graceUntilNs.load();
+    return grace == 0 || std::chrono::steady_clock::now().time_since_epoch().count() > grace;
+}
+
+std::chrono::steady_clock::time_point StreamPublisher::now() const
+{
+    return m_now ? m_now() : std::chrono::steady_clock::now();
+}
+
+void StreamPublisher::report(const char *word)
+{
+    if (m_status)
+        m_status(m_targetIndex, QString::fromLatin1(word));
+}
+
+void StreamPublisher::setRelayNames(QString tcUrl, QString app, QString playPath)
+{
+    m_relayTcUrl = std::move(tcUrl);
+    m_relayApp = std::move(app);
+    m_relayPlayPath = std::move(playPath);
+}
+
+bool StreamPublisher::open()
+{
+    m_stop.store(false);
+    report("connecting");
+    if (connectOnce(false) >= 0)
+        return true;
+    {
+        std::lock_guard lock(m_mutex);
+        m_reconnecting = true;
+        m_attempt = 1;
+        m_nextRetry = now() + std::chrono::milliseconds(rc::afterFailedReopenMs(m_attempt));
+    }
+    report("reconnecting");
+    return false;
+}
+
+int StreamPublisher::connectOnce(bool afterFailure)
+{
+    if (isRtmpFamilyUrl(m_url) &&
+        QString::fromLatin1(avformat_configuration()).contains("--enable-librtmp")) {
+        qWarning("FfmpegEncoderSink: RTMP output requires an FFmpeg build without --enable-librtmp; "
+                 "refusing the non-interruptible external librtmp path");
+        return AVERROR(ENOSYS);
+    }
+    MuxContext::Setup setup;
+    setup.url = m_url;
+    setup.originalUrl = m_originalUrl;
+    setup.container = streamContainerName(m_url, m_formatName).toLatin1();
+    setup.interrupt = {interruptCallback, this};
+    setup.ioOptions = [this, afterFailure](ffsupport::Dictionary &options) {
+        fillIoOptions(options, afterFailure);
+    };
+    if (const int err = m_mux.open(setup); err < 0)
+        return err;
+    qInfo("FfmpegEncoderSink: publish header OK");
+    report("online");
+    return 0;
+}
+
+void StreamPublisher::fillIoOptions(ffsupport::Dictionary &options, bool afterFailure) const
+{
+    options.set("rw_timeout", afterFailure ? rc::kReconnectTimeoutUs : rc::kFirstConnectTimeoutUs);
+    options.set("tcp_nodelay", "1");
+    const QString lower = m_url.toLower();
+    if (isRtmpFamilyUrl(m_url))
+        options.set("rtmp_live", "live");
+    if (lower.startsWith("rtmps://")) {
+        options.set("tls_verify", "1");
+        options.set("verifyhost", QUrl(m_url).host().toUtf8().constData());
+    }
+    if (lower.startsWith("http://") || lower.startsWith("https://")) {
+        const QString httpProxy = proxy::httpProxyUrl();
+        if (!httpProxy.isEmpty()) {
+            options.set("http_proxy", httpProxy.toUtf8().constData());
+            qInfo("FfmpegEncoderSink: http_proxy for HTTP(S) publish");
+        }
+    }
+    if (!m_relayTcUrl.isEmpty()) {
+        options.set("rtmp_tcurl", m_relayTcUrl.toUtf8().constData());
+        options.set("rtmp_app", m_relayApp.toUtf8().constData());
+        options.set("rtmp_playpath", m_relayPlayPath.toUtf8().constData());
+    }
+    qInfo().noquote() << "FfmpegEncoderSink: opening publish URL" << maskStreamUrl(m_url)
+                      << (m_relayTcUrl.isEmpty() ? "(direct)" : "(local SOCKS relay)");
+}
+
+void StreamPublisher::dropQueueLocked()
+{
+    m_packetsDropped.fetch_add(qint64(m_queue.size()));
+    m_queue.clear();
+}
+
+void StreamPublisher::submit(const AVPacket *source, bool video)
+{
+    ffsupport::PacketPtr copy(av_packet_clone(source));
+    if (!copy) {
+        m_packetsDropped.fetch_add(1);
+        return;
+    }
+    bool reset = false;
+    qint64 resets = 0;
+    {
+        std::lock_guard lock(m_mutex);
+        if (m_queue.size() >= rc::kQueueResetPackets) {
+            // Dropping the whole backlog and restarting at a keyframe keeps the stream current.
+            dropQueueLocked();
+            m_waitKeyframe = true;
+            m_congested = true;
+            resets = m_queueResets.fetch_add(1) + 1;
+            reset = true;
+        }
+        m_queue.emplace_back(std::move(copy), video);
+    }
+    m_wake.notify_one();
+    if (reset) {
+        if (rc::shouldLog(resets, 5, 50))
+            qWarning().noquote() << "FfmpegEncoderSink: network mux queue reset; count" << resets
+                                 << "target" << m_targetIndex;
+        report("congested");
+    }
+}
+
+void StreamPublisher::startWorker()
+{
+    if (m_worker.joinable())
+        return;
+    m_worker = std::thread([this] { networkLoop(); });
+}
+
+void StreamPublisher::requestStop()
+{
+    m_stop.store(true);
+    m_wake.notify_all();
+}
+
+void StreamPublisher::networkLoop()
+{
+    for (;;) {
+        std::unique_lock lock(m_mutex);
+        if (m_stop.load())
+            return;
+        if (m_reconnecting) {
+            // Packets that arrive while the target is down are not kept: the stream resumes
+            // with what is current.
+            dropQueueLocked();
+            const auto t = now();
+            if (t >= m_nextRetry) {
+                lock.unlock();
+                retryConnection();
+                continue;
+            }
+            m_wake.wait_for(lock, std::min<std::chrono::steady_clock::duration>(m_nextRetry - t, 50ms));
+            continue;
+        }
+        if (m_queue.empty()) {
+            m_wake.wait_for(lock, 50ms);
+            continue;
+        }
+        Queued next = std::move(m_queue.front());
+        m_queue.pop_front();
+        const bool video = next.second;
+        if (m_waitKeyframe) {
+            if (!video || !(next.first->flags & AV_PKT_FLAG_KEY)) {
+                m_packetsDropped.fetch_add(1);
+                continue;
+            }
+            m_waitKeyframe = false;
+        }
+        lock.unlock();
+        const int err = m_mux.write(next.first.get(), video);
+        next.first.reset();
+        if (err < 0) {
+            if (m_stop.load())
+                return;
+            handleWriteFailure(err);
+            continue;
+        }
+        bool wasCongested = false;
+        {
+            std::lock_guard relock(m_mutex);
+            wasCongested = std::exchange(m_congested, false);
+        }
+        if (wasCongested)
+            report("online");
+    }
+}
+
+void StreamPublisher::handleWriteFailure(int err)
+{
+    m_mux.close(false);
+    qint64 failures = 0;
+    {
+        std::lock_guard lock(m_mutex);
+        failures = ++m_writeFailures;
+        m_reconnecting = true;
+        m_nextRetry = now() + std::chrono::milliseconds(rc::afterWriteFailureMs(m_attempt));
+    }
+    if (rc::shouldLog(failures, 8, 25))
+        qWarning().noquote() << "FfmpegEncoderSink: stream mux write failed, will reconnect:"
+                             << ffsupport::errorText("av_interleaved_write_frame", err) << "(seq"
+                             << failures << ") target" << m_targetIndex << maskStreamUrl(m_url);
+    report("reconnecting");
+}
+
+void StreamPublisher::retryConnection()
+{
+    m_mux.close(false);
+    const int err = connectOnce(true);
+    if (m_stop.load())
+        return;
+    if (err >= 0) {
+        qint64 reconnects = 0;
+        {
+            std::lock_guard lock(m_mutex);
+            m_reconnecting = false;
+            m_attempt = 0;
+            m_waitKeyframe = false;
+            m_congested = false;
+            reconnects = ++m_reconnects;
+        }
+        m_reconnectCount.store(reconnects);
+        if (rc::shouldLog(reconnects, 5, 20))
+            qInfo().noquote() << "FfmpegEncoderSink: stream mux reconnected (n=" << reconnects
+                              << ") target" << m_targetIndex << maskStreamUrl(m_url);
+        return; // connectOnce reported "online"
+    }
+    int attempt = 0;
+    qint64 delayMs = 0;
+    {
+        std::lock_guard lock(m_mutex);
+        attempt = ++m_attempt;
+        delayMs = rc::afterFailedReopenMs(attempt);
+        m_nextRetry = now() + std::chrono::milliseconds(delayMs);
+    }
+    if (rc::shouldLog(attempt, 1, 64))
+        qWarning().noquote() << "FfmpegEncoderSink: RTMP mux reopen failed, attempt" << attempt
+                             << "next in" << delayMs << "ms" << maskStreamUrl(m_url);
+    report("reconnecting");
+}
+
+std::chrono::steady_clock::time_point StreamPublisher::nextRetryAt() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_nextRetry;
+}
+
+int StreamPublisher::reopenAttempts() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_attempt;
+}
+
+void StreamPublisher::close()
+{
+    if (m_closed)
+        return;
+    m_closed = true;
+    m_stop.store(true);
+    if (m_worker.joinable()) {
+        int waitedMs = 0;
+        bool warned = false;
+        // The interrupt callback breaks blocking network calls; a worker that still has not
+        // returned is waited for, with one warning.
+        std::mutex joinMutex;
+        std::condition_variable joined;
+        bool done = false;
+        std::thread watcher([&] {
+            m_worker.join();
+            std::lock_guard lock(joinMutex);
+            done = true;
+            joined.notify_all();
+        });
+        std::unique_lock lock(joinMutex);
+        while (!done) {
+            m_wake.notify_all();
+            joined.wait_for(lock, std::chrono::milliseconds(rc::kCloseSliceMs));
+            waitedMs += rc::kCloseSliceMs;
+            if (!done && !warned && waitedMs >= rc::kCloseWarnAfterMs) {
+                warned = true;
+                qWarning("FfmpegEncoderSink: network worker still stopping after 5 seconds");
+            }
+        }
+        lock.unlock();
+        watcher.join();
+    }
+    report("stopped");
+    {
+        std::lock_guard lock(m_mutex);
+        dropQueueLocked();
+    }
+    // A stream gets a short grace period to deliver its last packets, so that a silent server
+    // cannot hold up the close.
+    m_graceUntilNs.store(std::chrono::steady_clock::now().time_since_epoch().count() +
+                         std::chrono::nanoseconds(kTrailerGrace).count());
+    m_mux.close(true);
+    m_graceUntilNs.store(0);
+}
+
+} // namespace selvane

@@ -11,7 +11,7 @@
 #include "media/FfmpegTypes.h"
 #include "output/EncoderSettings.h"
 #include "output/FileRecorder.h"
-#include "output/PictureConverter.h"
+#include "output/EncoderFrameConverter.h"
 #include "output/StreamPublisher.h"
 
 #include <QSize>
@@ -98,7 +98,7 @@ private:
     ffsupport::CodecContextPtr m_videoCodec;
     mutable std::mutex m_nameMutex;
     QString m_encoderName;
-    selvane::PictureConverter m_converter;
+    selvane::EncoderFrameConverter m_converter;
     ffsupport::FramePtr m_videoFrame;
     int64_t m_lastVideoPts = AV_NOPTS_VALUE;
 

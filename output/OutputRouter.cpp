@@ -92,6 +92,22 @@ bool OutputRouter::start()
     return true;
 }
 
+namespace {
+std::atomic<qint64> g_stallUntilNs{0};
+
+qint64 steadyNs()
+{
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+} // namespace
+
+void OutputRouter::injectEncoderStall(int milliseconds)
+{
+    g_stallUntilNs.store(steadyNs() + qint64(milliseconds) * 1000000);
+}
+
 void OutputRouter::encodeWorker(std::shared_ptr<EncodeWorkerState> state)
 {
     FfmpegEncoderSink &sink = *state->sink;
@@ -105,6 +121,14 @@ void OutputRouter::encodeWorker(std::shared_ptr<EncodeWorkerState> state)
     }
     state->sinkOpen.store(true);
     for (;;) {
+        while (steadyNs() < g_stallUntilNs.load()) {
+            {
+                std::lock_guard lock(state->mutex);
+                if (state->stop)
+                    break;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
         std::unique_lock lock(state->mutex);
         state->wake.wait_for(lock, kWorkerWait, [&] {
             return state->stop || !state->frames.empty() || !state->audio.empty();

@@ -99,6 +99,10 @@ public:
     // to a stream and means the encoder cannot keep up anyway.
     static constexpr std::size_t kMaxQueuedAudioChunks = 200;
 
+    // A fault for tests: every running encode worker stops taking pictures for this long (as a
+    // machine that cannot keep up would), starting with its next picture. Any thread.
+    static void injectEncoderStall(int milliseconds);
+
 private:
     static void encodeWorker(std::shared_ptr<EncodeWorkerState> state);
     std::shared_ptr<EncodeWorkerState> currentState() const;

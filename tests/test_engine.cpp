@@ -6,6 +6,7 @@
 #include "TestSupport.h"
 #include "engine/Engine.h"
 #include "engine/ResolutionPolicy.h"
+#include "output/OutputRouter.h"
 
 #include <QSignalSpy>
 #include <QtTest>
@@ -114,6 +115,41 @@ private slots:
               times.last() - times.first(), largestGap * 1000);
         QVERIFY2(largestGap < 0.2, QByteArray::number(largestGap));
         QVERIFY(times.size() >= 95);
+    }
+
+    void overlaysStayOnEveryPictureWhileTheEncoderLags()
+    {
+        // The encode queue fills up while the encoder is held up: the pictures it holds must
+        // neither starve the decoders nor leave the compositor without a picture to draw on.
+        Engine engine;
+        TextOverlayData caption;
+        caption.id = 1;
+        caption.text = QStringLiteral("ON AIR");
+        engine.setTextOverlay(caption);
+        engine.setChannelSource(0, "lavfi://testsrc2=size=1280x720:rate=30");
+        OutputSettings settings;
+        settings.encoder.fileEnabled = true;
+        settings.encoder.filePath = QDir(m_dir.path()).filePath("lagging.mp4");
+        settings.encoder.qualityPreset = EncoderSettings::Performance;
+        QSignalSpy started(&engine, &Engine::outputsStarted);
+        QVERIFY(engine.startOutputs(settings));
+        QVERIFY(started.wait(10000));
+        QTest::qWait(500);
+        const EngineStats before = engine.stats();
+        OutputRouter::injectEncoderStall(2500);
+        QTest::qWait(3000);
+        const EngineStats after = engine.stats();
+        QSignalSpy stopped(&engine, &Engine::outputsStopped);
+        engine.stopOutputs();
+        QVERIFY(stopped.wait(15000));
+        qInfo("while the encoder lagged: %lld program pictures, %lld without overlays, %lld "
+              "dropped by the decoder, %lld by the encode queue",
+              after.program.frames - before.program.frames, after.program.framesWithoutOverlays,
+              after.channels[0].framesDropped, after.output.encoderDrops);
+        QVERIFY(after.output.encoderDrops > 0); // the queue did overflow
+        QCOMPARE(after.program.framesWithoutOverlays, 0);
+        QCOMPARE(after.channels[0].framesDropped, before.channels[0].framesDropped);
+        QVERIFY(after.program.frames - before.program.frames >= 80);
     }
 
     void stillPicturesAreLetterboxed()

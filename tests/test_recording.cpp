@@ -2,9 +2,7 @@
 // file is written, a process killed mid-recording, segments by size and by time (fake clock),
 // and the reopen backoff of a stream target against a dead port (fake clock).
 
-#include "MediaFixtures.h"
-#include "OutputProbe.h"
-#include "TestProcess.h"
+#include "TestSupport.h"
 #include "media/FramePool.h"
 #include "output/FfmpegEncoderSink.h"
 #include "output/StreamPublisher.h"
@@ -22,13 +20,6 @@ namespace {
 const QString kBinary = QStringLiteral(SELVANE_BINARY);
 const QString kSignal = "1=lavfi://testsrc2=size=640x360:rate=30[out0];sine=frequency=1000[out1]";
 
-FrameTokenPtr solidFrame(FramePool &pool, int w, int h, uchar shade)
-{
-    FrameWriter writer = pool.acquire();
-    writer.prepare(w, h, qint64(w) * 4);
-    writer->pixels.fill(char(shade));
-    return std::move(writer).publish();
-}
 
 } // namespace
 

@@ -1,4 +1,4 @@
-#include "output/PictureConverter.h"
+#include "output/EncoderFrameConverter.h"
 
 #include "media/FrameSizes.h"
 #include "output/EncoderSettings.h"
@@ -42,14 +42,14 @@ int even(double value) { return std::max(2, int(value) & ~1); }
 
 } // namespace
 
-void PictureConverter::reset()
+void EncoderFrameConverter::reset()
 {
     m_sws.reset();
     m_sourceWidth = 0;
     m_sourceHeight = 0;
 }
 
-bool PictureConverter::prepare(const FrameToken &picture, const AVFrame &out, int qualityPreset)
+bool EncoderFrameConverter::prepare(const FrameToken &picture, const AVFrame &out, int qualityPreset)
 {
     if (m_sws && picture.width == m_sourceWidth && picture.height == m_sourceHeight)
         return true;
@@ -89,7 +89,7 @@ bool PictureConverter::prepare(const FrameToken &picture, const AVFrame &out, in
     return true;
 }
 
-void PictureConverter::convert(const FrameToken &picture, AVFrame *out)
+void EncoderFrameConverter::convert(const FrameToken &picture, AVFrame *out)
 {
     const int fitW = m_fitSize.width();
     const int fitH = m_fitSize.height();

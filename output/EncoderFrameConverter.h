@@ -11,7 +11,7 @@
 
 namespace selvane {
 
-class PictureConverter
+class EncoderFrameConverter
 {
 public:
     // Readies the converter for this picture and the encoder's frame (its size and pixel

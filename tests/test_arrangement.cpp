@@ -104,15 +104,8 @@ private slots:
         img.id = "img";
         img.kind = SceneClip::ImagePlay;
         img.paths = QStringList{"/a b/1.png", "/c/2.jpg"};
-        img.intervalMs = 3500;
         img.imageLoop = false;
-        SceneClip vid;
-        vid.id = "vid";
-        vid.startMs = 1234;
-        vid.kind = SceneClip::SceneVideo;
-        vid.sceneVideoPath = "/v/clip.mp4";
-        vid.sceneVideoLoop = true;
-        a.sceneClips = {img, vid};
+        a.sceneClips = {img};
         OverlayClip text;
         text.id = "ticker";
         text.textData.text = "Breaking";

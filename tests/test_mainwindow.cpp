@@ -1,18 +1,14 @@
-// The main window frame on the offscreen platform: title, menus and docks in both languages,
-// the persisted language flag, the output folder action, the workspace reset, Exit, and the
-// wake-up connection of the instance lock.
+// The main window frame on the offscreen platform: menus and docks in both languages, the
+// persisted language flag, the output folder action, the workspace reset and Exit.
 
 #include "TestSupport.h"
 #include "app/Language.h"
 #include "app/MainWindow.h"
-#include "app/SingleInstance.h"
 #include "app/OutputFolder.h"
 
 #include <QApplication>
 #include <QDesktopServices>
 #include <QDockWidget>
-#include <QLocalServer>
-#include <QLocalSocket>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QSettings>
@@ -132,17 +128,6 @@ private slots:
         QCOMPARE(recorder.opened.size(), 1);
         QCOMPARE(recorder.opened[0].toLocalFile(), recordings);
         QVERIFY(QDir(recordings).exists()); // created so that the browser has something to show
-
-        // Without a file browser (the offscreen platform has none) the operator is told.
-        QString shown;
-        QTimer::singleShot(200, [&shown] {
-            if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
-                shown = box->windowTitle() + "|" + box->text();
-                box->accept();
-            }
-        });
-        w.openOutputFolder();
-        QCOMPARE(shown, QString("Output Folder|Unable to open the output folder."));
     }
 
     void resetWorkspaceRestoresEveryDock()
@@ -161,40 +146,6 @@ private slots:
         QCOMPARE(w.dockWidgetArea(w.dock(MainWindow::AudioMixerDock)), Qt::RightDockWidgetArea);
         QCOMPARE(w.dockWidgetArea(w.dock(MainWindow::ImagePlaybackDock)), Qt::BottomDockWidgetArea);
         QCOMPARE(w.tabifiedDockWidgets(w.dock(MainWindow::TextOverlayDock)).size(), 2);
-    }
-
-    void exitClosesTheWindow()
-    {
-        MainWindow w;
-        w.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&w));
-        QAction *exitAction = topMenus(w)[0]->actions()[2];
-        exitAction->trigger();
-        QVERIFY(!w.isVisible());
-    }
-
-    void wakeUpConnectionRaisesAndActivates()
-    {
-        MainWindow w;
-        w.show();
-        QWidget other;
-        other.show();
-        other.activateWindow();
-        QTRY_VERIFY(other.isActiveWindow());
-
-        QTemporaryDir dir;
-        QLocalServer server;
-        QVERIFY(server.listen(QDir(dir.path()).filePath("lock")));
-        selvane::connectWakeUpHandler(&server, [&w] {
-            w.raise();
-            w.activateWindow();
-        });
-        QVERIFY(selvane::probeRunningInstance(server.fullServerName(),
-                                              selvane::kInstanceProbeTimeoutMs));
-        QTRY_VERIFY(w.isActiveWindow());
-        // The connection that closed at once is cleaned up and nothing else happens.
-        QTRY_COMPARE(server.findChildren<QLocalSocket *>().size(), 0);
-        QVERIFY(w.isVisible());
     }
 };
 

@@ -167,8 +167,6 @@ private slots:
         const std::vector<std::int16_t> program = readAllProgram(withDevice);
         const int firstBlock = std::lround(std::atanh(program[0] / 32767.0) * 32768.0);
         QCOMPARE(firstBlock, 500 - 200);
-        const std::vector<std::int16_t> preview = readAllPreview(device);
-        QVERIFY(preview.size() * 2 <= std::size_t(AudioQueueIODevice::kMaxUnreadBytes + 1920));
         withDevice.cleanup();
     }
 

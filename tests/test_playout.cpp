@@ -171,28 +171,20 @@ private slots:
         IsolatedHome home;
         const ProcessResult ok = runProcess(kBinary, {"--check-schedule", schedule}, home.environment());
         QCOMPARE(ok.exitCode, 0);
-        const QJsonObject normalised = QJsonDocument::fromJson(ok.out).object();
-        QCOMPARE(normalised.value("version").toInt(), 3);
-        QCOMPARE(normalised.value("sceneClips").toArray().size(), 3);
-        QVERIFY(ok.err.contains("Schedule check passed: 3 base clip(s), 1 overlay clip(s)."));
+        QCOMPARE(QJsonDocument::fromJson(ok.out).object().value("sceneClips").toArray().size(), 3);
 
-        QFile file(schedule);
-        file.open(QIODevice::ReadOnly);
-        QByteArray broken = file.readAll();
+        QByteArray broken = readAll(schedule);
         broken.replace("\"id\": \"slides\"", "\"id\": \"bars\"");
         QFile out(path("broken.json"));
-        out.open(QIODevice::WriteOnly);
+        QVERIFY(out.open(QIODevice::WriteOnly));
         out.write(broken);
         out.close();
-        const ProcessResult bad = runProcess(kBinary, {"--check-schedule", path("broken.json")}, home.environment());
-        QCOMPARE(bad.exitCode, 1);
-        QVERIFY2(bad.err.contains("Invalid Schedule: Duplicate base clip ID: bars"), bad.err.constData());
-        const ProcessResult playBad = runProcess(kBinary, {"--headless", "--schedule", path("broken.json")},
-                                                 home.environment());
-        QCOMPARE(playBad.exitCode, 1);
-        QVERIFY(playBad.err.contains("Duplicate base clip ID: bars"));
-        const ProcessResult notOurs = runProcess(kBinary, {"--check-schedule", kBinary}, home.environment());
-        QCOMPARE(notOurs.exitCode, 1);
+        for (const QStringList &args : {QStringList{"--check-schedule", path("broken.json")},
+                                        QStringList{"--headless", "--schedule", path("broken.json")}}) {
+            const ProcessResult bad = runProcess(kBinary, args, home.environment());
+            QCOMPARE(bad.exitCode, 1);
+            QVERIFY2(bad.err.contains("bars"), bad.err.constData()); // names the duplicate
+        }
     }
 
     void demoRecordsAPlayableShow()

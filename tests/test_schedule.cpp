@@ -151,12 +151,8 @@ private slots:
         runner.applyAt(1000000); // an overlay without an end stays until the schedule stops
         QCOMPARE(control.take(), QStringList{});
         QCOMPARE(runner.activeOverlayIds(), QSet<QString>{"forever"});
-        QSignalSpy running(&runner, &ScheduleRunner::programArrangementRunningChanged);
         runner.stop();
         QCOMPARE(control.take(), QStringList{"remove forever"});
-        QCOMPARE(running.count(), 1);
-        QCOMPARE(running.at(0).at(0).toBool(), false);
-        QVERIFY(!runner.isRunning());
         runner.applyAt(2000); // stopped: nothing happens
         QCOMPARE(control.take(), QStringList{});
     }

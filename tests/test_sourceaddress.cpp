@@ -57,27 +57,6 @@ private slots:
         QCOMPARE(int(classifySource(address)), kind);
     }
 
-    void captureQueryValues()
-    {
-        QString video;
-        QString audio;
-        QVERIFY(parseDshowAddress("DSHOW://capture?video=USB%20Cam%3A2&audio=Mic%20(Realtek)",
-                                  &video, &audio));
-        QCOMPARE(video, QString("USB Cam:2"));
-        QCOMPARE(audio, QString("Mic (Realtek)"));
-        QVERIFY(!parseDshowAddress("dshow://capture", &video, &audio));
-        QVERIFY(!parseDshowAddress("rtmp://capture?video=x", &video, &audio));
-
-        // Device names may hold the separator: it is escaped.
-        QCOMPARE(buildDshowDeviceSpec(" a:b ", "Mic"), QByteArray("video=a\\:b:audio=Mic"));
-        QCOMPARE(parseMonitorIndex("99999999999"), 0);
-        QCOMPARE(parseWindowHandle("0X1A2B").value(), quint64(6699));
-        QVERIFY(!parseWindowHandle("0xZZ").has_value());
-
-        QCOMPARE(testSignalGraph("lavfi://testsrc2=size=64x64%3Arate=5"),
-                 QString("testsrc2=size=64x64:rate=5"));
-    }
-
     void liveness()
     {
         QVERIFY(isLiveSource("RTMP://host/app", nullptr));

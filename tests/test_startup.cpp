@@ -94,29 +94,6 @@ private slots:
         QVERIFY(third.waitForFinished(5000));
     }
 
-    void usersDoNotShareTheLock()
-    {
-        // Two runtime directories stand for two users: each start takes its own lock.
-        IsolatedHome userA;
-        IsolatedHome userB;
-        QProcess a;
-        a.setProcessEnvironment(userA.environment());
-        a.start(kBinary, {});
-        QVERIFY(a.waitForStarted());
-        QVERIFY(waitForLock(userA.path("run/selvane_single_instance"), 15000));
-        QProcess b;
-        b.setProcessEnvironment(userB.environment());
-        b.start(kBinary, {});
-        QVERIFY(b.waitForStarted());
-        QVERIFY(waitForLock(userB.path("run/selvane_single_instance"), 15000));
-        QCOMPARE(a.state(), QProcess::Running);
-        QCOMPARE(b.state(), QProcess::Running);
-        a.kill();
-        b.kill();
-        a.waitForFinished(5000);
-        b.waitForFinished(5000);
-    }
-
     void lockThatCannotListenExitsWithOne()
     {
         // A socket path longer than the platform allows cannot be listened on.

@@ -1,12 +1,14 @@
 #include "app/OperatorTexts.h"
 
-
 #include <QCoreApplication>
 
 namespace selvane {
 
 namespace {
-QString tr(const char *text) { return QCoreApplication::translate("OperatorTexts", text); }
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("OperatorTexts", text);
+}
 } // namespace
 
 QString sourceErrorText(SourceError error)
@@ -57,8 +59,8 @@ QString outputFailureText(OutputFailure failure)
         return tr("Unable to start stream/output.");
     case OutputFailure::RecordingLost:
         // This message exists in Chinese only; it is shown as it is in both languages.
-        return QString::fromUtf8(
-            "输出已停止：本地录制写入失败，或 RTMP 在多次自动重连后仍无法恢复（服务器关闭、超时或网络中断）。");
+        return QString::fromUtf8("输出已停止：本地录制写入失败，或 RTMP "
+                                 "在多次自动重连后仍无法恢复（服务器关闭、超时或网络中断）。");
     }
     return {};
 }

@@ -34,7 +34,10 @@ public:
     {
         measure(m_overlays[std::size_t(index)], samples, values);
     }
-    void measureProgram(const std::int16_t *samples, int values) { measure(m_program, samples, values); }
+    void measureProgram(const std::int16_t *samples, int values)
+    {
+        measure(m_program, samples, values);
+    }
     void silenceChannel(int index) { store(m_channels[std::size_t(index)], {}); }
     void silenceOverlaySlot(int index) { store(m_overlays[std::size_t(index)], {}); }
 

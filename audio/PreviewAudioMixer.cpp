@@ -10,20 +10,23 @@
 #include <QDebug>
 #include <QMediaDevices>
 #include <QTimer>
-
 #include <cmath>
 #include <cstring>
 
 namespace {
 
-std::int16_t shaped(float value) { return std::int16_t(std::lround(std::tanh(value) * 32767.0f)); }
+std::int16_t shaped(float value)
+{
+    return std::int16_t(std::lround(std::tanh(value) * 32767.0f));
+}
 
 } // namespace
 
 PreviewAudioMixer::PreviewAudioMixer(selvane::AudioInputs &inputs,
                                      const selvane::ProgramClock &clock, QObject *parent)
-    : QObject(parent), m_inputs(inputs), m_clockSource(clock), m_previewBus(kBlockValues), m_programBus(kBlockValues),
-      m_source(kBlockValues), m_sampleBlock(kBlockValues), m_programBlock(kBlockValues)
+    : QObject(parent), m_inputs(inputs), m_clockSource(clock), m_previewBus(kBlockValues),
+      m_programBus(kBlockValues), m_source(kBlockValues), m_sampleBlock(kBlockValues),
+      m_programBlock(kBlockValues)
 {
     // The program channel is heard through the program bus; other channels and the overlays'
     // preview are off until the operator raises them.
@@ -36,7 +39,10 @@ PreviewAudioMixer::PreviewAudioMixer(selvane::AudioInputs &inputs,
     m_programQueue.reserve(kProgramQueueMaxBytes + 2 * kBlockBytes);
 }
 
-PreviewAudioMixer::~PreviewAudioMixer() { cleanup(); }
+PreviewAudioMixer::~PreviewAudioMixer()
+{
+    cleanup();
+}
 
 void PreviewAudioMixer::setChannelVolume(int channel, float volume)
 {

@@ -13,7 +13,6 @@
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTimer>
-
 #include <algorithm>
 #include <cstdio>
 #include <memory>
@@ -107,8 +106,8 @@ int main(int argc, char *argv[])
     const auto at = [&](double q) {
         return latenessMs.empty() ? 0.0 : latenessMs[std::size_t(q * (latenessMs.size() - 1))];
     };
-    const long over20 = std::count_if(latenessMs.begin(), latenessMs.end(),
-                                      [](double ms) { return ms > 20.0; });
+    const long over20 =
+        std::count_if(latenessMs.begin(), latenessMs.end(), [](double ms) { return ms > 20.0; });
     std::printf("%s, %d s, 4 channels %s, a cut every 2 s: 10 ms timer lateness worst %.1f ms, "
                 "p99 %.1f ms, median %.2f ms, %ld of %zu ticks over 20 ms; program frames %lld, "
                 "encoder drops %lld\n",

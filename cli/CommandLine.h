@@ -1,7 +1,8 @@
 #pragma once
 
 // The command line shared by both faces. Without options the mixer window opens; --headless
-// runs the same engine without a window (see HeadlessRunner).
+// runs the same engine without a window (see HeadlessRunner). Plain functions, called on the
+// main thread before and while the application object exists.
 
 #include "engine/EngineTypes.h"
 

@@ -2,7 +2,7 @@
 
 // The built-in demo: three test-signal channels with tones, a slideshow of generated cards,
 // and a schedule that switches between them under a scrolling ticker and the logo. Needs no
-// files; the cards are written into a folder the caller owns.
+// files; the cards are written into a folder the caller owns. Any thread.
 
 #include "engine/EngineTypes.h"
 

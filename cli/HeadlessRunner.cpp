@@ -10,7 +10,6 @@
 #include <QSocketNotifier>
 #include <QTemporaryDir>
 #include <QTimer>
-
 #include <atomic>
 #include <cstdio>
 
@@ -54,7 +53,10 @@ QString clockText(qint64 ms)
         .arg(ms / 100 % 10);
 }
 
-QString tr(const char *text) { return QCoreApplication::translate("selvane", text); }
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("selvane", text);
+}
 
 QString failureText(OutputFailure failure)
 {
@@ -75,9 +77,15 @@ HeadlessRunner::HeadlessRunner(const HeadlessOptions &options, QObject *parent)
 {
 }
 
-HeadlessRunner::~HeadlessRunner() { delete m_demoFolder; }
+HeadlessRunner::~HeadlessRunner()
+{
+    delete m_demoFolder;
+}
 
-void HeadlessRunner::setHardInterruptHook(void (*hook)()) { g_hardInterruptHook = hook; }
+void HeadlessRunner::setHardInterruptHook(void (*hook)())
+{
+    g_hardInterruptHook = hook;
+}
 
 bool HeadlessRunner::loadSchedule()
 {
@@ -113,12 +121,11 @@ bool HeadlessRunner::loadSchedule()
                      qPrintable(check.message));
         return false;
     }
-    connect(m_engine, &Engine::scheduleBaseClipChanged, this,
-            [](const QString &id, qint64 atMs) {
-                std::fprintf(stdout, "schedule: %s at %.3f s\n",
-                             id.isEmpty() ? "(black)" : qPrintable(id), atMs / 1000.0);
-                std::fflush(stdout);
-            });
+    connect(m_engine, &Engine::scheduleBaseClipChanged, this, [](const QString &id, qint64 atMs) {
+        std::fprintf(stdout, "schedule: %s at %.3f s\n", id.isEmpty() ? "(black)" : qPrintable(id),
+                     atMs / 1000.0);
+        std::fflush(stdout);
+    });
     return true;
 }
 
@@ -127,7 +134,9 @@ void HeadlessRunner::installInterruptHandler()
 #ifndef _WIN32
     if (pipe2(g_interruptPipe, O_CLOEXEC | O_NONBLOCK) != 0)
         return;
-    struct sigaction action {};
+    struct sigaction action
+    {
+    };
     action.sa_handler = onInterruptSignal;
     sigemptyset(&action.sa_mask);
     sigaction(SIGINT, &action, nullptr);
@@ -191,7 +200,8 @@ int HeadlessRunner::run()
         }
     }
     if (m_options.hasOutputs())
-        m_engine->startOutputs({m_options.output, {m_options.outputSize.isValid(), m_options.outputSize}});
+        m_engine->startOutputs(
+            {m_options.output, {m_options.outputSize.isValid(), m_options.outputSize}});
     m_clock.start();
     m_progressTimer = new QTimer(this);
     connect(m_progressTimer, &QTimer::timeout, this, [this] { printProgress(false); });
@@ -221,8 +231,8 @@ void HeadlessRunner::printProgress(bool final)
                        .arg(dropped);
     if (stats.output.running || stats.output.stopping || stats.output.bytesEncoded > 0) {
         const qint64 bytes = stats.output.bytesEncoded;
-        const double kbps = final ? (ms > 0 ? bytes * 8.0 / ms : 0.0)
-                                  : (bytes - m_bytesAtLastLine) * 8.0 / spanMs;
+        const double kbps =
+            final ? (ms > 0 ? bytes * 8.0 / ms : 0.0) : (bytes - m_bytesAtLastLine) * 8.0 / spanMs;
         m_bytesAtLastLine = bytes;
         line += QStringLiteral("  out %1 kbps  encoder-drops %2")
                     .arg(kbps, 0, 'f', 0)

@@ -76,7 +76,9 @@ std::shared_ptr<OverlayScene> OverlayManager::editableCopy() const
         scene->clock = m_clock;
     } else {
         const QElapsedTimer monotonic = m_monotonic;
-        scene->clock = [monotonic] { return monotonic.nsecsElapsed() / 1000; };
+        scene->clock = [monotonic] {
+            return monotonic.nsecsElapsed() / 1000;
+        };
     }
     return scene;
 }

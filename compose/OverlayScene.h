@@ -15,7 +15,6 @@
 #include <QPointF>
 #include <QRectF>
 #include <QString>
-
 #include <functional>
 #include <memory>
 

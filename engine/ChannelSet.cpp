@@ -50,8 +50,8 @@ ChannelSet::ChannelSet(const FramePool &pool, AudioInputs &audio, ProgramSwitche
                 [this, c](SourceError code, const QString &detail, quint64 generation) {
                     if (generation != m_channels[std::size_t(c)].generation)
                         return;
-                    const QString text = sourceErrorLogText(code) +
-                                         (detail.isEmpty() ? QString() : ": " + detail);
+                    const QString text =
+                        sourceErrorLogText(code) + (detail.isEmpty() ? QString() : ": " + detail);
                     qWarning().noquote() << "Channel" << c << "decoder:" << text;
                     emit error(c, code, detail);
                 });
@@ -115,8 +115,9 @@ QSize ChannelSet::displaySize(int channel) const
 
 ChannelState ChannelSet::state(int channel) const
 {
-    return isChannel(channel) ? channelStateOf(int(m_channels[std::size_t(channel)].decoder->state()))
-                              : ChannelState::Idle;
+    return isChannel(channel)
+               ? channelStateOf(int(m_channels[std::size_t(channel)].decoder->state()))
+               : ChannelState::Idle;
 }
 
 void ChannelSet::pause(int channel)

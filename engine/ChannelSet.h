@@ -13,7 +13,6 @@
 #include "media/FramePool.h"
 
 #include <QObject>
-
 #include <array>
 #include <memory>
 

@@ -15,7 +15,6 @@
 #include <QDebug>
 #include <QThread>
 #include <QTimer>
-
 #include <cmath>
 
 namespace selvane {
@@ -27,7 +26,10 @@ constexpr qint32 kOverlayPoolBase = 6;
 constexpr int kRateIntervalMs = 1000;
 
 // Rounds half away from zero, at least 1.
-int pixelsAtLeastOne(double value) { return std::max(1, int(std::lround(value))); }
+int pixelsAtLeastOne(double value)
+{
+    return std::max(1, int(std::lround(value)));
+}
 
 } // namespace
 
@@ -100,19 +102,31 @@ Engine::Engine(QObject *parent)
     });
 
     ScheduleControl::Operations operations;
-    operations.cutTo = [this](int channel) { cutTo(channel); };
+    operations.cutTo = [this](int channel) {
+        cutTo(channel);
+    };
     operations.showImages = [this](const QStringList &paths, int intervalMs, bool loop) {
         showImages(paths, intervalMs, loop);
     };
-    operations.showBlack = [this] { showBlack(); };
+    operations.showBlack = [this] {
+        showBlack();
+    };
     operations.playOnChannel = [this](int channel, const QString &address, bool loop) {
         setChannelLoop(channel, loop);
         setChannelSource(channel, address);
     };
-    operations.setTextOverlay = [this](const TextOverlayData &text) { setTextOverlay(text); };
-    operations.removeTextOverlay = [this](int id) { removeTextOverlay(id); };
-    operations.setMediaOverlay = [this](const MediaOverlayRecord &record) { setMediaOverlay(record); };
-    operations.removeMediaOverlay = [this](int id) { removeMediaOverlay(id); };
+    operations.setTextOverlay = [this](const TextOverlayData &text) {
+        setTextOverlay(text);
+    };
+    operations.removeTextOverlay = [this](int id) {
+        removeTextOverlay(id);
+    };
+    operations.setMediaOverlay = [this](const MediaOverlayRecord &record) {
+        setMediaOverlay(record);
+    };
+    operations.removeMediaOverlay = [this](int id) {
+        removeMediaOverlay(id);
+    };
     m_scheduleControl = new ScheduleControl(std::move(operations), this);
     connect(this, &Engine::slideShown, m_scheduleControl, &ScheduleControl::onSlideShown);
     connect(this, &Engine::programFrame, m_scheduleControl, &ScheduleControl::onProgramFrame);
@@ -120,8 +134,9 @@ Engine::Engine(QObject *parent)
     m_scheduleControl->setRunner(m_schedule);
     connect(m_schedule, &ScheduleRunner::programArrangementRunningChanged, this,
             &Engine::scheduleRunningChanged);
-    connect(m_schedule, &ScheduleRunner::baseClipChanged, this,
-            [this](const QString &id) { emit scheduleBaseClipChanged(id, m_schedule->clock().ms()); });
+    connect(m_schedule, &ScheduleRunner::baseClipChanged, this, [this](const QString &id) {
+        emit scheduleBaseClipChanged(id, m_schedule->clock().ms());
+    });
 
     // The mixer runs on a thread of its own once startAudio() is called.
     m_mixer = new PreviewAudioMixer(m_audioInputs, m_programClock);
@@ -173,14 +188,29 @@ void Engine::setChannelSource(int channel, const QString &address, const QString
         updateProgramSize();
 }
 
-void Engine::pauseChannel(int channel) { m_channels->pause(channel); }
-void Engine::resumeChannel(int channel) { m_channels->resume(channel); }
-void Engine::seekChannel(int channel, qint64 positionMs) { m_channels->seek(channel, positionMs); }
-void Engine::setChannelLoop(int channel, bool loop) { m_channels->setLoop(channel, loop); }
+void Engine::pauseChannel(int channel)
+{
+    m_channels->pause(channel);
+}
+void Engine::resumeChannel(int channel)
+{
+    m_channels->resume(channel);
+}
+void Engine::seekChannel(int channel, qint64 positionMs)
+{
+    m_channels->seek(channel, positionMs);
+}
+void Engine::setChannelLoop(int channel, bool loop)
+{
+    m_channels->setLoop(channel, loop);
+}
 
 // ---- the program picture ----
 
-int Engine::programChannel() const { return m_switcher->isStill() ? -1 : m_switcher->programChannel(); }
+int Engine::programChannel() const
+{
+    return m_switcher->isStill() ? -1 : m_switcher->programChannel();
+}
 
 void Engine::cutTo(int channel)
 {
@@ -264,15 +294,21 @@ QSize Engine::overlayTargetSize(const MediaOverlayRecord &record) const
                              VulkanCompositor::kSceneHeight)};
 }
 
-void Engine::setTextOverlay(const TextOverlayData &text) { m_overlays->setTextOverlay(text); }
-void Engine::removeTextOverlay(int id) { m_overlays->removeTextOverlay(id); }
+void Engine::setTextOverlay(const TextOverlayData &text)
+{
+    m_overlays->setTextOverlay(text);
+}
+void Engine::removeTextOverlay(int id)
+{
+    m_overlays->removeTextOverlay(id);
+}
 
 void Engine::setMediaOverlay(const MediaOverlayRecord &record)
 {
     const MediaOverlayRecord *before = m_overlays->mediaOverlay(record.id);
     const bool wasVideo = before && before->kind == MediaOverlayRecord::OverlayVideo;
-    const bool samePlayback = wasVideo && before->filePath == record.filePath &&
-                              before->loop == record.loop;
+    const bool samePlayback =
+        wasVideo && before->filePath == record.filePath && before->loop == record.loop;
     m_overlays->setMediaOverlay(record);
     if (!m_overlays->mediaOverlay(record.id))
         return; // refused: the overlay limit
@@ -294,10 +330,22 @@ void Engine::removeMediaOverlay(int id)
     m_overlayAudio.remove(id);
 }
 
-void Engine::setDoodle(const QList<DoodleStroke> &strokes) { m_overlays->setDoodleLayer(strokes); }
-void Engine::setDoodleVisible(bool visible) { m_overlays->setDoodleVisible(visible); }
-QList<TextOverlayData> Engine::textOverlays() const { return m_overlays->textOverlays(); }
-QList<MediaOverlayRecord> Engine::mediaOverlays() const { return m_overlays->mediaOverlays(); }
+void Engine::setDoodle(const QList<DoodleStroke> &strokes)
+{
+    m_overlays->setDoodleLayer(strokes);
+}
+void Engine::setDoodleVisible(bool visible)
+{
+    m_overlays->setDoodleVisible(visible);
+}
+QList<TextOverlayData> Engine::textOverlays() const
+{
+    return m_overlays->textOverlays();
+}
+QList<MediaOverlayRecord> Engine::mediaOverlays() const
+{
+    return m_overlays->mediaOverlays();
+}
 
 // ---- sound ----
 
@@ -440,7 +488,10 @@ void Engine::stopOutputs()
     m_output->stop();
 }
 
-bool Engine::outputsActive() const { return m_pendingOutputs.has_value() || m_output->isActive(); }
+bool Engine::outputsActive() const
+{
+    return m_pendingOutputs.has_value() || m_output->isActive();
+}
 
 // ---- schedule ----
 
@@ -463,7 +514,10 @@ void Engine::stopSchedule()
     m_scheduleControl->release();
 }
 
-bool Engine::isScheduleRunning() const { return m_schedule->isRunning(); }
+bool Engine::isScheduleRunning() const
+{
+    return m_schedule->isRunning();
+}
 
 // ---- stats ----
 

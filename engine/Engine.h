@@ -23,7 +23,6 @@
 #include <QHash>
 #include <QImage>
 #include <QObject>
-
 #include <optional>
 
 class OverlayManager;

@@ -15,7 +15,6 @@
 #include <QMetaType>
 #include <QSize>
 #include <QString>
-
 #include <array>
 
 namespace selvane {
@@ -29,8 +28,8 @@ enum class ChannelState
     Opening, // connecting or probing
     Playing,
     Paused,
-    Ended,   // a file reached its end without loop
-    Failed,  // see lastError
+    Ended,  // a file reached its end without loop
+    Failed, // see lastError
 };
 
 // Why the outputs did not start, or stopped on their own.

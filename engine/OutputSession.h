@@ -16,7 +16,6 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QStringList>
-
 #include <memory>
 
 class OutputRouter;

@@ -36,8 +36,8 @@ OverlaySlots::OverlaySlots(const FramePool &pool, AudioInputs &audio, ProgramSwi
                     const Slot &slot = m_slots[std::size_t(s)];
                     if (generation != slot.generation || slot.state != SlotState::Playing)
                         return;
-                    const QString text = sourceErrorLogText(code) +
-                                         (detail.isEmpty() ? QString() : ": " + detail);
+                    const QString text =
+                        sourceErrorLogText(code) + (detail.isEmpty() ? QString() : ": " + detail);
                     qWarning().noquote() << "Overlay slot" << s << "decoder:" << text;
                     emit error(slot.mediaId.load(), code, detail);
                 });

@@ -22,7 +22,6 @@
 #include <QList>
 #include <QObject>
 #include <QSize>
-
 #include <array>
 #include <atomic>
 #include <memory>

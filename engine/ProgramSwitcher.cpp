@@ -3,7 +3,6 @@
 #include <QPainter>
 #include <QThread>
 #include <QTimer>
-
 #include <cmath>
 #include <cstring>
 

@@ -22,7 +22,6 @@
 #include <QImage>
 #include <QObject>
 #include <QSize>
-
 #include <atomic>
 #include <functional>
 #include <memory>

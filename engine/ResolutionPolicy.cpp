@@ -6,8 +6,14 @@ namespace selvane {
 
 namespace {
 
-int evenAtLeastTwo(int value) { return std::max(2, value - (value % 2)); }
-QSize evenSize(QSize size) { return {evenAtLeastTwo(size.width()), evenAtLeastTwo(size.height())}; }
+int evenAtLeastTwo(int value)
+{
+    return std::max(2, value - (value % 2));
+}
+QSize evenSize(QSize size)
+{
+    return {evenAtLeastTwo(size.width()), evenAtLeastTwo(size.height())};
+}
 
 } // namespace
 

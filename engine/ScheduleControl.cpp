@@ -101,10 +101,10 @@ void ScheduleControl::showMediaOverlay(const QString &clipId, int kind, const QS
     record.kind = kind == OverlayClip::Video ? MediaOverlayRecord::OverlayVideo
                                              : MediaOverlayRecord::StillImage;
     record.filePath = path;
-    record.rect = QRectF(rect.x() * VulkanCompositor::kSceneWidth,
-                         rect.y() * VulkanCompositor::kSceneHeight,
-                         rect.width() * VulkanCompositor::kSceneWidth,
-                         rect.height() * VulkanCompositor::kSceneHeight);
+    record.rect =
+        QRectF(rect.x() * VulkanCompositor::kSceneWidth, rect.y() * VulkanCompositor::kSceneHeight,
+               rect.width() * VulkanCompositor::kSceneWidth,
+               rect.height() * VulkanCompositor::kSceneHeight);
     record.opacity = opacity;
     record.loop = true;
     m_do.setMediaOverlay(record);

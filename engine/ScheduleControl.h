@@ -12,7 +12,6 @@
 
 #include <QHash>
 #include <QObject>
-
 #include <functional>
 
 namespace selvane {

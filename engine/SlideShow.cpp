@@ -16,7 +16,10 @@ SlideShow::SlideShow(QObject *parent) : QObject(parent)
     connect(m_timer, &QTimer::timeout, this, &SlideShow::advance);
 }
 
-SlideShow::~SlideShow() { *m_alive = false; }
+SlideShow::~SlideShow()
+{
+    *m_alive = false;
+}
 
 void SlideShow::play(const QStringList &paths, int intervalMs, bool loop)
 {

@@ -9,7 +9,6 @@
 #include <QImage>
 #include <QObject>
 #include <QStringList>
-
 #include <memory>
 
 class QTimer;
@@ -43,7 +42,7 @@ private:
     int m_intervalMs = 2000;
     bool m_loop = true;
     bool m_playing = false;
-    int m_index = 0;   // the slide on air
+    int m_index = 0; // the slide on air
     int m_shown = 0;
     quint64 m_generation = 0;
     int m_readyIndex = -1; // the decoded next slide, if any

@@ -3,7 +3,6 @@
 #include "media/LogThrottle.h"
 
 #include <QDebug>
-
 #include <algorithm>
 
 namespace selvane {
@@ -41,7 +40,10 @@ DecodeRun::DecodeRun(DecoderControls &controls, DecodeHost &host, SteadyNow now)
 {
 }
 
-DecodeRun::~DecodeRun() { stopReader(); }
+DecodeRun::~DecodeRun()
+{
+    stopReader();
+}
 
 bool DecodeRun::open(const QString &source, bool separateAudio)
 {
@@ -170,7 +172,8 @@ void DecodeRun::sendPacket(AVCodecContext *codec, AVPacket *packet)
         m_host.packetDropCounter().fetch_add(1);
         if (shouldLog(++m_refusedPackets, 5, 500))
             qWarning().noquote() << "FFmpegVideoDecoder: packet refused by the decoder (count"
-                                 << m_refusedPackets << "):" << errorText("avcodec_send_packet", err);
+                                 << m_refusedPackets
+                                 << "):" << errorText("avcodec_send_packet", err);
     }
     av_packet_unref(packet);
 }
@@ -314,7 +317,8 @@ void DecodeRun::convertAndDeliver(const AVFrame *decoded)
 void DecodeRun::seekTo(qint64 positionMs)
 {
     const qint64 targetUs = std::max<qint64>(0, positionMs) * 1000;
-    const qint64 startTs = m_videoStream->start_time != AV_NOPTS_VALUE ? m_videoStream->start_time : 0;
+    const qint64 startTs =
+        m_videoStream->start_time != AV_NOPTS_VALUE ? m_videoStream->start_time : 0;
     const int64_t ts = av_rescale_q(targetUs, AV_TIME_BASE_Q, m_videoStream->time_base) + startTs;
     AVFormatContext *format = m_input.context.get();
     if (av_seek_frame(format, m_videoStream->index, ts, AVSEEK_FLAG_BACKWARD) < 0)

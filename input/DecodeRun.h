@@ -15,7 +15,6 @@
 
 #include <QSize>
 #include <QString>
-
 #include <atomic>
 #include <memory>
 #include <thread>
@@ -26,9 +25,9 @@ namespace selvane {
 struct DecoderControls
 {
     std::atomic<bool> playing{true};
-    std::atomic<bool> resumed{false};   // set by resume(): re-anchor the pacing clock
+    std::atomic<bool> resumed{false}; // set by resume(): re-anchor the pacing clock
     std::atomic<qint64> seekRequestMs{-1};
-    std::atomic<bool> seekFlag{false};  // a seek made while playing
+    std::atomic<bool> seekFlag{false}; // a seek made while playing
     std::atomic<bool> loop{false};
     std::atomic<bool> flushRequest{false};
     std::atomic<int> targetWidth{0};

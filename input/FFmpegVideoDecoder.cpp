@@ -5,7 +5,6 @@
 
 #include <QDebug>
 #include <QUrl>
-
 #include <chrono>
 
 using namespace selvane;
@@ -71,8 +70,8 @@ public:
             qWarning().noquote() << "FFmpegVideoDecoder: read ended:" << detail;
         m_decoder.m_lastError.store(int(error));
         // A separate microphone that fails leaves the pictures playing.
-        const bool microphone = error >= SourceError::MicAddressInvalid &&
-                                error <= SourceError::MicDecoderFailed;
+        const bool microphone =
+            error >= SourceError::MicAddressInvalid && error <= SourceError::MicDecoderFailed;
         if (!microphone)
             m_decoder.setState(State::Failed, m_generation);
         emit m_decoder.decodeError(error, detail, m_generation);
@@ -203,7 +202,10 @@ void FFmpegVideoDecoder::setState(State state, quint64 generation)
         emit stateChanged(state, generation);
 }
 
-void FFmpegVideoDecoder::pause() { m_controls->playing.store(false); }
+void FFmpegVideoDecoder::pause()
+{
+    m_controls->playing.store(false);
+}
 
 void FFmpegVideoDecoder::resume()
 {
@@ -211,7 +213,10 @@ void FFmpegVideoDecoder::resume()
         m_controls->resumed.store(true);
 }
 
-bool FFmpegVideoDecoder::isPaused() const { return !m_controls->playing.load(); }
+bool FFmpegVideoDecoder::isPaused() const
+{
+    return !m_controls->playing.load();
+}
 
 void FFmpegVideoDecoder::seek(qint64 positionMs)
 {
@@ -220,9 +225,18 @@ void FFmpegVideoDecoder::seek(qint64 positionMs)
         m_controls->seekFlag.store(true);
 }
 
-void FFmpegVideoDecoder::setLoop(bool loop) { m_controls->loop.store(loop); }
-bool FFmpegVideoDecoder::loop() const { return m_controls->loop.load(); }
-void FFmpegVideoDecoder::requestFlush() { m_controls->flushRequest.store(true); }
+void FFmpegVideoDecoder::setLoop(bool loop)
+{
+    m_controls->loop.store(loop);
+}
+bool FFmpegVideoDecoder::loop() const
+{
+    return m_controls->loop.load();
+}
+void FFmpegVideoDecoder::requestFlush()
+{
+    m_controls->flushRequest.store(true);
+}
 
 void FFmpegVideoDecoder::workerLoop()
 {

@@ -24,7 +24,6 @@
 #include <QObject>
 #include <QSize>
 #include <QString>
-
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
@@ -48,8 +47,8 @@ public:
         Opening, // connecting or probing
         Playing,
         Paused,
-        Ended,   // a file reached its end without loop
-        Failed,  // the source could not be opened, or stopped delivering
+        Ended,  // a file reached its end without loop
+        Failed, // the source could not be opened, or stopped delivering
     };
     Q_ENUM(State)
 

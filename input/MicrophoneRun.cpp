@@ -45,7 +45,8 @@ void runMicrophone(const QString &addressOrName, bool isBareDeviceName, DecodeHo
         }
         if (err < 0)
             break;
-        if (packet->stream_index == index && avcodec_send_packet(context.get(), packet.get()) >= 0) {
+        if (packet->stream_index == index &&
+            avcodec_send_packet(context.get(), packet.get()) >= 0) {
             while (avcodec_receive_frame(context.get(), frame.get()) >= 0) {
                 converter.convert(frame.get(), context.get(), sink);
                 av_frame_unref(frame.get());

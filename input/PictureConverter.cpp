@@ -102,10 +102,9 @@ bool PictureConverter::convert(const AVFrame *frame, QSize size, FrameWriter &ou
 {
     const bool quarterTurn = m_rotation == 90 || m_rotation == 270;
     const QSize scaled = quarterTurn ? size.transposed() : size;
-    m_sws.reset(sws_getCachedContext(m_sws.release(), frame->width, frame->height,
-                                     static_cast<AVPixelFormat>(frame->format), scaled.width(),
-                                     scaled.height(), AV_PIX_FMT_RGBA, SWS_BILINEAR, nullptr,
-                                     nullptr, nullptr));
+    m_sws.reset(sws_getCachedContext(
+        m_sws.release(), frame->width, frame->height, static_cast<AVPixelFormat>(frame->format),
+        scaled.width(), scaled.height(), AV_PIX_FMT_RGBA, SWS_BILINEAR, nullptr, nullptr, nullptr));
     if (!m_sws)
         return false;
     const qint64 stride = qint64(size.width()) * 4;

@@ -8,7 +8,6 @@
 #include "media/FrameToken.h"
 
 #include <QSize>
-
 #include <vector>
 
 namespace selvane {

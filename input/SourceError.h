@@ -2,7 +2,7 @@
 
 // Why a source could not be opened or stopped playing. The engine reports the code with a
 // technical detail and logs the English text of logText(); what the operator reads is the faces'
-// business (translated there).
+// business (translated there). Values and a plain function, any thread.
 
 #include <QMetaType>
 #include <QString>
@@ -12,8 +12,8 @@ namespace selvane {
 enum class SourceError
 {
     None,
-    OpenFailed,         // the demuxer could not open the address
-    ProbeFailed,        // the stream-information probe failed
+    OpenFailed,  // the demuxer could not open the address
+    ProbeFailed, // the stream-information probe failed
     NoVideoStream,
     DecoderOpenFailed,
     AllocFailed,        // frames or packets could not be allocated

@@ -16,7 +16,8 @@ struct OpenedVideoDecoder
     ffsupport::BufferRefPtr device;
     // The hardware picture format asked for; AV_PIX_FMT_NONE for software decoding. Held on
     // the heap: the decoder's format callback reads it through its opaque pointer.
-    std::unique_ptr<AVPixelFormat> hardwareFormat = std::make_unique<AVPixelFormat>(AV_PIX_FMT_NONE);
+    std::unique_ptr<AVPixelFormat> hardwareFormat =
+        std::make_unique<AVPixelFormat>(AV_PIX_FMT_NONE);
 };
 
 bool openVideoDecoder(const AVStream *stream, OpenedVideoDecoder *out);

@@ -26,7 +26,10 @@ public:
     static bool isOverlaySlot(int index) { return index >= 0 && index < kOverlaySlots; }
 
     // The channel whose sound goes into the program mix, or -1 (still pictures, black).
-    void setProgramChannel(int channel) { m_programChannel.store(isChannel(channel) ? channel : -1); }
+    void setProgramChannel(int channel)
+    {
+        m_programChannel.store(isChannel(channel) ? channel : -1);
+    }
     int programChannel() const { return m_programChannel.load(); }
 
     // Sound dropped by every queue since the start (oldest frames given way).

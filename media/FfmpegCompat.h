@@ -1,7 +1,7 @@
 #pragma once
 
 // The few calls whose API differs between FFmpeg 5.1 and the newest release, behind version
-// checks here and nowhere else.
+// checks here and nowhere else. Plain functions, any thread.
 
 #include <cstdint>
 

@@ -2,7 +2,8 @@
 
 // RAII owners for every FFmpeg object the program holds, an option dictionary, and the text of
 // an FFmpeg error. Input and output format contexts close differently: an input with
-// avformat_close_input, an output by closing its I/O and freeing the context.
+// avformat_close_input, an output by closing its I/O and freeing the context. Any thread; an
+// object belongs to one thread at a time.
 
 #include <QString>
 

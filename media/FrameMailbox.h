@@ -14,8 +14,7 @@
 
 namespace selvane {
 
-template <int N>
-class FrameMailbox
+template <int N> class FrameMailbox
 {
 public:
     using Frames = std::array<FrameTokenPtr, N>;

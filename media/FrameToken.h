@@ -8,7 +8,6 @@
 
 #include <QByteArray>
 #include <QMetaType>
-
 #include <memory>
 
 struct FrameToken
@@ -17,10 +16,10 @@ struct FrameToken
     quint64 producerWord = 0; // owned by the producer, never touched by the pool
     qint32 width = 0;
     qint32 height = 0;
-    bool flag = true;   // set when created and when a producer fills it from an image
-    QByteArray pixels;  // rows of R, G, B, A bytes
-    qint64 stride = 0;  // bytes per row in pixels
-    quint64 tag = 0;    // owned by the producer, reset when returned to the pool
+    bool flag = true;  // set when created and when a producer fills it from an image
+    QByteArray pixels; // rows of R, G, B, A bytes
+    qint64 stride = 0; // bytes per row in pixels
+    quint64 tag = 0;   // owned by the producer, reset when returned to the pool
 
     const uchar *bits() const { return reinterpret_cast<const uchar *>(pixels.constData()); }
 };

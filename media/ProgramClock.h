@@ -8,9 +8,7 @@
 #include "media/SteadyClock.h"
 
 #include <QtGlobal>
-
 #include <algorithm>
-
 #include <atomic>
 
 namespace selvane {

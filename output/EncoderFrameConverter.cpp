@@ -4,7 +4,6 @@
 #include "output/EncoderSettings.h"
 
 #include <QDebug>
-
 #include <algorithm>
 
 extern "C" {
@@ -38,7 +37,10 @@ int swsThreadsFor(qint64 pixels)
     return 2;
 }
 
-int even(double value) { return std::max(2, int(value) & ~1); }
+int even(double value)
+{
+    return std::max(2, int(value) & ~1);
+}
 
 } // namespace
 
@@ -49,7 +51,8 @@ void EncoderFrameConverter::reset()
     m_sourceHeight = 0;
 }
 
-bool EncoderFrameConverter::prepare(const FrameToken &picture, const AVFrame &out, int qualityPreset)
+bool EncoderFrameConverter::prepare(const FrameToken &picture, const AVFrame &out,
+                                    int qualityPreset)
 {
     if (m_sws && picture.width == m_sourceWidth && picture.height == m_sourceHeight)
         return true;
@@ -105,9 +108,10 @@ void EncoderFrameConverter::convert(const FrameToken &picture, AVFrame *out)
         for (int c = 0; c < desc->nb_components; ++c) {
             const AVComponentDescriptor &comp = desc->comp[c];
             const bool chroma = c == 1 || c == 2;
-            planes[comp.plane] = out->data[comp.plane] +
-                                 (y >> (chroma ? desc->log2_chroma_h : 0)) * out->linesize[comp.plane] +
-                                 (x >> (chroma ? desc->log2_chroma_w : 0)) * comp.step;
+            planes[comp.plane] =
+                out->data[comp.plane] +
+                (y >> (chroma ? desc->log2_chroma_h : 0)) * out->linesize[comp.plane] +
+                (x >> (chroma ? desc->log2_chroma_w : 0)) * comp.step;
         }
     }
     const uint8_t *source[4] = {picture.bits(), nullptr, nullptr, nullptr};

@@ -17,7 +17,10 @@ FileRecorder::FileRecorder(QString path, QString originalPath,
 {
 }
 
-FileRecorder::~FileRecorder() { close(); }
+FileRecorder::~FileRecorder()
+{
+    close();
+}
 
 std::chrono::steady_clock::time_point FileRecorder::now() const
 {
@@ -83,8 +86,9 @@ void FileRecorder::handleWriteFailure(int err)
         m_failingSince.store(now());
     const qint64 streak = m_failureStreak.fetch_add(1) + 1;
     if (reconnect::shouldLog(streak, 12, 200))
-        qWarning().noquote() << "FfmpegEncoderSink: file mux write failed (will retry same file, streak"
-                             << streak << ")" << ffsupport::errorText("write", err);
+        qWarning().noquote()
+            << "FfmpegEncoderSink: file mux write failed (will retry same file, streak" << streak
+            << ")" << ffsupport::errorText("write", err);
 }
 
 qint64 FileRecorder::fileFailingForMs() const
@@ -121,6 +125,9 @@ void FileRecorder::maybeRotateSegment()
     qInfo().noquote() << "FfmpegEncoderSink: recording segment opened" << path;
 }
 
-void FileRecorder::close() { m_mux.close(true); }
+void FileRecorder::close()
+{
+    m_mux.close(true);
+}
 
 } // namespace selvane

@@ -9,7 +9,6 @@
 #include "output/MuxContext.h"
 
 #include <QString>
-
 #include <atomic>
 #include <chrono>
 #include <memory>

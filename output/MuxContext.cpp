@@ -50,7 +50,8 @@ int MuxContext::open(const Setup &setup)
     ffsupport::OutputContextPtr context(raw);
     if (allocErr < 0 || !context) {
         qWarning().noquote() << "FfmpegEncoderSink: avformat_alloc_output_context2 failed"
-                             << "fmt=" << (setup.container.isEmpty() ? "(null)" : setup.container.constData())
+                             << "fmt="
+                             << (setup.container.isEmpty() ? "(null)" : setup.container.constData())
                              << "url=" << masked;
         return allocErr < 0 ? allocErr : AVERROR(ENOMEM);
     }
@@ -70,9 +71,10 @@ int MuxContext::open(const Setup &setup)
     if (!stream && (formatName == "mp4" || formatName == "mov")) {
         // Crash-safe recording: fragments at every keyframe, so a file cut off at any moment
         // plays up to its last fragment.
-        muxerOptions.set("movflags", muxerKnowsMovFlag(context->oformat, "hybrid_fragmented")
-                                         ? "+hybrid_fragmented+frag_keyframe+empty_moov+default_base_moof"
-                                         : "+frag_keyframe+empty_moov+default_base_moof");
+        muxerOptions.set("movflags",
+                         muxerKnowsMovFlag(context->oformat, "hybrid_fragmented")
+                             ? "+hybrid_fragmented+frag_keyframe+empty_moov+default_base_moof"
+                             : "+frag_keyframe+empty_moov+default_base_moof");
     } else if (formatName == "ismv" || (stream && isMp4Family(context->oformat))) {
         muxerOptions.set("movflags", "+frag_keyframe+empty_moov+default_base_moof");
     } else if (formatName == "flv") {

@@ -9,7 +9,6 @@
 #include "media/FfmpegTypes.h"
 
 #include <QString>
-
 #include <atomic>
 #include <deque>
 #include <functional>

@@ -22,13 +22,15 @@ StreamPublisher::StreamPublisher(QString url, QString originalUrl, QString forma
                                  int targetIndex, std::shared_ptr<EncodedStreams> streams,
                                  StatusCallback status, SteadyNow now)
     : m_url(std::move(url)), m_originalUrl(std::move(originalUrl)),
-      m_formatName(std::move(formatName)), m_targetIndex(targetIndex),
-      m_status(std::move(status)), m_now(std::move(now)),
-      m_mux(MuxContext::Use::Stream, std::move(streams), &m_stop)
+      m_formatName(std::move(formatName)), m_targetIndex(targetIndex), m_status(std::move(status)),
+      m_now(std::move(now)), m_mux(MuxContext::Use::Stream, std::move(streams), &m_stop)
 {
 }
 
-StreamPublisher::~StreamPublisher() { close(); }
+StreamPublisher::~StreamPublisher()
+{
+    close();
+}
 
 std::unique_ptr<StreamPublisher> StreamPublisher::forTarget(const QString &original,
                                                             const QString &formatName,
@@ -40,7 +42,8 @@ std::unique_ptr<StreamPublisher> StreamPublisher::forTarget(const QString &origi
     const QUrl parsed(url, QUrl::StrictMode);
     if (url.isEmpty() || !parsed.isValid() || parsed.scheme().isEmpty() ||
         (parsed.host().isEmpty() && !url.toLower().startsWith("file:"))) {
-        qWarning().noquote() << "FfmpegEncoderSink: invalid network output URL" << maskStreamUrl(url);
+        qWarning().noquote() << "FfmpegEncoderSink: invalid network output URL"
+                             << maskStreamUrl(url);
         return nullptr;
     }
     bool rewritten = false;
@@ -126,8 +129,9 @@ int StreamPublisher::connectOnce(bool afterFailure)
 {
     if (isRtmpFamilyUrl(m_url) &&
         QString::fromLatin1(avformat_configuration()).contains("--enable-librtmp")) {
-        qWarning("FfmpegEncoderSink: RTMP output requires an FFmpeg build without --enable-librtmp; "
-                 "refusing the non-interruptible external librtmp path");
+        qWarning(
+            "FfmpegEncoderSink: RTMP output requires an FFmpeg build without --enable-librtmp; "
+            "refusing the non-interruptible external librtmp path");
         return AVERROR(ENOSYS);
     }
     MuxContext::Setup setup;
@@ -237,7 +241,8 @@ void StreamPublisher::networkLoop()
                 retryConnection();
                 continue;
             }
-            m_wake.wait_for(lock, std::min<std::chrono::steady_clock::duration>(m_nextRetry - t, 50ms));
+            m_wake.wait_for(lock,
+                            std::min<std::chrono::steady_clock::duration>(m_nextRetry - t, 50ms));
             continue;
         }
         if (m_queue.empty()) {

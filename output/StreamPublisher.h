@@ -11,7 +11,6 @@
 #include "output/MuxContext.h"
 
 #include <QString>
-
 #include <atomic>
 #include <chrono>
 #include <condition_variable>

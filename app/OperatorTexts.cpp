@@ -7,7 +7,7 @@ namespace selvane {
 namespace {
 QString tr(const char *text)
 {
-    return QCoreApplication::translate("OperatorTexts", text);
+    return QCoreApplication::translate("selvane", text);
 }
 } // namespace
 

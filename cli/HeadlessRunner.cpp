@@ -53,6 +53,11 @@ QString clockText(qint64 ms)
         .arg(ms / 100 % 10);
 }
 
+} // namespace
+
+namespace selvane {
+namespace {
+
 QString tr(const char *text)
 {
     return QCoreApplication::translate("selvane", text);
@@ -71,6 +76,7 @@ QString failureText(OutputFailure failure)
 }
 
 } // namespace
+} // namespace selvane
 
 HeadlessRunner::HeadlessRunner(const HeadlessOptions &options, QObject *parent)
     : QObject(parent), m_options(options)

@@ -11,7 +11,7 @@ namespace arrangement {
 
 namespace {
 
-QString tr(const char *text) { return QCoreApplication::translate("ProgramArrangement", text); }
+QString tr(const char *text) { return QCoreApplication::translate("arrangement", text); }
 
 const char *sceneKindName(int kind)
 {

@@ -440,14 +440,20 @@ void Engine::setOverlayOnProgram(int mediaId, bool onProgram)
     applyOverlayAudio(mediaId);
 }
 
+void Engine::setOverlayMuted(int mediaId, bool muted)
+{
+    m_overlayAudio[mediaId].muted = muted;
+    applyOverlayAudio(mediaId);
+}
+
 void Engine::applyOverlayAudio(int mediaId)
 {
     const int slot = m_overlaySlots->slotOf(mediaId);
     if (slot < 0 || !m_mixer)
         return;
     const OverlayAudio audio = m_overlayAudio.value(mediaId);
-    m_mixer->setOverlayPreviewVolume(slot, audio.preview);
-    m_mixer->setOverlayProgramVolume(slot, audio.program);
+    m_mixer->setOverlayPreviewVolume(slot, audio.muted ? 0.0f : audio.preview);
+    m_mixer->setOverlayProgramVolume(slot, audio.muted ? 0.0f : audio.program);
     m_mixer->setOverlayOnProgram(slot, audio.onProgram);
 }
 
@@ -574,6 +580,13 @@ EngineStats Engine::stats() const
     s.output.kbps = m_outputKbps;
     for (int i = 0; i < s.output.targets.size() && i < m_targetKbps.size(); ++i)
         s.output.targets[i].kbps = m_targetKbps[i];
+    if (m_mixer) {
+        for (const MediaOverlayRecord &record : m_overlays->mediaOverlays()) {
+            const int slot = m_overlaySlots->slotOf(record.id);
+            if (slot >= 0)
+                s.overlayAudio.insert(record.id, m_mixer->levels().overlaySlot(slot));
+        }
+    }
     s.scheduleRunning = m_schedule->isRunning();
     s.scheduleBaseClip = m_schedule->currentBaseId();
     s.scheduleMs = m_schedule->clock().ms();

@@ -90,6 +90,7 @@ public:
     void setChannelMuted(int channel, bool muted);
     void setOverlayVolume(int mediaId, float previewVolume, float programVolume);
     void setOverlayOnProgram(int mediaId, bool onProgram);
+    void setOverlayMuted(int mediaId, bool muted);
     void setProgramVolume(float volume);
     void setProgramMuted(bool muted);
     void setProgramGain(float gain);
@@ -170,6 +171,7 @@ private:
         float preview = 0.0f;
         float program = 1.0f;
         bool onProgram = true;
+        bool muted = false;
     };
     QHash<int, OverlayAudio> m_overlayAudio;
 

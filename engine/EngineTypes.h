@@ -11,6 +11,7 @@
 #include "output/EncoderSettings.h"
 #include "schedule/ProgramArrangement.h"
 
+#include <QHash>
 #include <QList>
 #include <QMetaType>
 #include <QSize>
@@ -124,6 +125,7 @@ struct EngineStats
     std::array<ChannelStats, kChannelCount> channels;
     ProgramStats program;
     OutputStats output;
+    QHash<int, Level> overlayAudio; // by media id, for the overlay videos that play
     bool scheduleRunning = false;
     QString scheduleBaseClip;
     qint64 scheduleMs = 0;

@@ -97,6 +97,7 @@ struct TargetStats
     qint64 bytes = 0;
     qint64 reconnects = 0;
     qint64 queueResets = 0;
+    qint64 packetsDropped = 0; // queue resets, waits for a keyframe, time spent reconnecting
 };
 
 struct RecordingStats
@@ -114,7 +115,8 @@ struct OutputStats
     QString encoder;
     qint64 bytesEncoded = 0;
     double kbps = 0.0;
-    qint64 encoderDrops = 0;
+    qint64 encoderDrops = 0;       // pictures the encode queue dropped
+    qint64 audioChunksDropped = 0; // program sound the encode queue dropped
     bool recording = false;
     RecordingStats file;
     QList<TargetStats> targets;

@@ -185,6 +185,7 @@ OutputStats OutputSession::stats() const
     out.encoder = m_router->encoderName();
     out.bytesEncoded = m_router->bytesEncoded();
     out.encoderDrops = m_router->droppedFrames();
+    out.audioChunksDropped = m_router->droppedAudioChunks();
     for (int i = 0; i < m_status.size(); ++i) {
         TargetStats target;
         target.status = m_status[i];
@@ -202,6 +203,7 @@ OutputStats OutputSession::stats() const
         target.bytes = d.bytesWritten;
         target.reconnects = d.reconnects;
         target.queueResets = d.queueResets;
+        target.packetsDropped = d.packetsDropped;
     }
     return out;
 }

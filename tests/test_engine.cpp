@@ -45,6 +45,25 @@ class TestEngine : public QObject
 
     QTemporaryDir m_dir;
 
+    // A captioned channel on air and recorded; the path of the recording, empty on failure.
+    QString startCaptionedRecording(Engine &engine, const QString &address, const QString &name)
+    {
+        TextOverlayData caption;
+        caption.id = 1;
+        caption.text = QStringLiteral("ON AIR");
+        caption.backgroundEnabled = true;
+        engine.setTextOverlay(caption);
+        engine.setChannelSource(0, address);
+        OutputSettings settings;
+        settings.encoder.fileEnabled = true;
+        settings.encoder.filePath = QDir(m_dir.path()).filePath(name);
+        settings.encoder.qualityPreset = EncoderSettings::Performance;
+        QSignalSpy started(&engine, &Engine::outputsStarted);
+        if (!engine.startOutputs(settings) || !started.wait(10000))
+            return {};
+        return settings.encoder.filePath;
+    }
+
 private slots:
     void programFollowsCuts()
     {
@@ -76,20 +95,10 @@ private slots:
     void stalledWindowThreadNeverStallsTheRecording()
     {
         Engine engine;
-        TextOverlayData caption;
-        caption.id = 1;
-        caption.text = QStringLiteral("LIVE");
-        caption.backgroundEnabled = true;
-        engine.setTextOverlay(caption);
-        engine.setChannelSource(0, "lavfi://testsrc2=size=640x360:rate=30[out0];sine[out1]");
         engine.startAudio();
-        OutputSettings settings;
-        settings.encoder.fileEnabled = true;
-        settings.encoder.filePath = QDir(m_dir.path()).filePath("stall.mp4");
-        settings.encoder.qualityPreset = EncoderSettings::Performance;
-        QSignalSpy started(&engine, &Engine::outputsStarted);
-        QVERIFY(engine.startOutputs(settings));
-        QVERIFY(started.wait(10000));
+        const QString file = startCaptionedRecording(
+            engine, "lavfi://testsrc2=size=640x360:rate=30[out0];sine[out1]", "stall.mp4");
+        QVERIFY(!file.isEmpty());
         QTest::qWait(1000);
         QThread::msleep(1500); // the window is busy: nothing on this thread runs
         QTest::qWait(1000);
@@ -101,7 +110,7 @@ private slots:
         // Every picture made it, and none is missing in the middle.
         QProcess probe;
         probe.start("ffprobe", {"-v", "error", "-select_streams", "v:0", "-show_entries",
-                                "packet=pts_time", "-of", "csv=p=0", settings.encoder.filePath});
+                                "packet=pts_time", "-of", "csv=p=0", file});
         QVERIFY(probe.waitForFinished(20000));
         QList<double> times;
         for (const QByteArray &line : probe.readAllStandardOutput().split('\n'))
@@ -122,18 +131,9 @@ private slots:
         // The encode queue fills up while the encoder is held up: the pictures it holds must
         // neither starve the decoders nor leave the compositor without a picture to draw on.
         Engine engine;
-        TextOverlayData caption;
-        caption.id = 1;
-        caption.text = QStringLiteral("ON AIR");
-        engine.setTextOverlay(caption);
-        engine.setChannelSource(0, "lavfi://testsrc2=size=1280x720:rate=30");
-        OutputSettings settings;
-        settings.encoder.fileEnabled = true;
-        settings.encoder.filePath = QDir(m_dir.path()).filePath("lagging.mp4");
-        settings.encoder.qualityPreset = EncoderSettings::Performance;
-        QSignalSpy started(&engine, &Engine::outputsStarted);
-        QVERIFY(engine.startOutputs(settings));
-        QVERIFY(started.wait(10000));
+        QVERIFY(!startCaptionedRecording(engine, "lavfi://testsrc2=size=1280x720:rate=30",
+                                         "lagging.mp4")
+                     .isEmpty());
         QTest::qWait(500);
         const EngineStats before = engine.stats();
         OutputRouter::injectEncoderStall(2500);

@@ -1,8 +1,8 @@
 #include "audio/PreviewAudioMixer.h"
 
 #include "audio/AudioQueueIODevice.h"
-#include "media/AudioInputs.h"
 #include "media/ProgramClock.h"
+#include "media/SourceFeeds.h"
 
 #include <QAudioDevice>
 #include <QAudioFormat>
@@ -22,9 +22,9 @@ std::int16_t shaped(float value)
 
 } // namespace
 
-PreviewAudioMixer::PreviewAudioMixer(selvane::AudioInputs &inputs,
+PreviewAudioMixer::PreviewAudioMixer(selvane::SourceFeeds &feeds,
                                      const selvane::ProgramClock &clock, QObject *parent)
-    : QObject(parent), m_inputs(inputs), m_clockSource(clock), m_previewBus(kBlockValues),
+    : QObject(parent), m_feeds(feeds), m_clockSource(clock), m_previewBus(kBlockValues),
       m_programBus(kBlockValues), m_source(kBlockValues), m_sampleBlock(kBlockValues),
       m_programBlock(kBlockValues)
 {
@@ -90,6 +90,7 @@ void PreviewAudioMixer::start()
     m_timer->setTimerType(Qt::PreciseTimer);
     connect(m_timer, &QTimer::timeout, this, &PreviewAudioMixer::mixTick);
     m_clock.start();
+    m_baseProgramUs = m_clockSource.nowUs();
     m_blocksDue = 0;
     m_timer->start(10);
 }
@@ -147,10 +148,10 @@ void PreviewAudioMixer::mixTick()
         m_blocksDue += due - kMaxCatchUpBlocks;
         due = kMaxCatchUpBlocks;
     }
-    const qint64 programNowUs = m_clockSource.nowUs();
+    // Block n is the sound of program time base + n * 10 ms exactly: blocks follow each other
+    // without a gap or an overlap, whatever the timer's jitter.
     for (qint64 k = 0; k < due; ++k) {
-        const qint64 behindUs = (due - 1 - k) * 10000;
-        mixBlock(std::max<qint64>(0, programNowUs - behindUs));
+        mixBlock(m_baseProgramUs + m_blocksDue * 10000);
         ++m_blocksDue;
     }
 }
@@ -161,18 +162,29 @@ void PreviewAudioMixer::addSource(std::vector<float> &bus, float gain)
         bus[i] += float(m_source[i]) * (gain / 32768.0f);
 }
 
-void PreviewAudioMixer::mixBlock(qint64 programPtsUs)
+int PreviewAudioMixer::takeSource(selvane::SourceFeed &feed, qint64 programUs)
+{
+    const selvane::SourceMapping mapping = feed.mapping();
+    if (!mapping.anchored) {
+        // No picture has put the source on the program clock yet: its sound waits.
+        std::fill(m_source.begin(), m_source.end(), std::int16_t(0));
+        return 0;
+    }
+    return feed.sound().takeAt(m_source.data(), kBlockFrames, programUs - mapping.offsetUs,
+                               mapping.timeline);
+}
+
+void PreviewAudioMixer::mixBlock(qint64 programUs)
 {
     std::fill(m_previewBus.begin(), m_previewBus.end(), 0.0f);
     std::fill(m_programBus.begin(), m_programBus.end(), 0.0f);
 
-    // Every queue is read whether it is heard or not: a queue nobody reads would fall behind
-    // its pictures, and a later cut to it would put its sound late.
-    const int program = m_inputs.programChannel();
+    // Every source gives the sound of this block's time whether it is heard or not.
+    const int program = m_feeds.programChannel();
     const float programVolume = m_programVolume.load();
     for (int c = 0; c < 4; ++c) {
         const float v = m_channelVolumes[c].load();
-        const int real = m_inputs.channel(c).take(m_source.data(), kBlockFrames);
+        const int real = takeSource(m_feeds.channel(c), programUs);
         if (real == 0) {
             m_levels.silenceChannel(c);
             continue;
@@ -184,7 +196,7 @@ void PreviewAudioMixer::mixBlock(qint64 programPtsUs)
             addSource(m_programBus, programVolume);
     }
     for (int s = 0; s < 4; ++s) {
-        const int real = m_inputs.overlaySlot(s).take(m_source.data(), kBlockFrames);
+        const int real = takeSource(m_feeds.overlaySlot(s), programUs);
         if (real == 0) {
             m_levels.silenceOverlaySlot(s);
             continue;
@@ -212,7 +224,7 @@ void PreviewAudioMixer::mixBlock(qint64 programPtsUs)
         appendProgramBlock();
         std::lock_guard lock(m_tapMutex);
         if (m_tap)
-            m_tap(m_programBlock.data(), kBlockFrames, programPtsUs);
+            m_tap(m_programBlock.data(), kBlockFrames, programUs);
     }
     m_blocksMixed.fetch_add(1);
 }

@@ -3,14 +3,15 @@
 // Every 10 ms mixes two stereo buses from the audio of the four channels and the four overlay
 // slots: the preview mix, played on the default output device through AudioQueueIODevice, and
 // the program mix, which goes to the outputs (the program audio tap) and to a bounded program
-// queue. tanh is the only limiter. Every source queue is read on every block, heard or not, so
-// that each stays as current as its pictures: a cut to a channel nobody listened to finds its
-// sound in step.
+// queue. tanh is the only limiter. Each block takes from every source the sound that belongs to
+// the block's program time (the source's mapping onto the program clock, set from its pictures),
+// heard or not: sound follows its timestamps, never its arrival or a queue's depth, and a cut to
+// a channel nobody listened to finds its sound in step.
 //
 // Threads: the mixer lives on its own thread (its timer and mixTick run there). The setters are
 // plain atomic stores, callable from any thread. The tap is installed and removed from any
-// thread (mutex); it is called on the mixer thread. The source queues (AudioInputs) and the
-// program clock belong to the engine; levels are readable from any thread.
+// thread (mutex); it is called on the mixer thread. The source feeds and the program clock
+// belong to the engine; levels are readable from any thread.
 //
 // Clock: blocks are due at 10 ms steps of a steady clock since start(); a late tick mixes every
 // block that is due, so 48000 frames are produced per second of wall time. The program tap is
@@ -22,7 +23,6 @@
 
 #include <QElapsedTimer>
 #include <QObject>
-
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -33,7 +33,8 @@
 class AudioQueueIODevice;
 class QAudioSink;
 namespace selvane {
-class AudioInputs;
+class SourceFeed;
+class SourceFeeds;
 class ProgramClock;
 } // namespace selvane
 class QTimer;
@@ -52,7 +53,7 @@ public:
 
     using ProgramTap = std::function<void(const std::int16_t *samples, int frames, qint64 ptsUs)>;
 
-    PreviewAudioMixer(selvane::AudioInputs &inputs, const selvane::ProgramClock &clock,
+    PreviewAudioMixer(selvane::SourceFeeds &feeds, const selvane::ProgramClock &clock,
                       QObject *parent = nullptr);
     ~PreviewAudioMixer() override;
 
@@ -61,8 +62,8 @@ public:
     Q_INVOKABLE void stop();
     Q_INVOKABLE void cleanup();
     void mixTick();
-    // One 480-frame block, mixed now (tests drive it directly).
-    void mixBlock(qint64 programPtsUs = 0);
+    // One 480-frame block for the program time `programUs` (tests drive it directly).
+    void mixBlock(qint64 programUs = 0);
 
     void setChannelVolume(int channel, float volume);
     void setProgramVolume(float volume) { m_programVolume.store(volume); }
@@ -87,9 +88,10 @@ public:
 private:
     void createSink();
     void addSource(std::vector<float> &bus, float gain);
+    int takeSource(selvane::SourceFeed &feed, qint64 programUs);
     void appendProgramBlock();
 
-    selvane::AudioInputs &m_inputs;
+    selvane::SourceFeeds &m_feeds;
     const selvane::ProgramClock &m_clockSource;
     selvane::AudioLevels m_levels;
     std::array<std::atomic<float>, 4> m_channelVolumes;
@@ -118,5 +120,6 @@ private:
     QTimer *m_timer = nullptr;
     QElapsedTimer m_clock;
     qint64 m_blocksDue = 0;
+    qint64 m_baseProgramUs = 0; // the program time of block 0
     std::atomic<qint64> m_blocksMixed{0};
 };

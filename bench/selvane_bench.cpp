@@ -3,15 +3,14 @@
 // Prints medians over several rounds; never a test.
 
 #include "audio/PreviewAudioMixer.h"
-#include "media/AudioInputs.h"
 #include "media/FramePool.h"
 #include "media/ProgramClock.h"
+#include "media/SourceFeeds.h"
 #include "output/FfmpegEncoderSink.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QTemporaryDir>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -27,7 +26,7 @@ double median(std::vector<double> v)
 
 double mixerBlockMicros()
 {
-    selvane::AudioInputs inputs;
+    selvane::SourceFeeds inputs;
     selvane::ProgramClock clock;
     PreviewAudioMixer mixer(inputs, clock);
     mixer.start();
@@ -39,13 +38,17 @@ double mixerBlockMicros()
     for (int i = 0; i < 480; ++i)
         chunk[2 * i] = chunk[2 * i + 1] = std::int16_t(8000 * std::sin(i * 0.13));
     std::vector<double> rounds;
+    for (int c = 0; c < 4; ++c)
+        inputs.channel(c).setMapping({true, 0, 0});
+    qint64 programUs = 0;
     for (int round = 0; round < 7; ++round) {
         QElapsedTimer timer;
         timer.start();
         for (int block = 0; block < 2000; ++block) {
             for (int c = 0; c < 4; ++c)
-                inputs.channel(c).push(chunk.data(), 480);
-            mixer.mixBlock();
+                inputs.channel(c).sound().push(chunk.data(), 480, programUs, 0);
+            mixer.mixBlock(programUs);
+            programUs += 10000;
         }
         rounds.push_back(timer.nsecsElapsed() / 1000.0 / 2000.0);
     }

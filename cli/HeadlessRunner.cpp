@@ -230,17 +230,23 @@ void HeadlessRunner::printProgress(bool final)
     qint64 dropped = 0;
     for (const ChannelStats &channel : stats.channels)
         dropped += channel.framesDropped;
-    QString line = QStringLiteral("%1elapsed %2  frames %3  fps %4  dropped %5")
-                       .arg(final ? "done: " : "", clockText(ms))
-                       .arg(frames)
-                       .arg(fps, 0, 'f', 1)
-                       .arg(dropped);
+    // Program frames are made at the output rate; "repeated" had no newer picture of the
+    // source on air, "skipped" are ticks a stalled machine missed.
+    QString line =
+        QStringLiteral("%1elapsed %2  frames %3  fps %4  repeated %5  skipped %6  dropped %7")
+            .arg(final ? "done: " : "", clockText(ms))
+            .arg(frames)
+            .arg(fps, 0, 'f', 1)
+            .arg(stats.program.repeated)
+            .arg(stats.program.skippedTicks)
+            .arg(dropped);
     if (stats.output.running || stats.output.stopping || stats.output.bytesEncoded > 0) {
         const qint64 bytes = stats.output.bytesEncoded;
         const double kbps =
             final ? (ms > 0 ? bytes * 8.0 / ms : 0.0) : (bytes - m_bytesAtLastLine) * 8.0 / spanMs;
         m_bytesAtLastLine = bytes;
-        line += QStringLiteral("  out %1 kbps  encoder-drops %2")
+        line += QStringLiteral("  written %1  out %2 kbps  encoder-drops %3")
+                    .arg(stats.output.framesWritten)
                     .arg(kbps, 0, 'f', 0)
                     .arg(stats.output.encoderDrops);
         QStringList words;

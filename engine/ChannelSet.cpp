@@ -1,8 +1,8 @@
 #include "engine/ChannelSet.h"
 
-#include "engine/ProgramSwitcher.h"
 #include "input/FFmpegVideoDecoder.h"
-#include "media/AudioInputs.h"
+#include "media/FramePool.h"
+#include "media/SourceFeeds.h"
 
 #include <QDebug>
 
@@ -27,9 +27,12 @@ ChannelState channelStateOf(int decoderState)
     return ChannelState::Idle;
 }
 
-ChannelSet::ChannelSet(const FramePool &pool, AudioInputs &audio, ProgramSwitcher &switcher,
-                       QObject *parent)
-    : QObject(parent), m_audio(audio)
+namespace {
+// Pictures a channel may have in flight: its queue, the picture on air, the previews.
+constexpr qint32 kChannelPoolBase = 48;
+} // namespace
+
+ChannelSet::ChannelSet(SourceFeeds &feeds, QObject *parent) : QObject(parent)
 {
     qRegisterMetaType<selvane::ChannelState>("selvane::ChannelState");
     qRegisterMetaType<FrameTokenPtr>("FrameTokenPtr");
@@ -37,22 +40,16 @@ ChannelSet::ChannelSet(const FramePool &pool, AudioInputs &audio, ProgramSwitche
         Channel &channel = m_channels[std::size_t(c)];
         channel.decoder = std::make_unique<FFmpegVideoDecoder>();
         FFmpegVideoDecoder *decoder = channel.decoder.get();
-        decoder->setFramePool(pool);
-        decoder->setFrameSink([this, &switcher, c](FrameTokenPtr frame) {
-            switcher.submitChannelFrame(c, frame);
-            if (m_previews.store(c, std::move(frame)))
-                QMetaObject::invokeMethod(this, &ChannelSet::flushPreviews, Qt::QueuedConnection);
-        });
-        SampleQueue &queue = audio.channel(c);
-        decoder->setAudioSink(
-            [&queue](const std::int16_t *samples, int frames) { queue.push(samples, frames); });
+        channel.pool = std::make_unique<FramePool>(kChannelPoolBase, 1920, 1080);
+        decoder->setFramePool(*channel.pool);
+        decoder->setFeed(&feeds.channel(c));
         connect(decoder, &FFmpegVideoDecoder::decodeError, this,
                 [this, c](SourceError code, const QString &detail, quint64 generation) {
                     if (generation != m_channels[std::size_t(c)].generation)
                         return;
                     const QString text =
                         sourceErrorLogText(code) + (detail.isEmpty() ? QString() : ": " + detail);
-                    qWarning().noquote() << "Channel" << c << "decoder:" << text;
+                    qWarning().noquote() << "Channel" << c + 1 << "decoder:" << text;
                     emit error(c, code, detail);
                 });
         connect(decoder, &FFmpegVideoDecoder::sourceVideoInfoChanged, this,
@@ -81,11 +78,8 @@ ChannelSet::ChannelSet(const FramePool &pool, AudioInputs &audio, ProgramSwitche
 
 ChannelSet::~ChannelSet()
 {
-    for (Channel &channel : m_channels) {
-        channel.decoder->setFrameSink(nullptr);
-        channel.decoder->setAudioSink(nullptr);
+    for (Channel &channel : m_channels)
         channel.decoder->stop();
-    }
     // The decoders' destructors join their workers; each run was asked to end above, so the
     // joins overlap instead of adding up.
 }
@@ -98,8 +92,6 @@ void ChannelSet::setSource(int channel, const QString &source, const QString &au
     ch.source = source;
     ch.displaySize = {};
     ch.generation = ch.decoder->setSource(source, audioSource);
-    m_previews.clear(channel);
-    m_audio.channel(channel).clear(); // the old source's sound ended with it
     emit stateChanged(channel, source.isEmpty() ? ChannelState::Idle : ChannelState::Opening);
 }
 
@@ -144,6 +136,18 @@ void ChannelSet::setLoop(int channel, bool loop)
         m_channels[std::size_t(channel)].decoder->setLoop(loop);
 }
 
+void ChannelSet::setHeldByConsumers(int count)
+{
+    for (Channel &channel : m_channels)
+        channel.pool->setHeldByConsumers(count);
+}
+
+void ChannelSet::setTargetSize(QSize size)
+{
+    for (Channel &channel : m_channels)
+        channel.decoder->setTargetSize(size);
+}
+
 ChannelStats ChannelSet::stats(int channel) const
 {
     ChannelStats s;
@@ -161,15 +165,8 @@ ChannelStats ChannelSet::stats(int channel) const
     s.live = d.isLive();
     s.loop = d.loop();
     s.lastError = d.lastError();
+    s.deinterlacing = d.isDeinterlacing();
     return s;
-}
-
-void ChannelSet::flushPreviews()
-{
-    const auto frames = m_previews.take();
-    for (int c = 0; c < kChannelCount; ++c)
-        if (frames[std::size_t(c)])
-            emit preview(c, frames[std::size_t(c)]);
 }
 
 } // namespace selvane

@@ -22,7 +22,6 @@ namespace selvane {
 namespace {
 
 constexpr qint32 kProgramPoolBase = 18;
-constexpr qint32 kOverlayPoolBase = 6;
 constexpr int kRateIntervalMs = 1000;
 
 // Rounds half away from zero, at least 1.
@@ -33,41 +32,45 @@ int pixelsAtLeastOne(double value)
 
 } // namespace
 
-Engine::Engine(QObject *parent)
-    : QObject(parent), m_programPool(kProgramPoolBase, 1920, 1080),
-      m_overlayPool(kOverlayPoolBase, 1920, 1080)
+Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBase, 1920, 1080)
 {
     qRegisterMetaType<FrameTokenPtr>("FrameTokenPtr");
     qRegisterMetaType<QImage>("QImage");
     registerTextOverlayMetaType();
 
     // The program thread: composition and still pictures never run on this thread.
+    // The program's clock runs from now on; the program thread ticks on it, composition and
+    // still pictures never run on this thread.
+    m_programClock.start();
     m_programThread = new QThread(this);
     m_programThread->setObjectName("Program");
-    m_switcher = new ProgramSwitcher(m_programPool);
+    m_switcher = new ProgramSwitcher(m_feeds, m_programClock, m_programPool);
     m_switcher->moveToProgramThread(m_programThread);
     m_programThread->start();
+    m_switcher->start();
     connect(m_switcher, &ProgramSwitcher::previewReady, this, &Engine::onPreviewReady,
             Qt::QueuedConnection);
+    connect(m_switcher, &ProgramSwitcher::channelPreviewsReady, this,
+            &Engine::onChannelPreviewsReady, Qt::QueuedConnection);
+    connect(m_switcher, &ProgramSwitcher::overlayPreviewsReady, this,
+            &Engine::onOverlayPreviewsReady, Qt::QueuedConnection);
 
     m_overlays = new OverlayManager(this);
     m_switcher->setScene(m_overlays->scene());
     connect(m_overlays, &OverlayManager::sceneChanged, this,
             [this](const OverlayScenePtr &scene) { m_switcher->setScene(scene); });
 
-    m_channels = new ChannelSet(m_programPool, m_audioInputs, *m_switcher, this);
+    m_channels = new ChannelSet(m_feeds, this);
     connect(m_channels, &ChannelSet::displaySizeChanged, this, &Engine::onChannelSizeChanged);
     connect(m_channels, &ChannelSet::stateChanged, this, &Engine::channelStateChanged);
     connect(m_channels, &ChannelSet::error, this, &Engine::channelError);
     connect(m_channels, &ChannelSet::ended, this, &Engine::channelEnded);
-    connect(m_channels, &ChannelSet::preview, this, &Engine::channelPreview);
 
-    m_overlaySlots = new OverlaySlots(m_overlayPool, m_audioInputs, *m_switcher, this);
+    m_overlaySlots = new OverlaySlots(m_feeds, *m_switcher, this);
     connect(m_overlaySlots, &OverlaySlots::assigned, this,
             [this](int mediaId, int) { applyOverlayAudio(mediaId); });
     connect(m_overlaySlots, &OverlaySlots::error, this, &Engine::overlayError);
     connect(m_overlaySlots, &OverlaySlots::ended, this, &Engine::overlayEnded);
-    connect(m_overlaySlots, &OverlaySlots::preview, this, &Engine::overlayPreview);
 
     m_slides = new SlideShow(this);
     connect(m_slides, &SlideShow::slide, this, [this](const QImage &image, int shown) {
@@ -79,12 +82,16 @@ Engine::Engine(QObject *parent)
         emit slideShown(shown);
     });
 
-    m_output = new OutputSession(*m_switcher, m_programClock, m_programPool, this);
+    m_output = new OutputSession(*m_switcher, this);
     connect(m_output, &OutputSession::streamStatusChanged, this, &Engine::streamStatusChanged);
     connect(m_output, &OutputSession::started, this, [this](QSize size) {
         // The schedule's time zero is the recording's: switches land where the schedule says.
         if (m_schedule->isRunning())
             m_schedule->restartClock(0);
+        // The encode queue may hold this many pictures of the channels and of the compositor on
+        // top of their pools' usual caps: a busy encoder never starves either.
+        m_programPool.setHeldByConsumers(m_output->queueDepth());
+        m_channels->setHeldByConsumers(m_output->queueDepth());
         emit outputsStarted(size);
     });
     connect(m_output, &OutputSession::failed, this, [this](OutputFailure failure) {
@@ -95,6 +102,8 @@ Engine::Engine(QObject *parent)
         emit outputsFailed(failure);
     });
     connect(m_output, &OutputSession::stopped, this, [this] {
+        m_programPool.setHeldByConsumers(0);
+        m_channels->setHeldByConsumers(0);
         m_sizeLocked = false;
         m_outputFps = 30.0;
         updateProgramSize();
@@ -139,7 +148,7 @@ Engine::Engine(QObject *parent)
     });
 
     // The mixer runs on a thread of its own once startAudio() is called.
-    m_mixer = new PreviewAudioMixer(m_audioInputs, m_programClock);
+    m_mixer = new PreviewAudioMixer(m_feeds, m_programClock);
     m_output->setMixer(m_mixer);
     m_audioThread = new QThread(this);
     m_audioThread->setObjectName("PreviewAudio");
@@ -151,7 +160,7 @@ Engine::Engine(QObject *parent)
     m_rateClock.start();
     m_rateTimer->start(kRateIntervalMs);
 
-    m_audioInputs.setProgramChannel(0);
+    m_feeds.setProgramChannel(0);
     m_switcher->cutTo(0);
     updateProgramSize();
 }
@@ -216,20 +225,20 @@ void Engine::cutTo(int channel)
 {
     m_slides->stop();
     m_switcher->cutTo(channel);
-    m_audioInputs.setProgramChannel(channel);
+    m_feeds.setProgramChannel(channel);
     updateProgramSize();
 }
 
 void Engine::showImages(const QStringList &paths, int intervalMs, bool loop)
 {
-    m_audioInputs.setProgramChannel(-1);
+    m_feeds.setProgramChannel(-1);
     m_slides->play(paths, intervalMs, loop);
 }
 
 void Engine::showStill(const QImage &image)
 {
     m_slides->stop();
-    m_audioInputs.setProgramChannel(-1);
+    m_feeds.setProgramChannel(-1);
     m_switcher->showStill(image);
     if (!image.isNull())
         m_stillSize = image.size();
@@ -265,12 +274,27 @@ void Engine::updateProgramSize()
     m_programSize = choice.size;
     m_usedFallback = choice.usedFallback;
     m_programPool.resize(choice.size.width(), choice.size.height());
-    m_overlayPool.resize(choice.size.width(), choice.size.height());
     m_switcher->setOutputSize(choice.size, m_outputFps);
+    m_channels->setTargetSize(choice.size);
     for (const MediaOverlayRecord &record : m_overlays->mediaOverlays())
         if (record.kind == MediaOverlayRecord::OverlayVideo)
             m_overlaySlots->setTargetSize(record.id, overlayTargetSize(record));
     emit programSizeChanged(choice.size, choice.usedFallback);
+}
+
+void Engine::onChannelPreviewsReady()
+{
+    const auto previews = m_switcher->takeChannelPreviews();
+    for (int c = 0; c < kChannelCount; ++c)
+        if (previews[std::size_t(c)])
+            emit channelPreview(c, previews[std::size_t(c)]);
+}
+
+void Engine::onOverlayPreviewsReady()
+{
+    for (const auto &[mediaId, frame] : m_switcher->takeOverlayPreviews())
+        if (frame && mediaId >= 0)
+            emit overlayPreview(mediaId, frame);
 }
 
 void Engine::onPreviewReady()
@@ -538,7 +562,7 @@ void Engine::sampleRates()
         m_channelFps[std::size_t(c)] = delivered >= last ? (delivered - last) / seconds : 0.0;
         m_lastDelivered[std::size_t(c)] = delivered;
     }
-    const qint64 frames = m_switcher->programFrames();
+    const qint64 frames = m_switcher->counters().frames;
     m_programFps = (frames - m_lastProgramFrames) / seconds;
     m_lastProgramFrames = frames;
     const OutputStats output = m_output->stats();
@@ -571,9 +595,16 @@ EngineStats Engine::stats() const
     s.program.still = m_switcher->isStill();
     s.program.size = m_programSize;
     s.program.usedFallbackSize = m_usedFallback;
+    const ProgramSwitcher::Counters counters = m_switcher->counters();
     s.program.fps = m_programFps;
-    s.program.frames = m_switcher->programFrames();
-    s.program.framesWithoutOverlays = m_switcher->framesWithoutOverlays();
+    s.program.frames = counters.frames;
+    s.program.repeated = counters.repeated;
+    s.program.skippedTicks = counters.skippedTicks;
+    s.program.framesWithoutOverlays = counters.withoutOverlays;
+    for (int c = 0; c < kChannelCount; ++c) {
+        s.channels[std::size_t(c)].picturesSkipped = counters.skippedPictures[std::size_t(c)];
+        s.channels[std::size_t(c)].reanchors = counters.reanchors[std::size_t(c)];
+    }
     if (m_mixer)
         s.program.audio = m_mixer->levels().program();
     s.output = m_output->stats();
@@ -590,7 +621,7 @@ EngineStats Engine::stats() const
     s.scheduleRunning = m_schedule->isRunning();
     s.scheduleBaseClip = m_schedule->currentBaseId();
     s.scheduleMs = m_schedule->clock().ms();
-    s.audioDroppedFrames = m_audioInputs.droppedFrames();
+    s.audioDroppedFrames = m_feeds.droppedAudioFrames();
     return s;
 }
 

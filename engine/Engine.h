@@ -15,9 +15,9 @@
 // changes return at once. (The destructor is the exception: it stops and joins everything.)
 
 #include "engine/EngineTypes.h"
-#include "media/AudioInputs.h"
 #include "media/FramePool.h"
 #include "media/ProgramClock.h"
+#include "media/SourceFeeds.h"
 
 #include <QElapsedTimer>
 #include <QHash>
@@ -136,6 +136,8 @@ signals:
 
 private:
     void onPreviewReady();
+    void onChannelPreviewsReady();
+    void onOverlayPreviewsReady();
     void onChannelSizeChanged(int channel, QSize size);
     void updateProgramSize();
     void openPendingOutputs();
@@ -143,10 +145,9 @@ private:
     QSize overlayTargetSize(const MediaOverlayRecord &record) const;
     void sampleRates();
 
-    AudioInputs m_audioInputs;
+    SourceFeeds m_feeds;
     ProgramClock m_programClock;
     FramePool m_programPool;
-    FramePool m_overlayPool;
 
     QThread *m_programThread = nullptr;
     ProgramSwitcher *m_switcher = nullptr;

@@ -73,6 +73,9 @@ struct ChannelStats
     qint64 durationMs = 0; // 0 when unknown or live
     bool live = false;
     bool loop = false;
+    bool deinterlacing = false; // interlaced pictures are being deinterlaced
+    qint64 picturesSkipped = 0; // decoded but never on air: late, or a newer one was due
+    qint64 reanchors = 0;       // times the channel was put on the program clock again
     SourceError lastError = SourceError::None;
     Level audio;
 };
@@ -84,7 +87,9 @@ struct ProgramStats
     QSize size;         // the program's (output) size
     bool usedFallbackSize = false;
     double fps = 0.0;
-    qint64 frames = 0;
+    qint64 frames = 0;       // program frames made: one for every tick of the output rate
+    qint64 repeated = 0;     // of those, with the same picture on air as the tick before
+    qint64 skippedTicks = 0; // ticks the program thread was too late for (a stalled machine)
     qint64 framesWithoutOverlays = 0; // composed without overlays for want of a free picture
     Level audio;
 };
@@ -114,6 +119,7 @@ struct OutputStats
     qint64 elapsedMs = 0;
     QString encoder;
     qint64 bytesEncoded = 0;
+    qint64 framesWritten = 0; // pictures the encoder has written
     double kbps = 0.0;
     qint64 encoderDrops = 0;       // pictures the encode queue dropped
     qint64 audioChunksDropped = 0; // program sound the encode queue dropped

@@ -2,7 +2,6 @@
 
 #include "audio/PreviewAudioMixer.h"
 #include "engine/ProgramSwitcher.h"
-#include "media/ProgramClock.h"
 #include "output/OutputRouter.h"
 
 #include <QCoreApplication>
@@ -12,9 +11,8 @@
 
 namespace selvane {
 
-OutputSession::OutputSession(ProgramSwitcher &switcher, ProgramClock &clock,
-                             const FramePool &programPool, QObject *parent)
-    : QObject(parent), m_switcher(switcher), m_clock(clock), m_programPool(programPool)
+OutputSession::OutputSession(ProgramSwitcher &switcher, QObject *parent)
+    : QObject(parent), m_switcher(switcher)
 {
     qRegisterMetaType<selvane::OutputFailure>("selvane::OutputFailure");
 }
@@ -27,7 +25,11 @@ OutputSession::~OutputSession()
         m_mixer->setProgramTap(nullptr);
     if (m_router)
         m_router->stop();
-    m_programPool.setHeldByConsumers(0);
+}
+
+int OutputSession::queueDepth() const
+{
+    return m_router ? m_router->queueDepth() : 0;
 }
 
 bool OutputSession::start(const EncoderSettings &settings, QSize size)
@@ -96,20 +98,24 @@ void OutputSession::onStarted(std::shared_ptr<OutputRouter> router, bool ok)
     m_router = std::move(router);
     m_state = State::Running;
     m_elapsed.start();
-    // The encode queue may hold this many pictures of the program pool on top of its usual cap.
-    m_programPool.setHeldByConsumers(m_router->queueDepth());
-    m_clock.start();
+    // The outputs' time zero is a tick of the program: every picture lands on a whole frame.
+    m_startUs = m_switcher.nextTickUs();
+    const qint64 startUs = m_startUs;
     const std::weak_ptr<OutputRouter> weakRouter = m_router;
-    ProgramClock *clock = &m_clock;
-    m_switcher.setOutputSink([weakRouter, clock](const FrameTokenPtr &frame) {
+    m_switcher.setOutputSink([weakRouter, startUs](const FrameTokenPtr &frame, qint64 programUs) {
+        if (programUs < startUs)
+            return;
         if (auto router = weakRouter.lock())
-            router->enqueueFrame(frame, clock->nowUs());
+            router->enqueueFrame(frame, programUs - startUs);
     });
     if (m_mixer)
-        m_mixer->setProgramTap([weakRouter](const std::int16_t *samples, int frames, qint64 ptsUs) {
-            if (auto router = weakRouter.lock())
-                router->pushAudio(samples, frames, ptsUs);
-        });
+        m_mixer->setProgramTap(
+            [weakRouter, startUs](const std::int16_t *samples, int frames, qint64 programUs) {
+                if (programUs < startUs)
+                    return;
+                if (auto router = weakRouter.lock())
+                    router->pushAudio(samples, frames, programUs - startUs);
+            });
     emit started(m_size);
     if (m_stopAfterStart)
         stop();
@@ -166,8 +172,6 @@ void OutputSession::waitForStop()
 void OutputSession::finishStop()
 {
     m_state = State::Idle;
-    m_clock.stop();
-    m_programPool.setHeldByConsumers(0);
     for (QString &status : m_status)
         status = QStringLiteral("stopped");
     emit stopped();
@@ -184,6 +188,7 @@ OutputStats OutputSession::stats() const
     out.elapsedMs = out.running ? m_elapsed.elapsed() : 0;
     out.encoder = m_router->encoderName();
     out.bytesEncoded = m_router->bytesEncoded();
+    out.framesWritten = m_router->framesEncoded();
     out.encoderDrops = m_router->droppedFrames();
     out.audioChunksDropped = m_router->droppedAudioChunks();
     for (int i = 0; i < m_status.size(); ++i) {

@@ -3,15 +3,14 @@
 // One run of the outputs: the output router (encoder, recording, stream targets) fed by the
 // program switcher's frames and the mixer's program bus, both stamped by the program clock.
 // Starting probes the encoder and the recording folder and stopping writes trailers; both can
-// take a while, so they run on a pool thread and report back with signals. While the outputs
-// run, the program pool may lend the encode queue as many pictures as it can hold, so a busy
-// encoder never starves the decoders or the compositor.
+// take a while, so they run on a pool thread and report back with signals. Program frames are
+// stamped with their tick's program time minus the tick the outputs started on, the program
+// sound likewise: both run on one clock.
 //
 // Threads: the session lives on the GUI thread; every method is called there and every signal
 // is emitted there. The router's callbacks arrive from its workers and are posted here.
 
 #include "engine/EngineTypes.h"
-#include "media/FramePool.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -23,7 +22,6 @@ class PreviewAudioMixer;
 
 namespace selvane {
 
-class ProgramClock;
 class ProgramSwitcher;
 
 class OutputSession : public QObject
@@ -31,8 +29,7 @@ class OutputSession : public QObject
     Q_OBJECT
 
 public:
-    OutputSession(ProgramSwitcher &switcher, ProgramClock &clock, const FramePool &programPool,
-                  QObject *parent = nullptr);
+    explicit OutputSession(ProgramSwitcher &switcher, QObject *parent = nullptr);
     ~OutputSession() override;
 
     void setMixer(PreviewAudioMixer *mixer) { m_mixer = mixer; }
@@ -47,6 +44,8 @@ public:
     bool isActive() const { return m_state != State::Idle; }
     bool isRunning() const { return m_state == State::Running; }
     bool isStopping() const { return m_state == State::Stopping; }
+    // How many pictures the encode queue may hold while the outputs run.
+    int queueDepth() const;
     OutputStats stats() const;
 
 signals:
@@ -69,8 +68,7 @@ private:
     void finishStop();
 
     ProgramSwitcher &m_switcher;
-    ProgramClock &m_clock;
-    FramePool m_programPool;
+    qint64 m_startUs = 0; // the program time the outputs started at
     PreviewAudioMixer *m_mixer = nullptr;
     State m_state = State::Idle;
     bool m_stopAfterStart = false;

@@ -2,33 +2,27 @@
 
 #include "engine/ProgramSwitcher.h"
 #include "input/FFmpegVideoDecoder.h"
-#include "media/AudioInputs.h"
+#include "media/FramePool.h"
 #include "media/LogThrottle.h"
+#include "media/SourceFeeds.h"
 
 #include <QDebug>
 
 namespace selvane {
 
-OverlaySlots::OverlaySlots(const FramePool &pool, AudioInputs &audio, ProgramSwitcher &switcher,
-                           QObject *parent)
-    : QObject(parent), m_audio(audio), m_switcher(switcher)
+namespace {
+constexpr qint32 kSlotPoolBase = 48;
+} // namespace
+
+OverlaySlots::OverlaySlots(SourceFeeds &feeds, ProgramSwitcher &switcher, QObject *parent)
+    : QObject(parent), m_switcher(switcher)
 {
     for (int s = 0; s < kOverlayVideoSlots; ++s) {
         Slot &slot = m_slots[std::size_t(s)];
         slot.decoder = std::make_unique<FFmpegVideoDecoder>();
         FFmpegVideoDecoder *decoder = slot.decoder.get();
-        decoder->setFramePool(pool);
-        decoder->setFrameSink([this, s](FrameTokenPtr frame) {
-            const int mediaId = m_slots[std::size_t(s)].mediaId.load();
-            if (mediaId < 0)
-                return;
-            m_switcher.submitOverlayPicture(mediaId, frame);
-            if (m_previews.store(s, std::move(frame)))
-                QMetaObject::invokeMethod(this, &OverlaySlots::flushPreviews, Qt::QueuedConnection);
-        });
-        SampleQueue &queue = audio.overlaySlot(s);
-        decoder->setAudioSink(
-            [&queue](const std::int16_t *samples, int frames) { queue.push(samples, frames); });
+        decoder->setFramePool(FramePool(kSlotPoolBase, 1920, 1080));
+        decoder->setFeed(&feeds.overlaySlot(s));
         connect(decoder, &FFmpegVideoDecoder::runEnded, this,
                 [this, s](quint64 generation) { onRunEnded(s, generation); });
         connect(decoder, &FFmpegVideoDecoder::decodeError, this,
@@ -38,32 +32,29 @@ OverlaySlots::OverlaySlots(const FramePool &pool, AudioInputs &audio, ProgramSwi
                         return;
                     const QString text =
                         sourceErrorLogText(code) + (detail.isEmpty() ? QString() : ": " + detail);
-                    qWarning().noquote() << "Overlay slot" << s << "decoder:" << text;
-                    emit error(slot.mediaId.load(), code, detail);
+                    qWarning().noquote() << "Overlay slot" << s + 1 << "decoder:" << text;
+                    emit error(slot.mediaId, code, detail);
                 });
         connect(decoder, &FFmpegVideoDecoder::playbackEndedNaturally, this,
                 [this, s](quint64 generation) {
                     const Slot &slot = m_slots[std::size_t(s)];
                     if (generation == slot.generation && slot.state == SlotState::Playing)
-                        emit ended(slot.mediaId.load());
+                        emit ended(slot.mediaId);
                 });
     }
 }
 
 OverlaySlots::~OverlaySlots()
 {
-    for (Slot &slot : m_slots) {
-        slot.decoder->setFrameSink(nullptr);
-        slot.decoder->setAudioSink(nullptr);
+    for (Slot &slot : m_slots)
         slot.decoder->stop();
-    }
 }
 
 int OverlaySlots::slotOf(int mediaId) const
 {
     for (int s = 0; s < kOverlayVideoSlots; ++s)
         if (m_slots[std::size_t(s)].state == SlotState::Playing &&
-            m_slots[std::size_t(s)].mediaId.load() == mediaId)
+            m_slots[std::size_t(s)].mediaId == mediaId)
             return s;
     return -1;
 }
@@ -124,13 +115,13 @@ void OverlaySlots::play(int mediaId, const QString &path, QSize targetSize, bool
 void OverlaySlots::start(int slot, const Request &request)
 {
     Slot &s = m_slots[std::size_t(slot)];
-    const bool reused = s.state == SlotState::Playing && s.mediaId.load() == request.mediaId;
+    const bool reused = s.state == SlotState::Playing && s.mediaId == request.mediaId;
     s.state = SlotState::Playing;
-    s.mediaId.store(request.mediaId);
+    s.mediaId = request.mediaId;
     s.decoder->setTargetSize(request.targetSize);
     s.decoder->setLoop(request.loop);
     s.generation = s.decoder->setSource(request.path);
-    m_audio.overlaySlot(slot).clear();
+    m_switcher.setOverlaySlotMedia(slot, request.mediaId);
     if (!reused)
         emit assigned(request.mediaId, slot);
 }
@@ -146,7 +137,8 @@ void OverlaySlots::stop(int mediaId)
     // The slot is free once the decoder reports the end of this (empty) generation, which comes
     // after the old video's run has released everything.
     s.generation = s.decoder->setSource(QString());
-    m_previews.clear(slot);
+    // Its pictures leave the program at once, though the slot is free only once the run ended.
+    m_switcher.setOverlaySlotMedia(slot, -1);
 }
 
 void OverlaySlots::setTargetSize(int mediaId, QSize targetSize)
@@ -164,24 +156,11 @@ void OverlaySlots::onRunEnded(int slot, quint64 generation)
     Slot &s = m_slots[std::size_t(slot)];
     if (s.state != SlotState::Releasing || generation != s.generation)
         return; // an earlier run, or the slot serves a newer request already
-    const int mediaId = s.mediaId.exchange(-1);
+    const int mediaId = std::exchange(s.mediaId, -1);
     s.state = SlotState::Free;
-    m_audio.overlaySlot(slot).clear();
-    m_switcher.forgetOverlayPicture(mediaId);
     emit released(mediaId, slot);
     if (!m_pending.isEmpty())
         start(slot, m_pending.takeFirst());
-}
-
-void OverlaySlots::flushPreviews()
-{
-    const auto frames = m_previews.take();
-    for (int s = 0; s < kOverlayVideoSlots; ++s) {
-        const FrameTokenPtr &frame = frames[std::size_t(s)];
-        const Slot &slot = m_slots[std::size_t(s)];
-        if (frame && slot.state == SlotState::Playing)
-            emit preview(slot.mediaId.load(), frame);
-    }
 }
 
 } // namespace selvane

@@ -1,8 +1,8 @@
 #pragma once
 
 // The four overlay-video slots: each plays one overlay video (by media id) on its own decoder,
-// whose pictures go to the program switcher and the overlay previews and whose sound goes to
-// the slot's audio queue.
+// whose pictures and sound go to the slot's source feed; the program switcher is told which
+// overlay each slot's pictures belong to.
 //
 // A slot is free, playing, or releasing: a stopped overlay keeps its slot until its decoder's
 // run has ended (the decoder reports the end of the stop's generation), so that a late picture
@@ -16,22 +16,19 @@
 // Threads: lives on the GUI thread; every method and signal is there. Nothing here waits.
 
 #include "engine/EngineTypes.h"
-#include "media/FrameMailbox.h"
-#include "media/FramePool.h"
 
 #include <QList>
 #include <QObject>
 #include <QSize>
 #include <array>
-#include <atomic>
 #include <memory>
 
 class FFmpegVideoDecoder;
 
 namespace selvane {
 
-class AudioInputs;
 class ProgramSwitcher;
+class SourceFeeds;
 
 class OverlaySlots : public QObject
 {
@@ -40,8 +37,7 @@ class OverlaySlots : public QObject
 public:
     static constexpr int kMaxPending = 8;
 
-    OverlaySlots(const FramePool &pool, AudioInputs &audio, ProgramSwitcher &switcher,
-                 QObject *parent = nullptr);
+    OverlaySlots(SourceFeeds &feeds, ProgramSwitcher &switcher, QObject *parent = nullptr);
     ~OverlaySlots() override;
 
     // Plays `path` for `mediaId`, scaled to fit `targetSize`; a slot already playing the id is
@@ -62,7 +58,6 @@ signals:
     void released(int mediaId, int slot);
     void error(int mediaId, selvane::SourceError error, QString detail);
     void ended(int mediaId);
-    void preview(int mediaId, FrameTokenPtr frame);
 
 private:
     enum class SlotState
@@ -82,20 +77,17 @@ private:
     {
         std::unique_ptr<FFmpegVideoDecoder> decoder;
         SlotState state = SlotState::Free;
-        std::atomic<int> mediaId{-1}; // read by the decoder thread
+        int mediaId = -1;
         quint64 generation = 0;
     };
 
     void start(int slot, const Request &request);
     void onRunEnded(int slot, quint64 generation);
-    void flushPreviews();
 
-    AudioInputs &m_audio;
     ProgramSwitcher &m_switcher;
     std::array<Slot, kOverlayVideoSlots> m_slots;
     QList<Request> m_pending;
     qint64 m_droppedRequests = 0;
-    FrameMailbox<kOverlayVideoSlots> m_previews;
 };
 
 } // namespace selvane

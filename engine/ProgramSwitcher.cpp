@@ -1,5 +1,7 @@
 #include "engine/ProgramSwitcher.h"
 
+#include "media/ProgramClock.h"
+
 #include <QPainter>
 #include <QThread>
 #include <QTimer>
@@ -8,9 +10,12 @@
 
 namespace selvane {
 
-ProgramSwitcher::ProgramSwitcher(const FramePool &programPool)
-    : m_pool(programPool), m_compositor(programPool)
+ProgramSwitcher::ProgramSwitcher(SourceFeeds &feeds, const ProgramClock &clock,
+                                 const FramePool &programPool)
+    : m_feeds(feeds), m_clock(clock), m_pool(programPool), m_compositor(programPool)
 {
+    for (auto &media : m_slotMedia)
+        media.store(-1);
 }
 
 ProgramSwitcher::~ProgramSwitcher() = default;
@@ -21,21 +26,24 @@ void ProgramSwitcher::moveToProgramThread(QThread *thread)
     moveToThread(thread);
 }
 
-// ---- decoder threads ----
-
-void ProgramSwitcher::submitChannelFrame(int channel, FrameTokenPtr frame)
+void ProgramSwitcher::start()
 {
-    if (!frame || m_still.load() || channel != m_channel.load())
-        return;
-    m_baseChannel.store(channel);
-    if (m_baseMailbox.store(0, std::move(frame)))
-        QMetaObject::invokeMethod(this, &ProgramSwitcher::flushBaseFrame, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, &ProgramSwitcher::startTicking, Qt::QueuedConnection);
 }
 
-void ProgramSwitcher::submitOverlayPicture(int mediaId, FrameTokenPtr frame)
+void ProgramSwitcher::startTicking()
 {
-    std::lock_guard lock(m_mutex);
-    m_pendingPictures.insert(mediaId, std::move(frame));
+    if (!m_timer) {
+        m_timer = new QTimer(this);
+        m_timer->setSingleShot(true);
+        m_timer->setTimerType(Qt::PreciseTimer);
+        connect(m_timer, &QTimer::timeout, this, &ProgramSwitcher::onTimer);
+    }
+    m_tickBaseUs = m_clock.nowUs();
+    m_tickIndex = 1;
+    m_nextTickUs = tickTimeUs(m_tickIndex);
+    m_nextTickPublished.store(m_nextTickUs);
+    scheduleNext();
 }
 
 // ---- controls ----
@@ -55,8 +63,6 @@ void ProgramSwitcher::showStill(const QImage &image)
     }
     m_still.store(true);
     m_channel.store(-1);
-    m_baseMailbox.take();
-    QMetaObject::invokeMethod(this, &ProgramSwitcher::startStillTimer, Qt::QueuedConnection);
 }
 
 void ProgramSwitcher::setScene(OverlayScenePtr scene)
@@ -65,33 +71,29 @@ void ProgramSwitcher::setScene(OverlayScenePtr scene)
     m_scene = std::move(scene);
 }
 
-void ProgramSwitcher::forgetOverlayPicture(int mediaId)
+void ProgramSwitcher::setOverlaySlotMedia(int slot, int mediaId)
 {
-    std::lock_guard lock(m_mutex);
-    m_pendingPictures.remove(mediaId);
-    m_forgottenPictures.append(mediaId);
+    if (slot >= 0 && slot < SourceFeeds::kOverlaySlots)
+        m_slotMedia[std::size_t(slot)].store(mediaId);
 }
 
 void ProgramSwitcher::setOutputSize(QSize size, double fps)
 {
-    {
-        std::lock_guard lock(m_mutex);
-        m_outputSize = size;
-        m_fps = fps > 0 ? fps : 30.0;
-    }
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            if (m_stillTimer && m_stillTimer->isActive())
-                startStillTimer();
-        },
-        Qt::QueuedConnection);
+    std::lock_guard lock(m_mutex);
+    m_outputSize = size;
+    m_fps = fps > 0 ? fps : 30.0;
 }
 
 void ProgramSwitcher::setOutputSink(OutputSink sink)
 {
     std::lock_guard lock(m_mutex);
     m_outputSink = std::move(sink);
+}
+
+ProgramSwitcher::Counters ProgramSwitcher::counters() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_counters;
 }
 
 ProgramSwitcher::Preview ProgramSwitcher::takePreview()
@@ -103,93 +105,160 @@ ProgramSwitcher::Preview ProgramSwitcher::takePreview()
     return preview;
 }
 
+std::array<FrameTokenPtr, SourceFeeds::kChannels> ProgramSwitcher::takeChannelPreviews()
+{
+    std::array<FrameTokenPtr, SourceFeeds::kChannels> previews;
+    std::lock_guard lock(m_previewMutex);
+    previews.swap(m_channelPreviews);
+    m_channelPreviewsPosted.store(false);
+    return previews;
+}
+
+std::array<std::pair<int, FrameTokenPtr>, SourceFeeds::kOverlaySlots>
+ProgramSwitcher::takeOverlayPreviews()
+{
+    std::array<std::pair<int, FrameTokenPtr>, SourceFeeds::kOverlaySlots> previews;
+    std::lock_guard lock(m_previewMutex);
+    previews.swap(m_overlayPreviews);
+    m_overlayPreviewsPosted.store(false);
+    return previews;
+}
+
 // ---- program thread ----
 
-void ProgramSwitcher::flushBaseFrame()
+void ProgramSwitcher::scheduleNext()
 {
-    const FrameTokenPtr frame = m_baseMailbox.take()[0];
-    const int channel = m_baseChannel.load();
-    if (!frame || m_still.load() || channel != m_channel.load())
-        return; // a cut came in between: the picture belongs to the old channel
-    compose(frame, channel);
+    const qint64 waitUs = m_nextTickUs - m_clock.nowUs();
+    m_timer->start(int(std::max<qint64>(0, (waitUs + 999) / 1000)));
 }
 
-void ProgramSwitcher::compose(const FrameTokenPtr &base, int channel)
+qint64 ProgramSwitcher::tickTimeUs(qint64 index) const
 {
-    OverlayScenePtr scene;
-    OutputSink sink;
-    {
-        std::lock_guard lock(m_mutex);
-        scene = m_scene;
-        sink = m_outputSink;
-        for (int id : std::as_const(m_forgottenPictures))
-            m_compositor.setVideoPicture(id, nullptr);
-        m_forgottenPictures.clear();
-        for (auto it = m_pendingPictures.begin(); it != m_pendingPictures.end(); ++it)
-            m_compositor.setVideoPicture(it.key(), std::move(it.value()));
-        m_pendingPictures.clear();
-    }
-    const FrameTokenPtr program = m_compositor.compose(base, scene.get());
-    if (m_compositor.lastPath() == VulkanCompositor::Path::PassThrough && scene &&
-        m_compositor.overlayCount(*scene) > 0)
-        m_withoutOverlays.fetch_add(1);
-    m_frames.fetch_add(1);
-    if (sink)
-        sink(program);
-    {
-        std::lock_guard lock(m_previewMutex);
-        m_preview = {program, channel};
-    }
-    if (!m_previewPosted.exchange(true))
-        emit previewReady();
+    return m_tickBaseUs + std::llround(double(index) * 1e6 / m_tickFps);
 }
 
-void ProgramSwitcher::startStillTimer()
+void ProgramSwitcher::onTimer()
 {
-    if (!m_still.load())
-        return;
-    if (!m_stillTimer) {
-        m_stillTimer = new QTimer(this);
-        m_stillTimer->setTimerType(Qt::PreciseTimer);
-        connect(m_stillTimer, &QTimer::timeout, this, &ProgramSwitcher::pushStill);
-    }
     double fps = 30.0;
     {
         std::lock_guard lock(m_mutex);
         fps = m_fps;
     }
-    m_stillTimer->start(std::max(1, int(std::lround(1000.0 / fps))));
-    pushStill(); // the new picture goes on air now, not one period later
-}
-
-void ProgramSwitcher::pushStill()
-{
-    if (!m_still.load()) {
-        m_stillTimer->stop();
-        return;
+    if (fps != m_tickFps) {
+        // Another output rate: the ticks start again from the last one.
+        m_tickBaseUs = m_nextTickUs;
+        m_tickIndex = 0;
+        m_tickFps = fps;
     }
-    const FrameTokenPtr frame = stillFrame();
-    if (frame)
-        compose(frame, -1);
+    const qint64 now = m_clock.nowUs();
+    const qint64 periodUs = std::llround(1e6 / m_tickFps);
+    if (now - m_nextTickUs > 2 * periodUs) {
+        // Too late for these ticks (the machine stalled): they are skipped, not made in a burst.
+        const qint64 missed = (now - m_nextTickUs) / periodUs;
+        m_tickIndex += missed;
+        m_nextTickUs = tickTimeUs(m_tickIndex);
+        std::lock_guard lock(m_mutex);
+        m_counters.skippedTicks += missed;
+    }
+    while (m_nextTickUs <= now) {
+        tick(m_nextTickUs);
+        m_nextTickUs = tickTimeUs(++m_tickIndex);
+    }
+    m_nextTickPublished.store(m_nextTickUs);
+    scheduleNext();
 }
 
-FrameTokenPtr ProgramSwitcher::stillFrame()
+qint64 ProgramSwitcher::liveEdgeUs(SourceFeed &feed, quint64 timeline, qint64 videoEdgeUs)
+{
+    // Everything up to the edge has arrived, sound and picture alike; sound that stopped
+    // coming long ago (a source without sound from here on) no longer holds the edge back.
+    qint64 audioEndUs = 0;
+    quint64 audioTimeline = 0;
+    if (feed.sound().end(&audioEndUs, &audioTimeline) && audioTimeline == timeline &&
+        audioEndUs > videoEdgeUs - kSoundGoneUs)
+        return std::min(videoEdgeUs, audioEndUs);
+    return videoEdgeUs;
+}
+
+void ProgramSwitcher::advance(SourceFeed &feed, SourceState &state, qint64 programUs)
+{
+    FrameQueue &frames = feed.frames();
+    const bool live = feed.isLive();
+    // A live source goes on air a jitter margin after the newest instant it has delivered in
+    // full; what was queued before came in a burst and is passed over.
+    const auto joinOffset = [&](const FrameTokenPtr &front) {
+        if (!live)
+            return programUs - front->ptsUs;
+        const FrameTokenPtr back = frames.back();
+        const qint64 newest =
+            back && back->timeline == front->timeline ? back->ptsUs : front->ptsUs;
+        return programUs + kLiveLatencyUs - liveEdgeUs(feed, front->timeline, newest);
+    };
+    bool moved = false;
+    bool joining = false;
+    int taken = 0;
+    for (;;) {
+        const FrameTokenPtr front = frames.front();
+        if (!front)
+            break;
+        if (state.mapping.anchored && front->timeline < state.mapping.timeline) {
+            frames.pop(); // a picture of an earlier timeline (before a seek or a new source)
+            continue;
+        }
+        if (!state.mapping.anchored || front->timeline > state.mapping.timeline) {
+            // A new timeline starts with this picture: it goes on air now.
+            state.mapping = {true, front->timeline, joinOffset(front)};
+            moved = joining = true;
+        }
+        // A picture is on air from the tick nearest to its time.
+        const qint64 due = front->ptsUs + state.mapping.offsetUs;
+        if (due > programUs + m_halfPeriodUs)
+            break;
+        if (!joining && programUs - due > kLateLimitUs) {
+            // The source fell behind: it goes on from here, sound and picture alike.
+            state.mapping.offsetUs = joinOffset(front);
+            ++state.reanchors;
+            moved = joining = true;
+            continue;
+        }
+        if (taken > 0)
+            ++state.skipped; // a newer picture is due as well: the older one is never shown
+        state.current = frames.pop();
+        ++taken;
+    }
+    const FrameTokenPtr back = frames.back();
+    if (live && !joining && state.mapping.anchored && back &&
+        back->timeline == state.mapping.timeline) {
+        // A live source's edge stays between "just in time" and its ahead limit: sound that
+        // comes later than its pictures (transport streams mux it in bursts) makes room for
+        // itself, and a burst after a stall is caught up.
+        const qint64 edgeUs = liveEdgeUs(feed, back->timeline, back->ptsUs);
+        const qint64 aheadUs = edgeUs + state.mapping.offsetUs - programUs;
+        if (aheadUs < kLiveStarvingUs || aheadUs > kLiveAheadLimitUs) {
+            state.mapping.offsetUs = programUs + kLiveLatencyUs - edgeUs;
+            ++state.reanchors;
+            moved = true;
+        }
+    }
+    if (moved)
+        feed.setMapping(state.mapping);
+}
+
+FrameTokenPtr ProgramSwitcher::stillFrame(qint64 programUs)
 {
     QImage image;
     quint64 version = 0;
     QSize out;
-    double fps = 30.0;
     {
         std::lock_guard lock(m_mutex);
         image = m_stillImage;
         version = m_stillVersion;
         out = m_outputSize;
-        fps = m_fps;
     }
     if (out.width() < 1 || out.height() < 1)
         return {};
-    // The canvas is redrawn only when the picture or the size changes.
-    if (m_canvas.size() != out || m_canvasVersion != version) {
+    // The picture is drawn once per change of picture or size, and then shown as it is.
+    if (!m_stillToken || m_canvasSize != out || m_canvasVersion != version) {
         m_canvas = QImage(out, QImage::Format_RGBA8888);
         m_canvas.fill(Qt::black);
         if (!image.isNull()) {
@@ -201,18 +270,105 @@ FrameTokenPtr ProgramSwitcher::stillFrame()
                                     scaled.height()),
                               image);
         }
+        FrameWriter token = m_pool.acquire();
+        if (!token)
+            return {}; // drawn again on the next tick, when the pool has a frame to spare
         m_canvasVersion = version;
+        m_canvasSize = out;
+        const qint64 stride = m_canvas.bytesPerLine();
+        token.prepare(out.width(), out.height(), stride);
+        token->flag = true;
+        token->ptsUs = programUs;
+        std::memcpy(token.bits(), m_canvas.constBits(), std::size_t(stride * out.height()));
+        m_stillToken = std::move(token).publish();
     }
-    FrameWriter token = m_pool.acquire();
-    if (!token)
-        return {};
-    const qint64 stride = m_canvas.bytesPerLine();
-    token.prepare(out.width(), out.height(), stride);
-    token->flag = true;
-    m_stillPtsUs += qint64(std::llround(1e6 / fps));
-    token->ptsUs = m_stillPtsUs;
-    std::memcpy(token.bits(), m_canvas.constBits(), std::size_t(stride * out.height()));
-    return std::move(token).publish();
+    return m_stillToken;
+}
+
+void ProgramSwitcher::tick(qint64 programUs)
+{
+    m_halfPeriodUs = std::llround(5e5 / m_tickFps);
+    bool channelsChanged = false;
+    for (int c = 0; c < SourceFeeds::kChannels; ++c) {
+        SourceState &state = m_channels[std::size_t(c)];
+        advance(m_feeds.channel(c), state, programUs);
+        if (state.current && state.current != state.previewed) {
+            state.previewed = state.current;
+            std::lock_guard lock(m_previewMutex);
+            m_channelPreviews[std::size_t(c)] = state.current;
+            channelsChanged = true;
+        }
+    }
+    bool slotsChanged = false;
+    for (int s = 0; s < SourceFeeds::kOverlaySlots; ++s) {
+        SourceState &state = m_slots[std::size_t(s)];
+        const int media = m_slotMedia[std::size_t(s)].load();
+        if (media != m_slotShownMedia[std::size_t(s)]) {
+            // The slot serves another overlay (or none): its old picture goes with it.
+            if (m_slotShownMedia[std::size_t(s)] >= 0)
+                m_compositor.setVideoPicture(m_slotShownMedia[std::size_t(s)], nullptr);
+            m_slotShownMedia[std::size_t(s)] = media;
+            state = {};
+        }
+        advance(m_feeds.overlaySlot(s), state, programUs);
+        if (media >= 0 && state.current && state.current != state.previewed) {
+            state.previewed = state.current;
+            m_compositor.setVideoPicture(media, state.current);
+            std::lock_guard lock(m_previewMutex);
+            m_overlayPreviews[std::size_t(s)] = {media, state.current};
+            slotsChanged = true;
+        }
+    }
+    if (channelsChanged && !m_channelPreviewsPosted.exchange(true))
+        emit channelPreviewsReady();
+    if (slotsChanged && !m_overlayPreviewsPosted.exchange(true))
+        emit overlayPreviewsReady();
+
+    const bool still = m_still.load();
+    const int channel = still ? -1 : m_channel.load();
+    FrameTokenPtr base;
+    if (still) {
+        base = stillFrame(programUs);
+        if (!base)
+            base = m_lastBase; // no frame to draw it into yet: the picture holds
+    } else if (channel >= 0 && channel < SourceFeeds::kChannels) {
+        base = m_channels[std::size_t(channel)].current;
+        if (!base)
+            base = m_lastBase; // nothing from the new channel yet: the picture holds
+    }
+    if (!base)
+        return; // nothing has been on air yet
+    const bool repeated = base == m_lastBase;
+    m_lastBase = base;
+
+    OverlayScenePtr scene;
+    OutputSink sink;
+    {
+        std::lock_guard lock(m_mutex);
+        scene = m_scene;
+        sink = m_outputSink;
+    }
+    const FrameTokenPtr program = m_compositor.compose(base, scene.get());
+    const bool bare = m_compositor.lastPath() == VulkanCompositor::Path::PassThrough && scene &&
+                      m_compositor.overlayCount(*scene) > 0;
+    {
+        std::lock_guard lock(m_mutex);
+        ++m_counters.frames;
+        m_counters.repeated += repeated ? 1 : 0;
+        m_counters.withoutOverlays += bare ? 1 : 0;
+        for (int c = 0; c < SourceFeeds::kChannels; ++c) {
+            m_counters.skippedPictures[std::size_t(c)] = m_channels[std::size_t(c)].skipped;
+            m_counters.reanchors[std::size_t(c)] = m_channels[std::size_t(c)].reanchors;
+        }
+    }
+    if (sink)
+        sink(program, programUs);
+    {
+        std::lock_guard lock(m_previewMutex);
+        m_preview = {program, channel};
+    }
+    if (!m_previewPosted.exchange(true))
+        emit previewReady();
 }
 
 } // namespace selvane

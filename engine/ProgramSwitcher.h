@@ -1,27 +1,31 @@
 #pragma once
 
-// The program: for every picture of the channel on air it composes one program frame (the
-// picture plus the overlay scene) and hands it to the outputs and to the program preview. In
-// still mode the program frames come from a still picture, repeated at the output frame rate.
-// There is no composition timer for channels: the program rate is the rate of the channel on
-// air.
+// The program: it runs on its own clock at the output frame rate. At every tick it takes from
+// each source (the four channels and the four overlay-video slots) the newest picture that is
+// due by the source's mapping onto the program clock, composes the channel on air (or the still
+// picture) with the overlay scene into one program frame, and hands that to the outputs and to
+// the previews. A slow, variable or silent source can neither slow nor stop the program: its
+// last picture is repeated until a newer one is due, and pictures that are late are skipped.
 //
-// Threads: the switcher lives on the program thread, where composition, still pictures and the
-// hand-over to the outputs run; the window never waits for any of it. Decoder threads call
-// submitChannelFrame/submitOverlayPicture (mailboxes: the newest picture wins, at most one flush
-// pending). Controls (cut, still, scene, size, outputs) may be called from any thread; they
-// store values under a short lock or post to the program thread. The program preview reaches the
-// owner through previewReady(), posted at most once until takePreview() is called.
+// Mapping: a source's first picture of a timeline is put on the program clock when it is
+// taken (a live source a jitter margin later); a source that falls too far behind is put on
+// again where it is, and a live source that runs too far ahead is brought closer. The mixer
+// reads the same mapping for the source's sound.
+//
+// Threads: the switcher lives on the program thread, where ticks, composition and the hand-over
+// to the outputs run; the window never waits for any of it. Controls (cut, still, scene, size,
+// outputs, overlay slots) may be called from any thread; they store values under a short lock.
+// Previews reach the owner through the *Ready() signals, posted at most once until taken.
 
 #include "compose/OverlayScene.h"
 #include "compose/VulkanCompositor.h"
-#include "media/FrameMailbox.h"
 #include "media/FramePool.h"
+#include "media/SourceFeeds.h"
 
-#include <QHash>
 #include <QImage>
 #include <QObject>
 #include <QSize>
+#include <array>
 #include <atomic>
 #include <functional>
 #include <memory>
@@ -31,22 +35,35 @@ class QTimer;
 
 namespace selvane {
 
+class ProgramClock;
+
 class ProgramSwitcher : public QObject
 {
     Q_OBJECT
 
 public:
-    // Receives every program frame with its program-clock time (on the program thread).
-    using OutputSink = std::function<void(const FrameTokenPtr &frame)>;
+    // A live source's pictures go on air this long after they arrive (jitter margin).
+    static constexpr qint64 kLiveLatencyUs = 200'000;
+    // A live source whose delivered edge (the newest instant with both sound and picture)
+    // comes this close to the program time gets more margin; one this far ahead is brought
+    // closer.
+    static constexpr qint64 kLiveStarvingUs = 20'000;
+    static constexpr qint64 kLiveAheadLimitUs = 1'000'000;
+    // Sound that ended this long before the newest picture no longer counts for the edge.
+    static constexpr qint64 kSoundGoneUs = 2'000'000;
+    // A picture this late puts its source on the program clock again.
+    static constexpr qint64 kLateLimitUs = 250'000;
 
-    // Construct on the GUI thread (the compositor's OpenGL state needs it), then moveToThread.
-    explicit ProgramSwitcher(const FramePool &programPool);
+    // Receives every program frame with its program time (on the program thread).
+    using OutputSink = std::function<void(const FrameTokenPtr &frame, qint64 programUs)>;
+
+    // Construct on the GUI thread (the compositor's OpenGL state needs it), then
+    // moveToProgramThread() and start().
+    ProgramSwitcher(SourceFeeds &feeds, const ProgramClock &clock, const FramePool &programPool);
     ~ProgramSwitcher() override;
     void moveToProgramThread(QThread *thread);
-
-    // Decoder threads.
-    void submitChannelFrame(int channel, FrameTokenPtr frame);
-    void submitOverlayPicture(int mediaId, FrameTokenPtr frame);
+    // Begins ticking (posted to the program thread).
+    void start();
 
     // Any thread.
     void cutTo(int channel);
@@ -56,9 +73,12 @@ public:
     void showStill(const QImage &image);
     bool isStill() const { return m_still.load(); }
     void setScene(OverlayScenePtr scene);
-    void forgetOverlayPicture(int mediaId);
+    // Which overlay the pictures of an overlay-video slot belong to (-1: none).
+    void setOverlaySlotMedia(int slot, int mediaId);
     void setOutputSize(QSize size, double fps);
     void setOutputSink(OutputSink sink);
+    // The program time of the next tick (outputs start on a tick).
+    qint64 nextTickUs() const { return m_nextTickPublished.load(); }
 
     // The newest program frame and the channel it came from (-1: still); owner's thread.
     struct Preview
@@ -67,53 +87,89 @@ public:
         int channel = -1;
     };
     Preview takePreview();
+    // The newest picture of each channel, and of each overlay slot (with its media id).
+    std::array<FrameTokenPtr, SourceFeeds::kChannels> takeChannelPreviews();
+    std::array<std::pair<int, FrameTokenPtr>, SourceFeeds::kOverlaySlots> takeOverlayPreviews();
 
-    qint64 programFrames() const { return m_frames.load(); }
-    qint64 framesWithoutOverlays() const { return m_withoutOverlays.load(); }
+    struct Counters
+    {
+        qint64 frames = 0;       // program frames made (one a tick)
+        qint64 repeated = 0;     // of those, with the same picture on air as the tick before
+        qint64 skippedTicks = 0; // ticks the program thread was too late for
+        qint64 withoutOverlays = 0;
+        std::array<qint64, SourceFeeds::kChannels> skippedPictures{}; // never shown: late
+        std::array<qint64, SourceFeeds::kChannels> reanchors{};       // put on the clock again
+    };
+    Counters counters() const;
 
 signals:
-    // A program frame waits in takePreview(); posted once until it is taken.
     void previewReady();
-
-private slots:
-    void flushBaseFrame();
-    void pushStill();
+    void channelPreviewsReady();
+    void overlayPreviewsReady();
 
 private:
-    void compose(const FrameTokenPtr &base, int channel);
-    void startStillTimer();
-    FrameTokenPtr stillFrame();
+    struct SourceState
+    {
+        SourceMapping mapping;
+        FrameTokenPtr current;
+        FrameTokenPtr previewed;
+        qint64 skipped = 0;
+        qint64 reanchors = 0;
+    };
 
+    void onTimer();
+    void scheduleNext();
+    qint64 tickTimeUs(qint64 index) const;
+    void tick(qint64 programUs);
+    void advance(SourceFeed &feed, SourceState &state, qint64 programUs);
+    static qint64 liveEdgeUs(SourceFeed &feed, quint64 timeline, qint64 videoEdgeUs);
+    FrameTokenPtr stillFrame(qint64 programUs);
+    void startTicking();
+
+    SourceFeeds &m_feeds;
+    const ProgramClock &m_clock;
     FramePool m_pool;
     VulkanCompositor m_compositor;
 
     std::atomic<int> m_channel{0};
     std::atomic<bool> m_still{false};
-    FrameMailbox<1> m_baseMailbox;
-    std::atomic<int> m_baseChannel{-1}; // the channel the waiting base frame came from
+    std::array<std::atomic<int>, SourceFeeds::kOverlaySlots> m_slotMedia;
 
-    std::mutex m_mutex; // guards the values below, handed in from other threads
+    mutable std::mutex m_mutex; // guards the values below, handed in from other threads
     OverlayScenePtr m_scene;
-    QHash<int, FrameTokenPtr> m_pendingPictures;
-    QList<int> m_forgottenPictures;
     QImage m_stillImage;
     quint64 m_stillVersion = 0;
     QSize m_outputSize{1920, 1080};
     double m_fps = 30.0;
     OutputSink m_outputSink;
+    Counters m_counters;
 
     // Program thread only.
-    QTimer *m_stillTimer = nullptr;
+    QTimer *m_timer = nullptr;
+    // Tick k is at m_tickBaseUs + k / fps, computed from k every time, so that no rounding
+    // creeps in however long the program runs.
+    double m_tickFps = 30.0;
+    qint64 m_tickBaseUs = 0;
+    qint64 m_tickIndex = 0;
+    qint64 m_nextTickUs = 0;
+    qint64 m_halfPeriodUs = 16667;
+    std::atomic<qint64> m_nextTickPublished{0};
+    std::array<SourceState, SourceFeeds::kChannels> m_channels;
+    std::array<SourceState, SourceFeeds::kOverlaySlots> m_slots;
+    std::array<int, SourceFeeds::kOverlaySlots> m_slotShownMedia{-1, -1, -1, -1};
+    FrameTokenPtr m_lastBase;
     QImage m_canvas;
     quint64 m_canvasVersion = 0;
-    qint64 m_stillPtsUs = 0;
+    QSize m_canvasSize;
+    FrameTokenPtr m_stillToken;
 
     std::mutex m_previewMutex;
     Preview m_preview;
+    std::array<FrameTokenPtr, SourceFeeds::kChannels> m_channelPreviews;
+    std::array<std::pair<int, FrameTokenPtr>, SourceFeeds::kOverlaySlots> m_overlayPreviews;
     std::atomic<bool> m_previewPosted{false};
-
-    std::atomic<qint64> m_frames{0};
-    std::atomic<qint64> m_withoutOverlays{0};
+    std::atomic<bool> m_channelPreviewsPosted{false};
+    std::atomic<bool> m_overlayPreviewsPosted{false};
 };
 
 } // namespace selvane

@@ -59,28 +59,31 @@ bool AudioConverter::ensureResampler(const AVFrame *frame, const AVCodecContext 
     return true;
 }
 
-bool AudioConverter::convert(const AVFrame *frame, const AVCodecContext *codec, const Sink &sink)
+bool AudioConverter::convert(const AVFrame *frame, const AVCodecContext *codec, qint64 frameUs,
+                             const Sink &sink)
 {
     if (!frame || frame->nb_samples <= 0 || frame->sample_rate <= 0)
         return false;
     if (!ensureResampler(frame, codec))
         return false;
-    const int64_t outCount = av_rescale_rnd(swr_get_delay(m_swr.get(), frame->sample_rate) +
-                                                frame->nb_samples,
-                                            audio::kSampleRate, frame->sample_rate, AV_ROUND_UP);
+    // What the resampler still holds comes out first: the block starts that much earlier.
+    const qint64 heldUs = swr_get_delay(m_swr.get(), 1000000);
+    const int64_t outCount =
+        av_rescale_rnd(swr_get_delay(m_swr.get(), frame->sample_rate) + frame->nb_samples,
+                       audio::kSampleRate, frame->sample_rate, AV_ROUND_UP);
     if (outCount <= 0)
         return true;
     const std::size_t needed = static_cast<std::size_t>(outCount) * audio::kChannels;
     if (m_buffer.size() < needed)
         m_buffer.resize(needed);
     uint8_t *out[1] = {reinterpret_cast<uint8_t *>(m_buffer.data())};
-    const int got = swr_convert(m_swr.get(), out, static_cast<int>(outCount),
-                                const_cast<const uint8_t **>(frame->extended_data),
-                                frame->nb_samples);
+    const int got =
+        swr_convert(m_swr.get(), out, static_cast<int>(outCount),
+                    const_cast<const uint8_t **>(frame->extended_data), frame->nb_samples);
     if (got < 0)
         return false;
     if (got > 0 && sink)
-        sink(m_buffer.data(), got);
+        sink(m_buffer.data(), got, frameUs - heldUs);
     return true;
 }
 

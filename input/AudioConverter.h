@@ -17,11 +17,14 @@ namespace selvane {
 class AudioConverter
 {
 public:
-    using Sink = std::function<void(const std::int16_t *samples, int frames)>;
+    // `startUs`: the source time of the block's first frame.
+    using Sink = std::function<void(const std::int16_t *samples, int frames, qint64 startUs)>;
 
-    // Converts `frame` and hands the result to `sink` at once. False when the resampler could
-    // not be built or the conversion failed (the frame is skipped).
-    bool convert(const AVFrame *frame, const AVCodecContext *codec, const Sink &sink);
+    // Converts `frame`, whose first sample has the source time `frameUs`, and hands the result
+    // to `sink` at once (its time accounts for what the resampler still holds). False when the
+    // resampler could not be built or the conversion failed (the frame is skipped).
+    bool convert(const AVFrame *frame, const AVCodecContext *codec, qint64 frameUs,
+                 const Sink &sink);
     // Drops the resampler; the next frame builds a new one (after a seek).
     void reset();
 

@@ -1,5 +1,7 @@
 #include "input/DecodeRun.h"
 
+#include "input/SourceAddress.h"
+#include "media/FfmpegCompat.h"
 #include "media/LogThrottle.h"
 
 #include <QDebug>
@@ -15,13 +17,13 @@ namespace {
 // Live sources keep their latency bounded; a file may read ahead.
 constexpr int kFilePacketDepth = 200;
 constexpr int kLivePacketDepth = 8;
-constexpr auto kWaitSlice = 10ms;
 constexpr auto kTryAgainSleep = 1ms;
 constexpr auto kEndOfFilePoll = 20ms;
 constexpr auto kPausePoll = 25ms;
-// While a paced picture waits, reading continues (sound keeps flowing) until this many video
-// packets are queued; picture and sound therefore stay close together in the queues.
-constexpr int kPacedReadAheadPackets = 2;
+constexpr int kRoomWaitMs = 5;
+// While a file's pictures wait for room, reading goes on (sound keeps flowing) until this many
+// picture packets wait: about two seconds at 30 pictures a second.
+constexpr int kReadAheadPackets = 60;
 
 int interruptWhenCancelled(void *opaque)
 {
@@ -35,8 +37,8 @@ AVIOInterruptCB DecodeRun::interruptFor(const DecodeHost &host)
     return {interruptWhenCancelled, const_cast<DecodeHost *>(&host)};
 }
 
-DecodeRun::DecodeRun(DecoderControls &controls, DecodeHost &host, SteadyNow now)
-    : m_controls(controls), m_host(host), m_pacer(std::move(now))
+DecodeRun::DecodeRun(DecoderControls &controls, DecodeHost &host)
+    : m_controls(controls), m_host(host)
 {
 }
 
@@ -53,7 +55,8 @@ bool DecodeRun::open(const QString &source, bool separateAudio)
             m_host.failed(m_input.error, {});
         return false;
     }
-    m_queue.setDepth(m_input.live ? kLivePacketDepth : kFilePacketDepth);
+    m_realTime = m_input.live && !isSegmentedStream(m_input.context.get());
+    m_queue.setDepth(m_realTime ? kLivePacketDepth : kFilePacketDepth);
     m_queue.setDropCounter(&m_host.packetDropCounter());
 
     AVFormatContext *format = m_input.context.get();
@@ -89,18 +92,19 @@ bool DecodeRun::open(const QString &source, bool separateAudio)
     }
 
     m_frame.reset(av_frame_alloc());
-    m_keptFrame.reset(av_frame_alloc());
+    m_progressive.reset(av_frame_alloc());
     m_audioFrame.reset(av_frame_alloc());
     m_packet.reset(av_packet_alloc());
     m_readAheadPacket.reset(av_packet_alloc());
-    if (!m_frame || !m_keptFrame || !m_audioFrame || !m_packet || !m_readAheadPacket) {
+    if (!m_frame || !m_progressive || !m_audioFrame || !m_packet || !m_readAheadPacket) {
         m_audioCodec.reset();
         m_video = OpenedVideoDecoder{};
         m_input.context.reset();
         m_host.failed(SourceError::AllocFailed, {});
         return false;
     }
-    m_host.opened(m_input.durationMs, m_input.live);
+    m_timelineId = m_host.timeline();
+    m_host.opened(m_input.durationMs, m_input.live, m_realTime);
 
     // A live camera whose microphone shares its input has a reader of its own, so that the
     // device is drained while pictures are converted.
@@ -148,20 +152,33 @@ void DecodeRun::stopReader()
 
 // ---- decoding ----
 
-qint64 DecodeRun::frameTimeUs(const AVFrame *frame, const AVStream *stream) const
+qint64 DecodeRun::rawTimeUs(const AVFrame *frame, const AVStream *stream) const
 {
-    const int64_t ts = frame->best_effort_timestamp;
+    int64_t ts = frame->best_effort_timestamp;
     if (ts == AV_NOPTS_VALUE)
-        return Pacer::kNoTime;
+        ts = frame->pts;
+    if (ts == AV_NOPTS_VALUE)
+        return SourceTimeline::kNoTime;
     return av_rescale_q(ts, stream->time_base, AV_TIME_BASE_Q);
+}
+
+qint64 DecodeRun::durationUs(const AVFrame *frame, const AVStream *stream) const
+{
+    if (stream == m_audioStream && frame->sample_rate > 0)
+        return qint64(frame->nb_samples) * 1000000 / frame->sample_rate;
+    if (const std::int64_t ticks = ffcompat::frameDuration(frame))
+        return av_rescale_q(ticks, stream->time_base, AV_TIME_BASE_Q);
+    const AVRational rate =
+        stream->avg_frame_rate.num > 0 ? stream->avg_frame_rate : stream->r_frame_rate;
+    return rate.num > 0 ? av_rescale(1000000, rate.den, rate.num) : 33333;
 }
 
 bool DecodeRun::beforeSeekTarget(const AVFrame *frame, const AVStream *stream) const
 {
     if (m_seekTargetUs < 0)
         return false;
-    const qint64 t = frameTimeUs(frame, stream);
-    return t != Pacer::kNoTime && t < m_seekTargetUs;
+    const qint64 t = rawTimeUs(frame, stream);
+    return t != SourceTimeline::kNoTime && t < m_seekTargetUs;
 }
 
 void DecodeRun::sendPacket(AVCodecContext *codec, AVPacket *packet)
@@ -200,11 +217,14 @@ void DecodeRun::receiveAudioFrames()
 {
     AVFrame *audioFrame = m_audioFrame.get();
     while (avcodec_receive_frame(m_audioCodec.get(), audioFrame) >= 0) {
-        if (!beforeSeekTarget(audioFrame, m_audioStream))
-            m_audio.convert(audioFrame, m_audioCodec.get(),
-                            [this](const std::int16_t *samples, int frames) {
-                                m_host.deliverAudio(samples, frames);
+        if (!beforeSeekTarget(audioFrame, m_audioStream)) {
+            const qint64 mediaUs = m_timeline.mapAudio(rawTimeUs(audioFrame, m_audioStream),
+                                                       durationUs(audioFrame, m_audioStream));
+            m_audio.convert(audioFrame, m_audioCodec.get(), mediaUs,
+                            [this](const std::int16_t *samples, int frames, qint64 startUs) {
+                                m_host.deliverAudio(samples, frames, startUs, m_timelineId);
                             });
+        }
         av_frame_unref(audioFrame);
     }
 }
@@ -212,86 +232,47 @@ void DecodeRun::receiveAudioFrames()
 void DecodeRun::receiveVideoFrames()
 {
     AVCodecContext *codec = m_video.context.get();
-    if (m_input.live) {
-        // Not paced: of all the pictures this packet yields, only the newest is shown.
-        while (avcodec_receive_frame(codec, m_frame.get()) >= 0) {
-            if (m_haveKeptFrame)
-                m_host.pictureDropped();
-            av_frame_unref(m_keptFrame.get());
-            av_frame_move_ref(m_keptFrame.get(), m_frame.get());
-            m_haveKeptFrame = true;
+    while (!interrupted() && avcodec_receive_frame(codec, m_frame.get()) >= 0) {
+        if (!beforeSeekTarget(m_frame.get(), m_videoStream)) {
+            m_seekTargetUs = -1;
+            showPicture(m_frame.get());
         }
-        if (m_haveKeptFrame) {
-            convertAndDeliver(m_keptFrame.get());
-            av_frame_unref(m_keptFrame.get());
-            m_haveKeptFrame = false;
-        }
-        return;
-    }
-    while (!m_host.cancelled() && avcodec_receive_frame(codec, m_frame.get()) >= 0) {
-        if (beforeSeekTarget(m_frame.get(), m_videoStream)) {
-            av_frame_unref(m_frame.get());
-            continue;
-        }
-        m_seekTargetUs = -1;
-        paceAndDeliver(m_frame.get());
         av_frame_unref(m_frame.get());
     }
 }
 
-void DecodeRun::paceAndDeliver(const AVFrame *frame)
+bool DecodeRun::interrupted() const
 {
-    const Pacer::Decision decision = m_pacer.onPicture(frameTimeUs(frame, m_videoStream));
-    if (decision.action == Pacer::Action::Drop) {
-        m_host.pictureDropped();
-        return;
-    }
-    if (decision.action == Pacer::Action::Wait && !waitUntil(decision.due))
-        return; // cancelled or a seek arrived: this picture is stale
-    convertAndDeliver(frame);
+    return m_host.cancelled() || m_controls.seekFlag.load() || m_controls.flushRequest.load();
 }
 
-bool DecodeRun::waitUntil(SteadyClock::time_point deadline)
-{
-    for (;;) {
-        if (m_host.cancelled() || m_controls.seekFlag.load())
-            return false;
-        if (!m_controls.playing.load())
-            return true;
-        readAheadWhileWaiting();
-        const SteadyClock::time_point now = m_pacer.now();
-        if (now >= deadline)
-            return true;
-        std::this_thread::sleep_for(std::min<SteadyClock::duration>(kWaitSlice, deadline - now));
-    }
-}
-
-void DecodeRun::readAheadWhileWaiting()
-{
-    while (!m_readAheadEnded && m_queue.size() < kPacedReadAheadPackets && !m_host.cancelled()) {
-        AVPacket *packet = m_readAheadPacket.get();
-        const int err = av_read_frame(m_input.context.get(), packet);
-        if (err == AVERROR(EAGAIN))
-            return;
-        if (err < 0) {
-            // The loop's own read reports the end (or the error) again when the queue is empty.
-            m_readAheadEnded = true;
-            return;
-        }
-        if (m_audioStream && packet->stream_index == m_audioStream->index)
-            decodeAudioPacket(packet);
-        else if (packet->stream_index == m_videoStream->index)
-            m_queue.push(packet);
-        else
-            av_packet_unref(packet);
-    }
-}
-
-void DecodeRun::convertAndDeliver(const AVFrame *decoded)
+void DecodeRun::showPicture(const AVFrame *decoded)
 {
     const AVFrame *frame = m_pictures->inSystemMemory(decoded);
     if (!frame || frame->width < 1 || frame->height < 1)
         return;
+    switch (m_deinterlacer.filter(frame, m_progressive.get(), m_videoStream->time_base)) {
+    case Deinterlacer::Result::Held:
+        return;
+    case Deinterlacer::Result::Out:
+        frame = m_progressive.get();
+        if (!m_reportedDeinterlacing) {
+            m_reportedDeinterlacing = true;
+            m_host.deinterlacing();
+        }
+        break;
+    case Deinterlacer::Result::Pass:
+        break;
+    }
+    FrameTokenPtr picture;
+    if (!convertPicture(frame, &picture))
+        return;
+    if (offerUntilTaken(picture))
+        ++m_delivered;
+}
+
+bool DecodeRun::convertPicture(const AVFrame *frame, FrameTokenPtr *out)
+{
     const PictureConverter::Sizes sizes = m_pictures->sizesOf(frame);
     if (!(sizes == m_lastSizes)) {
         m_lastSizes = sizes;
@@ -299,22 +280,65 @@ void DecodeRun::convertAndDeliver(const AVFrame *decoded)
     }
     const QSize target(m_controls.targetWidth.load(), m_controls.targetHeight.load());
     FrameWriter token = m_host.acquireFrame();
+    // A file waits for a picture to come back to the pool (the program takes them in time);
+    // a source that must be drained drops the picture rather than fall behind.
+    while (!token && !m_realTime && !interrupted()) {
+        if (!readAheadOnce())
+            m_host.waitForRoom(kRoomWaitMs);
+        token = m_host.acquireFrame();
+    }
     if (!token) {
         m_host.pictureDropped();
-        return;
+        return false;
     }
     if (!m_pictures->convert(frame, PictureConverter::outputSize(sizes.display, target), token))
-        return;
-    const qint64 ptsUs = frameTimeUs(frame, m_videoStream);
-    token->ptsUs = ptsUs == Pacer::kNoTime ? 0 : ptsUs;
+        return false;
+    token->ptsUs =
+        m_timeline.mapVideo(rawTimeUs(frame, m_videoStream), durationUs(frame, m_videoStream));
+    token->timeline = m_timelineId;
     token->flag = true;
-    ++m_delivered;
-    m_host.deliverFrame(std::move(token).publish());
+    *out = std::move(token).publish();
+    return true;
+}
+
+bool DecodeRun::offerUntilTaken(FrameTokenPtr &picture)
+{
+    for (;;) {
+        if (m_host.offerFrame(picture))
+            return true;
+        if (interrupted())
+            return false;
+        // Reading goes on while the picture waits, so that the sound keeps coming.
+        if (!readAheadOnce())
+            m_host.waitForRoom(kRoomWaitMs);
+    }
+}
+
+bool DecodeRun::readAheadOnce()
+{
+    if (m_useReader || m_readAheadEnded || m_queue.size() >= kReadAheadPackets)
+        return false;
+    AVPacket *packet = m_readAheadPacket.get();
+    const int err = av_read_frame(m_input.context.get(), packet);
+    if (err == AVERROR(EAGAIN))
+        return false;
+    if (err < 0) {
+        // The loop's own read reports the end (or the error) again when the queue is empty.
+        m_readAheadEnded = true;
+        return false;
+    }
+    if (m_audioStream && packet->stream_index == m_audioStream->index)
+        decodeAudioPacket(packet);
+    else if (packet->stream_index == m_videoStream->index)
+        m_queue.push(packet);
+    else
+        av_packet_unref(packet);
+    return true;
 }
 
 // ---- control ----
 
-void DecodeRun::seekTo(qint64 positionMs)
+void DecodeRun::seekTo(qint64 positionMs, bool newTimeline)
 {
     const qint64 targetUs = std::max<qint64>(0, positionMs) * 1000;
     const qint64 startTs =
@@ -327,11 +351,17 @@ void DecodeRun::seekTo(qint64 positionMs)
     if (m_audioCodec)
         avcodec_flush_buffers(m_audioCodec.get());
     m_audio.reset();
+    m_deinterlacer.reset();
     m_queue.clear();
-    m_pacer.reset();
     m_readAheadEnded = false;
     m_drained = false;
     m_endReported = false;
+    if (newTimeline) {
+        // An operator's seek: what was queued is of no use, and the time starts anew.
+        m_host.discardQueued();
+        m_timelineId = m_host.newTimeline();
+        m_timeline.reset();
+    }
     // Pictures and sound between the key frame and the position asked for are skipped.
     const qint64 startUs = av_rescale_q(startTs, m_videoStream->time_base, AV_TIME_BASE_Q);
     m_seekTargetUs = positionMs > 0 ? startUs + targetUs : -1;
@@ -357,7 +387,11 @@ void DecodeRun::handleEndOfFile()
             return;
     }
     if (m_controls.loop.load()) {
-        seekTo(0);
+        // The next loop follows this one without a gap in either stream.
+        const qint64 startUs =
+            m_input.context->start_time != AV_NOPTS_VALUE ? m_input.context->start_time : 0;
+        m_timeline.loopRestart(startUs);
+        seekTo(0, false);
         return;
     }
     if (!m_endReported) {
@@ -382,7 +416,7 @@ void DecodeRun::showOneFrameAfterSeek()
                 m_drained = true;
                 avcodec_send_packet(codec, nullptr);
                 while (avcodec_receive_frame(codec, m_frame.get()) >= 0) {
-                    convertAndDeliver(m_frame.get());
+                    showPicture(m_frame.get());
                     av_frame_unref(m_frame.get());
                 }
             }
@@ -396,7 +430,7 @@ void DecodeRun::showOneFrameAfterSeek()
         while (avcodec_receive_frame(codec, m_frame.get()) >= 0) {
             if (!beforeSeekTarget(m_frame.get(), m_videoStream) && m_delivered == deliveredBefore) {
                 m_seekTargetUs = -1;
-                convertAndDeliver(m_frame.get());
+                showPicture(m_frame.get());
             }
             av_frame_unref(m_frame.get());
         }
@@ -413,7 +447,7 @@ void DecodeRun::decodeLoop()
             const qint64 request = m_controls.seekRequestMs.load();
             if (request >= 0 && request != seekAppliedMs) {
                 m_controls.seekFlag.store(false);
-                seekTo(request);
+                seekTo(request, true);
                 seekAppliedMs = request;
                 showOneFrameAfterSeek();
             } else {
@@ -424,9 +458,9 @@ void DecodeRun::decodeLoop()
         // Playing: the next request made in pause is honoured even if it repeats the last one.
         seekAppliedMs = -1;
         if (m_controls.resumed.exchange(false))
-            m_pacer.reset();
+            m_timelineId = m_host.newTimeline(); // the program takes the source up from here
         if (m_controls.seekFlag.exchange(false))
-            seekTo(m_controls.seekRequestMs.load());
+            seekTo(m_controls.seekRequestMs.load(), true);
 
         const int err = nextPacket(m_packet.get());
         if (err == AVERROR(EAGAIN)) {

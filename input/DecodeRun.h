@@ -1,15 +1,21 @@
 #pragma once
 
 // One run of a decoder: everything that lives from opening a source to the end of its decode
-// loop (demuxer, decoders, picture converter, packet queue, pacer). Created and used on the
-// decoder's worker thread only. It reads the operator's controls (DecoderControls, atomics
-// written from any thread) and reports to its DecodeHost.
+// loop (demuxer, decoders, deinterlacer, picture converter, packet queue, source timeline).
+// Created and used on the decoder's worker thread only. It reads the operator's controls
+// (DecoderControls, atomics written from any thread) and hands pictures and sound, stamped with
+// the source's continuous time and timeline, to its DecodeHost.
+//
+// It does not pace: a file runs ahead until the host's picture queue is full, and while it waits
+// for room it keeps reading, so that sound keeps flowing; the program clock takes the pictures
+// when they are due. A live source is read as it comes.
 
 #include "input/AudioConverter.h"
+#include "input/Deinterlacer.h"
 #include "input/MediaOpen.h"
-#include "input/Pacer.h"
 #include "input/PacketQueue.h"
 #include "input/PictureConverter.h"
+#include "input/SourceTimeline.h"
 #include "input/VideoDecoderChoice.h"
 #include "media/FrameToken.h"
 
@@ -25,7 +31,7 @@ namespace selvane {
 struct DecoderControls
 {
     std::atomic<bool> playing{true};
-    std::atomic<bool> resumed{false}; // set by resume(): re-anchor the pacing clock
+    std::atomic<bool> resumed{false}; // set by resume(): the source's time starts a new timeline
     std::atomic<qint64> seekRequestMs{-1};
     std::atomic<bool> seekFlag{false}; // a seek made while playing
     std::atomic<bool> loop{false};
@@ -42,10 +48,23 @@ public:
     // This run must end (a new source, stop, or shutdown).
     virtual bool cancelled() const = 0;
     virtual FrameWriter acquireFrame() = 0;
-    virtual void deliverFrame(FrameTokenPtr frame) = 0;
-    virtual void deliverAudio(const std::int16_t *samples, int frames) = 0;
-    virtual void opened(qint64 durationMs, bool live) = 0;
+    // Queues a picture; false (the picture stays with the caller) while the queue is full.
+    // Pictures of a live source are always taken.
+    virtual bool offerFrame(FrameTokenPtr &frame) = 0;
+    virtual void waitForRoom(int ms) = 0;
+    // Drops the pictures queued so far (a seek).
+    virtual void discardQueued() = 0;
+    virtual void deliverAudio(const std::int16_t *samples, int frames, qint64 mediaUs,
+                              quint64 timeline) = 0;
+    // The timeline the run starts on, and a new one after a seek or a pause.
+    virtual quint64 timeline() const = 0;
+    virtual quint64 newTimeline() = 0;
+    // `live`: the source has no end and cannot seek. `realTime`: it also delivers at its own pace
+    // (a camera, a stream pushed at us) and must be read whatever the program takes; a live
+    // source read in segments (HLS, DASH) waits for the program like a file instead.
+    virtual void opened(qint64 durationMs, bool live, bool realTime) = 0;
     virtual void videoInfo(QSize coded, QSize display) = 0;
+    virtual void deinterlacing() = 0;
     virtual void failed(SourceError error, const QString &detail) = 0;
     // The end of a file without loop; once, until a seek plays again.
     virtual void endedNaturally() = 0;
@@ -57,7 +76,7 @@ public:
 class DecodeRun
 {
 public:
-    DecodeRun(DecoderControls &controls, DecodeHost &host, SteadyNow now = {});
+    DecodeRun(DecoderControls &controls, DecodeHost &host);
     ~DecodeRun();
     DecodeRun(const DecodeRun &) = delete;
     DecodeRun &operator=(const DecodeRun &) = delete;
@@ -82,17 +101,19 @@ private:
     void decodeAudioPacket(AVPacket *packet);
     void receiveVideoFrames();
     void receiveAudioFrames();
-    void paceAndDeliver(const AVFrame *frame);
-    bool waitUntil(SteadyClock::time_point deadline);
-    void readAheadWhileWaiting();
-    void convertAndDeliver(const AVFrame *frame);
+    void showPicture(const AVFrame *frame);
+    bool offerUntilTaken(FrameTokenPtr &picture);
+    bool readAheadOnce();
+    bool convertPicture(const AVFrame *frame, FrameTokenPtr *out);
     bool beforeSeekTarget(const AVFrame *frame, const AVStream *stream) const;
-    qint64 frameTimeUs(const AVFrame *frame, const AVStream *stream) const;
+    qint64 rawTimeUs(const AVFrame *frame, const AVStream *stream) const;
+    qint64 durationUs(const AVFrame *frame, const AVStream *stream) const;
 
-    void seekTo(qint64 positionMs);
+    void seekTo(qint64 positionMs, bool newTimeline);
     void handleEndOfFile();
     void drainDecoders();
     void showOneFrameAfterSeek();
+    bool interrupted() const;
 
     DecoderControls &m_controls;
     DecodeHost &m_host;
@@ -102,24 +123,27 @@ private:
     OpenedVideoDecoder m_video;
     ffsupport::CodecContextPtr m_audioCodec;
     ffsupport::FramePtr m_frame;
-    ffsupport::FramePtr m_keptFrame;
+    ffsupport::FramePtr m_progressive;
     ffsupport::FramePtr m_audioFrame;
     ffsupport::PacketPtr m_packet;
     ffsupport::PacketPtr m_readAheadPacket;
     AudioConverter m_audio;
+    Deinterlacer m_deinterlacer;
     std::unique_ptr<PictureConverter> m_pictures;
     PictureConverter::Sizes m_lastSizes;
-    Pacer m_pacer;
     PacketQueue m_queue;
+    SourceTimeline m_timeline;
+    quint64 m_timelineId = 0;
 
     bool m_useReader = false;
+    bool m_realTime = false; // the source must be read at its own pace (see DecodeHost::opened)
     std::thread m_reader;
     bool m_readAheadEnded = false;
 
     qint64 m_seekTargetUs = -1;
     bool m_drained = false;
     bool m_endReported = false;
-    bool m_haveKeptFrame = false;
+    bool m_reportedDeinterlacing = false;
     qint64 m_delivered = 0;
     qint64 m_refusedPackets = 0;
 };

@@ -2,12 +2,18 @@
 
 #include "input/DecodeRun.h"
 #include "input/MicrophoneRun.h"
+#include "media/SourceFeeds.h"
 
 #include <QDebug>
 #include <QUrl>
 #include <chrono>
 
 using namespace selvane;
+
+namespace {
+constexpr int kFileQueueDepth = 6;
+constexpr int kLiveQueueDepth = 45;
+} // namespace
 
 // The decoder's side of one run: forwards the run's reports, and tells it when it is over.
 class FFmpegVideoDecoder::Run : public DecodeHost
@@ -28,32 +34,77 @@ public:
         return m_decoder.m_pool.acquire();
     }
 
-    void deliverFrame(FrameTokenPtr frame) override
+    bool offerFrame(FrameTokenPtr &frame) override
     {
+        bool taken = true;
         {
             std::lock_guard lock(m_decoder.m_sinkMutex);
-            if (!m_decoder.isCurrent(m_generation))
-                return;
-            m_decoder.m_framesDelivered.fetch_add(1);
-            if (m_decoder.m_frameSink)
-                m_decoder.m_frameSink(std::move(frame));
+            SourceFeed *feed = m_decoder.m_feed;
+            if (!m_decoder.isCurrent(m_generation) || !feed)
+                return true; // nobody wants it any more
+            if (m_realTime.load())
+                feed->frames().push(std::move(frame), true);
+            else
+                taken = feed->frames().tryPush(frame);
+            if (taken)
+                m_decoder.m_framesDelivered.fetch_add(1);
         }
-        const State now = m_decoder.state();
-        if (now == State::Opening || now == State::Ended)
-            m_decoder.setState(State::Playing, m_generation);
+        if (taken) {
+            const State now = m_decoder.state();
+            if (now == State::Opening || now == State::Ended)
+                m_decoder.setState(State::Playing, m_generation);
+        }
+        return taken;
     }
 
-    void deliverAudio(const std::int16_t *samples, int frames) override
+    void waitForRoom(int ms) override
+    {
+        SourceFeed *feed = nullptr;
+        {
+            std::lock_guard lock(m_decoder.m_sinkMutex);
+            feed = m_decoder.isCurrent(m_generation) ? m_decoder.m_feed : nullptr;
+        }
+        // The feed lives as long as the decoder: waiting outside the lock is safe.
+        if (feed)
+            feed->frames().waitForRoom(ms);
+    }
+
+    void discardQueued() override
     {
         std::lock_guard lock(m_decoder.m_sinkMutex);
-        if (m_decoder.isCurrent(m_generation) && m_decoder.m_audioSink)
-            m_decoder.m_audioSink(samples, frames);
+        if (m_decoder.isCurrent(m_generation) && m_decoder.m_feed)
+            m_decoder.m_feed->frames().clear();
     }
 
-    void opened(qint64 durationMs, bool live) override
+    void deliverAudio(const std::int16_t *samples, int frames, qint64 mediaUs,
+                      quint64 timeline) override
+    {
+        std::lock_guard lock(m_decoder.m_sinkMutex);
+        if (m_decoder.isCurrent(m_generation) && m_decoder.m_feed)
+            m_decoder.m_feed->sound().push(samples, frames, mediaUs, timeline);
+    }
+
+    quint64 timeline() const override { return m_decoder.m_timeline.load(); }
+    quint64 newTimeline() override { return m_decoder.m_timeline.fetch_add(1) + 1; }
+
+    void deinterlacing() override
+    {
+        if (!cancelled())
+            m_decoder.m_deinterlacing.store(true);
+    }
+
+    void opened(qint64 durationMs, bool live, bool realTime) override
     {
         m_decoder.m_durationMs.store(durationMs);
         m_decoder.m_live.store(live);
+        m_realTime.store(realTime);
+        std::lock_guard lock(m_decoder.m_sinkMutex);
+        if (m_decoder.isCurrent(m_generation) && m_decoder.m_feed) {
+            m_decoder.m_feed->setLive(realTime);
+            // A file runs this far ahead of the program; a real-time source holds its jitter
+            // margin.
+            m_decoder.m_feed->frames().setDepth(realTime ? kLiveQueueDepth : kFileQueueDepth);
+        }
     }
 
     void videoInfo(QSize coded, QSize display) override
@@ -95,6 +146,7 @@ private:
     FFmpegVideoDecoder &m_decoder;
     const quint64 m_generation;
     std::atomic<bool> m_over{false};
+    std::atomic<bool> m_realTime{false}; // the queue drops its oldest instead of waiting
 };
 
 FFmpegVideoDecoder::FFmpegVideoDecoder(QObject *parent)
@@ -123,16 +175,10 @@ void FFmpegVideoDecoder::setFramePool(const FramePool &pool)
     m_pool = pool;
 }
 
-void FFmpegVideoDecoder::setFrameSink(FrameSink sink)
+void FFmpegVideoDecoder::setFeed(SourceFeed *feed)
 {
     std::lock_guard lock(m_sinkMutex);
-    m_frameSink = std::move(sink);
-}
-
-void FFmpegVideoDecoder::setAudioSink(AudioSink sink)
-{
-    std::lock_guard lock(m_sinkMutex);
-    m_audioSink = std::move(sink);
+    m_feed = feed;
 }
 
 void FFmpegVideoDecoder::setTargetSize(QSize size)
@@ -158,6 +204,11 @@ quint64 FFmpegVideoDecoder::setSource(const QString &source, const QString &audi
         m_lastError.store(int(SourceError::None));
         m_controls->seekFlag.store(false);
         m_controls->seekRequestMs.store(-1);
+        m_deinterlacing.store(false);
+        // The new source starts a timeline of its own; what its feed still holds is stale.
+        m_timeline.fetch_add(1);
+        if (m_feed)
+            m_feed->reset();
         m_state.store(int(source.isEmpty() ? State::Idle : State::Opening));
     }
     m_wake.notify_all();

@@ -10,10 +10,11 @@
 // interrupted) before it starts the next. Only the destructor joins the worker.
 // Controls (pause, resume, seek, loop, target size, sinks) may be called from any thread.
 //
-// Pictures are converted to RGBA straight into tokens of the pool it is given and handed to the
-// frame sink on the worker thread; sound is resampled to 48 kHz stereo s16 and handed to the
-// audio sink on the worker (or microphone) thread. A sink never sees anything of a run that
-// setSource() or stop() has already replaced.
+// Pictures are converted to RGBA straight into tokens of the pool it is given; they and the
+// sound (resampled to 48 kHz stereo s16) go into the source feed it is given, stamped with the
+// source's continuous time and timeline. A file's run waits when the feed's picture queue is
+// full; a live source never waits. The feed never receives anything of a run that setSource()
+// or stop() has already replaced.
 //
 // Signals are emitted from the worker thread (receivers get them queued) and carry the
 // generation of the run they belong to, so that late reports of an old source can be ignored.
@@ -34,7 +35,8 @@
 
 namespace selvane {
 struct DecoderControls;
-}
+class SourceFeed;
+} // namespace selvane
 
 class FFmpegVideoDecoder : public QObject
 {
@@ -52,18 +54,13 @@ public:
     };
     Q_ENUM(State)
 
-    using FrameSink = std::function<void(FrameTokenPtr)>;
-    // Interleaved stereo signed 16-bit samples at 48000 Hz; `frames` sample pairs.
-    using AudioSink = std::function<void(const std::int16_t *samples, int frames)>;
-
     explicit FFmpegVideoDecoder(QObject *parent = nullptr);
     ~FFmpegVideoDecoder() override;
 
-    // Installed by the owner. The pool before setSource; sinks at any time (an empty sink
-    // disconnects).
+    // Installed by the owner before setSource: the pool pictures are taken from, and the feed
+    // they and the sound go to (it must outlive the decoder's runs; null disconnects).
     void setFramePool(const FramePool &pool);
-    void setFrameSink(FrameSink sink);
-    void setAudioSink(AudioSink sink);
+    void setFeed(selvane::SourceFeed *feed);
     // Pictures are scaled to fit inside this size keeping their aspect ratio; an empty size
     // keeps the display size of the source.
     void setTargetSize(QSize size);
@@ -93,6 +90,9 @@ public:
     // True while a run is under way.
     bool isRunning() const { return m_running.load(); }
     selvane::SourceError lastError() const { return selvane::SourceError(m_lastError.load()); }
+
+    // Interlaced pictures are being deinterlaced.
+    bool isDeinterlacing() const { return m_deinterlacing.load(); }
 
     // Counters since the last setSource.
     qint64 framesDelivered() const { return m_framesDelivered.load(); }
@@ -136,11 +136,13 @@ private:
     std::atomic<qint64> m_framesDelivered{0};
     std::atomic<qint64> m_framesDropped{0};
     std::atomic<qint64> m_packetsDropped{0};
+    std::atomic<bool> m_deinterlacing{false};
+    // The source's timelines: a new one for every run, seek and resume.
+    std::atomic<quint64> m_timeline{0};
 
-    // Sinks and the pool; the sink mutex also orders deliveries against setSource().
+    // The feed and the pool; the sink mutex also orders deliveries against setSource().
     std::mutex m_sinkMutex;
-    FrameSink m_frameSink;
-    AudioSink m_audioSink;
+    selvane::SourceFeed *m_feed = nullptr;
     FramePool m_pool{6, 1920, 1080};
 
     std::thread m_worker; // last member: started once everything above exists

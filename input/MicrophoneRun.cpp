@@ -2,6 +2,10 @@
 
 #include <thread>
 
+extern "C" {
+#include <libavutil/time.h>
+}
+
 namespace selvane {
 
 void runMicrophone(const QString &addressOrName, bool isBareDeviceName, DecodeHost &host)
@@ -34,8 +38,11 @@ void runMicrophone(const QString &addressOrName, bool isBareDeviceName, DecodeHo
         return;
     }
     AudioConverter converter;
-    const AudioConverter::Sink sink = [&host](const std::int16_t *samples, int frames) {
-        host.deliverAudio(samples, frames);
+    // A capture device stamps its sound with the wall clock, as the camera does its pictures:
+    // both share one origin.
+    const AudioConverter::Sink sink = [&host](const std::int16_t *samples, int frames,
+                                              qint64 startUs) {
+        host.deliverAudio(samples, frames, startUs, host.timeline());
     };
     while (!host.cancelled()) {
         const int err = av_read_frame(input.context.get(), packet.get());
@@ -48,7 +55,13 @@ void runMicrophone(const QString &addressOrName, bool isBareDeviceName, DecodeHo
         if (packet->stream_index == index &&
             avcodec_send_packet(context.get(), packet.get()) >= 0) {
             while (avcodec_receive_frame(context.get(), frame.get()) >= 0) {
-                converter.convert(frame.get(), context.get(), sink);
+                const int64_t ts = frame->best_effort_timestamp != AV_NOPTS_VALUE
+                                       ? frame->best_effort_timestamp
+                                       : frame->pts;
+                const qint64 frameUs = ts != AV_NOPTS_VALUE
+                                           ? av_rescale_q(ts, stream->time_base, AV_TIME_BASE_Q)
+                                           : av_gettime();
+                converter.convert(frame.get(), context.get(), frameUs, sink);
                 av_frame_unref(frame.get());
             }
         }

@@ -94,6 +94,8 @@ QSize PictureConverter::outputSize(QSize display, QSize target)
         return display;
     const double scale = std::min(double(target.width()) / display.width(),
                                   double(target.height()) / display.height());
+    if (scale >= 1.0)
+        return display; // never larger than the source: whoever draws it scales it up
     return {std::max(1, int(display.width() * scale + 0.5)),
             std::max(1, int(display.height() * scale + 0.5))};
 }

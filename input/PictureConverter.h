@@ -35,7 +35,8 @@ public:
     // the copy fails.
     const AVFrame *inSystemMemory(const AVFrame *decoded);
     Sizes sizesOf(const AVFrame *frame) const;
-    // The delivered size: the display size, fitted into `target` keeping its shape when given.
+    // The delivered size: the display size, shrunk to fit `target` keeping its shape when given
+    // and smaller.
     static QSize outputSize(QSize display, QSize target);
     // Converts into `out` at `size` (display orientation). False when scaling is impossible.
     bool convert(const AVFrame *frame, QSize size, FrameWriter &out);

@@ -51,8 +51,8 @@ SourceKind classifySource(const QString &address)
 bool isLiveSource(const QString &address, const AVFormatContext *openedFormat)
 {
     const QString lower = address.toLower();
-    if (startsWithAny(lower, {"dshow://", "rtmp://", "rtmps://", "rtmpt://", "rtsp://",
-                              "rtsps://", "rtp:", "udp:", "srtp:"}))
+    if (startsWithAny(lower, {"dshow://", "rtmp://", "rtmps://", "rtmpt://", "rtsp://", "rtsps://",
+                              "rtp:", "udp:", "srtp:"}))
         return true;
     // A generator runs as fast as it is read: it is paced against the clock like a file.
     if (lower.startsWith("lavfi://"))
@@ -60,6 +60,14 @@ bool isLiveSource(const QString &address, const AVFormatContext *openedFormat)
     if (address.contains("://") && openedFormat)
         return openedFormat->duration <= 0 || openedFormat->duration == AV_NOPTS_VALUE;
     return false;
+}
+
+bool isSegmentedStream(const AVFormatContext *openedFormat)
+{
+    if (!openedFormat || !openedFormat->iformat || !openedFormat->iformat->name)
+        return false;
+    const QByteArray name(openedFormat->iformat->name);
+    return name == "hls" || name == "dash";
 }
 
 bool usesHttpProxy(const QString &address)
@@ -123,13 +131,15 @@ void buildInputOptions(const QString &address, AVDictionary **dictionary, bool s
             const QString httpProxy = proxy::httpProxyUrl();
             if (!httpProxy.isEmpty()) {
                 av_dict_set(dictionary, "http_proxy", httpProxy.toUtf8().constData(), 0);
-                qInfo().noquote() << "FFmpegVideoDecoder: http_proxy for HTTP(S) input" << httpProxy;
+                qInfo().noquote() << "FFmpegVideoDecoder: http_proxy for HTTP(S) input"
+                                  << httpProxy;
             }
         }
         if (lower.startsWith("rtmps://") || lower.startsWith("rtsps://")) {
             const QString socks = proxy::socksEndpoint();
             if (!socks.isEmpty())
-                av_dict_set(dictionary, "socks_proxy", ("socks5://" + socks).toUtf8().constData(), 0);
+                av_dict_set(dictionary, "socks_proxy", ("socks5://" + socks).toUtf8().constData(),
+                            0);
         }
     }
     if (startsWithAny(lower, {"rtmp://", "rtmps://", "rtmpt://"})) {

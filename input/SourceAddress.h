@@ -10,7 +10,6 @@
 
 #include <QByteArray>
 #include <QString>
-
 #include <optional>
 
 struct AVDictionary;
@@ -31,6 +30,8 @@ enum class SourceKind
 SourceKind classifySource(const QString &address);
 
 bool isLiveSource(const QString &address, const AVFormatContext *openedFormat);
+// A live stream fetched segment by segment (HLS, DASH): it can be read as slowly as needed.
+bool isSegmentedStream(const AVFormatContext *openedFormat);
 bool usesHttpProxy(const QString &address);
 bool isTcpCarriedUrl(const QString &address);
 bool parseDshowAddress(const QString &address, QString *video, QString *audio);

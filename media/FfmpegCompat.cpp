@@ -39,4 +39,24 @@ AVSampleFormat preferredSampleFormat(const AVCodec *codec, AVSampleFormat fallba
 #endif
 }
 
+bool isInterlaced(const AVFrame *frame)
+{
+#ifdef AV_FRAME_FLAG_INTERLACED
+    return frame && (frame->flags & AV_FRAME_FLAG_INTERLACED);
+#else
+    return frame && frame->interlaced_frame;
+#endif
+}
+
+std::int64_t frameDuration(const AVFrame *frame)
+{
+    if (!frame)
+        return 0;
+#if LIBAVUTIL_VERSION_INT >= AV_VERSION_INT(57, 30, 100)
+    return frame->duration > 0 ? frame->duration : 0;
+#else
+    return frame->pkt_duration > 0 ? frame->pkt_duration : 0;
+#endif
+}
+
 } // namespace ffcompat

@@ -18,4 +18,9 @@ const std::int32_t *streamDisplayMatrix(const AVStream *stream);
 // The first sample format the encoder accepts, or `fallback` when it names none.
 AVSampleFormat preferredSampleFormat(const AVCodec *codec, AVSampleFormat fallback);
 
+// The decoded picture is interlaced (two fields).
+bool isInterlaced(const AVFrame *frame);
+// How long the frame lasts in its stream's time base; 0 when unknown.
+std::int64_t frameDuration(const AVFrame *frame);
+
 } // namespace ffcompat

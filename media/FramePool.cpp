@@ -17,15 +17,15 @@ void returnToPool(const std::shared_ptr<FramePool::State> &state, FrameToken *to
         return;
     }
     if (token->pixels.capacity() >= frames::kLargeBufferBytes) {
-        const auto large = std::count_if(state->freeList.begin(), state->freeList.end(),
-                                          [](const FrameToken *t) {
-                                              return t && t->pixels.capacity() >=
-                                                              frames::kLargeBufferBytes;
-                                          });
+        const auto large =
+            std::count_if(state->freeList.begin(), state->freeList.end(), [](const FrameToken *t) {
+                return t && t->pixels.capacity() >= frames::kLargeBufferBytes;
+            });
         if (large >= 2)
             token->pixels = QByteArray();
     }
     token->ptsUs = 0;
+    token->timeline = 0;
     token->width = 0;
     token->height = 0;
     token->tag = 0;
@@ -78,8 +78,8 @@ qint32 FramePool::maxInUseFor(qint32 n, qint64 pixels)
 
 void FramePool::updateCapLocked()
 {
-    m_state->maxInUse = maxInUseFor(m_baseCount, qint64(m_size->first) * m_size->second) +
-                        m_state->heldByConsumers;
+    m_state->maxInUse =
+        maxInUseFor(m_baseCount, qint64(m_size->first) * m_size->second) + m_state->heldByConsumers;
 }
 
 void FramePool::resize(qint32 width, qint32 height)
@@ -126,8 +126,14 @@ FrameWriter FramePool::take(bool mayGrow)
         std::shared_ptr<FrameToken>(token, [state](FrameToken *t) { returnToPool(state, t); }));
 }
 
-FrameWriter FramePool::acquire() { return take(true); }
-FrameWriter FramePool::tryAcquire() { return take(false); }
+FrameWriter FramePool::acquire()
+{
+    return take(true);
+}
+FrameWriter FramePool::tryAcquire()
+{
+    return take(false);
+}
 
 qint32 FramePool::width() const
 {

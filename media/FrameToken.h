@@ -13,6 +13,7 @@
 struct FrameToken
 {
     qint64 ptsUs = 0;         // presentation time set by the producer, in microseconds
+    quint64 timeline = 0;     // the producer's timeline the time belongs to (see SourceFeed)
     quint64 producerWord = 0; // owned by the producer, never touched by the pool
     qint32 width = 0;
     qint32 height = 0;

@@ -6,7 +6,6 @@
 #include "output/VideoEncoderChoice.h"
 
 #include <QDebug>
-
 #include <algorithm>
 #include <cmath>
 
@@ -22,6 +21,9 @@ namespace encoder = selvane::encoder;
 namespace {
 
 constexpr int kAacSampleRate = 48000;
+// A hole this long in the program sound is filled with silence (mixer blocks are 10 ms).
+constexpr qint64 kAudioGapUs = 15000;
+constexpr qint64 kMaxAudioGapUs = 5000000;
 constexpr int kAacBitrate = 160000;
 constexpr int kAacDefaultFrameSize = 1024;
 
@@ -29,7 +31,10 @@ constexpr int kAacDefaultFrameSize = 1024;
 
 FfmpegEncoderSink::FfmpegEncoderSink() = default;
 
-FfmpegEncoderSink::~FfmpegEncoderSink() { close(); }
+FfmpegEncoderSink::~FfmpegEncoderSink()
+{
+    close();
+}
 
 QString FfmpegEncoderSink::encoderName() const
 {
@@ -46,7 +51,8 @@ bool FfmpegEncoderSink::needsGlobalHeader(const EncoderSettings &s) const
         global = global || (format && (format->flags & AVFMT_GLOBALHEADER));
     }
     for (const StreamTarget &target : s.streamTargets) {
-        const QByteArray name = selvane::streamContainerName(target.url, target.formatName).toLatin1();
+        const QByteArray name =
+            selvane::streamContainerName(target.url, target.formatName).toLatin1();
         const AVOutputFormat *format = av_guess_format(name.constData(), nullptr, nullptr);
         global = global || (format && (format->flags & AVFMT_GLOBALHEADER));
     }
@@ -140,6 +146,8 @@ void FfmpegEncoderSink::openAudio(bool globalHeader)
     m_nextAudioPts = AV_NOPTS_VALUE;
     m_audioAligned = false;
     m_pendingStartUs = 0;
+    m_inputEndUs = AV_NOPTS_VALUE;
+    m_videoStartUs = AV_NOPTS_VALUE;
 }
 
 bool FfmpegEncoderSink::cacheStreamParameters()
@@ -168,10 +176,10 @@ bool FfmpegEncoderSink::openOutputs()
 {
     int opened = 0;
     if (m_settings.fileEnabled && !m_settings.filePath.trimmed().isEmpty()) {
-        auto file = std::make_unique<FileRecorder>(m_settings.filePath.trimmed(), m_settings.filePath,
-                                                   m_streams, m_now);
-        file->setSegmentLimits({m_settings.segmentEnabled, m_settings.segmentMinutes,
-                                m_settings.segmentGiB});
+        auto file = std::make_unique<FileRecorder>(m_settings.filePath.trimmed(),
+                                                   m_settings.filePath, m_streams, m_now);
+        file->setSegmentLimits(
+            {m_settings.segmentEnabled, m_settings.segmentMinutes, m_settings.segmentGiB});
         if (file->open())
             ++opened;
         std::lock_guard lock(m_outputsMutex);
@@ -208,7 +216,9 @@ bool FfmpegEncoderSink::open(const EncoderSettings &settings)
                 qWarning().noquote()
                     << "FfmpegEncoderSink: program dimensions changed during recording;keeping the "
                        "file session at"
-                    << QStringLiteral("%1x%2").arg(m_encodedSize.width()).arg(m_encodedSize.height());
+                    << QStringLiteral("%1x%2")
+                           .arg(m_encodedSize.width())
+                           .arg(m_encodedSize.height());
             }
             return true;
         }
@@ -227,8 +237,9 @@ bool FfmpegEncoderSink::open(const EncoderSettings &settings)
     }
     const bool globalHeader = needsGlobalHeader(m_settings);
     if (!openVideo(size.width(), size.height(), globalHeader)) {
-        qWarning().noquote() << "FfmpegEncoderSink: no usable encoder for"
-                             << QStringLiteral("%1x%2@%3").arg(size.width()).arg(size.height()).arg(m_settings.fps);
+        qWarning().noquote()
+            << "FfmpegEncoderSink: no usable encoder for"
+            << QStringLiteral("%1x%2@%3").arg(size.width()).arg(size.height()).arg(m_settings.fps);
         m_videoCodec.reset();
         return false;
     }
@@ -291,8 +302,13 @@ int FfmpegEncoderSink::pushVideoFrame(FrameTokenPtr frame, qint64 ptsUs)
     m_videoFrame->pts = pts;
     m_lastVideoPts = pts;
     const int err = encodeAndDistribute(m_videoCodec.get(), m_videoFrame.get(), true);
-    if (!m_audioAligned && m_audioCodec)
-        alignAudioTo(av_rescale_q(pts, base, AVRational{1, 1000000}));
+    if (!m_audioAligned && m_audioCodec) {
+        if (m_videoStartUs == AV_NOPTS_VALUE)
+            m_videoStartUs = av_rescale_q(pts, base, AVRational{1, 1000000});
+        // With no sound yet, the first block that comes is aligned instead.
+        if (!m_audioPending.empty())
+            alignAudioTo(m_videoStartUs);
+    }
     return err;
 }
 
@@ -302,13 +318,27 @@ void FfmpegEncoderSink::pushAudio(const std::int16_t *samples, int frames, qint6
         return;
     if (m_audioPending.empty() && !m_audioAligned)
         m_pendingStartUs = ptsUs;
+    if (m_inputEndUs != AV_NOPTS_VALUE && ptsUs - m_inputEndUs > kAudioGapUs &&
+        (m_audioAligned || !m_audioPending.empty())) {
+        // Sound that never came (the mixer stalled, the queue dropped a block) is silence here,
+        // so that the sound after it stays with its picture.
+        const qint64 gapFrames =
+            std::min<qint64>(ptsUs - m_inputEndUs, kMaxAudioGapUs) * kAacSampleRate / 1000000;
+        m_audioPending.insert(m_audioPending.end(), std::size_t(gapFrames) * 2, 0);
+    }
+    m_inputEndUs = ptsUs + qint64(frames) * 1000000 / kAacSampleRate;
     m_audioPending.insert(m_audioPending.end(), samples, samples + std::size_t(frames) * 2);
+    if (!m_audioAligned && m_videoStartUs != AV_NOPTS_VALUE) {
+        alignAudioTo(m_videoStartUs);
+        return;
+    }
     if (!m_audioAligned) {
         // Until the first picture is encoded, keep only the latest second of sound.
         const std::size_t keep = std::size_t(kAacSampleRate) * 2;
         if (m_audioPending.size() > keep) {
             const std::size_t drop = m_audioPending.size() - keep;
-            m_audioPending.erase(m_audioPending.begin(), m_audioPending.begin() + std::ptrdiff_t(drop));
+            m_audioPending.erase(m_audioPending.begin(),
+                                 m_audioPending.begin() + std::ptrdiff_t(drop));
             m_pendingStartUs += qint64(drop / 2) * 1000000 / kAacSampleRate;
         }
         return;

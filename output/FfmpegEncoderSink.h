@@ -9,14 +9,13 @@
 // any thread. The status callback is called from the encode worker and the network workers.
 
 #include "media/FfmpegTypes.h"
+#include "output/EncoderFrameConverter.h"
 #include "output/EncoderSettings.h"
 #include "output/FileRecorder.h"
-#include "output/EncoderFrameConverter.h"
 #include "output/StreamPublisher.h"
 
 #include <QSize>
 #include <QString>
-
 #include <atomic>
 #include <memory>
 #include <mutex>
@@ -106,8 +105,10 @@ private:
     ffsupport::FramePtr m_audioFrame;
     std::vector<std::int16_t> m_audioPending; // interleaved, not yet a full encoder frame
     int64_t m_nextAudioPts = AV_NOPTS_VALUE;
-    bool m_audioAligned = false; // the sound's timeline is anchored to the first picture
-    qint64 m_pendingStartUs = 0; // program time of the first pending sample before that
+    bool m_audioAligned = false;            // the sound's timeline is anchored to the first picture
+    qint64 m_pendingStartUs = 0;            // program time of the first pending sample before that
+    qint64 m_inputEndUs = AV_NOPTS_VALUE;   // program time where the sound received so far ends
+    qint64 m_videoStartUs = AV_NOPTS_VALUE; // the first picture's time, which the sound starts at
 
     ffsupport::PacketPtr m_packet;
     std::shared_ptr<selvane::EncodedStreams> m_streams;

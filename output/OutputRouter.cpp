@@ -1,7 +1,7 @@
 #include "output/OutputRouter.h"
 
-#include "output/FfmpegEncoderSink.h"
 #include "media/FrameSizes.h"
+#include "output/FfmpegEncoderSink.h"
 #include "output/ReconnectPolicy.h"
 
 #include <QDebug>
@@ -31,7 +31,10 @@ OutputRouter::EncodeWorkerState::~EncodeWorkerState() = default;
 
 OutputRouter::OutputRouter() = default;
 
-OutputRouter::~OutputRouter() { stop(); }
+OutputRouter::~OutputRouter()
+{
+    stop();
+}
 
 int OutputRouter::queueDepthFor(QSize size, bool live)
 {
@@ -78,11 +81,11 @@ bool OutputRouter::start()
     // The callbacks capture nothing of the router, so late reports after a stop are harmless.
     state->status = m_status;
     state->failure = m_failure;
-    state->sink->setStatusCallback([weak = std::weak_ptr<EncodeWorkerState>(state)](
-                                       int index, const QString &word) {
-        if (auto s = weak.lock(); s && s->status)
-            s->status(index, word);
-    });
+    state->sink->setStatusCallback(
+        [weak = std::weak_ptr<EncodeWorkerState>(state)](int index, const QString &word) {
+            if (auto s = weak.lock(); s && s->status)
+                s->status(index, word);
+        });
     state->running = true;
     {
         std::lock_guard lock(m_stateMutex);
@@ -203,8 +206,8 @@ void OutputRouter::pushAudio(const std::int16_t *samples, int frames, qint64 pts
             state->audio.pop_front();
             dropped = ++state->droppedAudioChunks;
         }
-        state->audio.push_back({std::vector<std::int16_t>(samples, samples + std::size_t(frames) * 2),
-                                ptsUs});
+        state->audio.push_back(
+            {std::vector<std::int16_t>(samples, samples + std::size_t(frames) * 2), ptsUs});
     }
     state->wake.notify_one();
     if (dropped > 0 && selvane::shouldLog(dropped, 5, 100))
@@ -275,6 +278,12 @@ qint64 OutputRouter::bytesEncoded() const
 {
     const std::shared_ptr<EncodeWorkerState> state = currentState();
     return state && state->sink ? state->sink->bytesEncoded() : 0;
+}
+
+qint64 OutputRouter::framesEncoded() const
+{
+    const std::shared_ptr<EncodeWorkerState> state = currentState();
+    return state && state->sink ? state->sink->framesEncoded() : 0;
 }
 
 bool OutputRouter::isSinkOpen() const

@@ -17,7 +17,6 @@
 
 #include <QSize>
 #include <QString>
-
 #include <atomic>
 #include <condition_variable>
 #include <deque>
@@ -33,8 +32,8 @@ public:
     using StatusCallback = std::function<void(int index, const QString &status)>;
     enum class Failure
     {
-        OpenFailed,     // the outputs could not be opened
-        TransportLost,  // the recording stopped being writable
+        OpenFailed,    // the outputs could not be opened
+        TransportLost, // the recording stopped being writable
     };
     using FailureCallback = std::function<void(Failure failure, const QString &detail)>;
 
@@ -89,6 +88,8 @@ public:
     // Program audio chunks dropped because the encode worker fell too far behind.
     qint64 droppedAudioChunks() const;
     qint64 bytesEncoded() const;
+    // Pictures the encoder has written since start().
+    qint64 framesEncoded() const;
     bool isSinkOpen() const;
     QString encoderName() const;
     // Per destination, the sink's view (any thread): recording first, then the targets.

@@ -36,7 +36,7 @@ while [ $# -gt 0 ]; do
   shift
 done
 
-packages=(libavcodec-dev libavformat-dev libavutil-dev libavdevice-dev libswscale-dev
+packages=(libavcodec-dev libavformat-dev libavutil-dev libavdevice-dev libavfilter-dev libswscale-dev
   libswresample-dev)
 source_dirs=(media input compose audio output schedule engine net cli app)
 keyring="${SELVANE_DEBIAN_KEYRING:-/usr/share/keyrings/debian-archive-keyring.gpg}"

@@ -7,7 +7,7 @@ PACKAGES=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev qt6-multimedia-dev libqt6opengl6-dev qt6-tools-dev qt6-tools-dev-tools
   qt6-l10n-tools linguist-qt6
-  libavformat-dev libavcodec-dev libavdevice-dev libavutil-dev libswscale-dev
+  libavformat-dev libavcodec-dev libavdevice-dev libavfilter-dev libavutil-dev libswscale-dev
   libswresample-dev ffmpeg
   xvfb xauth x11-utils xdotool libgl1-mesa-dri
   fonts-dejavu-core fonts-noto-cjk

@@ -18,7 +18,7 @@
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QThread>
-
+#include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <cstring>
@@ -54,9 +54,13 @@ inline bool makeClip(const QString &path, const QString &video, const QString &a
 {
     QStringList args;
     if (!video.isEmpty())
-        args << "-f" << "lavfi" << "-i" << video;
+        args << "-f"
+             << "lavfi"
+             << "-i" << video;
     if (!audio.isEmpty())
-        args << "-f" << "lavfi" << "-i" << audio;
+        args << "-f"
+             << "lavfi"
+             << "-i" << audio;
     args << "-t" << QString::number(seconds) << encode << path;
     return runFfmpeg(args, log);
 }
@@ -231,8 +235,10 @@ inline ProbedFile probeFile(const QString &path, bool countFrames = true)
     QStringList args{"-v", "error"};
     if (countFrames)
         args << "-count_frames";
-    args << "-show_entries" << "stream=codec_name,nb_read_frames,duration:format=duration"
-         << "-of" << "default=nw=1" << path;
+    args << "-show_entries"
+         << "stream=codec_name,nb_read_frames,duration:format=duration"
+         << "-of"
+         << "default=nw=1" << path;
     process.start("ffprobe", args);
     ProbedFile result;
     if (!process.waitForFinished(60000))
@@ -276,21 +282,25 @@ inline bool startsWithKeyFrame(const QString &path)
 inline QString flashAndBeepAddress(int width = 320, int height = 240)
 {
     return QStringLiteral(
-               "lavfi://color=c=black:size=%1x%2:rate=30,geq=lum='if(lt(mod(T\\,1)\\,0.1)\\,235\\,16)'"
+               "lavfi://"
+               "color=c=black:size=%1x%2:rate=30,geq=lum='if(lt(mod(T\\,1)\\,0.1)\\,235\\,16)'"
                ":cb=128:cr=128[out0];"
-               "aevalsrc=exprs='if(lt(mod(t\\,1)\\,0.1)\\,0.5*sin(2*PI*1000*t)\\,0)':sample_rate=48000[out1]")
+               "aevalsrc=exprs='if(lt(mod(t\\,1)\\,0.1)\\,0.5*sin(2*PI*1000*t)\\,0)':sample_rate="
+               "48000[out1]")
         .arg(width)
         .arg(height);
 }
 
 // Mono s16 samples of a file's audio and the time of its first sample.
-inline bool decodeAudio(const QString &file, std::vector<std::int16_t> *samples, double *startSeconds)
+inline bool decodeAudio(const QString &file, std::vector<std::int16_t> *samples,
+                        double *startSeconds)
 {
     QProcess probe;
     probe.start("ffprobe", {"-v", "error", "-select_streams", "a:0", "-show_entries",
                             "stream=start_time", "-of", "csv=p=0", file});
     probe.waitForFinished(20000);
-    *startSeconds = probe.readAllStandardOutput().trimmed().toDouble();
+    // A transport stream lists its streams twice (in its program and on their own).
+    *startSeconds = probe.readAllStandardOutput().trimmed().split('\n').value(0).toDouble();
     QProcess decode;
     decode.start("ffmpeg", {"-v", "error", "-i", file, "-map", "0:a:0", "-ac", "1", "-ar", "48000",
                             "-f", "s16le", "-"});
@@ -370,6 +380,85 @@ inline FlashBeep analyseFlashBeep(const QString &file)
     return result;
 }
 
+// The same, coded: second n flashes at grey level 40 + 24 * (n mod 8) and beeps at
+// 500 + 250 * (n mod 8) Hz, so that a flash and a beep can be paired without doubt up to about
+// four seconds apart. As lavfi graphs for the picture and the sound.
+inline QString codedFlashGraph(int width = 320, int height = 240, double fps = 30)
+{
+    return QStringLiteral("color=c=black:size=%1x%2:rate=%3,geq=lum='if(lt(mod(T\\,1)\\,0.1)\\,"
+                          "40+24*mod(floor(T)\\,8)\\,16)':cb=128:cr=128")
+        .arg(width)
+        .arg(height)
+        .arg(fps);
+}
+inline QString codedBeepGraph()
+{
+    return QStringLiteral("aevalsrc=exprs='if(lt(mod(t\\,1)\\,0.1)\\,0.5*sin(2*PI*(500+250*mod("
+                          "floor(t)\\,8))*t)\\,0)':sample_rate=48000");
+}
+
+// Sound minus picture, in seconds, for every coded flash of a recording that has its beep.
+struct SyncMeasure
+{
+    QList<double> offsets;
+    double median = 0;
+    double spread = 0; // largest minus smallest
+    double first = 0;  // offsets at the start and the end of the recording: drift
+    double last = 0;
+};
+inline SyncMeasure measureCodedSync(const QString &file)
+{
+    SyncMeasure m;
+    QProcess probe;
+    probe.start("ffprobe", {"-v", "error", "-f", "lavfi", "-i", "movie=" + file + ",signalstats",
+                            "-show_entries", "frame=pts_time:frame_tags=lavfi.signalstats.YAVG",
+                            "-of", "csv=p=0"});
+    probe.waitForFinished(180000);
+    QList<std::pair<double, int>> flashes;
+    bool bright = false;
+    for (const QByteArray &line : probe.readAllStandardOutput().split('\n')) {
+        const QList<QByteArray> f = line.trimmed().split(',');
+        if (f.size() < 2)
+            continue;
+        const double y = f[1].toDouble();
+        if (!bright && y > 30)
+            flashes.append({f[0].toDouble(), int(std::lround((y - 40) / 24.0)) & 7});
+        bright = y > 30;
+    }
+    std::vector<std::int16_t> samples;
+    double start = 0;
+    if (!decodeAudio(file, &samples, &start))
+        return m;
+    QList<std::pair<double, int>> beeps;
+    for (qsizetype i = 0; i + 4000 < qsizetype(samples.size()); ++i) {
+        if (std::abs(int(samples[std::size_t(i)])) < 3000)
+            continue;
+        int crossings = 0; // over the 80 ms after the onset
+        for (qsizetype k = i + 1; k < i + 3840; ++k)
+            crossings += (samples[std::size_t(k - 1)] < 0) != (samples[std::size_t(k)] < 0);
+        const double hz = crossings / 2.0 / 0.08;
+        beeps.append({start + double(i) / 48000.0, int(std::lround((hz - 500) / 250.0)) & 7});
+        i += 24000; // the next beep is a second later
+    }
+    for (const auto &[t, code] : flashes) {
+        double best = 1e9;
+        for (const auto &[b, beepCode] : beeps)
+            if (beepCode == code && std::abs(b - t) < std::abs(best))
+                best = b - t;
+        if (std::abs(best) < 4.0)
+            m.offsets << best;
+    }
+    if (m.offsets.isEmpty())
+        return m;
+    QList<double> sorted = m.offsets;
+    std::sort(sorted.begin(), sorted.end());
+    m.median = sorted[sorted.size() / 2];
+    m.spread = sorted.last() - sorted.first();
+    m.first = m.offsets.first();
+    m.last = m.offsets.last();
+    return m;
+}
+
 // ---- servers on loopback ----
 
 // nginx with the rtmp module on a free port, started and stopped by PID, with its own prefix.
@@ -434,10 +523,7 @@ public:
     {
         return QStringLiteral("rtmp://127.0.0.1:%1/live/%2").arg(m_port).arg(key);
     }
-    QByteArray errorLog() const
-    {
-        return readAll(QDir(m_dir.path()).filePath("logs/error.log"));
-    }
+    QByteArray errorLog() const { return readAll(QDir(m_dir.path()).filePath("logs/error.log")); }
 
 private:
     QTemporaryDir m_dir;

@@ -81,7 +81,8 @@ private slots:
         QCOMPARE(engine.programSize(), QSize(320, 240));
         QTest::qWait(1100); // a full second of rates
         const EngineStats stats = engine.stats();
-        QVERIFY2(stats.program.fps > 10 && stats.program.fps < 35, QByteArray::number(stats.program.fps));
+        QVERIFY2(stats.program.fps > 10 && stats.program.fps < 35,
+                 QByteArray::number(stats.program.fps));
         QCOMPARE(stats.channels[1].state, ChannelState::Playing);
         QCOMPARE(stats.channels[1].size, QSize(1280, 720));
         // No channel on air: no program pictures at all.
@@ -157,11 +158,10 @@ private slots:
         Engine engine;
         engine.setOutputSize({true, QSize(800, 600)});
         FrameTokenPtr last;
-        connect(&engine, &Engine::programFrame, this,
-                [&](const FrameTokenPtr &frame, int channel) {
-                    if (channel == -1)
-                        last = frame;
-                });
+        connect(&engine, &Engine::programFrame, this, [&](const FrameTokenPtr &frame, int channel) {
+            if (channel == -1)
+                last = frame;
+        });
         QImage image(400, 100, QImage::Format_RGB32);
         image.fill(QColor(200, 30, 30));
         engine.showStill(image);
@@ -216,13 +216,13 @@ private slots:
         connect(&engine, &Engine::overlayPreview, this,
                 [&](int mediaId, const FrameTokenPtr &) { previews.insert(mediaId); });
         const auto video = [](int id) {
-            return MediaOverlayRecord{id, MediaOverlayRecord::OverlayVideo, kSmall,
-                                      {0, 0, 160, 90}, true, 1.0, true};
+            return MediaOverlayRecord{
+                id, MediaOverlayRecord::OverlayVideo, kSmall, {0, 0, 160, 90}, true, 1.0, true};
         };
         for (int id = 10; id < 13; ++id)
             engine.setMediaOverlay(video(id));
-        engine.setMediaOverlay(MediaOverlayRecord{13, MediaOverlayRecord::OverlayVideo, kSmall,
-                                                  {0, 0, 160, 90}, true, 1.0, true});
+        engine.setMediaOverlay(MediaOverlayRecord{
+            13, MediaOverlayRecord::OverlayVideo, kSmall, {0, 0, 160, 90}, true, 1.0, true});
         QTRY_COMPARE(previews, (QSet<int>{10, 11, 12, 13}));
 
         engine.removeMediaOverlay(10);
@@ -244,7 +244,7 @@ private slots:
         QTRY_COMPARE(errors.size(), 1);
         QCOMPARE(errors.at(0).at(0).toInt(), 2);
         QCOMPARE(errors.at(0).at(1).value<SourceError>(), SourceError::NoVideoStream);
-        QVERIFY(warnings.contains("Channel 2 decoder: no video stream"));
+        QVERIFY(warnings.contains("Channel 3 decoder: no video stream"));
         QCOMPARE(engine.stats().channels[2].state, ChannelState::Failed);
     }
 };

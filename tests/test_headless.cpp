@@ -5,7 +5,6 @@
 
 #include <QRegularExpression>
 #include <QtTest>
-
 #include <csignal>
 
 using namespace testsupport;
@@ -26,7 +25,7 @@ Progress parseProgress(const QByteArray &out)
 {
     Progress p;
     static const QRegularExpression line(
-        R"(^(done: )?elapsed \d\d:\d\d:\d\d\.\d  frames (\d+)  fps ([\d.]+)  dropped (\d+)$)");
+        R"(^(done: )?elapsed \d\d:\d\d:\d\d\.\d  frames (\d+)  fps ([\d.]+)  repeated (\d+)  skipped (\d+)  dropped (\d+)(  written \d+.*)?$)");
     for (const QByteArray &raw : out.split('\n')) {
         const QRegularExpressionMatch m = line.match(QString::fromUtf8(raw));
         if (!m.hasMatch())
@@ -76,7 +75,8 @@ private slots:
         process.start(kBinary, {"--headless", "--channel", kBars});
         QVERIFY(process.waitForStarted());
         QByteArray out;
-        QTRY_VERIFY_WITH_TIMEOUT((out += process.readAllStandardOutput()).contains("frames"), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT((out += process.readAllStandardOutput()).contains("frames"),
+                                 10000);
         ::kill(pid_t(process.processId()), SIGINT);
         QVERIFY(process.waitForFinished(5000));
         QCOMPARE(process.exitStatus(), QProcess::NormalExit);
@@ -112,10 +112,11 @@ private slots:
     {
         IsolatedHome home;
         const ProcessResult r = runProcess(
-            kBinary, {"--headless", "--channel", "1=" + home.path("missing.mp4"), "--duration", "1"},
+            kBinary,
+            {"--headless", "--channel", "1=" + home.path("missing.mp4"), "--duration", "1"},
             home.environment());
         QCOMPARE(r.exitCode, 0);
-        QVERIFY(r.err.contains("Channel 0 decoder: avformat_open_input failed"));
+        QVERIFY(r.err.contains("Channel 1 decoder: avformat_open_input failed"));
         QCOMPARE(parseProgress(r.out).finalFrames, 0);
     }
 };

@@ -5,11 +5,10 @@
 
 #include "audio/AudioQueueIODevice.h"
 #include "audio/PreviewAudioMixer.h"
-#include "media/AudioInputs.h"
 #include "media/ProgramClock.h"
+#include "media/SourceFeeds.h"
 
 #include <QtTest>
-
 #include <atomic>
 #include <cmath>
 #include <cstdlib>
@@ -32,8 +31,14 @@ void *operator new(std::size_t size)
         return p;
     throw std::bad_alloc();
 }
-void operator delete(void *p) noexcept { std::free(p); }
-void operator delete(void *p, std::size_t) noexcept { std::free(p); }
+void operator delete(void *p) noexcept
+{
+    std::free(p);
+}
+void operator delete(void *p, std::size_t) noexcept
+{
+    std::free(p);
+}
 
 namespace {
 
@@ -41,7 +46,8 @@ std::vector<std::int16_t> tone(int frames, double amplitude, double hz = 1000.0)
 {
     std::vector<std::int16_t> samples(std::size_t(frames) * 2);
     for (int i = 0; i < frames; ++i) {
-        const auto v = std::int16_t(std::lround(amplitude * 32767.0 * std::sin(2 * M_PI * hz * i / 48000.0)));
+        const auto v =
+            std::int16_t(std::lround(amplitude * 32767.0 * std::sin(2 * M_PI * hz * i / 48000.0)));
         samples[2 * i] = v;
         samples[2 * i + 1] = v;
     }
@@ -62,6 +68,14 @@ std::vector<std::int16_t> readAllPreview(AudioQueueIODevice *device)
     return out;
 }
 
+// Puts a source on the program clock at offset 0 and queues `frames` of sound from `atUs`.
+void pushAt(selvane::SourceFeed &feed, const std::vector<std::int16_t> &samples, int frames,
+            qint64 atUs)
+{
+    feed.setMapping({true, 0, 0});
+    feed.sound().push(samples.data(), frames, atUs, 0);
+}
+
 int peak(const std::vector<std::int16_t> &samples)
 {
     int p = 0;
@@ -79,7 +93,7 @@ class TestMixer : public QObject
 private slots:
     void everyQueueStaysCurrentWhetherHeardOrNot()
     {
-        selvane::AudioInputs inputs;
+        selvane::SourceFeeds inputs;
         selvane::ProgramClock clock;
         PreviewAudioMixer mixer(inputs, clock);
         for (int c = 0; c < 4; ++c)
@@ -90,7 +104,7 @@ private slots:
             mixer.setOverlayProgramVolume(s, 0.0f);
         }
         const std::vector<std::int16_t> loud = tone(48000, 0.5);
-        inputs.channel(1).push(loud.data(), 48000);
+        pushAt(inputs.channel(1), loud, 48000, 0);
         mixer.start(); // no audio server here: no sink, the device fills up
         QTest::qWait(1000);
         const std::vector<std::int16_t> silence = readAllPreview(mixer.device());
@@ -99,7 +113,7 @@ private slots:
         QVERIFY2(blocks >= 95 && blocks <= 105, QByteArray::number(blocks));
         // Channel 1 is heard by nobody, yet its queue drains at the pace of the clock: a cut to
         // it later finds its sound in step with its pictures, not a second behind.
-        QCOMPARE(inputs.channel(1).queuedFrames(), 48000 - int(blocks) * 480);
+        QCOMPARE(inputs.channel(1).sound().queuedFrames(), 48000 - int(blocks) * 480);
         QVERIFY(mixer.levels().channel(1).peak > 0.49f);
         QCOMPARE(mixer.levels().channel(2).peak, 0.0f);
         QVERIFY(silence.size() >= 95 * 960);
@@ -108,7 +122,7 @@ private slots:
 
     void programBusRulesAndShaping()
     {
-        selvane::AudioInputs inputs;
+        selvane::SourceFeeds inputs;
         selvane::ProgramClock clock;
         PreviewAudioMixer mixer(inputs, clock);
 
@@ -116,21 +130,22 @@ private slots:
         inputs.setProgramChannel(-1);
         const std::vector<std::int16_t> channel = tone(480, 0.25, 1000);
         const std::vector<std::int16_t> overlay = tone(480, 0.25, 250);
-        inputs.channel(0).push(channel.data(), 480);
-        inputs.overlaySlot(2).push(overlay.data(), 480);
-        mixer.mixBlock();
+        pushAt(inputs.channel(0), channel, 480, 0);
+        pushAt(inputs.overlaySlot(2), overlay, 480, 0);
+        mixer.mixBlock(0);
         std::vector<std::int16_t> program = readAllProgram(mixer);
         QCOMPARE(program.size(), std::size_t(960));
         for (int i = 0; i < 480; ++i)
-            QCOMPARE(program[2 * i], std::int16_t(std::lround(std::tanh(overlay[2 * i] / 32768.0f) * 32767.0f)));
+            QCOMPARE(program[2 * i],
+                     std::int16_t(std::lround(std::tanh(overlay[2 * i] / 32768.0f) * 32767.0f)));
 
         // Channel 0 is the program; gain 2.0 on a full-scale tone: tanh-shaped, never wrapped.
         inputs.setProgramChannel(0);
         mixer.setProgramGain(2.0f);
         mixer.setOverlayOnProgram(2, false);
         const std::vector<std::int16_t> full = tone(480, 1.0, 1000);
-        inputs.channel(0).push(full.data(), 480);
-        mixer.mixBlock();
+        pushAt(inputs.channel(0), full, 480, 10000);
+        mixer.mixBlock(10000);
         program = readAllProgram(mixer);
         QCOMPARE(program.size(), std::size_t(960));
         int samePolarity = 0;
@@ -145,7 +160,7 @@ private slots:
 
     void stalledReadersFindAtMostTwoSeconds()
     {
-        selvane::AudioInputs inputs;
+        selvane::SourceFeeds inputs;
         selvane::ProgramClock clock;
         PreviewAudioMixer withDevice(inputs, clock);
         withDevice.start();
@@ -157,10 +172,11 @@ private slots:
             std::vector<std::int16_t> chunk = tone(480, 0.3);
             chunk[0] = std::int16_t(block); // a marker: which block this was
             chunk[1] = std::int16_t(block);
-            inputs.channel(0).push(chunk.data(), 480);
-            withDevice.mixBlock();
+            pushAt(inputs.channel(0), chunk, 480, block * 10000LL);
+            withDevice.mixBlock(block * 10000LL);
         }
-        QVERIFY(device->unreadBytes() <= AudioQueueIODevice::kMaxUnreadBytes + PreviewAudioMixer::kBlockBytes);
+        QVERIFY(device->unreadBytes() <=
+                AudioQueueIODevice::kMaxUnreadBytes + PreviewAudioMixer::kBlockBytes);
         QVERIFY(device->unreadBytes() >= AudioQueueIODevice::kKeepUnreadBytes);
         QCOMPARE(withDevice.programQueuedBytes(), PreviewAudioMixer::kProgramQueueMaxBytes);
         // What remains is the newest two seconds.
@@ -172,7 +188,7 @@ private slots:
 
     void warmTickAllocatesNothing()
     {
-        selvane::AudioInputs inputs;
+        selvane::SourceFeeds inputs;
         selvane::ProgramClock clock;
         PreviewAudioMixer mixer(inputs, clock);
         mixer.start();
@@ -180,19 +196,19 @@ private slots:
         mixer.setOverlayPreviewVolume(0, 0.5f);
         const std::vector<std::int16_t> chunk = tone(480, 0.3);
         for (int i = 0; i < 400; ++i) { // warm up past the device's first compaction cycles
-            inputs.channel(0).push(chunk.data(), 480);
-            mixer.mixBlock();
+            pushAt(inputs.channel(0), chunk, 480, i * 10000LL);
+            mixer.mixBlock(i * 10000LL);
         }
         QElapsedTimer timer;
         g_allocations.store(0);
         timer.start();
         t_counting = true;
         for (int i = 0; i < 1000; ++i)
-            mixer.mixBlock();
+            mixer.mixBlock((400 + i) * 10000LL);
         t_counting = false;
         const qint64 ns = timer.nsecsElapsed();
-        qInfo("mixer block: %.1f us on average, %d allocations in 1000 blocks", ns / 1000.0 / 1000.0,
-              g_allocations.load());
+        qInfo("mixer block: %.1f us on average, %d allocations in 1000 blocks",
+              ns / 1000.0 / 1000.0, g_allocations.load());
         QCOMPARE(g_allocations.load(), 0);
         mixer.cleanup();
     }

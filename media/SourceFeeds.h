@@ -1,0 +1,83 @@
+#pragma once
+
+// What every source (the four channels and the four overlay-video slots) hands to the program:
+// its pictures (FrameQueue) and its sound (TimedSampleQueue), both stamped with the source's own
+// times, and the mapping of those times onto the program clock.
+//
+// One rule for every source kind: a picture or sound of source time t belongs on the program at
+// t + offsetUs. The program thread sets the mapping when a source's timeline starts (its first
+// picture) and moves it when the source falls behind or runs too far ahead; the mixer reads it
+// to take each source's sound for the program time of each block. Decoder threads push,
+// the program thread pops pictures, the mixer thread takes sound. Any thread.
+
+#include "media/FrameQueue.h"
+#include "media/TimedSampleQueue.h"
+
+#include <array>
+#include <atomic>
+#include <memory>
+#include <mutex>
+
+namespace selvane {
+
+struct SourceMapping
+{
+    bool anchored = false;
+    quint64 timeline = 0; // the source timeline the offset belongs to
+    qint64 offsetUs = 0;  // program time = source time + offsetUs
+};
+
+class SourceFeed
+{
+public:
+    FrameQueue &frames() { return m_frames; }
+    TimedSampleQueue &sound() { return m_sound; }
+    const FrameQueue &frames() const { return m_frames; }
+    const TimedSampleQueue &sound() const { return m_sound; }
+
+    // Live sources never make their decoder wait and keep a jitter margin.
+    void setLive(bool live) { m_live.store(live); }
+    bool isLive() const { return m_live.load(); }
+
+    SourceMapping mapping() const;
+    void setMapping(const SourceMapping &mapping);
+    // A new source: what is queued and the mapping are forgotten.
+    void reset();
+
+private:
+    FrameQueue m_frames;
+    TimedSampleQueue m_sound;
+    std::atomic<bool> m_live{false};
+    mutable std::mutex m_mutex;
+    SourceMapping m_mapping;
+};
+
+class SourceFeeds
+{
+public:
+    static constexpr int kChannels = 4;
+    static constexpr int kOverlaySlots = 4;
+
+    SourceFeeds();
+
+    SourceFeed &channel(int index) { return *m_channels[std::size_t(index)]; }
+    SourceFeed &overlaySlot(int index) { return *m_overlays[std::size_t(index)]; }
+    static bool isChannel(int index) { return index >= 0 && index < kChannels; }
+
+    // The channel whose sound goes into the program mix, or -1 (still pictures, black).
+    void setProgramChannel(int channel)
+    {
+        m_programChannel.store(isChannel(channel) ? channel : -1);
+    }
+    int programChannel() const { return m_programChannel.load(); }
+
+    // Sound dropped and silence filled by every queue since the start.
+    qint64 droppedAudioFrames() const;
+
+private:
+    std::array<std::unique_ptr<SourceFeed>, kChannels> m_channels;
+    std::array<std::unique_ptr<SourceFeed>, kOverlaySlots> m_overlays;
+    std::atomic<int> m_programChannel{-1};
+};
+
+} // namespace selvane

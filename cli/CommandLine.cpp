@@ -6,14 +6,16 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
-
 #include <cstdio>
 
 namespace selvane {
 
 namespace {
 // lupdate files these texts under the context "selvane" (the namespace of this helper).
-QString tr(const char *text) { return QCoreApplication::translate("selvane", text); }
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("selvane", text);
+}
 } // namespace
 
 void configureCommandLine(QCommandLineParser &parser)
@@ -23,8 +25,8 @@ void configureCommandLine(QCommandLineParser &parser)
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addOption({"headless", tr("Run the engine without a window (no instance lock).")});
-    parser.addOption({"schedule", tr("Play this program schedule (JSON) into the outputs."),
-                      "FILE"});
+    parser.addOption(
+        {"schedule", tr("Play this program schedule (JSON) into the outputs."), "FILE"});
     parser.addOption({"check-schedule",
                       tr("Validate a program schedule and print it in the current format."),
                       "FILE"});
@@ -35,42 +37,44 @@ void configureCommandLine(QCommandLineParser &parser)
                          "a capture address or lavfi://GRAPH. Repeatable."),
                       "N=ADDRESS"});
     parser.addOption({"base", tr("Channel (1-4) that forms the program picture. Default 1."), "N"});
-    parser.addOption({"duration", tr("Stop after this many seconds (default: until Ctrl+C)."),
-                      "SECONDS"});
+    parser.addOption(
+        {"duration", tr("Stop after this many seconds (default: until Ctrl+C)."), "SECONDS"});
     parser.addOption({"volume",
                       tr("Preview (speaker) volume of channel N, linear, e.g. 1=0.5. Repeatable."),
                       "N=V"});
     parser.addOption({"program-volume",
                       tr("Volume of the program channel in the program mix, linear (default 1)."),
                       "V"});
-    parser.addOption({"gain", tr("Program bus gain for recording and streaming, in percent "
-                                 "(default 100)."),
+    parser.addOption({"gain",
+                      tr("Program bus gain for recording and streaming, in percent "
+                         "(default 100)."),
                       "PERCENT"});
     parser.addOption({"text", tr("Show a scrolling ticker with these words. Repeatable."), "TEXT"});
-    parser.addOption({"image",
-                      tr("Show a picture in the rectangle x,y,w,h of the 640x360 scene. Repeatable."),
-                      "PATH@x,y,w,h"});
+    parser.addOption(
+        {"image", tr("Show a picture in the rectangle x,y,w,h of the 640x360 scene. Repeatable."),
+         "PATH@x,y,w,h"});
     parser.addOption({"video",
                       tr("Play a video (looping) in the rectangle x,y,w,h of the 640x360 scene. "
                          "Repeatable."),
                       "PATH@x,y,w,h"});
-    parser.addOption({"record", tr("Record the program to this file (MP4, MKV, MOV, TS ...)."),
-                      "PATH"});
+    parser.addOption(
+        {"record", tr("Record the program to this file (MP4, MKV, MOV, TS ...)."), "PATH"});
     parser.addOption({"segment-minutes",
-                      tr("Start a new recording file at a keyframe after this many minutes."), "M"});
-    parser.addOption({"segment-gib",
-                      tr("Start a new recording file at a keyframe once a file reaches this many GiB."),
-                      "G"});
+                      tr("Start a new recording file at a keyframe after this many minutes."),
+                      "M"});
+    parser.addOption(
+        {"segment-gib",
+         tr("Start a new recording file at a keyframe once a file reaches this many GiB."), "G"});
     parser.addOption({"stream",
                       tr("Publish the program to this URL (rtmp://, rtmps://, srt://, udp:// ...); "
                          "#FORMAT picks the container (flv, mpegts). Repeatable."),
                       "URL[#FORMAT]"});
-    parser.addOption({"size", tr("Output size, e.g. 1280x720 (default: same as the program)."),
-                      "WxH"});
+    parser.addOption(
+        {"size", tr("Output size, e.g. 1280x720 (default: same as the program)."), "WxH"});
     parser.addOption({"fps", tr("Output frame rate: 30 or 60 (default 30)."), "FPS"});
     parser.addOption({"bitrate", tr("Video bitrate in kbit/s (default: automatic)."), "KBPS"});
-    parser.addOption({"encoder", tr("Video encoder: auto, hardware or software (default auto)."),
-                      "MODE"});
+    parser.addOption(
+        {"encoder", tr("Video encoder: auto, hardware or software (default auto)."), "MODE"});
     parser.addOption({"preset",
                       tr("Quality preset: performance, balanced or quality (default balanced)."),
                       "PRESET"});
@@ -81,19 +85,24 @@ int checkScheduleFile(const QString &path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         std::fprintf(stderr, "selvane: %s: %s\n",
-                     qPrintable(QCoreApplication::translate("ProgramArrangement", "Unable to open the file.")),
+                     qPrintable(QCoreApplication::translate("ProgramArrangement",
+                                                            "Unable to open the file.")),
                      qPrintable(path));
         return 1;
     }
     QString error;
-    const ProgramArrangement arrangement = arrangement::fromJson(file.readAll(), &error);
+    QStringList warnings;
+    const ProgramArrangement arrangement = arrangement::fromJson(file.readAll(), &error, &warnings);
     if (!error.isEmpty()) {
         std::fprintf(stderr, "selvane: %s\n", qPrintable(error));
         return 1;
     }
+    for (const QString &warning : warnings)
+        std::fprintf(stderr, "selvane: warning: %s\n", qPrintable(warning));
     const arrangement::Validation check = arrangement::validate(arrangement);
     if (!check.ok) {
-        std::fprintf(stderr, "selvane: %s: %s\n", qPrintable(check.title), qPrintable(check.message));
+        std::fprintf(stderr, "selvane: %s: %s\n", qPrintable(check.title),
+                     qPrintable(check.message));
         return 1;
     }
     const QByteArray json = arrangement::toJson(arrangement);
@@ -115,9 +124,9 @@ LaunchFace launchFaceFor(const QStringList &arguments)
     QStringList ours{arguments.value(0)};
     for (qsizetype i = 1; i < arguments.size(); ++i) {
         const QString &arg = arguments[i];
-        static const QStringList qtOptionsWithValue{"-platform", "-style", "-stylesheet",
-                                                    "-qwindowgeometry", "-qwindowtitle",
-                                                    "-qwindowicon", "-display", "-session"};
+        static const QStringList qtOptionsWithValue{
+            "-platform",     "-style",       "-stylesheet", "-qwindowgeometry",
+            "-qwindowtitle", "-qwindowicon", "-display",    "-session"};
         if (qtOptionsWithValue.contains(arg)) {
             ++i;
             continue;
@@ -174,7 +183,8 @@ bool readOutputOptions(const QCommandLineParser &parser, HeadlessOptions *option
         }
         return true;
     };
-    if (!positive("segment-minutes", &out.segmentMinutes) || !positive("segment-gib", &out.segmentGiB))
+    if (!positive("segment-minutes", &out.segmentMinutes) ||
+        !positive("segment-gib", &out.segmentGiB))
         return false;
     out.segmentEnabled = out.segmentMinutes > 0 || out.segmentGiB > 0;
     if (out.segmentEnabled && !out.fileEnabled) {
@@ -185,9 +195,11 @@ bool readOutputOptions(const QCommandLineParser &parser, HeadlessOptions *option
         const qsizetype hash = value.lastIndexOf('#');
         StreamTarget target;
         target.url = (hash > 0 ? value.left(hash) : value).trimmed();
-        target.formatName = hash > 0 ? value.mid(hash + 1).trimmed() : defaultStreamFormat(target.url);
+        target.formatName =
+            hash > 0 ? value.mid(hash + 1).trimmed() : defaultStreamFormat(target.url);
         if (!target.url.contains("://")) {
-            *error = tr("--stream expects a URL such as rtmp://host/app/key, got \"%1\"").arg(value);
+            *error =
+                tr("--stream expects a URL such as rtmp://host/app/key, got \"%1\"").arg(value);
             return false;
         }
         out.streamTargets << target;
@@ -308,8 +320,7 @@ bool readOverlayOptions(const QCommandLineParser &parser, HeadlessOptions *optio
 
 } // namespace
 
-bool readHeadlessOptions(const QCommandLineParser &parser, HeadlessOptions *options,
-                         QString *error)
+bool readHeadlessOptions(const QCommandLineParser &parser, HeadlessOptions *options, QString *error)
 {
     const auto channelNumber = [](const QString &text, bool *ok) {
         const int n = text.trimmed().toInt(ok);
@@ -331,7 +342,8 @@ bool readHeadlessOptions(const QCommandLineParser &parser, HeadlessOptions *opti
         bool ok = false;
         options->baseChannel = channelNumber(parser.value("base"), &ok);
         if (!ok) {
-            *error = tr("--base expects a channel from 1 to 4, got \"%1\"").arg(parser.value("base"));
+            *error =
+                tr("--base expects a channel from 1 to 4, got \"%1\"").arg(parser.value("base"));
             return false;
         }
     }

@@ -115,11 +115,14 @@ bool HeadlessRunner::loadSchedule()
             return false;
         }
         QString error;
-        arrangement = arrangement::fromJson(file.readAll(), &error);
+        QStringList warnings;
+        arrangement = arrangement::fromJson(file.readAll(), &error, &warnings);
         if (!error.isEmpty()) {
             std::fprintf(stderr, "selvane: %s\n", qPrintable(error));
             return false;
         }
+        for (const QString &warning : warnings)
+            std::fprintf(stderr, "selvane: warning: %s\n", qPrintable(warning));
     }
     const arrangement::Validation check = m_engine->loadSchedule(arrangement);
     if (!check.ok) {

@@ -11,7 +11,10 @@ namespace arrangement {
 
 namespace {
 
-QString tr(const char *text) { return QCoreApplication::translate("arrangement", text); }
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("arrangement", text);
+}
 
 const char *sceneKindName(int kind)
 {
@@ -55,7 +58,7 @@ qint64 readMs(const QJsonObject &object, const char *key)
     return qint64(object.value(key).toDouble(0.0)); // written as doubles, read back truncated
 }
 
-SceneClip readSceneClip(const QJsonObject &o)
+SceneClip readSceneClip(const QJsonObject &o, QStringList *warnings)
 {
     SceneClip clip;
     clip.id = o.value("id").toString();
@@ -65,7 +68,14 @@ SceneClip readSceneClip(const QJsonObject &o)
     clip.kind = kind == "imagePlay" || kind == "imageSequence" ? SceneClip::ImagePlay
                 : kind == "sceneVideo"                         ? SceneClip::SceneVideo
                                                                : SceneClip::Channel;
-    clip.channel = std::clamp(o.value("channel").toInt(0), 0, 3);
+    // The file counts channels from 0; the operator sees them as 1 to 4.
+    const int fileChannel = o.value("channel").toInt(0);
+    clip.channel = std::clamp(fileChannel, 0, 3);
+    if (clip.kind == SceneClip::Channel && clip.channel != fileChannel && warnings)
+        *warnings << tr("Base clip %1: channel %2 does not exist; channel %3 plays instead.")
+                         .arg(clip.id)
+                         .arg(fileChannel + 1)
+                         .arg(clip.channel + 1);
     clip.paths = o.value("paths").toString().split('|', Qt::SkipEmptyParts);
     clip.intervalMs = o.value("intervalMs").toInt(2000);
     clip.imageLoop = o.value("imageLoop").toBool(true);
@@ -173,14 +183,14 @@ QByteArray toJson(const ProgramArrangement &a)
     return QJsonDocument(root).toJson(QJsonDocument::Indented);
 }
 
-ProgramArrangement fromJson(const QByteArray &bytes, QString *error)
+ProgramArrangement fromJson(const QByteArray &bytes, QString *error, QStringList *warnings)
 {
     QJsonParseError parse{};
     const QJsonDocument document = QJsonDocument::fromJson(bytes, &parse);
     if (parse.error != QJsonParseError::NoError || !document.isObject()) {
         if (error)
             *error = parse.error != QJsonParseError::NoError ? parse.errorString()
-                                                              : tr("the document is not an object");
+                                                             : tr("the document is not an object");
         return {};
     }
     const QJsonObject root = document.object();
@@ -195,7 +205,7 @@ ProgramArrangement fromJson(const QByteArray &bytes, QString *error)
     result.timelineZero = root.value("timelineZero").toString();
     for (const QJsonValue &value : root.value("sceneClips").toArray())
         if (value.isObject())
-            result.sceneClips << readSceneClip(value.toObject());
+            result.sceneClips << readSceneClip(value.toObject(), warnings);
     for (const QJsonValue &value : root.value("overlayClips").toArray())
         if (value.isObject())
             result.overlayClips << readOverlayClip(value.toObject(), version);

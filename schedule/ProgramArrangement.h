@@ -75,8 +75,10 @@ inline constexpr int kCanvasWidth = 1920;
 inline constexpr int kCanvasHeight = 1080;
 
 QByteArray toJson(const ProgramArrangement &arrangement);
-// On failure: an empty arrangement (version 3, no clips) and `error` set.
-ProgramArrangement fromJson(const QByteArray &bytes, QString *error);
+// On failure: an empty arrangement (version 3, no clips) and `error` set. What was read but
+// changed to fit (a channel outside the four) is told in `warnings`.
+ProgramArrangement fromJson(const QByteArray &bytes, QString *error,
+                            QStringList *warnings = nullptr);
 
 // The outcome of a validation: the first failure's message and its box title, or success.
 struct Validation

@@ -26,12 +26,12 @@ struct FrameStats
 QList<FrameStats> regionStats(const QString &file, const QString &crop)
 {
     QProcess probe;
-    probe.start("ffprobe", {"-v", "error", "-f", "lavfi", "-i",
-                            QStringLiteral("movie=%1,crop=%2,signalstats").arg(file, crop),
-                            "-show_entries",
-                            "frame=pts_time:frame_tags=lavfi.signalstats.YAVG,lavfi.signalstats.UAVG,"
-                            "lavfi.signalstats.VAVG",
-                            "-of", "csv=p=0"});
+    probe.start("ffprobe",
+                {"-v", "error", "-f", "lavfi", "-i",
+                 QStringLiteral("movie=%1,crop=%2,signalstats").arg(file, crop), "-show_entries",
+                 "frame=pts_time:frame_tags=lavfi.signalstats.YAVG,lavfi.signalstats.UAVG,"
+                 "lavfi.signalstats.VAVG",
+                 "-of", "csv=p=0"});
     probe.waitForFinished(60000);
     QList<FrameStats> stats;
     for (const QByteArray &line : probe.readAllStandardOutput().split('\n')) {
@@ -98,9 +98,10 @@ class TestPlayout : public QObject
             image.save(QDir(path("slides")).filePath(name));
         }
         QByteArray log;
-        if (!makeClip(path("blue.mp4"), "color=c=blue:size=640x360:rate=30", "sine=frequency=500",
-                      6.0, {"-c:v", "libx264", "-preset", "ultrafast", "-pix_fmt", "yuv420p", "-c:a", "aac"},
-                      &log))
+        if (!makeClip(
+                path("blue.mp4"), "color=c=blue:size=640x360:rate=30", "sine=frequency=500", 6.0,
+                {"-c:v", "libx264", "-preset", "ultrafast", "-pix_fmt", "yuv420p", "-c:a", "aac"},
+                &log))
             return {};
         const QString json = QStringLiteral(R"({
           "format": "selvane_program_arrangement", "version": 3,
@@ -133,20 +134,22 @@ private slots:
         QVERIFY(!schedule.isEmpty());
         IsolatedHome home;
         const QString recording = path("playout.mp4");
-        const ProcessResult r = runProcess(
-            kBinary,
-            {"--headless", "--schedule", schedule, "--channel",
-             "1=lavfi://smptebars=size=640x360:rate=30[out0];sine=frequency=1000[out1]",
-             "--duration", "13", "--record", recording},
-            home.environment(), 60000);
+        const ProcessResult r =
+            runProcess(kBinary,
+                       {"--headless", "--schedule", schedule, "--channel",
+                        "1=lavfi://smptebars=size=640x360:rate=30[out0];sine=frequency=1000[out1]",
+                        "--duration", "13", "--record", recording},
+                       home.environment(), 60000);
         QCOMPARE(r.exitCode, 0);
         QVERIFY2(r.out.contains("schedule: slides"), r.out.constData());
         const ProbedFile probed = probeFile(recording);
-        QVERIFY2(probed.ok && probed.stream("h264") && probed.stream("aac"), probed.errors.constData());
+        QVERIFY2(probed.ok && probed.stream("h264") && probed.stream("aac"),
+                 probed.errors.constData());
 
         const QList<FrameStats> top = regionStats(recording, "iw:ih/2:0:0");
         QVERIFY(top.size() > 300);
-        QCOMPARE(classify(*std::find_if(top.begin(), top.end(), [](const FrameStats &s) { return s.t > 1.0; })),
+        QCOMPARE(classify(*std::find_if(top.begin(), top.end(),
+                                        [](const FrameStats &s) { return s.t > 1.0; })),
                  QString("bars"));
         const QList<std::pair<QString, double>> switches{
             {"red", 4.0}, {"green", 6.0}, {"blue", 8.0}, {"black", 12.0}};
@@ -169,9 +172,27 @@ private slots:
     {
         const QString schedule = writeSchedule();
         IsolatedHome home;
-        const ProcessResult ok = runProcess(kBinary, {"--check-schedule", schedule}, home.environment());
+        const ProcessResult ok =
+            runProcess(kBinary, {"--check-schedule", schedule}, home.environment());
         QCOMPARE(ok.exitCode, 0);
         QCOMPARE(QJsonDocument::fromJson(ok.out).object().value("sceneClips").toArray().size(), 3);
+        QVERIFY2(!ok.err.contains("warning"), ok.err.constData());
+
+        // A channel the file counts as 7 does not exist: the check says which one plays instead
+        // (in the operator's numbering, 1 to 4) and still passes.
+        QByteArray clamped = readAll(schedule);
+        clamped.replace("\"channel\": 0", "\"channel\": 7");
+        QFile clampedFile(path("clamped.json"));
+        QVERIFY(clampedFile.open(QIODevice::WriteOnly));
+        clampedFile.write(clamped);
+        clampedFile.close();
+        const ProcessResult warned =
+            runProcess(kBinary, {"--check-schedule", path("clamped.json")}, home.environment());
+        QCOMPARE(warned.exitCode, 0);
+        QVERIFY2(warned.err.contains(
+                     "Base clip bars: channel 8 does not exist; channel 4 plays instead."),
+                 warned.err.constData());
+        QCOMPARE(QJsonDocument::fromJson(warned.out)["sceneClips"][0]["channel"].toInt(), 3);
 
         QByteArray broken = readAll(schedule);
         broken.replace("\"id\": \"slides\"", "\"id\": \"bars\"");
@@ -179,8 +200,9 @@ private slots:
         QVERIFY(out.open(QIODevice::WriteOnly));
         out.write(broken);
         out.close();
-        for (const QStringList &args : {QStringList{"--check-schedule", path("broken.json")},
-                                        QStringList{"--headless", "--schedule", path("broken.json")}}) {
+        for (const QStringList &args :
+             {QStringList{"--check-schedule", path("broken.json")},
+              QStringList{"--headless", "--schedule", path("broken.json")}}) {
             const ProcessResult bad = runProcess(kBinary, args, home.environment());
             QCOMPARE(bad.exitCode, 1);
             QVERIFY2(bad.err.contains("bars"), bad.err.constData()); // names the duplicate
@@ -191,8 +213,9 @@ private slots:
     {
         IsolatedHome home;
         const QString recording = path("demo.mp4");
-        const ProcessResult r = runProcess(kBinary, {"--demo", "--duration", "6", "--record", recording},
-                                           home.environment(), 60000);
+        const ProcessResult r =
+            runProcess(kBinary, {"--demo", "--duration", "6", "--record", recording},
+                       home.environment(), 60000);
         QCOMPARE(r.exitCode, 0);
         QVERIFY2(r.out.contains("schedule: test-signal"), r.out.constData());
         const ProbedFile probed = probeFile(recording);

@@ -143,6 +143,11 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
 <context>
     <name>arrangement</name>
     <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="72"/>
+        <source>Base clip %1: channel %2 does not exist; channel %3 plays instead.</source>
+        <translation>基础片段 %1：通道 %2 不存在，改为播放通道 %3。</translation>
+    </message>
+    <message>
         <location filename="../schedule/ProgramArrangement.cpp" line="183"/>
         <source>the document is not an object</source>
         <translation>文档不是一个对象</translation>

@@ -102,8 +102,9 @@ public:
         if (m_decoder.isCurrent(m_generation) && m_decoder.m_feed) {
             m_decoder.m_feed->setLive(realTime);
             // A file runs this far ahead of the program; a real-time source holds its jitter
-            // margin.
-            m_decoder.m_feed->frames().setDepth(realTime ? kLiveQueueDepth : kFileQueueDepth);
+            // margin, and so does a segmented stream (HLS, DASH): it is read ahead like a file,
+            // but opening each segment and reloading the playlist stall its reads.
+            m_decoder.m_feed->frames().setDepth(live ? kLiveQueueDepth : kFileQueueDepth);
         }
     }
 

@@ -461,31 +461,43 @@ inline SyncMeasure measureCodedSync(const QString &file)
 
 // ---- servers on loopback ----
 
-// nginx with the rtmp module on a free port, started and stopped by PID, with its own prefix.
+// nginx with the rtmp module on a free port, started and stopped by PID, with its own prefix;
+// with `wwwRoot` it also serves that folder over HTTP (HLS playlists) on httpPort().
 // freeze()/thaw() stop and continue it to simulate a server that has gone silent.
 class RtmpServer
 {
 public:
     ~RtmpServer() { stop(); }
 
-    bool start(quint16 port = 0)
+    bool start(quint16 port = 0, const QString &wwwRoot = {})
     {
         m_port = port ? port : freeTcpPort();
+        m_httpPort = wwwRoot.isEmpty() ? 0 : freeTcpPort();
+        const QString http =
+            wwwRoot.isEmpty()
+                ? QString()
+                : QStringLiteral(
+                      "http { access_log off; server { listen 127.0.0.1:%1; root %2;\n"
+                      "  types { application/vnd.apple.mpegurl m3u8; video/mp2t ts; } } }\n")
+                      .arg(m_httpPort)
+                      .arg(wwwRoot);
         QDir prefix(m_dir.path());
         prefix.mkpath("logs");
         QFile conf(prefix.filePath("nginx.conf"));
         if (!conf.open(QIODevice::WriteOnly))
             return false;
-        conf.write(QStringLiteral(
-                       "load_module /usr/lib/nginx/modules/ngx_rtmp_module.so;\n"
-                       "daemon off;\nmaster_process off;\nworker_processes 1;\n"
-                       "pid %1/nginx.pid;\nerror_log %1/logs/error.log warn;\n"
-                       "events { worker_connections 256; }\n"
-                       "rtmp { server { listen 127.0.0.1:%2; chunk_size 4096;\n"
-                       "  application live { live on; record off; drop_idle_publisher 5s; } } }\n")
-                       .arg(m_dir.path())
-                       .arg(m_port)
-                       .toUtf8());
+        conf.write(
+            QStringLiteral(
+                "load_module /usr/lib/nginx/modules/ngx_rtmp_module.so;\n"
+                "daemon off;\nmaster_process off;\nworker_processes 1;\n"
+                "pid %1/nginx.pid;\nerror_log %1/logs/error.log warn;\n"
+                "events { worker_connections 256; }\n"
+                "rtmp { server { listen 127.0.0.1:%2; chunk_size 4096;\n"
+                "  application live { live on; record off; drop_idle_publisher 5s; } } }\n%3")
+                .arg(m_dir.path())
+                .arg(m_port)
+                .arg(http)
+                .toUtf8());
         conf.close();
         m_process.setProcessChannelMode(QProcess::MergedChannels);
         m_process.start("nginx", {"-c", prefix.filePath("nginx.conf"), "-p", m_dir.path(), "-e",
@@ -519,6 +531,7 @@ public:
     void thaw() { ::kill(pid_t(m_process.processId()), SIGCONT); }
 
     quint16 port() const { return m_port; }
+    quint16 httpPort() const { return m_httpPort; }
     QString url(const QString &key) const
     {
         return QStringLiteral("rtmp://127.0.0.1:%1/live/%2").arg(m_port).arg(key);
@@ -529,6 +542,7 @@ private:
     QTemporaryDir m_dir;
     QProcess m_process;
     quint16 m_port = 0;
+    quint16 m_httpPort = 0;
 };
 
 // A PulseAudio server of the test's own with one null sink.

@@ -277,20 +277,6 @@ inline bool startsWithKeyFrame(const QString &path)
 
 // ---- flash and beep: how far sound is from its picture ----
 
-// One flash of 100 ms and one 1 kHz beep of 100 ms at the start of every second, as a channel
-// address.
-inline QString flashAndBeepAddress(int width = 320, int height = 240)
-{
-    return QStringLiteral(
-               "lavfi://"
-               "color=c=black:size=%1x%2:rate=30,geq=lum='if(lt(mod(T\\,1)\\,0.1)\\,235\\,16)'"
-               ":cb=128:cr=128[out0];"
-               "aevalsrc=exprs='if(lt(mod(t\\,1)\\,0.1)\\,0.5*sin(2*PI*1000*t)\\,0)':sample_rate="
-               "48000[out1]")
-        .arg(width)
-        .arg(height);
-}
-
 // Mono s16 samples of a file's audio and the time of its first sample.
 inline bool decodeAudio(const QString &file, std::vector<std::int16_t> *samples,
                         double *startSeconds)
@@ -311,78 +297,10 @@ inline bool decodeAudio(const QString &file, std::vector<std::int16_t> *samples,
     return !samples->empty();
 }
 
-// Times of the pictures whose brightness rises above mid-grey after a dark one.
-inline QList<double> flashOnsets(const QString &file)
-{
-    QProcess probe;
-    probe.start("ffprobe", {"-v", "error", "-f", "lavfi", "-i", "movie=" + file + ",signalstats",
-                            "-show_entries", "frame=pts_time:frame_tags=lavfi.signalstats.YAVG",
-                            "-of", "csv=p=0"});
-    probe.waitForFinished(120000);
-    QList<double> onsets;
-    bool bright = false;
-    for (const QByteArray &line : probe.readAllStandardOutput().split('\n')) {
-        const QList<QByteArray> fields = line.trimmed().split(',');
-        if (fields.size() < 2)
-            continue;
-        const double t = fields[0].toDouble();
-        const double y = fields[1].toDouble();
-        if (!bright && y > 128)
-            onsets << t;
-        bright = y > 128;
-    }
-    return onsets;
-}
-
-inline QList<double> beepOnsets(const std::vector<std::int16_t> &samples, double start)
-{
-    QList<double> onsets;
-    qsizetype lastLoud = -48000;
-    for (qsizetype i = 0; i < qsizetype(samples.size()); ++i) {
-        if (std::abs(int(samples[std::size_t(i)])) > 3000) {
-            if (i - lastLoud > 24000)
-                onsets << start + double(i) / 48000.0;
-            lastLoud = i;
-        }
-    }
-    return onsets;
-}
-
-// The offset (seconds, + means sound late) between the flash nearest to `at` and the beep
-// nearest to that flash.
-inline double offsetNear(const QList<double> &flashes, const QList<double> &beeps, double at)
-{
-    double flash = -1;
-    for (double f : flashes)
-        if (flash < 0 || std::abs(f - at) < std::abs(flash - at))
-            flash = f;
-    double beep = -1;
-    for (double b : beeps)
-        if (beep < 0 || std::abs(b - flash) < std::abs(beep - flash))
-            beep = b;
-    return beep - flash;
-}
-
-// Flashes and beeps of a recording.
-struct FlashBeep
-{
-    QList<double> flashes;
-    QList<double> beeps;
-};
-inline FlashBeep analyseFlashBeep(const QString &file)
-{
-    FlashBeep result;
-    result.flashes = flashOnsets(file);
-    std::vector<std::int16_t> samples;
-    double start = 0;
-    if (decodeAudio(file, &samples, &start))
-        result.beeps = beepOnsets(samples, start);
-    return result;
-}
-
-// The same, coded: second n flashes at grey level 40 + 24 * (n mod 8) and beeps at
-// 500 + 250 * (n mod 8) Hz, so that a flash and a beep can be paired without doubt up to about
-// four seconds apart. As lavfi graphs for the picture and the sound.
+// A flash of 100 ms and a beep of 100 ms at the start of every second, coded: second n flashes
+// at grey level 40 + 24 * (n mod 8) and beeps at 500 + 250 * (n mod 8) Hz, so that a flash and a
+// beep can be paired without doubt up to about four seconds apart. As lavfi graphs for the
+// picture and the sound, and as a channel address.
 inline QString codedFlashGraph(int width = 320, int height = 240, double fps = 30)
 {
     return QStringLiteral("color=c=black:size=%1x%2:rate=%3,geq=lum='if(lt(mod(T\\,1)\\,0.1)\\,"
@@ -395,6 +313,11 @@ inline QString codedBeepGraph()
 {
     return QStringLiteral("aevalsrc=exprs='if(lt(mod(t\\,1)\\,0.1)\\,0.5*sin(2*PI*(500+250*mod("
                           "floor(t)\\,8))*t)\\,0)':sample_rate=48000");
+}
+
+inline QString codedFlashBeepAddress()
+{
+    return "lavfi://" + codedFlashGraph() + "[out0];" + codedBeepGraph() + "[out1]";
 }
 
 // Sound minus picture, in seconds, for every coded flash of a recording that has its beep.

@@ -102,6 +102,7 @@ void TimedSampleQueue::push(const std::int16_t *samples, int frames, qint64 medi
     std::lock_guard lock(m_mutex);
     m_pushed = true;
     if (m_count == 0 || timeline != m_timeline) {
+        m_dropped += m_count; // what is left of an earlier timeline never plays
         restartLocked(mediaUs);
         m_timeline = timeline;
         appendLocked(samples, frames);

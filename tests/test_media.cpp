@@ -3,13 +3,11 @@
 // mailbox, and the sample queue's drop rule.
 
 #include "TestSupport.h"
-#include "media/FrameMailbox.h"
 #include "media/FramePool.h"
 #include "media/FrameSizes.h"
-#include "media/SampleQueue.h"
+#include "media/TimedSampleQueue.h"
 
 #include <QtTest>
-
 #include <thread>
 #include <vector>
 
@@ -108,43 +106,54 @@ private slots:
         QCOMPARE(reader.at(0), '\x11');
     }
 
-    void mailboxKeepsTheNewestAndPostsOnce()
+    void soundIsTakenByItsTimestamps()
     {
-        selvane::FrameMailbox<2> mailbox;
-        FramePool pool(8, 4, 4);
-        int posts = 0;
-        std::thread producer([&] {
-            for (int i = 0; i < 100; ++i)
-                posts += mailbox.store(i % 2, solidFrame(pool, 4, 4, uchar(i)));
-        });
-        producer.join();
-        QCOMPARE(posts, 1);
-        auto frames = mailbox.take();
-        QCOMPARE(frames[0]->bits()[0], uchar(98));
-        QCOMPARE(frames[1]->bits()[0], uchar(99));
-        QCOMPARE(mailbox.replacedCount(), 98);
-        QVERIFY(mailbox.store(0, solidFrame(pool, 4, 4, 1))); // taken: the next store posts
-    }
+        // 10 ms blocks whose samples carry the block's number.
+        selvane::TimedSampleQueue queue(48000);
+        const auto push = [&](int n, qint64 us, quint64 timeline = 1) {
+            const std::vector<std::int16_t> block(2 * 480, std::int16_t(n));
+            queue.push(block.data(), 480, us, timeline);
+        };
+        std::vector<std::int16_t> out(2 * 480);
+        const auto take = [&](qint64 us, quint64 timeline = 1) {
+            return queue.takeAt(out.data(), 480, us, timeline);
+        };
+        push(1, 1'000'000);
+        push(2, 1'010'000);
+        push(3, 1'030'000); // 10 ms after the end of block 2: the hole is silence
+        QCOMPARE(queue.filledFrames(), 480);
+        // Wanted from 6 ms into block 1: what is older is dropped.
+        QCOMPARE(take(1'006'000), 480);
+        QCOMPARE(out[2 * 191], 1);
+        QCOMPARE(out[2 * 192], 2);
+        QCOMPARE(take(1'016'000), 480);
+        QCOMPARE(out[2 * 191], 2);
+        QCOMPARE(out[2 * 192], 0);
+        // Wanted before the queue starts: silence, and nothing is taken.
+        QCOMPARE(take(1'016'000), 0);
+        QCOMPARE(take(1'026'000), 480);
+        QCOMPARE(out[2 * 192], 3);
 
-    void sampleQueueDropsTheOldestAndFillsSilence()
-    {
-        selvane::SampleQueue queue(100);
-        std::vector<std::int16_t> block(2 * 60);
-        for (int i = 0; i < 60; ++i)
-            block[2 * i] = block[2 * i + 1] = std::int16_t(i);
-        queue.push(block.data(), 60);
-        queue.push(block.data(), 60); // 20 of the first block give way
-        QCOMPARE(queue.droppedFrames(), 20);
-        std::vector<std::int16_t> out(2 * 120, -1);
-        QCOMPARE(queue.take(out.data(), 120), 100);
-        QCOMPARE(out[0], std::int16_t(20));   // the oldest kept frame
-        QCOMPARE(out[2 * 99], std::int16_t(59));
-        QCOMPARE(out[2 * 100], std::int16_t(0)); // silence for what was missing
-        queue.push(block.data(), 60);
-        queue.trimTo(10);
-        QCOMPARE(queue.queuedFrames(), 10);
-        QCOMPARE(queue.take(out.data(), 1), 1);
-        QCOMPARE(out[0], std::int16_t(50));
+        // A newer timeline waits for the mixer to reach it; the rest of the old one is dropped.
+        const qint64 dropped = queue.droppedFrames();
+        push(4, 5'000'000, 2);
+        QCOMPARE(queue.droppedFrames(), dropped + 192);
+        QCOMPARE(take(1'036'000, 1), 0);
+        QCOMPARE(take(5'000'000, 2), 480);
+        QCOMPARE(out[0], 4);
+
+        // Blocks too far apart start anew; when full, the oldest give way.
+        push(5, 6'000'000, 2);
+        push(6, 6'300'000, 2);
+        qint64 head = 0;
+        quint64 timeline = 0;
+        QVERIFY(queue.head(&head, &timeline));
+        QCOMPARE(head, 6'300'000);
+        for (int i = 1; i <= 120; ++i)
+            push(7, 6'300'000 + i * 10'000, 2);
+        QCOMPARE(queue.queuedFrames(), 48000);
+        QVERIFY(queue.head(&head, &timeline));
+        QCOMPARE(head, 6'310'000 + 200'000); // 1.2 s pushed into a second's room
     }
 };
 

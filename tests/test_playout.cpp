@@ -180,26 +180,25 @@ private slots:
 
         // A channel the file counts as 7 does not exist: the check says which one plays instead
         // (in the operator's numbering, 1 to 4) and still passes.
-        QByteArray clamped = readAll(schedule);
-        clamped.replace("\"channel\": 0", "\"channel\": 7");
-        QFile clampedFile(path("clamped.json"));
-        QVERIFY(clampedFile.open(QIODevice::WriteOnly));
-        clampedFile.write(clamped);
-        clampedFile.close();
-        const ProcessResult warned =
-            runProcess(kBinary, {"--check-schedule", path("clamped.json")}, home.environment());
+        // The schedule with one text replaced, as a file of its own.
+        const auto variant = [&](const QString &name, const QByteArray &from,
+                                 const QByteArray &to) {
+            QFile out(path(name));
+            if (out.open(QIODevice::WriteOnly))
+                out.write(readAll(schedule).replace(from, to));
+            return out.fileName();
+        };
+        const ProcessResult warned = runProcess(
+            kBinary,
+            {"--check-schedule", variant("clamped.json", "\"channel\": 0", "\"channel\": 7")},
+            home.environment());
         QCOMPARE(warned.exitCode, 0);
         QVERIFY2(warned.err.contains(
                      "Base clip bars: channel 8 does not exist; channel 4 plays instead."),
                  warned.err.constData());
         QCOMPARE(QJsonDocument::fromJson(warned.out)["sceneClips"][0]["channel"].toInt(), 3);
 
-        QByteArray broken = readAll(schedule);
-        broken.replace("\"id\": \"slides\"", "\"id\": \"bars\"");
-        QFile out(path("broken.json"));
-        QVERIFY(out.open(QIODevice::WriteOnly));
-        out.write(broken);
-        out.close();
+        variant("broken.json", "\"id\": \"slides\"", "\"id\": \"bars\"");
         for (const QStringList &args :
              {QStringList{"--check-schedule", path("broken.json")},
               QStringList{"--headless", "--schedule", path("broken.json")}}) {

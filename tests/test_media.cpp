@@ -3,6 +3,7 @@
 // mailbox, and the sample queue's drop rule.
 
 #include "TestSupport.h"
+#include "input/SourceTimeline.h"
 #include "media/FramePool.h"
 #include "media/FrameSizes.h"
 #include "media/TimedSampleQueue.h"
@@ -154,6 +155,48 @@ private slots:
         QCOMPARE(queue.queuedFrames(), 48000);
         QVERIFY(queue.head(&head, &timeline));
         QCOMPARE(head, 6'310'000 + 200'000); // 1.2 s pushed into a second's room
+    }
+
+    void jumpsAndLoopsKeepOneTimeLine()
+    {
+        // Picture every 40 ms, sound every 21.333 ms starting 10 ms later, running across a
+        // transport stream's wrap (2^33 ticks of 90 kHz): both go on as if nothing happened,
+        // and the sound's jump is matched to the picture's, not counted again.
+        selvane::SourceTimeline timeline;
+        const qint64 wrapUs = (qint64(1) << 33) * 1'000'000 / 90'000;
+        const qint64 start = wrapUs - 1'000'000;
+        for (int i = 0; i < 50; ++i) {
+            const qint64 v = start + i * 40'000;
+            QCOMPARE(timeline.mapVideo(v % wrapUs, 40'000), v);
+            const qint64 a = start + 10'000 + i * 21'333;
+            QCOMPARE(timeline.mapAudio(a % wrapUs, 21'333), a);
+        }
+        QCOMPARE(timeline.jumps(), 1);
+
+        // Two files joined: the second one's picture and sound keep their own relation (sound
+        // 15 ms before picture), although the first file's sound ran 30 ms longer.
+        timeline.reset();
+        QCOMPARE(timeline.mapVideo(9'960'000, 40'000), 9'960'000);
+        QCOMPARE(timeline.mapAudio(9'990'000, 40'000), 9'990'000);
+        const qint64 picture = timeline.mapVideo(5'000'000'000, 40'000);
+        QCOMPARE(picture, 10'000'000);
+        QCOMPARE(timeline.mapAudio(5'000'000'000 - 15'000, 40'000), picture - 15'000);
+
+        // A loop of a clip whose sound (94 blocks) runs 5.3 ms longer than its picture (60
+        // frames): every loop starts both after the sound, however many loops.
+        timeline.reset();
+        for (int loop = 0; loop < 100; ++loop) {
+            if (loop > 0)
+                timeline.loopRestart(0);
+            const qint64 loopStart = loop * qint64(94 * 21'333);
+            QCOMPARE(timeline.mapVideo(0, 33'333), loopStart);
+            QCOMPARE(timeline.mapAudio(0, 21'333), loopStart);
+            for (int i = 1; i < 94; ++i) {
+                if (i < 60)
+                    timeline.mapVideo(i * 33'333, 33'333);
+                timeline.mapAudio(i * 21'333, 21'333);
+            }
+        }
     }
 };
 

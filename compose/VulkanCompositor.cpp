@@ -304,6 +304,7 @@ FrameTokenPtr VulkanCompositor::compose(const FrameTokenPtr &base, const Overlay
     if (m_glReady && overlays > kGpuMinOverlaysExclusive && gpuPathRequested()) {
         if (composeOnGpu(*base, out, *scene)) {
             out->ptsUs = base->ptsUs;
+            out->timeline = base->timeline;
             m_lastPath = Path::Gpu;
             return std::move(out).publish();
         }
@@ -322,6 +323,7 @@ FrameTokenPtr VulkanCompositor::compose(const FrameTokenPtr &base, const Overlay
         paintOverlays(painter, canvas.width(), canvas.height(), *scene);
     }
     out->ptsUs = base->ptsUs;
+    out->timeline = base->timeline;
     m_lastPath = Path::Cpu;
     return std::move(out).publish();
 }

@@ -182,6 +182,12 @@ qint64 ProgramSwitcher::liveEdgeUs(SourceFeed &feed, quint64 timeline, qint64 vi
 
 void ProgramSwitcher::advance(SourceFeed &feed, SourceState &state, qint64 programUs)
 {
+    if (feed.generation() != state.generation) {
+        // Another source: its predecessor's picture and mapping no longer belong to it.
+        state.generation = feed.generation();
+        state.mapping = {};
+        state.current = {};
+    }
     FrameQueue &frames = feed.frames();
     const bool live = feed.isLive();
     // A live source goes on air a jitter margin after the newest instant it has delivered in
@@ -326,6 +332,7 @@ void ProgramSwitcher::tick(qint64 programUs)
 
     const bool still = m_still.load();
     const int channel = still ? -1 : m_channel.load();
+    int onAir = channel; // the channel whose picture this is; -1 while the last one holds
     FrameTokenPtr base;
     if (still) {
         base = stillFrame(programUs);
@@ -333,8 +340,10 @@ void ProgramSwitcher::tick(qint64 programUs)
             base = m_lastBase; // no frame to draw it into yet: the picture holds
     } else if (channel >= 0 && channel < SourceFeeds::kChannels) {
         base = m_channels[std::size_t(channel)].current;
-        if (!base)
+        if (!base) {
             base = m_lastBase; // nothing from the new channel yet: the picture holds
+            onAir = -1;
+        }
     }
     if (!base)
         return; // nothing has been on air yet
@@ -365,7 +374,7 @@ void ProgramSwitcher::tick(qint64 programUs)
         sink(program, programUs);
     {
         std::lock_guard lock(m_previewMutex);
-        m_preview = {program, channel};
+        m_preview = {program, onAir};
     }
     if (!m_previewPosted.exchange(true))
         emit previewReady();

@@ -115,6 +115,7 @@ private:
         FrameTokenPtr previewed;
         qint64 skipped = 0;
         qint64 reanchors = 0;
+        quint64 generation = 0; // the feed's source the state belongs to
     };
 
     void onTimer();

@@ -2,6 +2,8 @@
 
 #include "compose/VulkanCompositor.h"
 
+#include <algorithm>
+
 namespace selvane {
 
 ScheduleControl::ScheduleControl(Operations operations, QObject *parent)
@@ -58,23 +60,23 @@ void ScheduleControl::playVideo(const QString &path, bool loop)
     stopVideo();
     m_videoActive = true;
     m_videoFirstPtsUs = -1;
-    m_videoLastPtsUs = -1;
-    m_videoLoopOffsetUs = 0;
+    m_videoTimeline = m_seenTimeline + 1;
     m_do.playOnChannel(kSceneVideoChannel, path, loop);
     m_do.cutTo(kSceneVideoChannel);
 }
 
 void ScheduleControl::onProgramFrame(const FrameTokenPtr &frame, int channel)
 {
-    // The clip's playback position keeps the schedule in step with the video.
-    if (!m_videoActive || !frame || !m_runner || channel != kSceneVideoChannel)
+    // The clip's playback position keeps the schedule in step with the video. Its times run on
+    // across loops.
+    if (!frame || channel != kSceneVideoChannel)
+        return;
+    m_seenTimeline = std::max(m_seenTimeline, frame->timeline);
+    if (!m_videoActive || !m_runner || frame->timeline < m_videoTimeline)
         return;
     if (m_videoFirstPtsUs < 0)
         m_videoFirstPtsUs = frame->ptsUs;
-    if (m_videoLastPtsUs >= 0 && frame->ptsUs < m_videoLastPtsUs)
-        m_videoLoopOffsetUs += m_videoLastPtsUs - m_videoFirstPtsUs + 33333;
-    m_videoLastPtsUs = frame->ptsUs;
-    m_runner->resyncToBasePosition(m_videoLoopOffsetUs + frame->ptsUs - m_videoFirstPtsUs);
+    m_runner->resyncToBasePosition(frame->ptsUs - m_videoFirstPtsUs);
 }
 
 int ScheduleControl::overlayIdFor(const QString &clipId, bool text)

@@ -66,8 +66,10 @@ private:
     int m_slideIntervalMs = 2000;
     bool m_videoActive = false;
     qint64 m_videoFirstPtsUs = -1;
-    qint64 m_videoLastPtsUs = -1;
-    qint64 m_videoLoopOffsetUs = 0;
+    // Pictures of the clip's channel carry their source's timeline: the clip's pictures are the
+    // ones from the first timeline after the last one seen before it started.
+    quint64 m_seenTimeline = 0;
+    quint64 m_videoTimeline = 0;
     QHash<QString, int> m_textIds;
     QHash<QString, int> m_mediaIds;
     int m_nextTextId = 1000;

@@ -19,6 +19,7 @@ void SourceFeed::reset()
     m_frames.clear();
     m_sound.clear();
     setMapping({});
+    m_generation.fetch_add(1);
 }
 
 SourceFeeds::SourceFeeds()

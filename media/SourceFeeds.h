@@ -41,13 +41,16 @@ public:
 
     SourceMapping mapping() const;
     void setMapping(const SourceMapping &mapping);
-    // A new source: what is queued and the mapping are forgotten.
+    // A new source: what is queued and the mapping are forgotten, and the generation moves on
+    // so that the program lets go of the old source's last picture too.
     void reset();
+    quint64 generation() const { return m_generation.load(); }
 
 private:
     FrameQueue m_frames;
     TimedSampleQueue m_sound;
     std::atomic<bool> m_live{false};
+    std::atomic<quint64> m_generation{0};
     mutable std::mutex m_mutex;
     SourceMapping m_mapping;
 };

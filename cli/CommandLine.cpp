@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 
 #include "cli/OverlaySpecs.h"
+#include "engine/Engine.h"
 #include "schedule/ProgramArrangement.h"
 
 #include <QCommandLineParser>
@@ -150,16 +151,6 @@ LaunchFace launchFaceFor(const QStringList &arguments)
 
 namespace {
 
-QString defaultStreamFormat(const QString &url)
-{
-    const QString lower = url.toLower();
-    if (lower.startsWith("rtmp"))
-        return "flv";
-    if (lower.startsWith("srt://") || lower.startsWith("udp://") || lower.startsWith("rtp://"))
-        return "mpegts";
-    return {};
-}
-
 bool readOutputOptions(const QCommandLineParser &parser, HeadlessOptions *options, QString *error)
 {
     EncoderSettings &out = options->output;
@@ -191,18 +182,31 @@ bool readOutputOptions(const QCommandLineParser &parser, HeadlessOptions *option
         *error = tr("segment limits need --record");
         return false;
     }
-    for (const QString &value : parser.values("stream")) {
-        const qsizetype hash = value.lastIndexOf('#');
-        StreamTarget target;
-        target.url = (hash > 0 ? value.left(hash) : value).trimmed();
-        target.formatName =
-            hash > 0 ? value.mid(hash + 1).trimmed() : defaultStreamFormat(target.url);
-        if (!target.url.contains("://")) {
-            *error =
-                tr("--stream expects a URL such as rtmp://host/app/key, got \"%1\"").arg(value);
-            return false;
-        }
-        out.streamTargets << target;
+    for (const QString &value : parser.values("stream"))
+        out.streamTargets << Engine::parseStreamTarget(value);
+    const OutputCheck check = Engine::checkOutputs(out);
+    switch (check.problem) {
+    case OutputProblem::None:
+        break;
+    case OutputProblem::UnknownContainer:
+        *error = tr("--record: \"%1\" names no known container (use .mp4, .mkv, .mov, .ts ...)")
+                     .arg(check.subject);
+        return false;
+    case OutputProblem::FolderMissing:
+        *error = tr("--record: the folder of \"%1\" does not exist").arg(check.subject);
+        return false;
+    case OutputProblem::FolderNotWritable:
+        *error = tr("--record: the folder of \"%1\" cannot be written").arg(check.subject);
+        return false;
+    case OutputProblem::BadTargetUrl:
+        *error =
+            tr("--stream expects a URL such as rtmp://host/app/key, got \"%1\"").arg(check.subject);
+        return false;
+    case OutputProblem::NoTargetContainer:
+        *error = tr("--stream: no container for \"%1\"; add #FORMAT (for example #flv or "
+                    "#mpegts)")
+                     .arg(check.subject);
+        return false;
     }
     if (parser.isSet("size")) {
         const QStringList parts = parser.value("size").toLower().split('x');

@@ -178,9 +178,13 @@ int HeadlessRunner::run()
         return 1;
     }
     connect(m_engine, &Engine::outputsStarted, this, [this](QSize size) {
+        // The file really written: an earlier take of the same name is never replaced.
+        QString file = m_engine->stats().output.file.path;
+        if (file.isEmpty())
+            file = m_options.output.filePath;
         std::fprintf(stdout, "outputs started: %dx%d@%g%s%s\n", size.width(), size.height(),
                      m_options.output.fps, m_options.output.fileEnabled ? "  recording " : "",
-                     m_options.output.fileEnabled ? qPrintable(m_options.output.filePath) : "");
+                     m_options.output.fileEnabled ? qPrintable(file) : "");
         std::fflush(stdout);
     });
     connect(m_engine, &Engine::outputsFailed, this, [this](OutputFailure failure) {

@@ -96,6 +96,10 @@ public:
     void setProgramGain(float gain);
 
     // ---- outputs ----
+    // A stream target as the operator types it ("URL" or "URL#FORMAT").
+    static StreamTarget parseStreamTarget(const QString &text);
+    // What would keep these outputs from working, checked before anything starts.
+    static OutputCheck checkOutputs(const EncoderSettings &settings);
     // Starts recording and streaming with these settings. The outputs open with the first
     // program picture (so that its size is known); the result comes as outputsStarted or
     // outputsFailed. False when nothing is to be written or outputs are already active.

@@ -9,6 +9,7 @@
 #include "compose/TextOverlayData.h"
 #include "input/SourceError.h"
 #include "output/EncoderSettings.h"
+#include "output/StreamUrl.h"
 #include "schedule/ProgramArrangement.h"
 
 #include <QHash>
@@ -50,6 +51,14 @@ struct OutputSize
 };
 
 // One output start: recording, stream targets, encoding and the picture size.
+// The first thing that keeps outputs from working, and what it concerns (a path or a target).
+struct OutputCheck
+{
+    OutputProblem problem = OutputProblem::None;
+    QString subject;
+    bool ok() const { return problem == OutputProblem::None; }
+};
+
 struct OutputSettings
 {
     EncoderSettings encoder;

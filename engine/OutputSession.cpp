@@ -39,13 +39,17 @@ bool OutputSession::start(const EncoderSettings &settings, QSize size)
     m_state = State::Starting;
     m_stopAfterStart = false;
     m_settings = settings;
+    // An earlier take of the same name is never replaced: the file gets a free name beside it
+    // (segments are named by their time and number, and checked again as each one opens).
+    if (m_settings.fileEnabled && !m_settings.segmentEnabled)
+        m_settings.filePath = unusedRecordingPath(m_settings.filePath.trimmed());
     m_size = size;
     m_status.clear();
     for (int i = 0; i < settings.streamTargets.size(); ++i)
         m_status << QStringLiteral("connecting");
 
     auto router = std::make_shared<OutputRouter>();
-    router->setSettings(settings);
+    router->setSettings(m_settings);
     router->setOutputSize(size);
     // Reports come from the router's workers; they are handed to this thread, and dropped once
     // the session is gone.
@@ -183,6 +187,8 @@ OutputStats OutputSession::stats() const
     out.running = m_state == State::Running;
     out.stopping = m_state == State::Stopping;
     out.recording = m_settings.fileEnabled && !m_settings.filePath.trimmed().isEmpty();
+    if (out.recording && !m_settings.segmentEnabled)
+        out.file.path = m_settings.filePath; // until the file opens
     if (!m_router)
         return out;
     out.elapsedMs = out.running ? m_elapsed.elapsed() : 0;
@@ -198,7 +204,7 @@ OutputStats OutputSession::stats() const
     }
     for (const FfmpegEncoderSink::OutputStats &d : m_router->destinationStats()) {
         if (d.targetIndex < 0) {
-            out.file = {d.path, d.bytesWritten, d.failing};
+            out.file = {d.path.isEmpty() ? out.file.path : d.path, d.bytesWritten, d.failing};
             continue;
         }
         if (d.targetIndex >= out.targets.size())

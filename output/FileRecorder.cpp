@@ -1,6 +1,7 @@
 #include "output/FileRecorder.h"
 
 #include "output/ReconnectPolicy.h"
+#include "output/StreamUrl.h"
 
 #include <QDateTime>
 #include <QDebug>
@@ -42,7 +43,7 @@ QString FileRecorder::segmentPath() const
 bool FileRecorder::openSegmentOrFile(const QString &path)
 {
     MuxContext::Setup setup;
-    setup.url = path;
+    setup.url = unusedRecordingPath(path);
     setup.originalUrl = m_originalPath;
     return m_mux.open(setup) >= 0;
 }
@@ -58,7 +59,7 @@ bool FileRecorder::open()
         return false;
     m_segmentOpenedAt = now();
     if (m_segments.enabled)
-        qInfo().noquote() << "FfmpegEncoderSink: recording segment opened" << path;
+        qInfo().noquote() << "FfmpegEncoderSink: recording segment opened" << currentPath();
     return true;
 }
 
@@ -122,7 +123,7 @@ void FileRecorder::maybeRotateSegment()
         return;
     }
     m_segmentOpenedAt = now();
-    qInfo().noquote() << "FfmpegEncoderSink: recording segment opened" << path;
+    qInfo().noquote() << "FfmpegEncoderSink: recording segment opened" << currentPath();
 }
 
 void FileRecorder::close()

@@ -1,5 +1,14 @@
 #include "output/StreamUrl.h"
 
+#include "output/EncoderSettings.h"
+
+extern "C" {
+#include <libavformat/avformat.h>
+}
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryFile>
 #include <QUrl>
 
 namespace selvane {
@@ -66,6 +75,83 @@ QString streamContainerName(const QString &url, const QString &formatName)
     if (name == "mpegts" || name == "m2ts")
         return "mpegts";
     return name;
+}
+
+namespace {
+
+bool isMuxer(const QString &name)
+{
+    return !name.isEmpty() && av_guess_format(name.toUtf8().constData(), nullptr, nullptr);
+}
+
+QString impliedFormat(const QString &url)
+{
+    const QString lower = url.trimmed().toLower();
+    if (isRtmpFamilyUrl(lower))
+        return QStringLiteral("flv");
+    for (const char *scheme : {"srt://", "udp://", "rtp://", "http://", "https://"})
+        if (lower.startsWith(QLatin1String(scheme)))
+            return QStringLiteral("mpegts");
+    return {};
+}
+
+} // namespace
+
+StreamTarget parseStreamTarget(const QString &text)
+{
+    StreamTarget target;
+    const QString value = text.trimmed();
+    const qsizetype hash = value.lastIndexOf('#');
+    const QString named = hash > 0 ? value.mid(hash + 1).trimmed() : QString();
+    if (isMuxer(named)) {
+        target.url = value.left(hash).trimmed();
+        target.formatName = named;
+    } else {
+        target.url = value;
+        target.formatName = impliedFormat(value);
+    }
+    return target;
+}
+
+OutputProblem recordingProblem(const QString &path)
+{
+    const QByteArray name = QFileInfo(path).fileName().toUtf8();
+    if (QFileInfo(path).suffix().isEmpty() || !av_guess_format(nullptr, name.constData(), nullptr))
+        return OutputProblem::UnknownContainer;
+    const QFileInfo folder(QFileInfo(path).absolutePath());
+    if (!folder.isDir())
+        return OutputProblem::FolderMissing;
+    // Permission bits do not tell (root, read-only mounts, /proc): a file is tried.
+    QTemporaryFile probe(QDir(folder.absoluteFilePath()).filePath("selvane_check_XXXXXX.tmp"));
+    if (!probe.open())
+        return OutputProblem::FolderNotWritable;
+    return OutputProblem::None;
+}
+
+OutputProblem streamTargetProblem(const StreamTarget &target)
+{
+    const QUrl url(target.url, QUrl::StrictMode);
+    // UDP, RTP and SRT listeners may leave the host out ("srt://:9000?mode=listener").
+    if (!url.isValid() || url.scheme().isEmpty() || !target.url.contains("://") ||
+        (url.host().isEmpty() && url.port() < 0))
+        return OutputProblem::BadTargetUrl;
+    if (!isMuxer(target.formatName))
+        return OutputProblem::NoTargetContainer;
+    return OutputProblem::None;
+}
+
+QString unusedRecordingPath(const QString &path)
+{
+    if (!QFileInfo::exists(path))
+        return path;
+    const QFileInfo chosen(path);
+    const QString suffix = chosen.suffix().isEmpty() ? QString() : "." + chosen.suffix();
+    for (int n = 1;; ++n) {
+        const QString candidate = chosen.dir().filePath(
+            QStringLiteral("%1_%2%3").arg(chosen.completeBaseName()).arg(n).arg(suffix));
+        if (!QFileInfo::exists(candidate))
+            return candidate;
+    }
 }
 
 } // namespace selvane

@@ -25,3 +25,32 @@ bool isRtmpFamilyUrl(const QString &url);
 QString streamContainerName(const QString &url, const QString &formatName);
 
 } // namespace selvane
+
+struct StreamTarget;
+
+namespace selvane {
+
+// A target as the operator writes it, "URL" or "URL#FORMAT": FORMAT is split off only when the
+// text after the last "#" names an FFmpeg muxer, so that an SRT stream id such as
+// "#!::r=live/key,m=publish" stays in the URL. Without it the container follows the URL's
+// kind: FLV for RTMP, MPEG-TS for SRT, UDP, RTP and HTTP(S); empty when nothing fits.
+StreamTarget parseStreamTarget(const QString &text);
+
+// What keeps an output from working, found before anything starts.
+enum class OutputProblem
+{
+    None,
+    UnknownContainer,  // the recording's extension names no container
+    FolderMissing,     // the recording's folder does not exist
+    FolderNotWritable, // ... or cannot be written
+    BadTargetUrl,      // a target without scheme and host
+    NoTargetContainer, // a target whose container is neither given nor implied
+};
+OutputProblem recordingProblem(const QString &path);
+OutputProblem streamTargetProblem(const StreamTarget &target);
+
+// A path beside `path` that names no existing file: `path` itself, or "take_1.mp4",
+// "take_2.mp4" ... for "take.mp4". No take is ever replaced.
+QString unusedRecordingPath(const QString &path);
+
+} // namespace selvane

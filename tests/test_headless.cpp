@@ -2,12 +2,14 @@
 // duration, Ctrl+C, and refusals of bad arguments.
 
 #include "TestSupport.h"
+#include "engine/Engine.h"
 
 #include <QRegularExpression>
 #include <QtTest>
 #include <csignal>
 
 using namespace testsupport;
+using selvane::Engine;
 
 namespace {
 
@@ -96,6 +98,18 @@ private slots:
         QTest::newRow("base without source")
             << QStringList{"--headless", "--channel", "1=/tmp/x.mp4", "--base", "2"}
             << "the base channel 2 has no source";
+        // Outputs that cannot work are refused before anything starts.
+        const QStringList bars{"--headless", "--channel", kBars};
+        QTest::newRow("unknown container")
+            << bars + QStringList{"--record", "/tmp/show.xyz"} << "names no known container";
+        QTest::newRow("missing folder")
+            << bars + QStringList{"--record", "/nonexistent/a.mp4"} << "does not exist";
+        QTest::newRow("unwritable folder")
+            << bars + QStringList{"--record", "/proc/a.mp4"} << "cannot be written";
+        QTest::newRow("target without host")
+            << bars + QStringList{"--stream", "rtmp:/live"} << "--stream expects a URL";
+        QTest::newRow("target without container")
+            << bars + QStringList{"--stream", "ftp://host/x"} << "add #FORMAT";
     }
 
     void badArgumentsAreRefused()
@@ -106,6 +120,35 @@ private slots:
         const ProcessResult r = runProcess(kBinary, args, home.environment());
         QCOMPARE(r.exitCode, 1);
         QVERIFY2(r.err.contains(message.toUtf8()), r.err.constData());
+    }
+
+    void noTakeIsReplaced()
+    {
+        IsolatedHome home;
+        const QString take = home.path("take.mp4");
+        const QStringList args{"--headless", "--channel", kBars, "--duration",
+                               "1",          "--record",  take};
+        QCOMPARE(runProcess(kBinary, args, home.environment()).exitCode, 0);
+        const QByteArray first = readAll(take);
+        const ProcessResult again = runProcess(kBinary, args, home.environment());
+        QCOMPARE(again.exitCode, 0);
+        QVERIFY2(again.out.contains("recording " + home.path("take_1.mp4").toUtf8()),
+                 again.out.constData());
+        QCOMPARE(readAll(take), first);
+        QVERIFY(probeFile(home.path("take_1.mp4")).ok);
+    }
+
+    void streamTargetsAsTyped()
+    {
+        // "#FORMAT" is split off only when it names a container; an SRT stream id keeps its "#".
+        const QString srt = "srt://127.0.0.1:9000?streamid=#!::r=live/key,m=publish";
+        QCOMPARE(Engine::parseStreamTarget(srt).url, srt);
+        QCOMPARE(Engine::parseStreamTarget(srt).formatName, QString("mpegts"));
+        QCOMPARE(Engine::parseStreamTarget("https://host/ingest?token=1").formatName,
+                 QString("mpegts"));
+        const StreamTarget named = Engine::parseStreamTarget("udp://127.0.0.1:5000#matroska");
+        QCOMPARE(named.url, QString("udp://127.0.0.1:5000"));
+        QCOMPARE(named.formatName, QString("matroska"));
     }
 
     void missingSourceIsLoggedAndRunStillEnds()

@@ -377,6 +377,26 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
         <translation>--stream 需要类似 rtmp://host/app/key 的地址，收到 &quot;%1&quot;</translation>
     </message>
     <message>
+        <location filename="../cli/CommandLine.cpp" line="190"/>
+        <source>--record: &quot;%1&quot; names no known container (use .mp4, .mkv, .mov, .ts ...)</source>
+        <translation>--record: &quot;%1&quot; 不是已知的容器格式（请用 .mp4、.mkv、.mov、.ts 等）</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="190"/>
+        <source>--record: the folder of &quot;%1&quot; does not exist</source>
+        <translation>--record: &quot;%1&quot; 所在的文件夹不存在</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="190"/>
+        <source>--record: the folder of &quot;%1&quot; cannot be written</source>
+        <translation>--record: &quot;%1&quot; 所在的文件夹无法写入</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="190"/>
+        <source>--stream: no container for &quot;%1&quot;; add #FORMAT (for example #flv or #mpegts)</source>
+        <translation>--stream: 无法确定 &quot;%1&quot; 的容器格式；请加上 #格式（例如 #flv 或 #mpegts）</translation>
+    </message>
+    <message>
         <location filename="../cli/CommandLine.cpp" line="202"/>
         <source>--size expects WIDTHxHEIGHT, got &quot;%1&quot;</source>
         <translation>--size 需要 宽x高，收到 &quot;%1&quot;</translation>

@@ -1,6 +1,7 @@
 #include "app/LogSink.h"
 
 #include "app/LogSinkPlatform.h"
+#include "net/SecretMask.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -234,6 +235,15 @@ void writeToSavedStderr(const char *data, std::size_t size)
     writeRawToSavedStderr("\n", 1);
 }
 
+// A line somebody wrote to stderr: console output keeps working, line by line, with its
+// secrets masked like every other line.
+void passCapturedLine(const QByteArray &line)
+{
+    const QByteArray masked = selvane::maskSecrets(line);
+    enqueueLogLine(masked);
+    writeToSavedStderr(masked.constData(), static_cast<std::size_t>(masked.size()));
+}
+
 // Reads what is waiting in the pipe (without blocking); false when the pipe is gone.
 bool readAvailable(int fd, QByteArray &line, std::chrono::steady_clock::time_point &lastData,
                    bool *gotData)
@@ -251,13 +261,11 @@ bool readAvailable(int fd, QByteArray &line, std::chrono::steady_clock::time_poi
         return false;
     *gotData = true;
     lastData = std::chrono::steady_clock::now();
-    // Console output keeps working: the bytes go to the real stderr as they came.
-    writeRawToSavedStderr(chunk, static_cast<std::size_t>(got));
     for (std::int64_t i = 0; i < got; ++i) {
         const char c = chunk[i];
         if (c == '\n') {
             if (!line.isEmpty())
-                enqueueLogLine(line);
+                passCapturedLine(line);
             line.clear();
         } else if (c != '\r') {
             line.append(c);
@@ -281,7 +289,7 @@ void stderrReaderLoop()
         if (gotData)
             continue;
         if (!line.isEmpty() && std::chrono::steady_clock::now() - lastData > kPartialLineAfter) {
-            enqueueLogLine(line);
+            passCapturedLine(line);
             line.clear();
         }
         std::this_thread::sleep_for(kReaderPoll);
@@ -291,7 +299,7 @@ void stderrReaderLoop()
     while (readAvailable(fd, line, lastData, &gotData) && gotData) {
     }
     if (!line.isEmpty())
-        enqueueLogLine(line);
+        passCapturedLine(line);
 }
 
 void ffmpegLogCallback(void *avcl, int level, const char *fmt, va_list args)
@@ -310,6 +318,8 @@ void ffmpegLogCallback(void *avcl, int level, const char *fmt, va_list args)
         line.chop(1);
     if (line.isEmpty())
         return;
+    // FFmpeg prints whole URLs (with their keys) when it opens or fails to open them.
+    line = selvane::maskSecrets(line);
     enqueueLogLine(line);
     if (g_pipeActive.load()) {
         writeToSavedStderr(line.constData(), static_cast<std::size_t>(line.size()));
@@ -323,12 +333,13 @@ void ffmpegLogCallback(void *avcl, int level, const char *fmt, va_list args)
 
 void qtMessageHandler(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
-    const QByteArray text = qFormatLogMessage(type, context, message).toUtf8();
+    const QString masked = selvane::maskSecrets(message);
+    const QByteArray text = qFormatLogMessage(type, context, masked).toUtf8();
     enqueueLogLine(text);
     if (g_pipeActive.load())
         writeToSavedStderr(text.constData(), static_cast<std::size_t>(text.size()));
     else
-        qt_message_output(type, context, message);
+        qt_message_output(type, context, masked);
     if (type == QtFatalMsg) {
         shutdownLogSink();
         std::fflush(stderr);

@@ -1,5 +1,6 @@
 #include "output/StreamUrl.h"
 
+#include "net/SecretMask.h"
 #include "output/EncoderSettings.h"
 
 extern "C" {
@@ -10,6 +11,7 @@ extern "C" {
 #include <QFileInfo>
 #include <QTemporaryFile>
 #include <QUrl>
+#include <filesystem>
 
 namespace selvane {
 
@@ -21,17 +23,7 @@ constexpr int kYouTubeRtmpsPort = 443;
 
 QString maskStreamUrl(const QString &url)
 {
-    const QString lower = url.toLower();
-    bool maskable = false;
-    for (const char *prefix : {"rtmp://", "rtmps://", "rtmpt://", "http://", "https://"})
-        maskable = maskable || lower.startsWith(QLatin1String(prefix));
-    if (!maskable)
-        return url;
-    const qsizetype afterScheme = url.indexOf("://") + 3;
-    const qsizetype lastSlash = url.lastIndexOf('/');
-    if (lastSlash < afterScheme)
-        return url;
-    return url.left(lastSlash + 1) + "***";
+    return maskUrl(url);
 }
 
 QString rewriteYouTubeRtmp(const QString &url, bool *rewritten)
@@ -142,14 +134,19 @@ OutputProblem streamTargetProblem(const StreamTarget &target)
 
 QString unusedRecordingPath(const QString &path)
 {
-    if (!QFileInfo::exists(path))
+    // Only a regular file is a take; a pipe or a device is written as asked.
+    std::error_code error;
+    const auto taken = [&](const QString &candidate) {
+        return std::filesystem::exists(candidate.toStdString(), error);
+    };
+    if (!taken(path) || !std::filesystem::is_regular_file(path.toStdString(), error))
         return path;
     const QFileInfo chosen(path);
     const QString suffix = chosen.suffix().isEmpty() ? QString() : "." + chosen.suffix();
     for (int n = 1;; ++n) {
         const QString candidate = chosen.dir().filePath(
             QStringLiteral("%1_%2%3").arg(chosen.completeBaseName()).arg(n).arg(suffix));
-        if (!QFileInfo::exists(candidate))
+        if (!taken(candidate))
             return candidate;
     }
 }

@@ -7,8 +7,7 @@
 
 namespace selvane {
 
-// Everything after the last "/" that follows "://" is replaced by "***" for rtmp(s/t)://,
-// http(s):// URLs; other text is returned as it is.
+// The URL with its secrets masked (net/SecretMask.h: maskUrl).
 QString maskStreamUrl(const QString &url);
 
 // An rtmp:// URL to the YouTube RTMP ingest becomes the RTMPS ingest (same path); others are

@@ -151,6 +151,37 @@ private slots:
         QCOMPARE(named.formatName, QString("matroska"));
     }
 
+    void noSecretReachesALogOrTheTerminal()
+    {
+        // Every kind of source and target with secrets in it, none of them reachable, FFmpeg
+        // at its most talkative.
+        IsolatedHome home;
+        QProcessEnvironment env = home.environment();
+        env.insert("SELVANE_AV_LOG_LEVEL", "48"); // debug
+        const quint16 closed = freeTcpPort();
+        const QString at = QStringLiteral("127.0.0.1:%1").arg(closed);
+        const ProcessResult r = runProcess(
+            kBinary,
+            {"--headless", "--channel", kBars, "--channel", "2=rtmp://" + at + "/live/SECRETa",
+             "--channel",
+             "3=srt://" + at + "?mode=caller&passphrase=SECRETbbbbbb&streamid=#!::r=live/SECRETc",
+             "--channel", "4=http://user:SECRETd@" + at + "/hls/SECRETe/index.m3u8?token=SECRETf",
+             "--duration", "3", "--record", home.path("s.mkv"), "--stream",
+             "rtmp://" + at + "/live/SECRETg", "--stream",
+             "srt://" + at + "?streamid=#!::r=live/SECRETh,m=publish&passphrase=SECRETiiiiii",
+             "--stream", "https://" + at + "/ingest/SECRETj?token=SECRETk"},
+            env, 60000);
+        QVERIFY(r.finished);
+        const QStringList logs = QDir(home.logDir()).entryList(QDir::Files);
+        QCOMPARE(logs.size(), 1);
+        const QByteArray log = readAll(QDir(home.logDir()).filePath(logs[0]));
+        QVERIFY2(log.contains("127.0.0.1"), log.constData()); // the sources were talked about
+        for (const QByteArray &text : {r.out, r.err, log}) {
+            const qsizetype leak = text.indexOf("SECRET");
+            QVERIFY2(leak < 0, text.mid(std::max<qsizetype>(0, leak - 200), 300).constData());
+        }
+    }
+
     void missingSourceIsLoggedAndRunStillEnds()
     {
         IsolatedHome home;

@@ -111,18 +111,19 @@ void StreamPublisher::setRelayNames(QString tcUrl, QString app, QString playPath
 
 bool StreamPublisher::open()
 {
+    // The first connection is made by the network worker like every later one: a dead or slow
+    // target at start costs the encoder, the recording and the other targets nothing, and a
+    // target that is down goes on trying with the same backoff.
     m_stop.store(false);
-    report("connecting");
-    if (connectOnce(false) >= 0)
-        return true;
     {
         std::lock_guard lock(m_mutex);
         m_reconnecting = true;
-        m_attempt = 1;
-        m_nextRetry = now() + std::chrono::milliseconds(rc::afterFailedReopenMs(m_attempt));
+        m_connected = false;
+        m_attempt = 0;
+        m_nextRetry = now();
     }
-    report("reconnecting");
-    return false;
+    report("connecting");
+    return true;
 }
 
 int StreamPublisher::connectOnce(bool afterFailure)
@@ -156,6 +157,8 @@ void StreamPublisher::fillIoOptions(ffsupport::Dictionary &options, bool afterFa
     const QString lower = m_url.toLower();
     if (isRtmpFamilyUrl(m_url))
         options.set("rtmp_live", "live");
+    if (lower.startsWith("srt://"))
+        options.set("linger", "1"); // seconds to deliver what is sent when the socket closes
     if (lower.startsWith("rtmps://")) {
         options.set("tls_verify", "1");
         options.set("verifyhost", QUrl(m_url).host().toUtf8().constData());
@@ -221,15 +224,25 @@ void StreamPublisher::startWorker()
 
 void StreamPublisher::requestStop()
 {
+    // What is queued still goes out, within the grace period, before the trailer: the end of
+    // the show reaches the viewers too.
+    if (m_graceUntilNs.load() == 0)
+        m_graceUntilNs.store(std::chrono::steady_clock::now().time_since_epoch().count() +
+                             std::chrono::nanoseconds(kTrailerGrace).count());
     m_stop.store(true);
     m_wake.notify_all();
+}
+
+bool StreamPublisher::drainOverLocked() const
+{
+    return m_reconnecting || m_queue.empty() || shouldInterrupt();
 }
 
 void StreamPublisher::networkLoop()
 {
     for (;;) {
         std::unique_lock lock(m_mutex);
-        if (m_stop.load())
+        if (m_stop.load() && drainOverLocked())
             return;
         if (m_reconnecting) {
             // Packets that arrive while the target is down are not kept: the stream resumes
@@ -298,7 +311,12 @@ void StreamPublisher::handleWriteFailure(int err)
 void StreamPublisher::retryConnection()
 {
     m_mux.close(false);
-    const int err = connectOnce(true);
+    bool first = false;
+    {
+        std::lock_guard lock(m_mutex);
+        first = !m_connected;
+    }
+    const int err = connectOnce(!first);
     if (m_stop.load())
         return;
     if (err >= 0) {
@@ -307,10 +325,15 @@ void StreamPublisher::retryConnection()
             std::lock_guard lock(m_mutex);
             m_reconnecting = false;
             m_attempt = 0;
-            m_waitKeyframe = false;
+            // The stream starts (again) with a keyframe, so that a viewer can decode at once.
+            m_waitKeyframe = true;
             m_congested = false;
-            reconnects = ++m_reconnects;
+            if (m_connected)
+                reconnects = ++m_reconnects;
+            m_connected = true;
         }
+        if (first)
+            return; // connectOnce reported "online"
         m_reconnectCount.store(reconnects);
         if (rc::shouldLog(reconnects, 5, 20))
             qInfo().noquote() << "FfmpegEncoderSink: stream mux reconnected (n=" << reconnects
@@ -348,7 +371,7 @@ void StreamPublisher::close()
     if (m_closed)
         return;
     m_closed = true;
-    m_stop.store(true);
+    requestStop();
     if (m_worker.joinable()) {
         int waitedMs = 0;
         bool warned = false;

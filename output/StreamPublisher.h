@@ -3,7 +3,8 @@
 // Owns one stream target's connection: a MuxContext, a network worker thread and a bounded
 // packet queue, so a slow or broken network never stalls encoding, the recording or another
 // target. Threads: open/submit/startWorker/requestStop/close on the encode worker; the network
-// worker alone writes and reconnects; the observers are safe from any thread.
+// worker alone connects (the first time too), writes and reconnects, and at stop delivers what
+// is queued before the trailer; the observers are safe from any thread.
 // Reports: status words "connecting", "online", "congested", "reconnecting", "stopped" through
 // the status callback (from both threads), log lines and counters.
 
@@ -79,6 +80,7 @@ private:
     void networkLoop();
     void retryConnection();
     void handleWriteFailure(int err);
+    bool drainOverLocked() const;
     void dropQueueLocked();
     void report(const char *word);
     bool shouldInterrupt() const;
@@ -103,6 +105,7 @@ private:
     std::deque<Queued> m_queue;
     bool m_waitKeyframe = false;
     bool m_reconnecting = false;
+    bool m_connected = false; // a connection has been made since open()
     bool m_congested = false;
     int m_attempt = 0;
     std::chrono::steady_clock::time_point m_nextRetry{};

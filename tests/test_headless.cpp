@@ -182,6 +182,64 @@ private slots:
         }
     }
 
+    void targetsThatAreDownCostNothingAndComeOnline()
+    {
+        // A recording with an SRT and an RTMP target nobody answers: the file has every frame.
+        IsolatedHome home;
+        const QString at = QStringLiteral("127.0.0.1:%1").arg(freeTcpPort());
+        const ProcessResult dead = runProcess(
+            kBinary,
+            {"--headless", "--channel", kBars, "--duration", "4", "--record", home.path("d.mp4"),
+             "--stream", "srt://" + at + "?mode=caller", "--stream", "rtmp://" + at + "/live/x"},
+            home.environment(), 60000);
+        QCOMPARE(dead.exitCode, 0);
+        const QRegularExpression done("done: .* written (\\d+)  .*encoder-drops (\\d+)");
+        const QRegularExpressionMatch m = done.match(QString::fromUtf8(dead.out));
+        QVERIFY2(m.hasMatch(), dead.out.constData());
+        QCOMPARE(m.captured(2).toInt(), 0);
+        QVERIFY2(m.captured(1).toInt() >= 115, dead.out.constData());
+        QCOMPARE(probeFile(home.path("d.mp4")).stream("h264")->frames, m.captured(1).toLongLong());
+
+        // A stream-only run whose server is down at start keeps trying and goes online when
+        // the server appears.
+        RtmpServer server;
+        const quint16 port = freeTcpPort();
+        QProcess run;
+        run.setProcessEnvironment(home.environment());
+        run.start(kBinary, {"--headless", "--channel", kBars, "--duration", "9", "--stream",
+                            QStringLiteral("rtmp://127.0.0.1:%1/live/late").arg(port)});
+        QTest::qWait(2000);
+        QVERIFY(server.start(port));
+        QVERIFY(run.waitForFinished(40000));
+        const QByteArray out = run.readAllStandardOutput();
+        QCOMPARE(run.exitCode(), 0);
+        QVERIFY2(out.contains("targets reconnecting") && out.contains("targets online"),
+                 out.constData());
+    }
+
+    void streamCarriesTheEndOfTheShow()
+    {
+        // What is still queued at stop reaches the SRT receiver before the trailer.
+        IsolatedHome home;
+        const QString url = QStringLiteral("srt://127.0.0.1:%1").arg(freeTcpPort());
+        QProcess receiver;
+        receiver.start("ffmpeg", {"-v", "error", "-y", "-i", url + "?mode=listener", "-c", "copy",
+                                  home.path("rx.ts")});
+        QVERIFY(receiver.waitForStarted());
+        QTest::qWait(500);
+        const ProcessResult r =
+            runProcess(kBinary,
+                       {"--headless", "--channel", kBars, "--duration", "4", "--record",
+                        home.path("rec.mp4"), "--stream", url + "?mode=caller"},
+                       home.environment(), 60000);
+        QCOMPARE(r.exitCode, 0);
+        QVERIFY(receiver.waitForFinished(15000));
+        const qint64 recorded = probeFile(home.path("rec.mp4")).stream("h264")->frames;
+        const ProbedFile received = probeFile(home.path("rx.ts"));
+        QVERIFY2(received.ok, received.errors.constData());
+        QCOMPARE(received.stream("h264")->frames, recorded);
+    }
+
     void missingSourceIsLoggedAndRunStillEnds()
     {
         IsolatedHome home;

@@ -10,6 +10,11 @@
 
 namespace selvane {
 
+namespace {
+// A segment cut at the end of a run is never shorter than this.
+constexpr auto kShortestSegment = std::chrono::seconds(1);
+} // namespace
+
 FileRecorder::FileRecorder(QString path, QString originalPath,
                            std::shared_ptr<EncodedStreams> streams, SteadyNow now)
     : m_basePath(std::move(path)), m_originalPath(std::move(originalPath)), m_now(std::move(now)),
@@ -72,6 +77,18 @@ void FileRecorder::submit(const AVPacket *source, bool video)
         m_uncopied.fetch_add(1);
         return;
     }
+    if (m_rotating) {
+        // The next segment begins once it has a second of its own (see maybeRotateSegment).
+        m_pending.emplace_back(std::move(packet), video);
+        if (now() - m_rotateAt >= kShortestSegment)
+            finishRotation();
+        return;
+    }
+    write(std::move(packet), video);
+}
+
+void FileRecorder::write(ffsupport::PacketPtr packet, bool video)
+{
     const int err = m_mux.write(packet.get(), video);
     if (err < 0)
         handleWriteFailure(err);
@@ -102,7 +119,7 @@ qint64 FileRecorder::fileFailingForMs() const
 
 void FileRecorder::maybeRotateSegment()
 {
-    if (!m_segments.enabled || !m_mux.isOpen())
+    if (!m_segments.enabled || !m_mux.isOpen() || m_rotating)
         return;
     const auto elapsed = now() - m_segmentOpenedAt;
     const bool timeUp = m_segments.minutes > 0 &&
@@ -111,6 +128,15 @@ void FileRecorder::maybeRotateSegment()
         m_segments.gib > 0 && m_mux.sizeSoFar() >= qint64(m_segments.gib * double(1LL << 30));
     if (!timeUp && !sizeUp)
         return;
+    // The cut is at this keyframe, but the old file stays open for a second more: a run that
+    // ends within it puts its last moments there instead of into a segment of a few frames.
+    m_rotating = true;
+    m_rotateAt = now();
+}
+
+void FileRecorder::finishRotation()
+{
+    m_rotating = false;
     const int err = m_mux.writeTrailer();
     if (err < 0)
         qWarning().noquote() << "FfmpegEncoderSink: segment trailer failed:"
@@ -118,16 +144,27 @@ void FileRecorder::maybeRotateSegment()
     m_mux.close(false);
     ++m_segmentNumber;
     const QString path = segmentPath();
+    std::vector<std::pair<ffsupport::PacketPtr, bool>> pending;
+    pending.swap(m_pending);
     if (!openSegmentOrFile(path)) {
         qWarning("FfmpegEncoderSink: recording segment rotation failed");
+        m_uncopied.fetch_add(qint64(pending.size()));
         return;
     }
-    m_segmentOpenedAt = now();
+    m_segmentOpenedAt = m_rotateAt;
     qInfo().noquote() << "FfmpegEncoderSink: recording segment opened" << currentPath();
+    for (auto &[packet, video] : pending)
+        write(std::move(packet), video);
 }
 
 void FileRecorder::close()
 {
+    if (m_rotating) {
+        m_rotating = false;
+        for (auto &[packet, video] : m_pending)
+            write(std::move(packet), video);
+        m_pending.clear();
+    }
     m_mux.close(true);
 }
 

@@ -12,6 +12,8 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <utility>
+#include <vector>
 
 namespace selvane {
 
@@ -49,6 +51,8 @@ public:
 private:
     bool openSegmentOrFile(const QString &path);
     void maybeRotateSegment();
+    void finishRotation();
+    void write(ffsupport::PacketPtr packet, bool video);
     QString segmentPath() const;
     void handleWriteFailure(int err);
     std::chrono::steady_clock::time_point now() const;
@@ -61,6 +65,11 @@ private:
 
     int m_segmentNumber = 0;
     std::chrono::steady_clock::time_point m_segmentOpenedAt{};
+    // A cut that is due waits a second with the next segment's packets, so that a run ending
+    // meanwhile never leaves a segment of a few frames.
+    bool m_rotating = false;
+    std::chrono::steady_clock::time_point m_rotateAt{};
+    std::vector<std::pair<ffsupport::PacketPtr, bool>> m_pending;
 
     // Written by the encode worker, read by observers on any thread.
     std::atomic<qint64> m_failureStreak{0};

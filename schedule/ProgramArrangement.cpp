@@ -3,9 +3,11 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QSet>
 
 namespace arrangement {
 
@@ -220,23 +222,38 @@ Validation validate(const ProgramArrangement &a)
     const auto missing = [](const QString &message) {
         return Validation{false, tr("Missing Media"), message};
     };
-    QStringList seen;
+    // Linear in the number of clips: IDs in a set, each file looked at once.
+    QSet<QString> seen;
+    QHash<QString, bool> exists;
+    const auto fileExists = [&](const QString &path) {
+        auto it = exists.find(path);
+        if (it == exists.end())
+            it = exists.insert(path, QFileInfo::exists(path));
+        return it.value();
+    };
+    QHash<QString, bool> isDir;
+    const auto dirExists = [&](const QString &path) {
+        auto it = isDir.find(path);
+        if (it == isDir.end())
+            it = isDir.insert(path, QFileInfo(path).isDir());
+        return it.value();
+    };
     for (const SceneClip &c : a.sceneClips) {
         if (c.id.isEmpty())
             return invalid(tr("Every base clip needs an ID."));
         if (seen.contains(c.id))
             return invalid(tr("Duplicate base clip ID: %1").arg(c.id));
-        seen << c.id;
+        seen.insert(c.id);
         if (c.endMs != 0 && c.endMs <= c.startMs)
             return invalid(tr("End time must be later than start time."));
         if (c.kind == SceneClip::ImagePlay && c.imageDirectory.isEmpty())
             return invalid(tr("Select an image directory."));
         if (c.kind == SceneClip::SceneVideo && c.sceneVideoPath.isEmpty())
             return invalid(tr("Select a video for the channel."));
-        if (c.kind == SceneClip::SceneVideo && !QFileInfo::exists(c.sceneVideoPath))
+        if (c.kind == SceneClip::SceneVideo && !fileExists(c.sceneVideoPath))
             return missing(tr("Base video was not found: %1").arg(c.sceneVideoPath));
         if (c.kind == SceneClip::ImagePlay && !c.imageDirectory.isEmpty() &&
-            !QFileInfo(c.imageDirectory).isDir())
+            !dirExists(c.imageDirectory))
             return missing(tr("Image directory was not found: %1").arg(c.imageDirectory));
     }
     seen.clear();
@@ -245,18 +262,18 @@ Validation validate(const ProgramArrangement &a)
             return invalid(tr("Every overlay clip needs an ID."));
         if (seen.contains(c.id))
             return invalid(tr("Duplicate overlay clip ID: %1").arg(c.id));
-        seen << c.id;
+        seen.insert(c.id);
         if (c.endMs != 0 && c.endMs <= c.startMs)
             return invalid(tr("End time must be later than start time."));
         if (c.kind == OverlayClip::Text && c.textData.text.isEmpty())
             return invalid(tr("Overlay text cannot be empty."));
         if (c.kind == OverlayClip::Image && c.path.isEmpty())
             return invalid(tr("Select an overlay image file."));
-        if (c.kind == OverlayClip::Image && !QFileInfo::exists(c.path))
+        if (c.kind == OverlayClip::Image && !fileExists(c.path))
             return missing(tr("Overlay image was not found: %1").arg(c.path));
         if (c.kind == OverlayClip::Video && c.path.isEmpty())
             return invalid(tr("Select an overlay video."));
-        if (c.kind == OverlayClip::Video && !QFileInfo::exists(c.path))
+        if (c.kind == OverlayClip::Video && !fileExists(c.path))
             return missing(tr("Overlay video was not found: %1").arg(c.path));
     }
     if (a.sceneClips.isEmpty())

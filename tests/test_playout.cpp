@@ -208,6 +208,31 @@ private slots:
         }
     }
 
+    void aQuarterMillionClipsCheckInSeconds()
+    {
+        // Reading and checking are linear in the number of clips (they once took minutes).
+        QByteArray json = "{\"format\": \"selvane_program_arrangement\", \"version\": 3, "
+                          "\"sceneClips\": [";
+        for (int i = 0; i < 250000; ++i)
+            json += QStringLiteral("{\"id\": \"c%1\", \"startMs\": %2, \"endMs\": %3, "
+                                   "\"kind\": \"channel\", \"channel\": 0}%4")
+                        .arg(i)
+                        .arg(i * 1000LL)
+                        .arg(i * 1000LL + 1000)
+                        .arg(i + 1 < 250000 ? "," : "]}")
+                        .toUtf8();
+        QFile file(path("huge.json"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(json);
+        file.close();
+        IsolatedHome home;
+        const ProcessResult r =
+            runProcess(kBinary, {"--check-schedule", file.fileName()}, home.environment(), 60000);
+        QVERIFY(r.finished);
+        QCOMPARE(r.exitCode, 0);
+        QVERIFY2(r.elapsedMs < 20000, QByteArray::number(r.elapsedMs));
+    }
+
     void demoRecordsAPlayableShow()
     {
         IsolatedHome home;

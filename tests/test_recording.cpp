@@ -181,8 +181,10 @@ private slots:
                 std::lock_guard lock(mutex);
                 return fakeNow;
             });
-        QVERIFY(!output.open());
+        // The first connection is the worker's too: open() never waits for the network.
+        QVERIFY(output.open());
         output.startWorker();
+        QTRY_VERIFY_WITH_TIMEOUT(output.reopenAttempts() == 1, 5000);
         QList<qint64> delaysMs;
         for (int i = 0; i < 10; ++i) {
             const int attempts = output.reopenAttempts();

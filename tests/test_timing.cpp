@@ -197,7 +197,7 @@ private slots:
                 late.start("ffmpeg",
                            realTime + QStringList{"-v", "error", "-f", "flv", nginx.url("sync")});
             });
-        const QString file = path(kind + ".mp4");
+        const QString file = path(kind + ".recorded.mp4");
         IsolatedHome home;
         QProcess mixer;
         mixer.setProcessEnvironment(home.environment());

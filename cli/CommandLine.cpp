@@ -218,6 +218,12 @@ bool readOutputOptions(const QCommandLineParser &parser, HeadlessOptions *option
             *error = tr("--size expects WIDTHxHEIGHT, got \"%1\"").arg(parser.value("size"));
             return false;
         }
+        if (w % 2 || h % 2) {
+            // Encoders work on whole 2x2 blocks of colour: an odd size would silently shrink.
+            *error =
+                tr("--size expects an even width and height, got \"%1\"").arg(parser.value("size"));
+            return false;
+        }
         options->outputSize = QSize(w, h);
     }
     if (parser.isSet("fps")) {

@@ -108,6 +108,10 @@ private slots:
             << bars + QStringList{"--record", "/proc/a.mp4"} << "cannot be written";
         QTest::newRow("target without host")
             << bars + QStringList{"--stream", "rtmp:/live"} << "--stream expects a URL";
+        QTest::newRow("odd size") << bars + QStringList{"--size", "641x361"} << "even width";
+        QTest::newRow("missing overlay file")
+            << bars + QStringList{"--image", "/nonexistent.png@0,0,10,10"}
+            << "is not a file that can be read";
         QTest::newRow("target without container")
             << bars + QStringList{"--stream", "ftp://host/x"} << "add #FORMAT";
     }

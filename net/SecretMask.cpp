@@ -70,10 +70,18 @@ QString maskUrl(const QString &url)
     return masked;
 }
 
-QString maskSecrets(const QString &text)
+QString maskSecrets(const QString &input)
 {
-    if (!text.contains(QLatin1String("://")) && !text.contains('='))
-        return text;
+    if (!input.contains(QLatin1String("://")) && !input.contains('='))
+        return input;
+    // The expressions do not match at all in text with a broken surrogate pair: such text is
+    // made valid first (the broken halves become replacement characters).
+    QString text = input;
+    for (const QChar c : input)
+        if (c.isSurrogate()) {
+            text = QString::fromUtf8(input.toUtf8());
+            break;
+        }
     static const QRegularExpression url(QStringLiteral("[A-Za-z][A-Za-z0-9+.-]*://[^\\s'\"<>]+"));
     QString out;
     qsizetype from = 0;

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Fuzzes the program arrangement reader with libFuzzer (clang): scripts/fuzz.sh [RUNS]
-# (default one million executions). Crashes are written to build-fuzz/crash-*.
+# Fuzzes the program arrangement reader, and the source-address and stream-target readers with
+# the secret masker, with libFuzzer (clang): scripts/fuzz.sh [RUNS] (default one million
+# executions each). Crashes are written to build-fuzz/crash-*.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 runs="${1:-1000000}"
@@ -13,3 +14,11 @@ cp -n "$root/tests/fuzz/corpus/"*.json "$corpus/" 2>/dev/null || true
 cd "$build"
 QT_QPA_PLATFORM=offscreen ASAN_OPTIONS=detect_leaks=0 ./fuzz_arrangement -runs="$runs" -max_len=8192 \
   -print_final_stats=1 "$corpus"
+mkdir -p addresses
+printf '%s' 'rtmp://user:pw@host:1935/live/key' >addresses/rtmp
+printf '%s' 'srt://h:9000?mode=caller&passphrase=abcdefghij&streamid=#!::r=live/k,m=publish' >addresses/srt
+printf '%s' 'dshow://capture?video=Cam%20One&audio=Mic' >addresses/dshow
+printf '%s' 'lavfi://testsrc2[out0];sine[out1]' >addresses/lavfi
+printf '%s' 'https://h/p/x.m3u8?token=t#mpegts' >addresses/http
+QT_QPA_PLATFORM=offscreen ASAN_OPTIONS=detect_leaks=0 ./fuzz_addresses -runs="$runs" -max_len=512 \
+  -print_final_stats=1 addresses

@@ -7,6 +7,7 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 #include <cstdio>
 
 namespace selvane {
@@ -318,6 +319,12 @@ bool readOverlayOptions(const QCommandLineParser &parser, HeadlessOptions *optio
             MediaOverlayRecord record;
             if (!parseMediaOverlaySpec(spec, kind, mediaId++, &record, error))
                 return false;
+            const QFileInfo file(record.filePath);
+            if (!file.isFile() || !file.isReadable()) {
+                *error = tr("overlay \"%1\": \"%2\" is not a file that can be read")
+                             .arg(spec, record.filePath);
+                return false;
+            }
             options->media << record;
         }
     }

@@ -1,7 +1,6 @@
 #include "cli/OverlaySpecs.h"
 
 #include <QCoreApplication>
-#include <QFileInfo>
 #include <QStringList>
 #include <cmath>
 
@@ -72,11 +71,6 @@ bool parseMediaOverlaySpec(const QString &spec, MediaOverlayRecord::Kind kind, i
     const QString path = spec.left(at);
     if (path.trimmed().isEmpty()) {
         *error = tr("overlay \"%1\": the path before '@' is empty").arg(spec);
-        return false;
-    }
-    const QFileInfo file(path);
-    if (!file.isFile() || !file.isReadable()) {
-        *error = tr("overlay \"%1\": \"%2\" is not a file that can be read").arg(spec, path);
         return false;
     }
     const QStringList parts = spec.mid(at + 1).split(QLatin1Char(','));

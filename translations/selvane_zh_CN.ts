@@ -382,6 +382,11 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
         <translation>--size 的宽和高必须是偶数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
+        <location filename="../cli/CommandLine.cpp" line="320"/>
+        <source>overlay &quot;%1&quot;: &quot;%2&quot; is not a file that can be read</source>
+        <translation>叠加 &quot;%1&quot;：&quot;%2&quot; 不是可读取的文件</translation>
+    </message>
+    <message>
         <location filename="../cli/CommandLine.cpp" line="190"/>
         <source>--record: &quot;%1&quot; names no known container (use .mp4, .mkv, .mov, .ts ...)</source>
         <translation>--record: &quot;%1&quot; 不是已知的容器格式（请用 .mp4、.mkv、.mov、.ts 等）</translation>
@@ -500,11 +505,6 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
         <location filename="../cli/OverlaySpecs.cpp" line="86"/>
         <source>overlay &quot;%1&quot;: &quot;%2&quot; is not a number</source>
         <translation>叠加 &quot;%1&quot;：&quot;%2&quot; 不是数字</translation>
-    </message>
-    <message>
-        <location filename="../cli/OverlaySpecs.cpp" line="78"/>
-        <source>overlay &quot;%1&quot;: &quot;%2&quot; is not a file that can be read</source>
-        <translation>叠加 &quot;%1&quot;：&quot;%2&quot; 不是可读取的文件</translation>
     </message>
     <message>
         <location filename="../cli/OverlaySpecs.cpp" line="91"/>

@@ -217,10 +217,15 @@ private slots:
               qPrintable(offsets.join(' ')));
         const int expected = kind == "rtmp-appears-late" ? seconds - 3 : seconds;
         QVERIFY2(m.offsets.size() >= expected - 3, qPrintable(offsets.join(' ')));
+        // The recording may begin in the middle of the first flash or beep, which then pairs
+        // with a later one of the same code (two seconds on in the looped clip): the first
+        // flash is left out of spread and drift.
+        const QList<double> steady = m.offsets.mid(1);
+        const auto [low, high] = std::minmax_element(steady.begin(), steady.end());
         const double frame = 1.0 / 30 + 0.002;
         QVERIFY(std::abs(m.median) <= 0.020);
-        QVERIFY(m.spread <= frame);
-        QVERIFY(std::abs(m.last - m.first) <= frame); // no drift
+        QVERIFY(*high - *low <= frame);
+        QVERIFY(std::abs(steady.last() - steady.first()) <= frame); // no drift
     }
 
     void programRunsAtTheOutputRate_data()

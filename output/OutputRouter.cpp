@@ -3,27 +3,16 @@
 #include "media/FrameSizes.h"
 #include "output/FfmpegEncoderSink.h"
 #include "output/ReconnectPolicy.h"
+#include "output/StreamUrl.h"
 
 #include <QDebug>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
-#include <QTemporaryFile>
 
 namespace {
 
 constexpr auto kWorkerWait = std::chrono::milliseconds(20);
-
-bool directoryWritable(const QString &dir)
-{
-    if (!QDir().mkpath(dir))
-        return false;
-    QTemporaryFile probe(QDir(dir).filePath("selvane_out_XXXXXX.tmp"));
-    if (!probe.open())
-        return false;
-    probe.close();
-    return probe.remove();
-}
 
 } // namespace
 
@@ -67,10 +56,12 @@ bool OutputRouter::start()
         return false;
     }
     if (m_settings.fileEnabled && !m_settings.filePath.trimmed().isEmpty()) {
-        const QString dir = QFileInfo(m_settings.filePath.trimmed()).absolutePath();
-        if (!directoryWritable(dir)) {
-            qWarning().noquote()
-                << "OutputRouter: output directory not writable or cannot be created:" << dir;
+        // The same checks as before a run, whichever face starts the outputs; a folder that
+        // does not exist yet is made here.
+        const QString path = m_settings.filePath.trimmed();
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        if (selvane::recordingProblem(path) != selvane::OutputProblem::None) {
+            qWarning().noquote() << "OutputRouter: the recording cannot be written:" << path;
             return false;
         }
     }

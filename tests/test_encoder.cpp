@@ -13,7 +13,6 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
-
 #include <sys/stat.h>
 
 using namespace selvane;
@@ -105,23 +104,30 @@ private slots:
     void urlsAndContainers()
     {
         QCOMPARE(maskStreamUrl("rtmp://server/app/key"), QString("rtmp://server/app/***"));
-        QCOMPARE(maskStreamUrl("rtmps://a.example:443/live2/abc-def"), QString("rtmps://a.example:443/live2/***"));
+        QCOMPARE(maskStreamUrl("rtmps://a.example:443/live2/abc-def"),
+                 QString("rtmps://a.example:443/live2/***"));
         QCOMPARE(maskStreamUrl("rtmp://server"), QString("rtmp://server"));
         QCOMPARE(streamContainerName("rtmp://x/a/b", "mpegts"), QString("flv"));
     }
 
-    void unwritableDirectoryRefusesTheStart()
+    void recordingThatCannotBeWrittenRefusesTheStart()
     {
-        OutputRouter router;
-        EncoderSettings s;
-        s.fileEnabled = true;
-        s.filePath = "/proc/selvane-no-such-dir/out.mp4";
-        router.setSettings(s);
-        router.setOutputSize({320, 240});
-        WarningCapture capture;
-        QVERIFY(!router.start());
-        QVERIFY(!router.isRunning());
-        QVERIFY(capture.contains("output directory not writable"));
+        // Whichever face starts the outputs: a folder that cannot be written, a container
+        // nobody knows.
+        QTemporaryDir dir;
+        for (const QString &path :
+             {QStringLiteral("/proc/selvane-no-such-dir/out.mp4"), dir.filePath("show.xyz")}) {
+            OutputRouter router;
+            EncoderSettings s;
+            s.fileEnabled = true;
+            s.filePath = path;
+            router.setSettings(s);
+            router.setOutputSize({320, 240});
+            WarningCapture capture;
+            QVERIFY(!router.start());
+            QVERIFY(!router.isRunning());
+            QVERIFY(capture.contains(path));
+        }
     }
 
     void overloadDropsNewestForRecordingsAndOldestForLive_data()

@@ -57,10 +57,6 @@ QString outputFailureText(OutputFailure failure)
     case OutputFailure::NotStarted:
     case OutputFailure::OpenFailed:
         return tr("Unable to start stream/output.");
-    case OutputFailure::RecordingLost:
-        // This message exists in Chinese only; it is shown as it is in both languages.
-        return QString::fromUtf8("输出已停止：本地录制写入失败，或 RTMP "
-                                 "在多次自动重连后仍无法恢复（服务器关闭、超时或网络中断）。");
     }
     return {};
 }

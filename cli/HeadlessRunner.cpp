@@ -7,6 +7,7 @@
 #include <QDebug>
 #include <QEventLoop>
 #include <QFile>
+#include <QFileInfo>
 #include <QSocketNotifier>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -69,8 +70,6 @@ QString failureText(OutputFailure failure)
     case OutputFailure::NotStarted:
     case OutputFailure::OpenFailed:
         return tr("outputs could not start (see the log for the reason)");
-    case OutputFailure::RecordingLost:
-        return tr("outputs stopped: the recording could not be written");
     }
     return {};
 }
@@ -189,7 +188,7 @@ int HeadlessRunner::run()
     });
     connect(m_engine, &Engine::outputsFailed, this, [this](OutputFailure failure) {
         std::fprintf(stderr, "selvane: %s\n", qPrintable(failureText(failure)));
-        m_exitCode = failure == OutputFailure::RecordingLost ? 3 : 2;
+        m_exitCode = 2;
         QTimer::singleShot(0, this, [this] { finish(); });
     });
 
@@ -261,6 +260,15 @@ void HeadlessRunner::printProgress(bool final)
             words << target.status;
         if (!words.isEmpty())
             line += "  targets " + words.join(',');
+        const RecordingStats &file = stats.output.file;
+        if (stats.output.recording) {
+            line += file.failed ? QStringLiteral("  recording failed (%1)").arg(file.failureReason)
+                                : "  recording " + QFileInfo(file.path).fileName();
+        }
+        if (file.failures > 0) {
+            m_recordingFailed = true;
+            m_recordingFailure = file.failureReason;
+        }
     }
     std::fprintf(stdout, "%s\n", line.toUtf8().constData());
     std::fflush(stdout);
@@ -285,6 +293,13 @@ void HeadlessRunner::finish()
             wait.exec();
     }
     printProgress(true);
+    if (m_recordingFailed && m_exitCode == 0) {
+        std::fprintf(stderr, "selvane: %s\n",
+                     qPrintable(tr("the recording failed during the run (%1); the streams went "
+                                   "on, and it went on in a new file once it could")
+                                    .arg(m_recordingFailure)));
+        m_exitCode = 3;
+    }
     delete m_engine; // stops and joins every decoder
     m_engine = nullptr;
     QCoreApplication::exit(m_exitCode);

@@ -52,4 +52,6 @@ private:
     bool m_scheduled = false;
     bool m_finishing = false;
     int m_exitCode = 0;
+    bool m_recordingFailed = false; // at some point of the run
+    QString m_recordingFailure;
 };

@@ -37,9 +37,8 @@ enum class ChannelState
 // Why the outputs did not start, or stopped on their own.
 enum class OutputFailure
 {
-    NotStarted,    // the encoder or the recording folder refused the start
-    OpenFailed,    // no output could be opened
-    RecordingLost, // the recording stopped being writable
+    NotStarted, // the encoder or the recording folder refused the start
+    OpenFailed, // no output could be opened
 };
 
 // The output's picture size: the program's own (with 1920 x 1080 until one is known), or an
@@ -118,7 +117,11 @@ struct RecordingStats
 {
     QString path; // the file (segment) being written
     qint64 bytes = 0;
-    bool failing = false;
+    // "failed" while nothing can be written (the streams go on; a new file is tried every
+    // second), with the reason; failures counts the times it went from writing to failed.
+    bool failed = false;
+    QString failureReason;
+    int failures = 0;
 };
 
 struct OutputStats

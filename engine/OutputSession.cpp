@@ -67,12 +67,12 @@ bool OutputSession::start(const EncoderSettings &settings, QSize size)
             },
             Qt::QueuedConnection);
     });
-    router->setFailureCallback([self, alive](OutputRouter::Failure failure, const QString &) {
+    router->setFailureCallback([self, alive](OutputRouter::Failure, const QString &) {
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
-            [self, alive, failure] {
+            [self, alive] {
                 if (!alive.expired() && self)
-                    self->onRouterFailure(failure == OutputRouter::Failure::OpenFailed);
+                    self->onRouterFailure();
             },
             Qt::QueuedConnection);
     });
@@ -125,12 +125,12 @@ void OutputSession::onStarted(std::shared_ptr<OutputRouter> router, bool ok)
         stop();
 }
 
-void OutputSession::onRouterFailure(bool openFailed)
+void OutputSession::onRouterFailure()
 {
     if (m_state != State::Running)
         return;
     stop();
-    emit failed(openFailed ? OutputFailure::OpenFailed : OutputFailure::RecordingLost);
+    emit failed(OutputFailure::OpenFailed);
 }
 
 void OutputSession::stop()
@@ -204,7 +204,8 @@ OutputStats OutputSession::stats() const
     }
     for (const FfmpegEncoderSink::OutputStats &d : m_router->destinationStats()) {
         if (d.targetIndex < 0) {
-            out.file = {d.path.isEmpty() ? out.file.path : d.path, d.bytesWritten, d.failing};
+            out.file = {d.path.isEmpty() ? out.file.path : d.path, d.bytesWritten, d.failed,
+                        d.failureReason, d.failures};
             continue;
         }
         if (d.targetIndex >= out.targets.size())

@@ -64,7 +64,7 @@ private:
     };
 
     void onStarted(std::shared_ptr<OutputRouter> router, bool ok);
-    void onRouterFailure(bool openFailed);
+    void onRouterFailure();
     void finishStop();
 
     ProgramSwitcher &m_switcher;

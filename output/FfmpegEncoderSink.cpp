@@ -455,7 +455,9 @@ std::vector<FfmpegEncoderSink::OutputStats> FfmpegEncoderSink::outputStats() con
         file.packetsWritten = m_recorder->packetsWritten();
         file.bytesWritten = m_recorder->bytesWritten();
         file.packetsDropped = m_recorder->packetsDropped();
-        file.failing = m_recorder->fileFailingForMs() > 0;
+        file.failed = m_recorder->failed();
+        file.failureReason = m_recorder->failureReason();
+        file.failures = m_recorder->failures();
         stats.push_back(file);
     }
     for (const auto &target : m_targets) {
@@ -472,12 +474,6 @@ std::vector<FfmpegEncoderSink::OutputStats> FfmpegEncoderSink::outputStats() con
     return stats;
 }
 
-qint64 FfmpegEncoderSink::fileFailingForMs() const
-{
-    std::lock_guard lock(m_outputsMutex);
-    return m_recorder ? m_recorder->fileFailingForMs() : 0;
-}
-
 void FfmpegEncoderSink::closeOutputs()
 {
     // Every network worker is asked to stop first, so that their waits overlap.
@@ -487,8 +483,8 @@ void FfmpegEncoderSink::closeOutputs()
         m_recorder->close();
     for (auto &target : m_targets)
         target->close();
+    // The closed recorder stays until the next open: its failures are still asked for.
     std::lock_guard lock(m_outputsMutex);
-    m_recorder.reset();
     m_targets.clear();
 }
 

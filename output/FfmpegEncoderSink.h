@@ -53,8 +53,6 @@ public:
     qint64 framesEncoded() const { return m_framesEncoded.load(); }
     // Frames the encoders refused and packets they failed to hand out.
     qint64 encoderErrors() const { return m_encoderErrors.load(); }
-    // The longest the recording has been failing to write (0 when it writes).
-    qint64 fileFailingForMs() const;
     struct OutputStats
     {
         int targetIndex = -1; // -1: the recording
@@ -66,7 +64,9 @@ public:
         // Packets this destination was handed but never wrote: queue resets, outages and the
         // wait for a keyframe after them, sound held too long before the first keyframe.
         qint64 packetsDropped = 0;
-        bool failing = false; // the recording cannot be written right now
+        bool failed = false;   // the recording cannot be written right now ...
+        QString failureReason; // ... for this reason (the last one seen)
+        int failures = 0;      // times it went from writing to failed
     };
     // Safe from any thread.
     std::vector<OutputStats> outputStats() const;

@@ -6,13 +6,24 @@
 #include <QDateTime>
 #include <QDebug>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QStorageInfo>
 
 namespace selvane {
 
 namespace {
 // A segment cut at the end of a run is never shorter than this.
 constexpr auto kShortestSegment = std::chrono::seconds(1);
+// A failed recording tries again only where this much room is free.
+constexpr qint64 kFreeToResume = 1 << 20;
+
+QString ioReason(int err)
+{
+    char text[AV_ERROR_MAX_STRING_SIZE] = {};
+    av_strerror(err, text, sizeof text);
+    return QString::fromUtf8(text);
+}
 } // namespace
 
 FileRecorder::FileRecorder(QString path, QString originalPath,
@@ -45,23 +56,34 @@ QString FileRecorder::segmentPath() const
     return chosen.dir().filePath(name);
 }
 
-bool FileRecorder::openSegmentOrFile(const QString &path)
+int FileRecorder::openSegmentOrFile(const QString &path)
 {
     MuxContext::Setup setup;
     setup.url = unusedRecordingPath(path);
     setup.originalUrl = m_originalPath;
-    return m_mux.open(setup) >= 0;
+    const int err = m_mux.open(setup);
+    if (err >= 0) {
+        m_packetsAtOpen = m_mux.packetsWritten();
+        return err;
+    }
+    // The name was free a moment ago: whatever this attempt left there holds nothing of the show.
+    QFile::remove(setup.url);
+    return err;
 }
 
 bool FileRecorder::open()
 {
+    m_failed.store(false);
+    m_failures.store(0);
     QString path = m_basePath;
     if (m_segments.enabled) {
         m_segmentNumber = 1;
         path = segmentPath();
     }
-    if (!openSegmentOrFile(path))
+    if (const int err = openSegmentOrFile(path); err < 0) {
+        fail(ioReason(err));
         return false;
+    }
     m_segmentOpenedAt = now();
     if (m_segments.enabled)
         qInfo().noquote() << "FfmpegEncoderSink: recording segment opened" << currentPath();
@@ -70,11 +92,19 @@ bool FileRecorder::open()
 
 void FileRecorder::submit(const AVPacket *source, bool video)
 {
-    if (video && (source->flags & AV_PKT_FLAG_KEY))
+    const bool keyframe = video && (source->flags & AV_PKT_FLAG_KEY);
+    if (m_failed.load()) {
+        // A new file can only begin at a keyframe.
+        if (!keyframe || now() < m_nextAttempt || !tryResume()) {
+            m_lost.fetch_add(1);
+            return;
+        }
+    } else if (keyframe) {
         maybeRotateSegment();
+    }
     ffsupport::PacketPtr packet(av_packet_clone(source));
     if (!packet) {
-        m_uncopied.fetch_add(1);
+        m_lost.fetch_add(1);
         return;
     }
     if (m_rotating) {
@@ -89,32 +119,78 @@ void FileRecorder::submit(const AVPacket *source, bool video)
 
 void FileRecorder::write(ffsupport::PacketPtr packet, bool video)
 {
+    if (m_failed.load()) {
+        m_lost.fetch_add(1);
+        return;
+    }
     const int err = m_mux.write(packet.get(), video);
     if (err < 0)
-        handleWriteFailure(err);
-    else if (m_failureStreak.load() > 0 && m_mux.ioHealthy())
-        m_failureStreak.store(0);
+        fail(ioReason(err));
 }
 
-void FileRecorder::handleWriteFailure(int err)
+QString FileRecorder::failureReason() const
 {
-    // The file stays open and the next packet goes to it again; how long the streak has lasted
-    // is what the router judges when it decides the recording is lost.
-    if (m_failureStreak.load() == 0)
-        m_failingSince.store(now());
-    const qint64 streak = m_failureStreak.fetch_add(1) + 1;
-    if (reconnect::shouldLog(streak, 12, 200))
-        qWarning().noquote()
-            << "FfmpegEncoderSink: file mux write failed (will retry same file, streak" << streak
-            << ")" << ffsupport::errorText("write", err);
+    std::lock_guard lock(m_reasonMutex);
+    return m_reason;
 }
 
-qint64 FileRecorder::fileFailingForMs() const
+void FileRecorder::fail(const QString &reason)
 {
-    if (m_failureStreak.load() == 0)
-        return 0;
-    return std::chrono::duration_cast<std::chrono::milliseconds>(now() - m_failingSince.load())
-        .count();
+    {
+        std::lock_guard lock(m_reasonMutex);
+        m_reason = reason;
+    }
+    if (!m_failed.exchange(true)) {
+        m_failures.fetch_add(1);
+        m_attempts = 0;
+        qWarning().noquote() << "FfmpegEncoderSink: recording failed:" << reason
+                             << "- the streams go on; a new file is tried every second";
+    }
+    if (m_mux.isOpen()) {
+        // No trailer: the I/O has failed and writes nothing more, and the fragments already on
+        // the disk play as they are.
+        const QString path = m_mux.openedUrl();
+        const bool empty = m_mux.packetsWritten() == m_packetsAtOpen;
+        m_mux.close(false);
+        if (empty)
+            QFile::remove(path);
+    }
+    if (m_rotating) {
+        m_rotating = false;
+        m_lost.fetch_add(qint64(m_pending.size()));
+        m_pending.clear();
+    }
+    m_nextAttempt = now() + kRetryInterval;
+}
+
+bool FileRecorder::tryResume()
+{
+    m_nextAttempt = now() + kRetryInterval;
+    ++m_attempts;
+    QString path = m_basePath;
+    if (m_segments.enabled) {
+        ++m_segmentNumber;
+        path = segmentPath();
+    }
+    QString problem;
+    if (recordingProblem(path) != OutputProblem::None)
+        problem = QStringLiteral("the folder cannot be written");
+    else if (QStorageInfo(QFileInfo(path).absolutePath()).bytesAvailable() < kFreeToResume)
+        problem = QStringLiteral("no space left on the disk");
+    else if (const int err = openSegmentOrFile(path); err < 0)
+        problem = ioReason(err);
+    if (!problem.isEmpty()) {
+        if (m_segments.enabled)
+            --m_segmentNumber;
+        if (reconnect::shouldLog(m_attempts, 3, 60))
+            qWarning().noquote() << "FfmpegEncoderSink: recording still failed after" << m_attempts
+                                 << "attempts:" << problem;
+        return false;
+    }
+    m_failed.store(false);
+    m_segmentOpenedAt = now();
+    qInfo().noquote() << "FfmpegEncoderSink: recording resumed into" << currentPath();
+    return true;
 }
 
 void FileRecorder::maybeRotateSegment()
@@ -146,9 +222,9 @@ void FileRecorder::finishRotation()
     const QString path = segmentPath();
     std::vector<std::pair<ffsupport::PacketPtr, bool>> pending;
     pending.swap(m_pending);
-    if (!openSegmentOrFile(path)) {
-        qWarning("FfmpegEncoderSink: recording segment rotation failed");
-        m_uncopied.fetch_add(qint64(pending.size()));
+    if (const int err = openSegmentOrFile(path); err < 0) {
+        m_lost.fetch_add(qint64(pending.size()));
+        fail(ioReason(err));
         return;
     }
     m_segmentOpenedAt = m_rotateAt;

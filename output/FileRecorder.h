@@ -1,9 +1,12 @@
 #pragma once
 
-// Owns the recording file: one MuxContext, cut into segments at keyframes when limits are set,
-// retrying the same file when writes fail.
+// Owns the recording file: one MuxContext, cut into segments at keyframes when limits are set.
+// A file that cannot be written (disk full, folder gone, permission lost) is closed as it stands
+// (fragmented, so it plays up to its last fragment) and the recording is "failed" with the
+// reason; every second after that, at a keyframe, it tries again in a new file beside it (a free
+// name, never an earlier one). Nothing of this touches the stream targets.
 // Threads: open/submit/close run on the encode worker; the observers are safe from any thread.
-// Reports: log lines, and how long the file has been failing to write (fileFailingForMs).
+// Reports: log lines (throttled while it keeps failing), and state(), failures().
 
 #include "media/SteadyClock.h"
 #include "output/MuxContext.h"
@@ -12,6 +15,7 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -42,19 +46,28 @@ public:
     void close();
 
     QString currentPath() const { return m_mux.openedUrl(); }
-    // Since when the file has been failing to write, in ms (0 when it writes).
-    qint64 fileFailingForMs() const;
+    // True while nothing can be written; the reason is the I/O error last seen.
+    bool failed() const { return m_failed.load(); }
+    QString failureReason() const;
+    // How many times the recording went from writing to failed since open().
+    int failures() const { return m_failures.load(); }
     qint64 packetsWritten() const { return m_mux.packetsWritten(); }
     qint64 bytesWritten() const { return m_mux.bytesWritten(); }
-    qint64 packetsDropped() const { return m_mux.packetsDropped() + m_uncopied.load(); }
+    // Packets that never reached a file: not copyable, or handed over while it had failed.
+    qint64 packetsDropped() const { return m_mux.packetsDropped() + m_lost.load(); }
+
+    // Time between attempts to write again after a failure.
+    static constexpr auto kRetryInterval = std::chrono::seconds(1);
 
 private:
-    bool openSegmentOrFile(const QString &path);
+    // 0 or a negative AVERROR.
+    int openSegmentOrFile(const QString &path);
     void maybeRotateSegment();
     void finishRotation();
     void write(ffsupport::PacketPtr packet, bool video);
     QString segmentPath() const;
-    void handleWriteFailure(int err);
+    void fail(const QString &reason);
+    bool tryResume();
     std::chrono::steady_clock::time_point now() const;
 
     const QString m_basePath;
@@ -71,10 +84,16 @@ private:
     std::chrono::steady_clock::time_point m_rotateAt{};
     std::vector<std::pair<ffsupport::PacketPtr, bool>> m_pending;
 
+    std::chrono::steady_clock::time_point m_nextAttempt{};
+    qint64 m_attempts = 0;
+    qint64 m_packetsAtOpen = 0;
+
     // Written by the encode worker, read by observers on any thread.
-    std::atomic<qint64> m_failureStreak{0};
-    std::atomic<std::chrono::steady_clock::time_point> m_failingSince{};
-    std::atomic<qint64> m_uncopied{0}; // packets that could not be copied
+    std::atomic<bool> m_failed{false};
+    std::atomic<int> m_failures{0};
+    mutable std::mutex m_reasonMutex;
+    QString m_reason;
+    std::atomic<qint64> m_lost{0};
 };
 
 } // namespace selvane

@@ -144,9 +144,6 @@ void OutputRouter::encodeWorker(std::shared_ptr<EncodeWorkerState> state)
             sink.pushAudio(chunk.samples.data(), int(chunk.samples.size() / 2), chunk.ptsUs);
         if (haveFrame)
             sink.pushVideoFrame(std::move(frame.first), frame.second);
-        if (sink.fileFailingForMs() >= selvane::reconnect::kFileFailureTransportMs &&
-            !state->failureReported.exchange(true) && state->failure)
-            state->failure(Failure::TransportLost, "the recording could not be written");
     }
     sink.close();
     state->sinkOpen.store(false);

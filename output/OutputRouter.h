@@ -8,9 +8,9 @@
 // enqueueFrame on the compositing thread; pushAudio from the thread that delivers program audio.
 // Status and failure callbacks come from the encode worker and the network workers.
 //
-// Transport failure: the outputs are declared lost when the sink cannot be opened (nothing to
-// write to) or when the recording has been failing to write for 5 seconds. Stream targets never
-// cause it: they reconnect for as long as the output runs.
+// The outputs fail as a whole only when the sink cannot be opened (nothing to write to). Once
+// running, no destination stops another: the recording retries into new files, stream targets
+// reconnect, for as long as the output runs.
 
 #include "output/EncoderSettings.h"
 #include "output/FfmpegEncoderSink.h"
@@ -32,8 +32,7 @@ public:
     using StatusCallback = std::function<void(int index, const QString &status)>;
     enum class Failure
     {
-        OpenFailed,    // the outputs could not be opened
-        TransportLost, // the recording stopped being writable
+        OpenFailed, // the outputs could not be opened
     };
     using FailureCallback = std::function<void(Failure failure, const QString &detail)>;
 

@@ -35,9 +35,6 @@ inline constexpr const char *kReconnectTimeoutUs = "3000000";
 // A stream target's queue is reset when a packet arrives while it holds this many.
 inline constexpr std::size_t kQueueResetPackets = 96;
 
-// A recording that cannot be written for this long stops the outputs (transport failure).
-inline constexpr qint64 kFileFailureTransportMs = 5000;
-
 // Closing waits for network workers in slices, warning once after five seconds.
 inline constexpr int kCloseSliceMs = 100;
 inline constexpr int kCloseWarnAfterMs = 5000;

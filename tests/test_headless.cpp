@@ -5,6 +5,7 @@
 #include "engine/Engine.h"
 
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QtTest>
 #include <csignal>
 
@@ -242,6 +243,66 @@ private slots:
         const ProbedFile received = probeFile(home.path("rx.ts"));
         QVERIFY2(received.ok, received.errors.constData());
         QCOMPARE(received.stream("h264")->frames, recorded);
+    }
+
+    void recordingThatFillsTheDiskNeverStopsTheStream()
+    {
+        // A small tmpfs as the recording folder: it fills up during a show that also streams,
+        // then room is made again.
+        IsolatedHome home;
+        const QString disk = home.path("disk");
+        QDir().mkpath(disk);
+        if (QProcess::execute("mount", {"-t", "tmpfs", "-o", "size=24m", "tmpfs", disk}) != 0)
+            QSKIP("mounting a tmpfs is not allowed here");
+        const auto unmount = qScopeGuard([&] { QProcess::execute("umount", {"-l", disk}); });
+        RtmpServer server;
+        QVERIFY(server.start());
+        QProcess reader; // plays before the show publishes, so it gets all of it
+        reader.start("ffmpeg", {"-v", "error", "-nostdin", "-y", "-rw_timeout", "4000000", "-i",
+                                server.url("show"), "-c", "copy", home.path("rx.flv")});
+        QVERIFY(reader.waitForStarted());
+        QProcess run;
+        run.setProcessEnvironment(home.environment());
+        run.start(kBinary, {"--headless", "--channel", kBars, "--duration", "14", "--bitrate",
+                            "4000", "--record", disk + "/show.mp4", "--stream",
+                            server.url("show")});
+        QTest::qWait(3000);
+        {
+            QFile filler(disk + "/filler");
+            QVERIFY(filler.open(QIODevice::WriteOnly));
+            const QByteArray block(1 << 20, 'x');
+            while (filler.write(block) == block.size() && filler.flush()) {
+            }
+        }
+        QTest::qWait(4000);
+        QFile::remove(disk + "/filler");
+        QVERIFY(run.waitForFinished(40000));
+        const QByteArray out = run.readAllStandardOutput();
+        const QByteArray err = run.readAllStandardError();
+        QCOMPARE(run.exitCode(), 3);
+        QVERIFY2(out.contains("recording failed (No space left on device)"), out.constData());
+        QVERIFY2(err.contains("recording failed during the run"), err.constData());
+        QVERIFY(reader.waitForFinished(15000)); // 4 s after the publisher has gone
+
+        const QRegularExpression done("done: .* written (\\d+)  .*encoder-drops (\\d+)");
+        const QRegularExpressionMatch m = done.match(QString::fromUtf8(out));
+        QVERIFY2(m.hasMatch(), out.constData());
+        const qint64 written = m.captured(1).toLongLong();
+        QVERIFY2(written >= 14 * 30 - 10, out.constData());
+        QCOMPARE(m.captured(2).toInt(), 0);
+        // The stream never noticed.
+        const qint64 streamed = probeFile(home.path("rx.flv")).stream("h264")->frames;
+        QVERIFY2(streamed >= written - 15, qPrintable(QString::number(streamed)));
+        // What was written before the disk filled plays; the rest went on in a new file.
+        const qint64 first = probeFile(disk + "/show.mp4").stream("h264")->frames;
+        const ProbedFile resumed = probeFile(disk + "/show_1.mp4");
+        QVERIFY2(resumed.ok, resumed.errors.constData());
+        QVERIFY2(first >= 2 * 30, qPrintable(QString::number(first)));
+        QVERIFY2(resumed.stream("h264")->frames >= 4 * 30,
+                 qPrintable(QString::number(resumed.stream("h264")->frames)));
+        QVERIFY(first + resumed.stream("h264")->frames < written);
+        qInfo("written %lld, streamed %lld, first file %lld, resumed file %lld", written, streamed,
+              first, resumed.stream("h264")->frames);
     }
 
     void missingSourceIsLoggedAndRunStillEnds()

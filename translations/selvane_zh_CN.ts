@@ -597,9 +597,9 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
         <translation>输出无法启动（原因见日志）</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="73"/>
-        <source>outputs stopped: the recording could not be written</source>
-        <translation>输出已停止：录制无法写入</translation>
+        <location filename="../cli/HeadlessRunner.cpp" line="280"/>
+        <source>the recording failed during the run (%1); the streams went on, and it went on in a new file once it could</source>
+        <translation>录制在运行中失败（%1）；推流未受影响，录制在能够写入后继续写入新文件</translation>
     </message>
 </context>
 </TS>

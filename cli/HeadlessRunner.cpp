@@ -270,6 +270,15 @@ void HeadlessRunner::printProgress(bool final)
             m_recordingFailure = file.failureReason;
         }
     }
+    QStringList channels;
+    for (std::size_t c = 0; c < stats.channels.size(); ++c) {
+        const ChannelStats &channel = stats.channels[c];
+        if (!channel.source.isEmpty())
+            channels << QStringLiteral("%1:%2").arg(int(c) + 1).arg(
+                            channelStateWord(channel.state, channel.live));
+    }
+    if (!channels.isEmpty())
+        line += "  channels " + channels.join(',');
     std::fprintf(stdout, "%s\n", line.toUtf8().constData());
     std::fflush(stdout);
     m_framesAtLastLine = frames;

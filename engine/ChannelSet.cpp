@@ -23,8 +23,31 @@ ChannelState channelStateOf(int decoderState)
         return ChannelState::Ended;
     case FFmpegVideoDecoder::State::Failed:
         return ChannelState::Failed;
+    case FFmpegVideoDecoder::State::Reconnecting:
+        return ChannelState::Reconnecting;
     }
     return ChannelState::Idle;
+}
+
+QString channelStateWord(ChannelState state, bool live)
+{
+    switch (state) {
+    case ChannelState::Idle:
+        return QStringLiteral("idle");
+    case ChannelState::Opening:
+        return QStringLiteral("connecting");
+    case ChannelState::Playing:
+        return live ? QStringLiteral("live") : QStringLiteral("playing");
+    case ChannelState::Paused:
+        return QStringLiteral("paused");
+    case ChannelState::Ended:
+        return QStringLiteral("ended");
+    case ChannelState::Failed:
+        return QStringLiteral("failed");
+    case ChannelState::Reconnecting:
+        return QStringLiteral("reconnecting");
+    }
+    return {};
 }
 
 namespace {
@@ -165,6 +188,7 @@ ChannelStats ChannelSet::stats(int channel) const
     s.live = d.isLive();
     s.loop = d.loop();
     s.lastError = d.lastError();
+    s.reconnects = d.reconnects();
     s.deinterlacing = d.isDeinterlacing();
     return s;
 }

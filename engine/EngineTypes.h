@@ -30,9 +30,14 @@ enum class ChannelState
     Opening, // connecting or probing
     Playing,
     Paused,
-    Ended,  // a file reached its end without loop
-    Failed, // see lastError
+    Ended,        // a file reached its end without loop
+    Failed,       // see lastError
+    Reconnecting, // a network stream is lost and being opened again (see lastError)
 };
+
+// The word the progress line and the control API use: "idle", "connecting", "live" (a live
+// source delivering), "playing", "paused", "ended", "failed", "reconnecting".
+QString channelStateWord(ChannelState state, bool live);
 
 // Why the outputs did not start, or stopped on their own.
 enum class OutputFailure
@@ -84,6 +89,7 @@ struct ChannelStats
     bool deinterlacing = false; // interlaced pictures are being deinterlaced
     qint64 picturesSkipped = 0; // decoded but never on air: late, or a newer one was due
     qint64 reanchors = 0;       // times the channel was put on the program clock again
+    qint64 reconnects = 0;      // times a network stream was lost and opened again
     SourceError lastError = SourceError::None;
     Level audio;
 };

@@ -49,6 +49,7 @@ DecodeRun::~DecodeRun()
 
 bool DecodeRun::open(const QString &source, bool separateAudio)
 {
+    m_network = classifySource(source) == SourceKind::NetworkStream;
     m_input = openMainInput(source, separateAudio, interruptFor(m_host));
     if (m_input.error != SourceError::None) {
         if (!m_host.cancelled())
@@ -378,13 +379,17 @@ void DecodeRun::drainDecoders()
     receiveVideoFrames();
 }
 
-void DecodeRun::handleEndOfFile()
+bool DecodeRun::handleEndOfFile()
 {
     if (!m_drained) {
         drainDecoders();
         m_drained = true;
         if (m_host.cancelled())
-            return;
+            return true;
+    }
+    if (m_input.live && m_network) {
+        qInfo().noquote() << "FFmpegVideoDecoder: the live source ended";
+        return false;
     }
     if (m_controls.loop.load()) {
         // The next loop follows this one without a gap in either stream.
@@ -392,13 +397,14 @@ void DecodeRun::handleEndOfFile()
             m_input.context->start_time != AV_NOPTS_VALUE ? m_input.context->start_time : 0;
         m_timeline.loopRestart(startUs);
         seekTo(0, false);
-        return;
+        return true;
     }
     if (!m_endReported) {
         m_endReported = true;
         m_host.endedNaturally();
     }
     std::this_thread::sleep_for(kEndOfFilePoll);
+    return true;
 }
 
 void DecodeRun::showOneFrameAfterSeek()
@@ -468,7 +474,8 @@ void DecodeRun::decodeLoop()
             continue;
         }
         if (err == AVERROR_EOF) {
-            handleEndOfFile();
+            if (!handleEndOfFile())
+                return;
             continue;
         }
         if (err < 0) {

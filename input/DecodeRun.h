@@ -85,7 +85,7 @@ public:
     bool open(const QString &source, bool separateAudio);
     // The Linux microphone named together with the camera, to be opened beside it.
     QString deviceMicrophone() const { return m_input.deviceMicrophone; }
-    // Runs until the host cancels the run or the source fails.
+    // Runs until the host cancels the run, the source fails, or a live network source ends.
     void decodeLoop();
 
     // The I/O interrupt: FFmpeg polls it during blocking calls.
@@ -110,7 +110,9 @@ private:
     qint64 durationUs(const AVFrame *frame, const AVStream *stream) const;
 
     void seekTo(qint64 positionMs, bool newTimeline);
-    void handleEndOfFile();
+    // False when the run is over: a live network source that ended is opened again by the
+    // decoder, never polled.
+    bool handleEndOfFile();
     void drainDecoders();
     void showOneFrameAfterSeek();
     bool interrupted() const;
@@ -135,6 +137,7 @@ private:
     SourceTimeline m_timeline;
     quint64 m_timelineId = 0;
 
+    bool m_network = false; // a stream read over the network (opened again when it ends)
     bool m_useReader = false;
     bool m_realTime = false; // the source must be read at its own pace (see DecodeHost::opened)
     std::thread m_reader;

@@ -2,6 +2,8 @@
 
 #include "input/DecodeRun.h"
 #include "input/MicrophoneRun.h"
+#include "input/SourceAddress.h"
+#include "media/LogThrottle.h"
 #include "media/SourceFeeds.h"
 
 #include <QDebug>
@@ -19,10 +21,14 @@ constexpr int kLiveQueueDepth = 45;
 class FFmpegVideoDecoder::Run : public DecodeHost
 {
 public:
-    Run(FFmpegVideoDecoder &decoder, quint64 generation)
-        : m_decoder(decoder), m_generation(generation)
+    // `retrying`: failures are part of reconnecting (no Failed state); `logFailure`: this
+    // attempt's failure is reported (the decoder thins out the reports of a long outage).
+    Run(FFmpegVideoDecoder &decoder, quint64 generation, bool retrying, bool logFailure)
+        : m_decoder(decoder), m_generation(generation), m_retrying(retrying),
+          m_logFailure(logFailure)
     {
     }
+    bool delivered() const { return m_delivered.load(); }
 
     bool cancelled() const override { return m_over.load() || !m_decoder.isCurrent(m_generation); }
     // The main source's run is over: helpers (a microphone) end with it.
@@ -50,9 +56,14 @@ public:
                 m_decoder.m_framesDelivered.fetch_add(1);
         }
         if (taken) {
+            m_delivered.store(true);
             const State now = m_decoder.state();
-            if (now == State::Opening || now == State::Ended)
+            if (now == State::Opening || now == State::Ended || now == State::Reconnecting) {
+                if (now == State::Reconnecting)
+                    qInfo().noquote() << "FFmpegVideoDecoder: source back after"
+                                      << m_decoder.m_reconnects.load() << "reconnects";
                 m_decoder.setState(State::Playing, m_generation);
+            }
         }
         return taken;
     }
@@ -118,13 +129,16 @@ public:
     {
         if (cancelled())
             return;
+        m_decoder.m_lastError.store(int(error));
+        if (!m_logFailure)
+            return;
         if (error == SourceError::ReadFailed)
             qWarning().noquote() << "FFmpegVideoDecoder: read ended:" << detail;
-        m_decoder.m_lastError.store(int(error));
-        // A separate microphone that fails leaves the pictures playing.
+        // A separate microphone that fails leaves the pictures playing; a stream being
+        // reconnected is not failed.
         const bool microphone =
             error >= SourceError::MicAddressInvalid && error <= SourceError::MicDecoderFailed;
-        if (!microphone)
+        if (!microphone && !m_retrying)
             m_decoder.setState(State::Failed, m_generation);
         emit m_decoder.decodeError(error, detail, m_generation);
     }
@@ -146,7 +160,10 @@ public:
 private:
     FFmpegVideoDecoder &m_decoder;
     const quint64 m_generation;
+    const bool m_retrying;
+    const bool m_logFailure;
     std::atomic<bool> m_over{false};
+    std::atomic<bool> m_delivered{false};
     std::atomic<bool> m_realTime{false}; // the queue drops its oldest instead of waiting
 };
 
@@ -200,6 +217,7 @@ quint64 FFmpegVideoDecoder::setSource(const QString &source, const QString &audi
         m_framesDelivered.store(0);
         m_framesDropped.store(0);
         m_packetsDropped.store(0);
+        m_reconnects.store(0);
         m_durationMs.store(0);
         m_live.store(false);
         m_lastError.store(int(SourceError::None));
@@ -319,7 +337,34 @@ void FFmpegVideoDecoder::workerLoop()
 void FFmpegVideoDecoder::runSource(const QString &source, const QString &audioSource,
                                    quint64 generation)
 {
-    Run host(*this, generation);
+    const bool network = classifySource(source) == SourceKind::NetworkStream;
+    auto wait = kFirstRetry;
+    for (qint64 attempt = 0;; ++attempt) {
+        if (runOnce(source, audioSource, generation, network, attempt))
+            wait = kFirstRetry;
+        if (!network || !isCurrent(generation))
+            return;
+        setState(State::Reconnecting, generation);
+        const qint64 lost = m_reconnects.fetch_add(1) + 1;
+        if (shouldLog(lost, 5, 30))
+            qWarning().noquote() << "FFmpegVideoDecoder: source lost; opening it again in"
+                                 << wait.count() << "ms (reconnect" << lost << ")";
+        {
+            std::unique_lock lock(m_controlMutex);
+            m_wake.wait_for(lock, wait, [&] { return m_shutdown || !isCurrent(generation); });
+        }
+        if (!isCurrent(generation))
+            return;
+        wait = std::min(wait * 2, kLongestRetry);
+        // The program takes the source up again from its first new picture.
+        m_timeline.fetch_add(1);
+    }
+}
+
+bool FFmpegVideoDecoder::runOnce(const QString &source, const QString &audioSource,
+                                 quint64 generation, bool retrying, qint64 attempt)
+{
+    Run host(*this, generation, retrying, shouldLog(attempt + 1, 3, 30));
     std::thread microphone;
     if (!audioSource.isEmpty())
         microphone = std::thread([&host, audioSource] { runMicrophone(audioSource, false, host); });
@@ -340,4 +385,5 @@ void FFmpegVideoDecoder::runSource(const QString &source, const QString &audioSo
     host.finish();
     if (microphone.joinable())
         microphone.join();
+    return host.delivered();
 }

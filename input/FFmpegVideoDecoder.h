@@ -16,6 +16,11 @@
 // full; a live source never waits. The feed never receives anything of a run that setSource()
 // or stop() has already replaced.
 //
+// A network stream (RTMP, RTSP, SRT, HLS/HTTP, UDP ...) that cannot be opened, fails, or (when
+// live) ends is opened again by the same worker, forever, after 0.5 s, 1 s, 2 s ... at most 10 s
+// (back to 0.5 s once it delivered pictures); every attempt starts a new timeline. A file that
+// ends is never opened again.
+//
 // Signals are emitted from the worker thread (receivers get them queued) and carry the
 // generation of the run they belong to, so that late reports of an old source can be ignored.
 
@@ -26,6 +31,7 @@
 #include <QSize>
 #include <QString>
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
@@ -49,8 +55,9 @@ public:
         Opening, // connecting or probing
         Playing,
         Paused,
-        Ended,  // a file reached its end without loop
-        Failed, // the source could not be opened, or stopped delivering
+        Ended,        // a file reached its end without loop
+        Failed,       // the source could not be opened, or stopped delivering
+        Reconnecting, // a network stream is lost and being opened again
     };
     Q_ENUM(State)
 
@@ -99,6 +106,11 @@ public:
     qint64 framesDropped() const { return m_framesDropped.load(); }
     // Packets dropped by the read-ahead queue or refused by the decoders.
     qint64 packetsDropped() const { return m_packetsDropped.load(); }
+    // Times a network stream was lost and opened again.
+    qint64 reconnects() const { return m_reconnects.load(); }
+
+    static constexpr std::chrono::milliseconds kFirstRetry{500};
+    static constexpr std::chrono::milliseconds kLongestRetry{10000};
 
 signals:
     void decodeError(selvane::SourceError error, QString detail, quint64 generation);
@@ -114,6 +126,9 @@ private:
 
     void workerLoop();
     void runSource(const QString &source, const QString &audioSource, quint64 generation);
+    // One attempt; true when it delivered pictures.
+    bool runOnce(const QString &source, const QString &audioSource, quint64 generation,
+                 bool retrying, qint64 attempt);
     void setState(State state, quint64 generation);
     bool isCurrent(quint64 generation) const;
 
@@ -136,6 +151,7 @@ private:
     std::atomic<qint64> m_framesDelivered{0};
     std::atomic<qint64> m_framesDropped{0};
     std::atomic<qint64> m_packetsDropped{0};
+    std::atomic<qint64> m_reconnects{0};
     std::atomic<bool> m_deinterlacing{false};
     // The source's timelines: a new one for every run, seek and resume.
     std::atomic<quint64> m_timeline{0};

@@ -43,7 +43,7 @@ SourceKind classifySource(const QString &address)
         return SourceKind::CaptureDevice;
     if (address.startsWith("lavfi://", Qt::CaseInsensitive))
         return SourceKind::TestSignal;
-    if (address.contains("://"))
+    if (address.contains("://") && !address.startsWith("file:", Qt::CaseInsensitive))
         return SourceKind::NetworkStream;
     return SourceKind::LocalFile;
 }
@@ -121,9 +121,14 @@ void buildInputOptions(const QString &address, AVDictionary **dictionary, bool s
 {
     if (!address.contains("://") || address.startsWith("dshow://", Qt::CaseInsensitive))
         return;
-    av_dict_set(dictionary, "rw_timeout", "30000000", 0);
-    av_dict_set(dictionary, "stimeout", "30000000", 0);
     const QString lower = address.toLower();
+    // A real-time stream silent this long is lost and opened again; a segmented one (HLS,
+    // DASH) may take longer over a slow link.
+    const bool realTime = startsWithAny(lower, {"rtmp://", "rtmps://", "rtmpt://", "rtsp://",
+                                                "rtsps://", "srt://", "udp://", "rtp://"});
+    const char *timeout = realTime ? "5000000" : "30000000";
+    av_dict_set(dictionary, "rw_timeout", timeout, 0);
+    av_dict_set(dictionary, "stimeout", timeout, 0);
     if (skipProxies) {
         av_dict_set(dictionary, "rtsp_transport", "tcp", 0);
     } else {

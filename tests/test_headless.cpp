@@ -28,7 +28,7 @@ Progress parseProgress(const QByteArray &out)
 {
     Progress p;
     static const QRegularExpression line(
-        R"(^(done: )?elapsed \d\d:\d\d:\d\d\.\d  frames (\d+)  fps ([\d.]+)  repeated (\d+)  skipped (\d+)  dropped (\d+)(  written \d+.*)?$)");
+        R"(^(done: )?elapsed \d\d:\d\d:\d\d\.\d  frames (\d+)  fps ([\d.]+)  repeated (\d+)  skipped (\d+)  dropped (\d+)(  .*)?$)");
     for (const QByteArray &raw : out.split('\n')) {
         const QRegularExpressionMatch m = line.match(QString::fromUtf8(raw));
         if (!m.hasMatch())
@@ -303,6 +303,59 @@ private slots:
         QVERIFY(first + resumed.stream("h264")->frames < written);
         qInfo("written %lld, streamed %lld, first file %lld, resumed file %lld", written, streamed,
               first, resumed.stream("h264")->frames);
+    }
+
+    void lostInputComesBackWhileTheProgramRunsOn()
+    {
+        // The server of a live RTMP channel is killed and comes back a few seconds later.
+        IsolatedHome home;
+        RtmpServer server;
+        QVERIFY(server.start());
+        const quint16 port = server.port();
+        auto publish = [&](QProcess &publisher) {
+            publisher.start("ffmpeg", {"-v", "error", "-nostdin", "-re", "-f", "lavfi", "-i",
+                                       "testsrc2=size=320x240:rate=30", "-f", "lavfi", "-i",
+                                       "sine=frequency=440", "-c:v", "libx264", "-preset",
+                                       "ultrafast", "-g", "30", "-c:a", "aac", "-f", "flv",
+                                       server.url("in")});
+            return publisher.waitForStarted();
+        };
+        QProcess first;
+        QVERIFY(publish(first));
+        QTest::qWait(1500);
+        QProcess run;
+        run.setProcessEnvironment(home.environment());
+        run.start(kBinary, {"--headless", "--channel", "1=" + server.url("in"), "--duration",
+                            "16", "--record", home.path("out.mp4")});
+        QTest::qWait(5000);
+        server.stop();
+        QTest::qWait(2500);
+        QVERIFY(server.start(port));
+        QProcess second;
+        QVERIFY(publish(second));
+        QVERIFY(run.waitForFinished(40000));
+        second.kill();
+        first.kill();
+        const QByteArray out = run.readAllStandardOutput();
+        QCOMPARE(run.exitCode(), 0);
+        const qsizetype lost = out.indexOf("channels 1:reconnecting");
+        QVERIFY2(lost > 0 && out.indexOf("channels 1:live", lost) > lost, out.constData());
+
+        // Every tick of the 16 s became a frame, and the sound (silence while the source was
+        // away) runs as long as the pictures.
+        const QRegularExpression done("done: .* written (\\d+)  ");
+        const QRegularExpressionMatch m = done.match(QString::fromUtf8(out));
+        QVERIFY2(m.hasMatch(), out.constData());
+        const qint64 written = m.captured(1).toLongLong();
+        QVERIFY2(written >= 16 * 30 - 10, out.constData());
+        const ProbedFile file = probeFile(home.path("out.mp4"));
+        QCOMPARE(file.stream("h264")->frames, written);
+        std::vector<std::int16_t> sound;
+        double soundStart = 0;
+        QVERIFY(decodeAudio(home.path("out.mp4"), &sound, &soundStart));
+        const double soundSeconds = double(sound.size()) / 48000;
+        QVERIFY2(qAbs(soundSeconds - written / 30.0) < 0.3, qPrintable(QString::number(soundSeconds)));
+        qInfo("written %lld frames, sound %.2f s", written, soundSeconds);
     }
 
     void missingSourceIsLoggedAndRunStillEnds()

@@ -46,7 +46,7 @@ private slots:
         QTest::newRow("microphone only is no device")
             << "dshow://capture?audio=Mic" << int(SourceKind::NetworkStream);
         QTest::newRow("test signal") << "lavfi://testsrc2" << int(SourceKind::TestSignal);
-        QTest::newRow("file url") << "file:///tmp/a.mp4" << int(SourceKind::NetworkStream);
+        QTest::newRow("file url") << "file:///tmp/a.mp4" << int(SourceKind::LocalFile);
         QTest::newRow("path") << "/tmp/a b.mp4" << int(SourceKind::LocalFile);
     }
 

@@ -279,6 +279,16 @@ void HeadlessRunner::printProgress(bool final)
     }
     if (!channels.isEmpty())
         line += "  channels " + channels.join(',');
+    // A source that could not be opened (or a stream that never connected) is remembered for
+    // the exit code.
+    for (std::size_t c = 0; c < stats.channels.size(); ++c) {
+        const ChannelStats &channel = stats.channels[c];
+        const bool neverOpened = channel.framesDelivered == 0 &&
+                                 (channel.state == ChannelState::Failed ||
+                                  (final && channel.state == ChannelState::Reconnecting));
+        if (!channel.source.isEmpty() && neverOpened && !m_unopened.contains(int(c) + 1))
+            m_unopened.insert(int(c) + 1, sourceErrorLogText(channel.lastError));
+    }
     std::fprintf(stdout, "%s\n", line.toUtf8().constData());
     std::fflush(stdout);
     m_framesAtLastLine = frames;
@@ -309,6 +319,13 @@ void HeadlessRunner::finish()
                                     .arg(m_recordingFailure)));
         m_exitCode = 3;
     }
+    for (auto it = m_unopened.cbegin(); it != m_unopened.cend(); ++it)
+        std::fprintf(stderr, "selvane: %s\n",
+                     qPrintable(tr("channel %1: the source never opened (%2)")
+                                    .arg(it.key())
+                                    .arg(it.value())));
+    if (!m_unopened.isEmpty() && m_exitCode == 0)
+        m_exitCode = 4;
     delete m_engine; // stops and joins every decoder
     m_engine = nullptr;
     QCoreApplication::exit(m_exitCode);

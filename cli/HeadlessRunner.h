@@ -9,6 +9,7 @@
 #include "cli/CommandLine.h"
 
 #include <QElapsedTimer>
+#include <QMap>
 #include <QObject>
 
 class QSocketNotifier;
@@ -54,4 +55,5 @@ private:
     int m_exitCode = 0;
     bool m_recordingFailed = false; // at some point of the run
     QString m_recordingFailure;
+    QMap<int, QString> m_unopened; // channel number: why its source never opened
 };

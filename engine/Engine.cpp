@@ -63,6 +63,7 @@ Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBas
     m_channels = new ChannelSet(m_feeds, this);
     connect(m_channels, &ChannelSet::displaySizeChanged, this, &Engine::onChannelSizeChanged);
     connect(m_channels, &ChannelSet::stateChanged, this, &Engine::channelStateChanged);
+    connect(m_channels, &ChannelSet::stateChanged, this, &Engine::openPendingOutputsOnceSized);
     connect(m_channels, &ChannelSet::error, this, &Engine::channelError);
     connect(m_channels, &ChannelSet::ended, this, &Engine::channelEnded);
 
@@ -253,8 +254,10 @@ void Engine::setOutputSize(const OutputSize &size)
 
 void Engine::onChannelSizeChanged(int channel, QSize)
 {
-    if (channel == programChannel())
-        updateProgramSize();
+    if (channel != programChannel())
+        return;
+    updateProgramSize();
+    openPendingOutputsOnceSized();
 }
 
 void Engine::updateProgramSize()
@@ -302,9 +305,6 @@ void Engine::onPreviewReady()
     const ProgramSwitcher::Preview preview = m_switcher->takePreview();
     if (!preview.frame)
         return;
-    m_sawProgramFrame = true;
-    if (m_pendingOutputs)
-        openPendingOutputs();
     emit programFrame(preview.frame, preview.channel);
 }
 
@@ -508,10 +508,32 @@ bool Engine::startOutputs(const OutputSettings &settings)
     if (!settings.hasDestination() || m_output->isActive() || m_pendingOutputs)
         return false;
     m_pendingOutputs = settings;
-    // Outputs open with a program picture on air, once its size is known.
-    if (m_sawProgramFrame)
-        QMetaObject::invokeMethod(this, &Engine::openPendingOutputs, Qt::QueuedConnection);
+    // The program runs (black until a picture comes), so the outputs open at once when the
+    // size is given, or as soon as the program's source shows its size; a source that has
+    // shown nothing within a second gets the fallback size rather than a recording that
+    // misses the start.
+    QMetaObject::invokeMethod(this, &Engine::openPendingOutputsOnceSized, Qt::QueuedConnection);
+    const quint64 request = ++m_outputRequests;
+    QTimer::singleShot(kOutputSizeWaitMs, this, [this, request] {
+        if (request == m_outputRequests)
+            openPendingOutputs();
+    });
     return true;
+}
+
+void Engine::openPendingOutputsOnceSized()
+{
+    if (!m_pendingOutputs)
+        return;
+    const int channel = programChannel();
+    const ChannelState state = channel >= 0 ? m_channels->state(channel) : ChannelState::Idle;
+    // A source that failed or is being reconnected will not show its size soon.
+    const bool sized = m_pendingOutputs->size.explicitSize || state == ChannelState::Failed ||
+                       state == ChannelState::Reconnecting ||
+                       (channel >= 0 ? m_channels->displaySize(channel).isValid()
+                                     : m_stillSize.isValid());
+    if (sized)
+        openPendingOutputs();
 }
 
 void Engine::openPendingOutputs()

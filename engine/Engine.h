@@ -100,9 +100,10 @@ public:
     static StreamTarget parseStreamTarget(const QString &text);
     // What would keep these outputs from working, checked before anything starts.
     static OutputCheck checkOutputs(const EncoderSettings &settings);
-    // Starts recording and streaming with these settings. The outputs open with the first
-    // program picture (so that its size is known); the result comes as outputsStarted or
-    // outputsFailed. False when nothing is to be written or outputs are already active.
+    // Starts recording and streaming with these settings. The outputs open at once when the
+    // size is given, else when the program's source shows its size, at most a second later
+    // (then at the fallback size); the program is black until a picture comes. The result
+    // comes as outputsStarted or outputsFailed. False when nothing is to be written or outputs are already active.
     bool startOutputs(const OutputSettings &settings);
     // Stops them; trailers are written before outputsStopped.
     void stopOutputs();
@@ -145,6 +146,8 @@ private:
     void onChannelSizeChanged(int channel, QSize size);
     void updateProgramSize();
     void openPendingOutputs();
+    // Opens them when the program's size is known (given, or shown by its source).
+    void openPendingOutputsOnceSized();
     void applyOverlayAudio(int mediaId);
     QSize overlayTargetSize(const MediaOverlayRecord &record) const;
     void sampleRates();
@@ -188,8 +191,9 @@ private:
     bool m_sizeLocked = false;
     bool m_haveSize = false;
     double m_outputFps = 30.0;
-    bool m_sawProgramFrame = false;
     std::optional<OutputSettings> m_pendingOutputs;
+    quint64 m_outputRequests = 0;
+    static constexpr int kOutputSizeWaitMs = 1000;
 
     // Rates, sampled once a second.
     QTimer *m_rateTimer = nullptr;

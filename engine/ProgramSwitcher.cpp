@@ -291,6 +291,33 @@ FrameTokenPtr ProgramSwitcher::stillFrame(qint64 programUs)
     return m_stillToken;
 }
 
+FrameTokenPtr ProgramSwitcher::blackFrame(qint64 programUs)
+{
+    QSize out;
+    {
+        std::lock_guard lock(m_mutex);
+        out = m_outputSize;
+    }
+    if (out.width() < 1 || out.height() < 1)
+        return {};
+    if (m_blackToken && m_blackToken->width == out.width() && m_blackToken->height == out.height())
+        return m_blackToken;
+    FrameWriter token = m_pool.acquire();
+    if (!token)
+        return m_blackToken; // made on the next tick, when the pool has a frame to spare
+    const qint64 stride = qint64(out.width()) * 4;
+    token.prepare(out.width(), out.height(), stride);
+    token->flag = true;
+    token->ptsUs = programUs;
+    uchar *bits = token.bits();
+    for (qint64 i = 0, n = stride * out.height(); i < n; i += 4) {
+        bits[i] = bits[i + 1] = bits[i + 2] = 0;
+        bits[i + 3] = 255;
+    }
+    m_blackToken = std::move(token).publish();
+    return m_blackToken;
+}
+
 void ProgramSwitcher::tick(qint64 programUs)
 {
     m_halfPeriodUs = std::llround(5e5 / m_tickFps);
@@ -345,8 +372,13 @@ void ProgramSwitcher::tick(qint64 programUs)
             onAir = -1;
         }
     }
-    if (!base)
-        return; // nothing has been on air yet
+    if (!base || base == m_blackToken) {
+        // Nothing has been on air yet: the program is black, and runs at its rate all the same.
+        base = blackFrame(programUs);
+        onAir = -1;
+        if (!base)
+            return;
+    }
     const bool repeated = base == m_lastBase;
     m_lastBase = base;
 

@@ -125,6 +125,8 @@ private:
     void advance(SourceFeed &feed, SourceState &state, qint64 programUs);
     static qint64 liveEdgeUs(SourceFeed &feed, quint64 timeline, qint64 videoEdgeUs);
     FrameTokenPtr stillFrame(qint64 programUs);
+    // Black at the output size, until anything else has been on air.
+    FrameTokenPtr blackFrame(qint64 programUs);
     void startTicking();
 
     SourceFeeds &m_feeds;
@@ -163,6 +165,7 @@ private:
     quint64 m_canvasVersion = 0;
     QSize m_canvasSize;
     FrameTokenPtr m_stillToken;
+    FrameTokenPtr m_blackToken;
 
     std::mutex m_previewMutex;
     Preview m_preview;

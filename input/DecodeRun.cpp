@@ -6,6 +6,7 @@
 
 #include <QDebug>
 #include <algorithm>
+#include <cstring>
 
 namespace selvane {
 
@@ -62,23 +63,49 @@ bool DecodeRun::open(const QString &source, bool separateAudio)
 
     AVFormatContext *format = m_input.context.get();
     const int videoIndex = av_find_best_stream(format, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
-    if (videoIndex < 0) {
+    const int audioIndex = av_find_best_stream(format, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
+    if (videoIndex < 0 && audioIndex < 0) {
         m_input.context.reset();
         m_host.failed(SourceError::NoVideoStream, {});
         return false;
     }
-    m_videoStream = format->streams[videoIndex];
-    if (!openVideoDecoder(m_videoStream, &m_video)) {
-        m_video = OpenedVideoDecoder{};
-        m_input.context.reset();
-        m_host.failed(SourceError::DecoderOpenFailed, {});
-        return false;
+    if (videoIndex >= 0) {
+        m_videoStream = format->streams[videoIndex];
+        if (!openVideoDecoder(m_videoStream, &m_video)) {
+            m_video = OpenedVideoDecoder{};
+            m_input.context.reset();
+            m_host.failed(SourceError::DecoderOpenFailed, {});
+            return false;
+        }
+        m_pictures = std::make_unique<PictureConverter>(uprightRotationDegrees(m_videoStream),
+                                                        *m_video.hardwareFormat);
+    } else {
+        // Sound alone: the sound's stream is the clock, and black pictures on its time carry
+        // it onto the program (see showBlackUpTo).
+        m_videoStream = format->streams[audioIndex];
+        m_pictures = std::make_unique<PictureConverter>(0, AV_PIX_FMT_NONE);
+        m_black.reset(av_frame_alloc());
+        if (!m_black) {
+            m_input.context.reset();
+            m_host.failed(SourceError::AllocFailed, {});
+            return false;
+        }
+        m_black->format = AV_PIX_FMT_YUV420P;
+        m_black->width = kBlackSize.width();
+        m_black->height = kBlackSize.height();
+        if (av_frame_get_buffer(m_black.get(), 0) < 0) {
+            m_input.context.reset();
+            m_host.failed(SourceError::AllocFailed, {});
+            return false;
+        }
+        const int rows[3] = {m_black->height, m_black->height / 2, m_black->height / 2};
+        const int values[3] = {16, 128, 128};
+        for (int plane = 0; plane < 3; ++plane)
+            std::memset(m_black->data[plane], values[plane],
+                        std::size_t(m_black->linesize[plane]) * std::size_t(rows[plane]));
     }
-    m_pictures = std::make_unique<PictureConverter>(uprightRotationDegrees(m_videoStream),
-                                                    *m_video.hardwareFormat);
 
     // The best audio stream plays when its decoder opens; otherwise the source plays silent.
-    const int audioIndex = av_find_best_stream(format, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (audioIndex >= 0) {
         AVStream *stream = format->streams[audioIndex];
         const AVCodec *codec = avcodec_find_decoder(stream->codecpar->codec_id);
@@ -225,8 +252,25 @@ void DecodeRun::receiveAudioFrames()
                             [this](const std::int16_t *samples, int frames, qint64 startUs) {
                                 m_host.deliverAudio(samples, frames, startUs, m_timelineId);
                             });
+            if (m_black)
+                showBlackUpTo(rawTimeUs(audioFrame, m_audioStream) +
+                              durationUs(audioFrame, m_audioStream));
         }
         av_frame_unref(audioFrame);
+    }
+}
+
+void DecodeRun::showBlackUpTo(qint64 rawEndUs)
+{
+    if (rawEndUs == SourceTimeline::kNoTime)
+        return;
+    if (m_nextBlackUs == SourceTimeline::kNoTime || m_nextBlackUs > rawEndUs + kBlackPeriodUs)
+        m_nextBlackUs = rawEndUs; // the first, or after a seek or a loop back
+    while (m_nextBlackUs < rawEndUs && !interrupted()) {
+        m_black->pts = av_rescale_q(m_nextBlackUs, AV_TIME_BASE_Q, m_videoStream->time_base);
+        m_black->best_effort_timestamp = m_black->pts;
+        showPicture(m_black.get());
+        m_nextBlackUs += kBlackPeriodUs;
     }
 }
 
@@ -348,7 +392,8 @@ void DecodeRun::seekTo(qint64 positionMs, bool newTimeline)
     AVFormatContext *format = m_input.context.get();
     if (av_seek_frame(format, m_videoStream->index, ts, AVSEEK_FLAG_BACKWARD) < 0)
         av_seek_frame(format, -1, targetUs, AVSEEK_FLAG_BACKWARD);
-    avcodec_flush_buffers(m_video.context.get());
+    if (m_video.context)
+        avcodec_flush_buffers(m_video.context.get());
     if (m_audioCodec)
         avcodec_flush_buffers(m_audioCodec.get());
     m_audio.reset();
@@ -375,8 +420,10 @@ void DecodeRun::drainDecoders()
         avcodec_send_packet(m_audioCodec.get(), nullptr);
         receiveAudioFrames();
     }
-    avcodec_send_packet(m_video.context.get(), nullptr);
-    receiveVideoFrames();
+    if (m_video.context) {
+        avcodec_send_packet(m_video.context.get(), nullptr);
+        receiveVideoFrames();
+    }
 }
 
 bool DecodeRun::handleEndOfFile()
@@ -411,6 +458,8 @@ void DecodeRun::showOneFrameAfterSeek()
 {
     const qint64 deliveredBefore = m_delivered;
     AVCodecContext *codec = m_video.context.get();
+    if (!codec)
+        return; // sound alone: black shows anyway
     while (!m_host.cancelled() && m_delivered == deliveredBefore) {
         const int err = nextPacket(m_packet.get());
         if (err == AVERROR(EAGAIN)) {

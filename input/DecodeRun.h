@@ -109,6 +109,8 @@ private:
     qint64 rawTimeUs(const AVFrame *frame, const AVStream *stream) const;
     qint64 durationUs(const AVFrame *frame, const AVStream *stream) const;
 
+    // Sound alone: black pictures every kBlackPeriodUs of the sound's own time, up to rawEndUs.
+    void showBlackUpTo(qint64 rawEndUs);
     void seekTo(qint64 positionMs, bool newTimeline);
     // False when the run is over: a live network source that ended is opened again by the
     // decoder, never polled.
@@ -137,6 +139,10 @@ private:
     SourceTimeline m_timeline;
     quint64 m_timelineId = 0;
 
+    ffsupport::FramePtr m_black; // the picture of a source of sound alone
+    qint64 m_nextBlackUs = SourceTimeline::kNoTime;
+    static constexpr qint64 kBlackPeriodUs = 100000;
+    static constexpr QSize kBlackSize{1280, 720};
     bool m_network = false; // a stream read over the network (opened again when it ends)
     bool m_useReader = false;
     bool m_realTime = false; // the source must be read at its own pace (see DecodeHost::opened)

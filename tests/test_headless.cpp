@@ -326,7 +326,7 @@ private slots:
         QProcess run;
         run.setProcessEnvironment(home.environment());
         run.start(kBinary, {"--headless", "--channel", "1=" + server.url("in"), "--duration",
-                            "16", "--record", home.path("out.mp4")});
+                            "16", "--size", "320x240", "--record", home.path("out.mp4")});
         QTest::qWait(5000);
         server.stop();
         QTest::qWait(2500);
@@ -336,6 +336,8 @@ private slots:
         QVERIFY(run.waitForFinished(40000));
         second.kill();
         first.kill();
+        second.waitForFinished(5000);
+        first.waitForFinished(5000);
         const QByteArray out = run.readAllStandardOutput();
         QCOMPARE(run.exitCode(), 0);
         const qsizetype lost = out.indexOf("channels 1:reconnecting");
@@ -358,16 +360,68 @@ private slots:
         qInfo("written %lld frames, sound %.2f s", written, soundSeconds);
     }
 
-    void missingSourceIsLoggedAndRunStillEnds()
+    void everySourceRunsTheWholeShowOrIsReported_data()
     {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("made");  // the ffmpeg input that makes it; empty: none
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<int>("luma");      // the program's mean luma at the end (black: 0)
+        QTest::addColumn<bool>("sound");
+        const QString picture = "testsrc2=size=320x240";
+        QTest::newRow("jpeg still") << "s.jpg" << picture << 0 << 120 << false;
+        QTest::newRow("bmp still") << "s.bmp" << picture << 0 << 120 << false;
+        QTest::newRow("webp still") << "s.webp" << picture << 0 << 120 << false;
+        QTest::newRow("sound alone") << "a.mp3" << "sine=frequency=440:duration=5" << 0 << 0
+                                     << true;
+        QTest::newRow("missing file") << "missing.mp4" << QString() << 4 << 0 << false;
+        QTest::newRow("bad test signal") << "lavfi://nosuchfilter" << QString() << 4 << 0
+                                         << false;
+    }
+
+    void everySourceRunsTheWholeShowOrIsReported()
+    {
+        // The outputs start with the run, whatever the source does: black until (or unless)
+        // a picture comes, and a channel whose source never opens is named at the end.
+        QFETCH(QString, file);
+        QFETCH(QString, made);
+        QFETCH(int, exitCode);
+        QFETCH(int, luma);
+        QFETCH(bool, sound);
         IsolatedHome home;
-        const ProcessResult r = runProcess(
-            kBinary,
-            {"--headless", "--channel", "1=" + home.path("missing.mp4"), "--duration", "1"},
-            home.environment());
-        QCOMPARE(r.exitCode, 0);
-        QVERIFY(r.err.contains("Channel 1 decoder: avformat_open_input failed"));
-        QCOMPARE(parseProgress(r.out).finalFrames, 0);
+        const QString source = file.contains("://") ? file : home.path(file);
+        if (!made.isEmpty()) {
+            QStringList args{"-f", "lavfi", "-i", made};
+            if (!file.endsWith(".mp3"))
+                args << "-frames:v" << "1";
+            QVERIFY(runFfmpeg(args << source));
+        }
+        const ProcessResult r =
+            runProcess(kBinary,
+                       {"--headless", "--channel", "1=" + source, "--duration", "2", "--record",
+                        home.path("out.mp4")},
+                       home.environment(), 60000);
+        QCOMPARE(r.exitCode, exitCode);
+        if (exitCode == 4)
+            QVERIFY2(r.err.contains("channel 1: the source never opened"), r.err.constData());
+        const ProbedFile out = probeFile(home.path("out.mp4"));
+        QVERIFY2(out.ok, out.errors.constData());
+        QVERIFY2(qAbs(out.duration - 2.0) < 0.2, qPrintable(QString::number(out.duration)));
+        QProcess last;
+        last.start("ffmpeg", {"-v", "error", "-sseof", "-0.3", "-i", home.path("out.mp4"),
+                              "-frames:v", "1", "-f", "rawvideo", "-pix_fmt", "gray", "-"});
+        QVERIFY(last.waitForFinished(20000));
+        const QByteArray pixels = last.readAllStandardOutput();
+        QVERIFY(!pixels.isEmpty());
+        qint64 sum = 0;
+        for (char p : pixels)
+            sum += uchar(p);
+        QVERIFY2(qAbs(sum / pixels.size() - luma) < 12, qPrintable(QString::number(sum / pixels.size())));
+        std::vector<std::int16_t> samples;
+        double start = 0;
+        QVERIFY(decodeAudio(home.path("out.mp4"), &samples, &start));
+        const bool loud = std::any_of(samples.begin(), samples.end(),
+                                      [](std::int16_t v) { return std::abs(v) > 1000; });
+        QCOMPARE(loud, sound);
     }
 };
 

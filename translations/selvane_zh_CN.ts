@@ -601,5 +601,10 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
         <source>the recording failed during the run (%1); the streams went on, and it went on in a new file once it could</source>
         <translation>录制在运行中失败（%1）；推流未受影响，录制在能够写入后继续写入新文件</translation>
     </message>
+    <message>
+        <location filename="../cli/HeadlessRunner.cpp" line="300"/>
+        <source>channel %1: the source never opened (%2)</source>
+        <translation>通道 %1：信号源始终未能打开（%2）</translation>
+    </message>
 </context>
 </TS>

@@ -483,26 +483,6 @@ void Engine::applyOverlayAudio(int mediaId)
 
 // ---- outputs ----
 
-StreamTarget Engine::parseStreamTarget(const QString &text)
-{
-    return selvane::parseStreamTarget(text);
-}
-
-OutputCheck Engine::checkOutputs(const EncoderSettings &settings)
-{
-    if (settings.fileEnabled && !settings.filePath.trimmed().isEmpty()) {
-        const OutputProblem problem = recordingProblem(settings.filePath.trimmed());
-        if (problem != OutputProblem::None)
-            return {problem, settings.filePath.trimmed()};
-    }
-    for (const StreamTarget &target : settings.streamTargets) {
-        const OutputProblem problem = streamTargetProblem(target);
-        if (problem != OutputProblem::None)
-            return {problem, maskStreamUrl(target.url)};
-    }
-    return {};
-}
-
 bool Engine::startOutputs(const OutputSettings &settings)
 {
     if (!settings.hasDestination() || m_output->isActive() || m_pendingOutputs)

@@ -361,7 +361,9 @@ bool DecodeRun::offerUntilTaken(FrameTokenPtr &picture)
 
 bool DecodeRun::readAheadOnce()
 {
-    if (m_useReader || m_readAheadEnded || m_queue.size() >= kReadAheadPackets)
+    // Black pictures are made while sound is decoded: reading on there would decode sound
+    // inside the decoding of sound.
+    if (m_useReader || m_readAheadEnded || m_black || m_queue.size() >= kReadAheadPackets)
         return false;
     AVPacket *packet = m_readAheadPacket.get();
     const int err = av_read_frame(m_input.context.get(), packet);

@@ -488,9 +488,28 @@ void FfmpegEncoderSink::closeOutputs()
     m_targets.clear();
 }
 
+void FfmpegEncoderSink::finishAudioWithPicture()
+{
+    if (!m_audioCodec || !m_audioAligned || m_lastVideoPts == AV_NOPTS_VALUE)
+        return;
+    // The program's sound for the last moments is still being mixed when the outputs stop:
+    // it ends as silence with the last picture, and the last part-filled frame is kept.
+    const qint64 videoEnd = av_rescale_q(m_lastVideoPts + 1, m_videoCodec->time_base,
+                                         AVRational{1, kAacSampleRate});
+    const qint64 audioEnd = m_nextAudioPts + qint64(m_audioPending.size() / 2);
+    const qint64 missing = std::min<qint64>(videoEnd - audioEnd, kAacSampleRate);
+    if (missing > 0)
+        m_audioPending.insert(m_audioPending.end(), std::size_t(missing) * 2, 0);
+    const std::size_t perFrame = std::size_t(m_audioFrame->nb_samples) * 2;
+    if (const std::size_t part = m_audioPending.size() % perFrame; part > 0)
+        m_audioPending.insert(m_audioPending.end(), perFrame - part, 0);
+    encodeAudioFrames();
+}
+
 void FfmpegEncoderSink::close()
 {
     if (m_open) {
+        finishAudioWithPicture();
         encodeAndDistribute(m_videoCodec.get(), nullptr, true);
         if (m_audioCodec)
             encodeAndDistribute(m_audioCodec.get(), nullptr, false);

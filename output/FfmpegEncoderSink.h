@@ -85,6 +85,7 @@ private:
     void noteEncoderError(const char *call, bool video, int err);
     void encodeAudioFrames();
     void alignAudioTo(qint64 videoStartUs);
+    void finishAudioWithPicture();
 
     EncoderSettings m_settings;
     StatusCallback m_status;

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Fuzzes the program arrangement reader, and the source-address and stream-target readers with
-# the secret masker, with libFuzzer (clang): scripts/fuzz.sh [RUNS] (default one million
+# Fuzzes the program arrangement reader, the source-address and stream-target readers with the
+# secret masker, and the headless command-line reader, with libFuzzer (clang): scripts/fuzz.sh [RUNS] (default one million
 # executions each). Crashes are written to build-fuzz/crash-*.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
@@ -22,3 +22,9 @@ printf '%s' 'lavfi://testsrc2[out0];sine[out1]' >addresses/lavfi
 printf '%s' 'https://h/p/x.m3u8?token=t#mpegts' >addresses/http
 QT_QPA_PLATFORM=offscreen ASAN_OPTIONS=detect_leaks=0 ./fuzz_addresses -runs="$runs" -max_len=512 \
   -print_final_stats=1 addresses
+mkdir -p arguments
+printf '%s\n' --channel '1=lavfi://testsrc2' --base 1 --size 1280x720 --fps 60 >arguments/basic
+printf '%s\n' --record /tmp/x.mp4 --stream 'srt://h:9000?passphrase=abcdefghij' --bitrate 900 >arguments/outputs
+printf '%s\n' --text hello --image 'a.png@1,2,3,4' --volume 2=0.5 --gain 150 --duration 3 >arguments/overlays
+QT_QPA_PLATFORM=offscreen ASAN_OPTIONS=detect_leaks=0 ./fuzz_command_line -runs="$runs" -max_len=1024 \
+  -print_final_stats=1 arguments

@@ -261,6 +261,7 @@ private slots:
         reader.start("ffmpeg", {"-v", "error", "-nostdin", "-y", "-rw_timeout", "4000000", "-i",
                                 server.url("show"), "-c", "copy", home.path("rx.flv")});
         QVERIFY(reader.waitForStarted());
+        QTest::qWait(1000); // connected and waiting before the show publishes
         QProcess run;
         run.setProcessEnvironment(home.environment());
         run.start(kBinary, {"--headless", "--channel", kBars, "--duration", "14", "--bitrate",

@@ -201,8 +201,14 @@ private slots:
         IsolatedHome home;
         QProcess mixer;
         mixer.setProcessEnvironment(home.environment());
-        mixer.start(kBinary, {"--headless", "--channel", "1=" + source, "--duration",
-                              QString::number(seconds), "--record", file});
+        // A source that shows its size late would get the fallback size (1080p, too costly for
+        // a loaded two-core machine): a live show gives its size.
+        QStringList size;
+        if (kind == "rtmp-appears-late")
+            size << "--size" << "320x240";
+        mixer.start(kBinary, QStringList{"--headless", "--channel", "1=" + source, "--duration",
+                                         QString::number(seconds), "--record", file} +
+                                 size);
         QTRY_VERIFY_WITH_TIMEOUT(mixer.state() == QProcess::NotRunning, (seconds + 40) * 1000);
         late.kill();
         late.waitForFinished(3000);
@@ -274,7 +280,11 @@ private slots:
         // Sound runs as long as the picture.
         const ProbedFile probed = probeFile(file, false);
         QVERIFY(probed.ok && probed.stream("aac"));
-        QVERIFY(std::abs(probed.stream("aac")->duration - times.size() / 30.0) < 0.05);
+        // (The MP4's last fragment may end up to three AAC frames before the last picture.)
+        QVERIFY2(std::abs(probed.stream("aac")->duration - times.size() / 30.0) < 0.07,
+                 qPrintable(QStringLiteral("sound %1 s, pictures %2 s")
+                                .arg(probed.stream("aac")->duration)
+                                .arg(times.size() / 30.0)));
     }
 
     void interlacedSourceGoesOnAirProgressive()

@@ -113,6 +113,8 @@ private slots:
         QTest::newRow("missing overlay file")
             << bars + QStringList{"--image", "/nonexistent.png@0,0,10,10"}
             << "is not a file that can be read";
+        QTest::newRow("100 KB text")
+            << bars + QStringList{"--text", QString(100000, 'x')} << "at most 10000 characters";
         QTest::newRow("target without container")
             << bars + QStringList{"--stream", "ftp://host/x"} << "add #FORMAT";
     }

@@ -487,6 +487,11 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
         <translation>文字叠加需要内容，收到 &quot;%1&quot;</translation>
     </message>
     <message>
+        <location filename="../cli/OverlaySpecs.cpp" line="62"/>
+        <source>the text overlay takes at most %1 characters, got %2</source>
+        <translation>文字叠加最多 %1 个字符，实际为 %2</translation>
+    </message>
+    <message>
         <location filename="../cli/OverlaySpecs.cpp" line="67"/>
         <source>overlay &quot;%1&quot;: expected PATH@x,y,w,h (a rectangle in the 640x360 scene)</source>
         <translation>叠加 &quot;%1&quot;：需要 路径@x,y,w,h（640x360 场景中的矩形）</translation>

@@ -69,6 +69,8 @@ LogFile *g_file = nullptr;
 qint64 g_bytesWritten = 0;
 
 std::atomic<bool> g_stop{false};
+// Lines queued but not yet written and flushed: what a console signal waits for.
+std::atomic<int> g_unwritten{0};
 std::thread g_writer;
 bool g_writerStarted = false;
 
@@ -193,6 +195,7 @@ void writerLoop()
         if (!batch.empty()) {
             std::lock_guard lock(g_fileMutex);
             flushFileLocked();
+            g_unwritten.fetch_sub(int(batch.size()));
         } else if (g_stop.load()) {
             break;
         }
@@ -209,6 +212,7 @@ void writerLoop()
         }
         writeLineToFile(line);
         mirrorToDebugger(line);
+        g_unwritten.fetch_sub(1);
     }
     std::lock_guard lock(g_fileMutex);
     flushFileLocked();
@@ -459,9 +463,12 @@ void enqueueLogLine(const QByteArray &bytes)
         return;
     {
         std::lock_guard lock(g_queueMutex);
-        while (g_queue.size() >= static_cast<std::size_t>(g_maxQueueLines))
+        while (g_queue.size() >= static_cast<std::size_t>(g_maxQueueLines)) {
             g_queue.pop_front();
+            g_unwritten.fetch_sub(1);
+        }
         g_queue.push_back(end == bytes.size() ? bytes : bytes.left(end));
+        g_unwritten.fetch_add(1);
     }
     g_wake.notify_one();
 }
@@ -508,7 +515,7 @@ void initLogSink()
     g_handlerInstalled = true;
 
     plat::installAbortHandler(emergencyFlush);
-    plat::installConsoleHandler(emergencyFlush);
+    plat::installConsoleHandler(waitForWriter);
 
     if (!g_exitHookRegistered.test_and_set())
         std::atexit(shutdownAtExit);
@@ -565,6 +572,15 @@ void shutdownLogSink()
         closeFileLocked();
         delete g_file;
         g_file = nullptr;
+    }
+}
+
+void waitForWriter()
+{
+    // Called in a signal handler: only atomics and nanosleep. The writer thread drains the
+    // queue on its own; the process ends once it has, or after half a second.
+    for (int i = 0; i < 50 && g_unwritten.load() > 0; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
 }
 

@@ -19,6 +19,9 @@ void shutdownLogSink();
 void enqueueLogLine(const QByteArray &bytes);
 void reassertFfmpegLogging();
 void emergencyFlush();
+// Safe in a signal handler: waits (at most half a second) for the writer thread to have written
+// every queued line.
+void waitForWriter();
 
 // Start-up prune limit used by main: half the default rotation size, so that rotated files
 // left by earlier runs are removed at the next start.

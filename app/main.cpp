@@ -57,7 +57,7 @@ int runHeadless(int argc, char *argv[])
     }
     selvane::pruneOversizedLogs(selvane::kStartupLogPruneBytes);
     selvane::initLogSink();
-    HeadlessRunner::setHardInterruptHook(selvane::emergencyFlush);
+    HeadlessRunner::setHardInterruptHook(selvane::waitForWriter);
     HeadlessRunner runner(options);
     return runner.run();
 }

@@ -514,7 +514,7 @@ void initLogSink()
     qInstallMessageHandler(qtMessageHandler);
     g_handlerInstalled = true;
 
-    plat::installAbortHandler(emergencyFlush);
+    plat::installAbortHandler(waitForWriter);
     plat::installConsoleHandler(waitForWriter);
 
     if (!g_exitHookRegistered.test_and_set())
@@ -577,31 +577,11 @@ void shutdownLogSink()
 
 void waitForWriter()
 {
-    // Called in a signal handler: only atomics and nanosleep. The writer thread drains the
-    // queue on its own; the process ends once it has, or after half a second.
-    for (int i = 0; i < 50 && g_unwritten.load() > 0; ++i) {
+    // Called in a signal handler: only an atomic and a sleep, never the heap or a lock. The
+    // writer thread drains the queue on its own; the process ends once it has, or after half a
+    // second (when the writer itself is what failed).
+    for (int i = 0; i < 50 && g_unwritten.load() > 0; ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-}
-
-void emergencyFlush()
-{
-    std::unique_lock queueLock(g_queueMutex, std::try_to_lock);
-    if (!queueLock.owns_lock())
-        return;
-    std::deque<QByteArray> taken;
-    taken.swap(g_queue);
-    queueLock.unlock();
-
-    std::unique_lock fileLock(g_fileMutex, std::try_to_lock);
-    if (!fileLock.owns_lock())
-        return;
-    for (const QByteArray &line : taken) {
-        appendLineLocked(line);
-        mirrorToDebugger(line);
-    }
-    flushFileLocked();
-    std::fflush(stderr);
 }
 
 LogSinkSettings logSinkSettings()

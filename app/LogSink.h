@@ -3,8 +3,9 @@
 // The process-wide log sink: Qt messages, FFmpeg's av_log output and everything written to
 // stderr become whole lines in one bounded queue; a single writer thread appends them to a
 // rotating file "selvane_<yyyyMMdd_HHmmss>.log" in logDirectoryPath(). Producers on any thread
-// only take the queue mutex; the disk is touched by the writer thread alone (and, best effort,
-// by emergencyFlush on an abnormal end). Started once by main, stopped exactly once.
+// only take the queue mutex; the disk is touched by the writer thread alone, which a fatal
+// signal gives half a second to write what is queued (waitForWriter). Started once by main,
+// stopped exactly once.
 
 #include <QByteArray>
 #include <QString>
@@ -18,7 +19,6 @@ void initLogSink();
 void shutdownLogSink();
 void enqueueLogLine(const QByteArray &bytes);
 void reassertFfmpegLogging();
-void emergencyFlush();
 // Safe in a signal handler: waits (at most half a second) for the writer thread to have written
 // every queued line.
 void waitForWriter();

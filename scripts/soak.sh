@@ -4,10 +4,11 @@
 #
 #   scripts/soak.sh [CYCLES] [UP_SECONDS] [DOWN_SECONDS]     (default 20 25 5: ten minutes)
 #
-# Prints, for every restart, how long each target and the channel took to come back, the wait
-# the target's backoff had scheduled at that moment, and at the end whether the recording has
-# every frame of the run. Needs nginx with the rtmp module and ffmpeg; exits non-zero when a
-# target came back later than its backoff + 1 s or the recording lost frames.
+# Prints, for every restart, how long the targets and the channel took to come back and how long
+# the targets' backoff had them wait (their reconnect attempts come 0.4 s after the drop, then
+# 1 s, 2 s, 4 s ... apart), and at the end whether the recording has every frame of the run.
+# Needs nginx with the rtmp module and ffmpeg; exits non-zero when a target came back later than
+# its backoff + 1 s (+ 1 s: the progress line comes once a second) or the recording lost frames.
 set -euo pipefail
 
 cycles=${1:-20}
@@ -55,7 +56,7 @@ stamp() { while IFS= read -r line; do printf '%s %s\n' "$(date +%s.%N)" "$line";
 
 start_server
 sleep 1
-duration=$((cycles * (up + down) + 5))
+duration=$((cycles * (up + down) + 10))
 t0=$(date +%s.%N)
 "$binary" --headless --channel "1=rtmp://127.0.0.1:$port/live/in" --size 640x360 \
   --record "$work/soak.mp4" --stream "rtmp://127.0.0.1:$port/live/a" \
@@ -64,8 +65,10 @@ t0=$(date +%s.%N)
 selvane_pid=$!
 
 : >"$work/restarts.txt"
+: >"$work/kills.txt"
 for i in $(seq "$cycles"); do
   sleep "$up"
+  date +%s.%N >>"$work/kills.txt"
   kill -9 "$nginx_pid" "$publisher_pid" 2>/dev/null || true
   wait "$nginx_pid" "$publisher_pid" 2>/dev/null || true
   sleep "$down"
@@ -81,6 +84,7 @@ python3 - "$work" <<'EOF'
 import re, subprocess, sys
 work = sys.argv[1]
 restarts = [float(x) for x in open(f"{work}/restarts.txt")]
+kills = [float(x) for x in open(f"{work}/kills.txt")]
 lines = []
 for raw in open(f"{work}/out.txt"):
     stamp, _, text = raw.partition(" ")
@@ -96,18 +100,20 @@ def first_after(t, pattern):
             return stamp
     return None
 
-def scheduled_wait(t):
-    # the longest wait a target had scheduled before the server came back
-    waits = [int(m.group(1)) for s, e in errs if s <= t
-             for m in [re.search(r"reopen failed, attempt \d+ next in (\d+) ms", e)] if m]
-    return max(waits[-2:]) / 1000 if waits else 0.0
+def backoff_wait(killed, up):
+    # the targets' attempts after a drop: 0.4 s, then 1, 2, 4 ... s apart (at most 90 s)
+    attempt, step = killed + 0.4, 1.0
+    while attempt < up:
+        attempt, step = attempt + step, min(step * 2, 90.0)
+    return attempt - up
 
 late = 0
 targets, channel = [], []
-for i, t in enumerate(restarts, 1):
+for i, (killed, t) in enumerate(zip(kills, restarts), 1):
     on = first_after(t, r"targets online,online")
     live = first_after(t, r"channels 1:live")
-    bound = scheduled_wait(t) + 1.0 + 1.0  # + 1 s, + the progress line's own second
+    wait = backoff_wait(killed, t)
+    bound = wait + 1.0 + 1.0  # + 1 s, + the progress line's own second
     back = None if on is None else on - t
     targets.append(back if back is not None else float("inf"))
     if live is not None:
@@ -115,7 +121,7 @@ for i, t in enumerate(restarts, 1):
     ok = back is not None and back <= bound
     late += 0 if ok else 1
     print(f"restart {i:2d}: targets online after {back if back is not None else -1:5.1f} s "
-          f"(backoff wait {scheduled_wait(t):4.1f} s), channel live after "
+          f"(backoff wait {wait:4.1f} s), channel live after "
           f"{(live - t) if live else -1:5.1f} s {'ok' if ok else 'LATE'}")
 done = next((t for _, t in reversed(lines) if t.startswith("done:")), "")
 m = re.search(r"written (\d+) .*encoder-drops (\d+)", done)

@@ -270,25 +270,24 @@ void HeadlessRunner::printProgress(bool final)
             m_recordingFailure = file.failureReason;
         }
     }
+    // Each channel's state; a source that could not be opened (or a stream that never
+    // connected) is remembered for the exit code.
     QStringList channels;
     for (std::size_t c = 0; c < stats.channels.size(); ++c) {
         const ChannelStats &channel = stats.channels[c];
-        if (!channel.source.isEmpty())
-            channels << QStringLiteral("%1:%2").arg(int(c) + 1).arg(
-                            channelStateWord(channel.state, channel.live));
-    }
-    if (!channels.isEmpty())
-        line += "  channels " + channels.join(',');
-    // A source that could not be opened (or a stream that never connected) is remembered for
-    // the exit code.
-    for (std::size_t c = 0; c < stats.channels.size(); ++c) {
-        const ChannelStats &channel = stats.channels[c];
+        if (channel.source.isEmpty())
+            continue;
+        const int number = int(c) + 1;
+        channels << QStringLiteral("%1:%2").arg(number).arg(
+            channelStateWord(channel.state, channel.live));
         const bool neverOpened = channel.framesDelivered == 0 &&
                                  (channel.state == ChannelState::Failed ||
                                   (final && channel.state == ChannelState::Reconnecting));
-        if (!channel.source.isEmpty() && neverOpened && !m_unopened.contains(int(c) + 1))
-            m_unopened.insert(int(c) + 1, sourceErrorLogText(channel.lastError));
+        if (neverOpened && !m_unopened.contains(number))
+            m_unopened.insert(number, sourceErrorLogText(channel.lastError));
     }
+    if (!channels.isEmpty())
+        line += "  channels " + channels.join(',');
     std::fprintf(stdout, "%s\n", line.toUtf8().constData());
     std::fflush(stdout);
     m_framesAtLastLine = frames;
@@ -320,10 +319,10 @@ void HeadlessRunner::finish()
         m_exitCode = 3;
     }
     for (auto it = m_unopened.cbegin(); it != m_unopened.cend(); ++it)
-        std::fprintf(stderr, "selvane: %s\n",
-                     qPrintable(tr("channel %1: the source never opened (%2)")
-                                    .arg(it.key())
-                                    .arg(it.value())));
+        std::fprintf(
+            stderr, "selvane: %s\n",
+            qPrintable(
+                tr("channel %1: the source never opened (%2)").arg(it.key()).arg(it.value())));
     if (!m_unopened.isEmpty() && m_exitCode == 0)
         m_exitCode = 4;
     delete m_engine; // stops and joins every decoder

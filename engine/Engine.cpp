@@ -508,10 +508,10 @@ void Engine::openPendingOutputsOnceSized()
     const int channel = programChannel();
     const ChannelState state = channel >= 0 ? m_channels->state(channel) : ChannelState::Idle;
     // A source that failed or is being reconnected will not show its size soon.
-    const bool sized = m_pendingOutputs->size.explicitSize || state == ChannelState::Failed ||
-                       state == ChannelState::Reconnecting ||
-                       (channel >= 0 ? m_channels->displaySize(channel).isValid()
-                                     : m_stillSize.isValid());
+    const bool sized =
+        m_pendingOutputs->size.explicitSize || state == ChannelState::Failed ||
+        state == ChannelState::Reconnecting ||
+        (channel >= 0 ? m_channels->displaySize(channel).isValid() : m_stillSize.isValid());
     if (sized)
         openPendingOutputs();
 }

@@ -102,8 +102,9 @@ public:
     static OutputCheck checkOutputs(const EncoderSettings &settings);
     // Starts recording and streaming with these settings. The outputs open at once when the
     // size is given, else when the program's source shows its size, at most a second later
-    // (then at the fallback size); the program is black until a picture comes. The result
-    // comes as outputsStarted or outputsFailed. False when nothing is to be written or outputs are already active.
+    // (then at the fallback size); the program is black until a picture comes. The result comes
+    // as outputsStarted or outputsFailed. False when nothing is to be written or outputs are
+    // already active.
     bool startOutputs(const OutputSettings &settings);
     // Stops them; trailers are written before outputsStopped.
     void stopOutputs();

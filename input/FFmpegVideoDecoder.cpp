@@ -339,14 +339,17 @@ void FFmpegVideoDecoder::runSource(const QString &source, const QString &audioSo
 {
     const bool network = classifySource(source) == SourceKind::NetworkStream;
     auto wait = kFirstRetry;
-    for (qint64 attempt = 0;; ++attempt) {
-        if (runOnce(source, audioSource, generation, network, attempt))
+    qint64 attempt = 0; // of this outage: every outage is logged, its repeated failures thinned
+    for (;;) {
+        if (runOnce(source, audioSource, generation, network, shouldLog(attempt + 1, 3, 30))) {
             wait = kFirstRetry;
+            attempt = 0;
+        }
         if (!network || !isCurrent(generation))
             return;
         setState(State::Reconnecting, generation);
         const qint64 lost = m_reconnects.fetch_add(1) + 1;
-        if (shouldLog(lost, 5, 30))
+        if (shouldLog(++attempt, 3, 30))
             qWarning().noquote() << "FFmpegVideoDecoder: source lost; opening it again in"
                                  << wait.count() << "ms (reconnect" << lost << ")";
         {
@@ -362,9 +365,9 @@ void FFmpegVideoDecoder::runSource(const QString &source, const QString &audioSo
 }
 
 bool FFmpegVideoDecoder::runOnce(const QString &source, const QString &audioSource,
-                                 quint64 generation, bool retrying, qint64 attempt)
+                                 quint64 generation, bool retrying, bool logFailure)
 {
-    Run host(*this, generation, retrying, shouldLog(attempt + 1, 3, 30));
+    Run host(*this, generation, retrying, logFailure);
     std::thread microphone;
     if (!audioSource.isEmpty())
         microphone = std::thread([&host, audioSource] { runMicrophone(audioSource, false, host); });

@@ -126,9 +126,9 @@ private:
 
     void workerLoop();
     void runSource(const QString &source, const QString &audioSource, quint64 generation);
-    // One attempt; true when it delivered pictures.
+    // One attempt; true when it delivered pictures. `logFailure`: its failure is reported.
     bool runOnce(const QString &source, const QString &audioSource, quint64 generation,
-                 bool retrying, qint64 attempt);
+                 bool retrying, bool logFailure);
     void setState(State state, quint64 generation);
     bool isCurrent(quint64 generation) const;
 

@@ -494,8 +494,8 @@ void FfmpegEncoderSink::finishAudioWithPicture()
         return;
     // The program's sound for the last moments is still being mixed when the outputs stop:
     // it ends as silence with the last picture, and the last part-filled frame is kept.
-    const qint64 videoEnd = av_rescale_q(m_lastVideoPts + 1, m_videoCodec->time_base,
-                                         AVRational{1, kAacSampleRate});
+    const qint64 videoEnd =
+        av_rescale_q(m_lastVideoPts + 1, m_videoCodec->time_base, AVRational{1, kAacSampleRate});
     const qint64 audioEnd = m_nextAudioPts + qint64(m_audioPending.size() / 2);
     const qint64 missing = std::min<qint64>(videoEnd - audioEnd, kAacSampleRate);
     if (missing > 0)

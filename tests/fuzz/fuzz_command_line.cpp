@@ -8,7 +8,6 @@
 #include <QByteArray>
 #include <QCommandLineParser>
 #include <QStringList>
-
 #include <cstdint>
 #include <cstdlib>
 

@@ -2,46 +2,34 @@
 
 // Makes one program frame out of one base frame and the overlay scene, on the program thread.
 // With nothing to draw, or no free token, the base frame itself is the program frame. Otherwise
-// the base picture is copied into a token of the program pool and the overlay layers are painted
-// over it: media overlays, text overlays, then the doodle layer. It keeps the latest picture of
-// every overlay video (handed in on the program thread) and the doodle rendered once per change
-// of strokes or size.
+// the base picture is copied into a token of the program pool and the overlay layers are blended
+// into it in YUV: media overlays, text overlays, then the doodle layer.
 //
-// Threads: constructed on the GUI thread (an OpenGL context needs it); every other method on
-// the one thread that composes. The OpenGL context is moved to that thread by moveGlToThread().
+// Every layer is drawn once and kept: an image overlay per change of picture, place, opacity or
+// picture size; a text overlay per change of its record, in tiles of its line made when they
+// first come into view (a scrolling text only moves); the doodle per change of strokes; an
+// overlay video per new picture (scaled into its rectangle when its size differs). Per frame
+// only the pixels the layers cover are touched.
 //
-// Despite its name no Vulkan is used. Painting runs on the CPU with QPainter; an optional OpenGL
-// path (an offscreen framebuffer read back into the token) serves frames with more than two
-// overlays when SELVANE_ENABLE_GL_READBACK_COMPOSITOR holds a non-zero integer. The OpenGL state
-// is set up once, in the constructor, and any failure there keeps the whole run on the CPU; a
-// failure while composing falls back to the CPU for that frame.
+// Despite its name no Vulkan is used: composition runs on the CPU.
+//
+// Threads: constructed on any thread; every other method on the one thread that composes.
 
 #include "compose/OverlayScene.h"
+#include "compose/TextRender.h"
+#include "compose/YuvLayer.h"
+#include "media/FfmpegTypes.h"
 #include "media/FramePool.h"
 
 #include <QHash>
 #include <QImage>
-
+#include <map>
 #include <memory>
-
-class QThread;
-class QImage;
-class QOffscreenSurface;
-class QOpenGLContext;
-class QOpenGLFramebufferObject;
-class QPainter;
+#include <vector>
 
 class VulkanCompositor
 {
 public:
-    // Which way the last compose() produced its result.
-    enum class Path
-    {
-        PassThrough, // the base frame itself
-        Cpu,
-        Gpu,
-    };
-
     explicit VulkanCompositor(const FramePool &programPool);
     ~VulkanCompositor();
     VulkanCompositor(const VulkanCompositor &) = delete;
@@ -52,42 +40,59 @@ public:
 
     // The latest picture of an overlay video; null forgets it.
     void setVideoPicture(int mediaId, FrameTokenPtr picture);
-    void forgetVideoPictures() { m_videoPictures.clear(); }
-    bool hasVideoPicture(int mediaId) const { return m_videoPictures.contains(mediaId); }
+    void forgetVideoPictures() { m_videos.clear(); }
+    bool hasVideoPicture(int mediaId) const { return m_videos.contains(mediaId); }
 
-    // Overlays that would be drawn on the next frame: the GPU threshold counts the work of a
-    // frame, so hidden or picture-less overlays do not count.
+    // Overlays that would be drawn on the next frame: hidden or picture-less ones do not count.
     int overlayCount(const OverlayScene &scene) const;
-
-    // Draws every overlay layer onto a painter whose device is width x height output pixels.
-    void paintOverlays(QPainter &painter, int width, int height, const OverlayScene &scene);
-
-    // Hands the OpenGL context to the thread that composes (call on the constructing thread).
-    void moveGlToThread(QThread *thread);
-
-    bool isGpuReady() const { return m_glReady; }
-    Path lastPath() const { return m_lastPath; }
 
     // The fixed scene in which overlay rectangles are kept.
     static constexpr double kSceneWidth = 640.0;
     static constexpr double kSceneHeight = 360.0;
-    // The GPU read-back only pays off for frames with more overlays than this.
-    static constexpr int kGpuMinOverlaysExclusive = 2;
+    // Tiles of a text line: this wide, and at most this many kept per text.
+    static constexpr int kTextTileWidth = 1024;
+    static constexpr int kTextTilesKept = 8;
 
 private:
-    void initOpenGl();
-    bool composeOnGpu(const FrameToken &base, FrameWriter &out, const OverlayScene &scene);
-    QImage pictureOf(const MediaOverlayRecord &record, const OverlayScene &scene) const;
-    QImage doodlePicture(const OverlayScene &scene, QSize size);
+    struct ImageLayer
+    {
+        qint64 imageKey = 0;
+        QRect placed;
+        double opacity = 1.0;
+        selvane::YuvLayer layer;
+    };
+    struct TextLayer
+    {
+        std::unique_ptr<selvane::TextRender> render;
+        std::map<int, selvane::YuvLayer> tiles; // by tile index along the line
+        quint64 lastUse = 0;
+    };
+    struct VideoLayer
+    {
+        FrameTokenPtr picture;
+        FrameTokenPtr scaledFrom; // the picture `scaled` was made of
+        QRect placed;
+        std::vector<std::uint8_t> scaled; // I420 at placed.size()
+    };
+
+    void drawMedia(const selvane::YuvPlanes &frame, const OverlayScene &scene);
+    void drawImage(const selvane::YuvPlanes &frame, const MediaOverlayRecord &record,
+                   const QImage &image);
+    void drawVideo(const selvane::YuvPlanes &frame, const MediaOverlayRecord &record,
+                   VideoLayer &video);
+    void drawText(const selvane::YuvPlanes &frame, const TextOverlayData &data, qint64 elapsedUs);
+    void drawDoodle(const selvane::YuvPlanes &frame, const OverlayScene &scene);
+    bool copyBase(const FrameToken &base, FrameWriter &out);
 
     FramePool m_pool;
-    std::unique_ptr<QOpenGLContext> m_glContext;
-    std::unique_ptr<QOffscreenSurface> m_glSurface;
-    std::unique_ptr<QOpenGLFramebufferObject> m_glFbo;
-    bool m_glReady = false;
-    qint64 m_gpuFailures = 0;
-    Path m_lastPath = Path::PassThrough;
-    QHash<int, FrameTokenPtr> m_videoPictures;
-    QImage m_doodle;
+    ffsupport::SwsPtr m_rgbaSws;
+    ffsupport::SwsPtr m_videoSws;
+    QHash<int, ImageLayer> m_images;
+    std::map<int, TextLayer> m_texts;
+    QHash<int, VideoLayer> m_videos;
+    selvane::YuvLayer m_doodle;
+    QPoint m_doodleAt;
     quint64 m_doodleVersion = 0;
+    QSize m_doodleSize;
+    quint64 m_frameCount = 0;
 };

@@ -1,5 +1,6 @@
 #include "engine/ProgramSwitcher.h"
 
+#include "media/FrameConvert.h"
 #include "media/ProgramClock.h"
 
 #include <QPainter>
@@ -22,7 +23,6 @@ ProgramSwitcher::~ProgramSwitcher() = default;
 
 void ProgramSwitcher::moveToProgramThread(QThread *thread)
 {
-    m_compositor.moveGlToThread(thread);
     moveToThread(thread);
 }
 
@@ -265,11 +265,11 @@ FrameTokenPtr ProgramSwitcher::stillFrame(qint64 programUs)
         return {};
     // The picture is drawn once per change of picture or size, and then shown as it is.
     if (!m_stillToken || m_canvasSize != out || m_canvasVersion != version) {
-        m_canvas = QImage(out, QImage::Format_RGBA8888);
-        m_canvas.fill(Qt::black);
+        QImage canvas(out, QImage::Format_RGBA8888);
+        canvas.fill(Qt::black);
         if (!image.isNull()) {
             const QSize scaled = image.size().scaled(out, Qt::KeepAspectRatio);
-            QPainter painter(&m_canvas);
+            QPainter painter(&canvas);
             painter.setRenderHint(QPainter::SmoothPixmapTransform, true);
             painter.drawImage(QRect((out.width() - scaled.width()) / 2,
                                     (out.height() - scaled.height()) / 2, scaled.width(),
@@ -277,15 +277,11 @@ FrameTokenPtr ProgramSwitcher::stillFrame(qint64 programUs)
                               image);
         }
         FrameWriter token = m_pool.acquire();
-        if (!token)
+        if (!token || !imageToFrame(canvas, token))
             return {}; // drawn again on the next tick, when the pool has a frame to spare
         m_canvasVersion = version;
         m_canvasSize = out;
-        const qint64 stride = m_canvas.bytesPerLine();
-        token.prepare(out.width(), out.height(), stride);
-        token->flag = true;
         token->ptsUs = programUs;
-        std::memcpy(token.bits(), m_canvas.constBits(), std::size_t(stride * out.height()));
         m_stillToken = std::move(token).publish();
     }
     return m_stillToken;
@@ -305,15 +301,11 @@ FrameTokenPtr ProgramSwitcher::blackFrame(qint64 programUs)
     FrameWriter token = m_pool.acquire();
     if (!token)
         return m_blackToken; // made on the next tick, when the pool has a frame to spare
-    const qint64 stride = qint64(out.width()) * 4;
-    token.prepare(out.width(), out.height(), stride);
-    token->flag = true;
+    token.prepareI420(out.width(), out.height());
     token->ptsUs = programUs;
-    uchar *bits = token.bits();
-    for (qint64 i = 0, n = stride * out.height(); i < n; i += 4) {
-        bits[i] = bits[i + 1] = bits[i + 2] = 0;
-        bits[i + 3] = 255;
-    }
+    const qint64 luma = token->planeOffset(1);
+    std::memset(token.bits(), 16, std::size_t(luma));
+    std::memset(token.bits() + luma, 128, std::size_t(token->pixels.size() - luma));
     m_blackToken = std::move(token).publish();
     return m_blackToken;
 }
@@ -390,8 +382,7 @@ void ProgramSwitcher::tick(qint64 programUs)
         sink = m_outputSink;
     }
     const FrameTokenPtr program = m_compositor.compose(base, scene.get());
-    const bool bare = m_compositor.lastPath() == VulkanCompositor::Path::PassThrough && scene &&
-                      m_compositor.overlayCount(*scene) > 0;
+    const bool bare = program == base && scene && m_compositor.overlayCount(*scene) > 0;
     {
         std::lock_guard lock(m_mutex);
         ++m_counters.frames;

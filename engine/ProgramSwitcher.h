@@ -57,8 +57,7 @@ public:
     // Receives every program frame with its program time (on the program thread).
     using OutputSink = std::function<void(const FrameTokenPtr &frame, qint64 programUs)>;
 
-    // Construct on the GUI thread (the compositor's OpenGL state needs it), then
-    // moveToProgramThread() and start().
+    // Construct, then moveToProgramThread() and start().
     ProgramSwitcher(SourceFeeds &feeds, const ProgramClock &clock, const FramePool &programPool);
     ~ProgramSwitcher() override;
     void moveToProgramThread(QThread *thread);
@@ -161,7 +160,6 @@ private:
     std::array<SourceState, SourceFeeds::kOverlaySlots> m_slots;
     std::array<int, SourceFeeds::kOverlaySlots> m_slotShownMedia{-1, -1, -1, -1};
     FrameTokenPtr m_lastBase;
-    QImage m_canvas;
     quint64 m_canvasVersion = 0;
     QSize m_canvasSize;
     FrameTokenPtr m_stillToken;

@@ -341,7 +341,6 @@ bool DecodeRun::convertPicture(const AVFrame *frame, FrameTokenPtr *out)
     token->ptsUs =
         m_timeline.mapVideo(rawTimeUs(frame, m_videoStream), durationUs(frame, m_videoStream));
     token->timeline = m_timelineId;
-    token->flag = true;
     *out = std::move(token).publish();
     return true;
 }

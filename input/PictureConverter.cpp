@@ -8,6 +8,7 @@
 extern "C" {
 #include <libavutil/display.h>
 #include <libavutil/hwcontext.h>
+#include <libavutil/imgutils.h>
 }
 
 namespace selvane {
@@ -24,29 +25,29 @@ int normaliseQuarterTurns(double clockwiseDegrees)
     return static_cast<int>(turns) * 90;
 }
 
-void rotateRgba(const std::uint8_t *src, int srcW, int srcH, qint64 srcStride, std::uint8_t *dst,
-                qint64 dstStride, int rotation)
+// Turns one plane (one byte a pixel) by a quarter, half or three quarters clockwise.
+void rotatePlane(const std::uint8_t *src, int srcW, int srcH, qint64 srcStride, std::uint8_t *dst,
+                 qint64 dstStride, int rotation)
 {
-    const auto pixelAt = [&](int x, int y) {
-        std::uint32_t p;
-        std::memcpy(&p, src + y * srcStride + qint64(x) * 4, 4);
-        return p;
-    };
     const int dstW = rotation == 180 ? srcW : srcH;
     const int dstH = rotation == 180 ? srcH : srcW;
     for (int y = 0; y < dstH; ++y) {
-        auto *row = reinterpret_cast<std::uint32_t *>(dst + y * dstStride);
+        std::uint8_t *row = dst + y * dstStride;
         for (int x = 0; x < dstW; ++x) {
-            std::uint32_t p = 0;
             if (rotation == 90)
-                p = pixelAt(y, srcH - 1 - x);
+                row[x] = src[qint64(srcH - 1 - x) * srcStride + y];
             else if (rotation == 180)
-                p = pixelAt(srcW - 1 - x, srcH - 1 - y);
+                row[x] = src[qint64(srcH - 1 - y) * srcStride + (srcW - 1 - x)];
             else
-                p = pixelAt(srcW - 1 - y, x);
-            row[x] = p;
+                row[x] = src[qint64(x) * srcStride + (srcW - 1 - y)];
         }
     }
+}
+
+// Pictures that are already what the program carries: copied as they are.
+bool isProgramFormat(const AVFrame *frame)
+{
+    return frame->format == AV_PIX_FMT_YUV420P && frame->color_range != AVCOL_RANGE_JPEG;
 }
 
 } // namespace
@@ -104,26 +105,58 @@ bool PictureConverter::convert(const AVFrame *frame, QSize size, FrameWriter &ou
 {
     const bool quarterTurn = m_rotation == 90 || m_rotation == 270;
     const QSize scaled = quarterTurn ? size.transposed() : size;
-    m_sws.reset(sws_getCachedContext(
-        m_sws.release(), frame->width, frame->height, static_cast<AVPixelFormat>(frame->format),
-        scaled.width(), scaled.height(), AV_PIX_FMT_RGBA, SWS_BILINEAR, nullptr, nullptr, nullptr));
+    if (m_rotation == 0 && isProgramFormat(frame) && scaled == QSize(frame->width, frame->height)) {
+        out.prepareI420(size.width(), size.height());
+        for (int p = 0; p < 3; ++p) {
+            const int rows = p == 0 ? size.height() : (size.height() + 1) / 2;
+            const int bytes = p == 0 ? size.width() : (size.width() + 1) / 2;
+            av_image_copy_plane(out.plane(p), int(out->planeStride(p)), frame->data[p],
+                                frame->linesize[p], bytes, rows);
+        }
+        return true;
+    }
+    m_sws.reset(sws_getCachedContext(m_sws.release(), frame->width, frame->height,
+                                     static_cast<AVPixelFormat>(frame->format), scaled.width(),
+                                     scaled.height(), AV_PIX_FMT_YUV420P, SWS_BILINEAR, nullptr,
+                                     nullptr, nullptr));
     if (!m_sws)
         return false;
-    const qint64 stride = qint64(size.width()) * 4;
-    out.prepare(size.width(), size.height(), stride);
+    if (frame->color_range == AVCOL_RANGE_JPEG && frame->format == AV_PIX_FMT_YUV420P) {
+        // Full-range pictures in a limited-range format: the range is converted on the way.
+        int *inverse = nullptr, *table = nullptr, srcRange = 0, dstRange = 0, brightness = 0,
+            contrast = 0, saturation = 0;
+        if (sws_getColorspaceDetails(m_sws.get(), &inverse, &srcRange, &table, &dstRange,
+                                     &brightness, &contrast, &saturation) >= 0 &&
+            srcRange != 1)
+            sws_setColorspaceDetails(m_sws.get(), inverse, 1, table, 0, brightness, contrast,
+                                     saturation);
+    }
     if (m_rotation == 0) {
-        std::uint8_t *planes[4] = {out.bits(), nullptr, nullptr, nullptr};
-        int strides[4] = {int(stride), 0, 0, 0};
+        out.prepareI420(size.width(), size.height());
+        std::uint8_t *planes[4] = {out.plane(0), out.plane(1), out.plane(2), nullptr};
+        int strides[4] = {int(out->planeStride(0)), int(out->planeStride(1)),
+                          int(out->planeStride(2)), 0};
         sws_scale(m_sws.get(), frame->data, frame->linesize, 0, frame->height, planes, strides);
         return true;
     }
-    const qint64 scratchStride = qint64(scaled.width()) * 4;
-    m_rotateScratch.resize(std::size_t(scratchStride * scaled.height()));
-    std::uint8_t *planes[4] = {m_rotateScratch.data(), nullptr, nullptr, nullptr};
-    int strides[4] = {int(scratchStride), 0, 0, 0};
-    sws_scale(m_sws.get(), frame->data, frame->linesize, 0, frame->height, planes, strides);
-    rotateRgba(m_rotateScratch.data(), scaled.width(), scaled.height(), scratchStride, out.bits(),
-               stride, m_rotation);
+    // Scaled first (in the coded orientation), then each plane turned into the token.
+    const qint64 scratchStride = FrameToken::i420Stride(scaled.width());
+    const qint64 scratchChroma = scratchStride / 2;
+    const int chromaRows = (scaled.height() + 1) / 2;
+    m_rotateScratch.resize(std::size_t(FrameToken::i420Bytes(scratchStride, scaled.height())));
+    std::uint8_t *scratch[4] = {
+        m_rotateScratch.data(), m_rotateScratch.data() + scratchStride * scaled.height(),
+        m_rotateScratch.data() + scratchStride * scaled.height() + scratchChroma * chromaRows,
+        nullptr};
+    int scratchStrides[4] = {int(scratchStride), int(scratchChroma), int(scratchChroma), 0};
+    sws_scale(m_sws.get(), frame->data, frame->linesize, 0, frame->height, scratch, scratchStrides);
+    out.prepareI420(size.width(), size.height());
+    for (int p = 0; p < 3; ++p) {
+        const int w = p == 0 ? scaled.width() : (scaled.width() + 1) / 2;
+        const int h = p == 0 ? scaled.height() : chromaRows;
+        rotatePlane(scratch[p], w, h, scratchStrides[p], out.plane(p), out->planeStride(p),
+                    m_rotation);
+    }
     return true;
 }
 

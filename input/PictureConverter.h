@@ -1,8 +1,10 @@
 #pragma once
 
-// Turns decoded pictures into upright RGBA pool tokens: a hardware picture is first copied to
-// system memory, the stream's rotation is undone, and the picture is scaled (bilinear) through
-// a cached scaling context, straight into the token's buffer. One run's thread only.
+// Turns decoded pictures into upright I420 pool tokens: a hardware picture is first copied to
+// system memory, the stream's rotation is undone, and the picture is scaled (bilinear) and
+// converted through a cached scaling context straight into the token's buffer. A 4:2:0 picture
+// of the right size and upright is copied plane by plane, with no conversion at all. One run's
+// thread only.
 
 #include "media/FfmpegTypes.h"
 #include "media/FrameToken.h"

@@ -34,10 +34,29 @@ void returnToPool(const std::shared_ptr<FramePool::State> &state, FrameToken *to
 
 } // namespace
 
+void FrameWriter::prepareI420(qint32 width, qint32 height)
+{
+    const qint64 stride = FrameToken::i420Stride(width);
+    reserve(FrameToken::i420Bytes(stride, height));
+    m_token->layout = FrameToken::Layout::I420;
+    m_token->width = width;
+    m_token->height = height;
+    m_token->stride = stride;
+}
+
 void FrameWriter::prepare(qint32 width, qint32 height, qint64 stride)
 {
+    reserve(stride * height);
     FrameToken &token = *m_token;
-    const qint64 needed = stride * height;
+    token.layout = FrameToken::Layout::Rgba;
+    token.width = width;
+    token.height = height;
+    token.stride = stride;
+}
+
+void FrameWriter::reserve(qint64 needed)
+{
+    FrameToken &token = *m_token;
     if (token.pixels.isDetached()) {
         if (token.pixels.size() < needed)
             token.pixels.resize(needed);
@@ -45,9 +64,6 @@ void FrameWriter::prepare(qint32 width, qint32 height, qint64 stride)
         // Shared with another holder: take a private buffer first.
         token.pixels = QByteArray(std::max<qint64>(token.pixels.size(), needed), Qt::Uninitialized);
     }
-    token.width = width;
-    token.height = height;
-    token.stride = stride;
 }
 
 FramePool::State::~State()

@@ -1,10 +1,12 @@
 #pragma once
 
-// One RGBA 8:8:8:8 picture travelling between decoder threads, the program thread and the
-// encoder workers. A token is written by exactly one producer through a FrameWriter (move-only,
-// never shared while written); publish() turns it into a FrameTokenPtr, which is read-only and
-// may be shared by any number of threads. Pooled tokens go back to their pool when the last
-// reference is released, from whatever thread releases it.
+// One picture travelling between decoder threads, the program thread and the encoder workers.
+// Pictures are planar YUV 4:2:0 (BT.601, limited range), the form decoders give and encoders
+// take, so a show without graphics never converts colours; RGBA 8:8:8:8 is accepted as well. A
+// token is written by exactly one producer through a FrameWriter (move-only, never shared while
+// written); publish() turns it into a FrameTokenPtr, which is read-only and may be shared by any
+// number of threads. Pooled tokens go back to their pool when the last reference is released, from
+// whatever thread releases it.
 
 #include <QByteArray>
 #include <QMetaType>
@@ -12,17 +14,40 @@
 
 struct FrameToken
 {
+    enum class Layout : quint8
+    {
+        I420, // Y rows of `stride` bytes, then U and V rows of stride / 2 bytes, (height + 1) / 2
+              // each
+        Rgba, // rows of R, G, B, A bytes
+    };
+
     qint64 ptsUs = 0;         // presentation time set by the producer, in microseconds
     quint64 timeline = 0;     // the producer's timeline the time belongs to (see SourceFeed)
     quint64 producerWord = 0; // owned by the producer, never touched by the pool
     qint32 width = 0;
     qint32 height = 0;
-    bool flag = true;  // set when created and when a producer fills it from an image
-    QByteArray pixels; // rows of R, G, B, A bytes
-    qint64 stride = 0; // bytes per row in pixels
+    Layout layout = Layout::I420;
+    QByteArray pixels; // the planes, one after the other
+    qint64 stride = 0; // bytes per row of the first plane
     quint64 tag = 0;   // owned by the producer, reset when returned to the pool
 
     const uchar *bits() const { return reinterpret_cast<const uchar *>(pixels.constData()); }
+    bool isI420() const { return layout == Layout::I420; }
+    // Plane 0..2 of an I420 picture (plane 0 of an RGBA one).
+    const uchar *plane(int index) const { return bits() + planeOffset(index); }
+    qint64 planeStride(int index) const { return index == 0 ? stride : stride / 2; }
+    qint64 planeOffset(int index) const
+    {
+        const qint64 luma = stride * height;
+        return index == 0 ? 0 : luma + (index - 1) * (stride / 2) * ((height + 1) / 2);
+    }
+    // Bytes of an I420 picture with this luma stride.
+    static qint64 i420Bytes(qint64 stride, qint32 height)
+    {
+        return stride * height + 2 * (stride / 2) * ((height + 1) / 2);
+    }
+    // Rows aligned for vector loads.
+    static qint64 i420Stride(qint32 width) { return (qint64(width) + 63) & ~qint64(63); }
 };
 
 // A published picture: read-only from here on.
@@ -46,12 +71,17 @@ public:
     // Sets the geometry and makes the buffer private and at least stride x height bytes; the
     // buffer keeps its capacity across uses, so a warm pool allocates nothing.
     void prepare(qint32 width, qint32 height, qint64 stride);
+    // The same for an I420 picture: aligned rows, the three planes in one buffer.
+    void prepareI420(qint32 width, qint32 height);
     uchar *bits() { return reinterpret_cast<uchar *>(m_token->pixels.data()); }
+    uchar *plane(int index) { return bits() + m_token->planeOffset(index); }
 
     // Hands the picture out; the writer is empty afterwards.
     FrameTokenPtr publish() && { return std::move(m_token); }
 
 private:
+    void reserve(qint64 bytes);
+
     std::shared_ptr<FrameToken> m_token;
 };
 

@@ -47,6 +47,7 @@ int even(double value)
 void EncoderFrameConverter::reset()
 {
     m_sws.reset();
+    m_copy = false;
     m_sourceWidth = 0;
     m_sourceHeight = 0;
 }
@@ -54,9 +55,21 @@ void EncoderFrameConverter::reset()
 bool EncoderFrameConverter::prepare(const FrameToken &picture, const AVFrame &out,
                                     int qualityPreset)
 {
-    if (m_sws && picture.width == m_sourceWidth && picture.height == m_sourceHeight)
+    const AVPixelFormat sourceFormat = picture.isI420() ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_RGBA;
+    if (picture.width == m_sourceWidth && picture.height == m_sourceHeight &&
+        sourceFormat == m_sourceFormat && (m_sws || m_copy))
         return true;
     m_sws.reset();
+    m_sourceFormat = sourceFormat;
+    m_copy =
+        sourceFormat == out.format && picture.width == out.width && picture.height == out.height;
+    if (m_copy) {
+        // The program's own pictures need no conversion at all.
+        m_sourceWidth = picture.width;
+        m_sourceHeight = picture.height;
+        m_fitSize = QSize(out.width, out.height);
+        return true;
+    }
     const int outW = out.width;
     const int outH = out.height;
     int fitW = outW;
@@ -72,7 +85,7 @@ bool EncoderFrameConverter::prepare(const FrameToken &picture, const AVFrame &ou
         return false;
     av_opt_set_int(context.get(), "srcw", picture.width, 0);
     av_opt_set_int(context.get(), "srch", picture.height, 0);
-    av_opt_set_int(context.get(), "src_format", AV_PIX_FMT_RGBA, 0);
+    av_opt_set_int(context.get(), "src_format", sourceFormat, 0);
     av_opt_set_int(context.get(), "dstw", fitW, 0);
     av_opt_set_int(context.get(), "dsth", fitH, 0);
     av_opt_set_int(context.get(), "dst_format", out.format, 0);
@@ -94,6 +107,14 @@ bool EncoderFrameConverter::prepare(const FrameToken &picture, const AVFrame &ou
 
 void EncoderFrameConverter::convert(const FrameToken &picture, AVFrame *out)
 {
+    if (m_copy) {
+        for (int p = 0; p < 3; ++p)
+            av_image_copy_plane(out->data[p], out->linesize[p], picture.plane(p),
+                                int(picture.planeStride(p)),
+                                p == 0 ? picture.width : (picture.width + 1) / 2,
+                                p == 0 ? picture.height : (picture.height + 1) / 2);
+        return;
+    }
     const int fitW = m_fitSize.width();
     const int fitH = m_fitSize.height();
     uint8_t *planes[4] = {out->data[0], out->data[1], out->data[2], out->data[3]};
@@ -114,8 +135,12 @@ void EncoderFrameConverter::convert(const FrameToken &picture, AVFrame *out)
                 (x >> (chroma ? desc->log2_chroma_w : 0)) * comp.step;
         }
     }
-    const uint8_t *source[4] = {picture.bits(), nullptr, nullptr, nullptr};
-    const int sourceStride[4] = {int(picture.stride), 0, 0, 0};
+    const bool planar = picture.isI420();
+    const uint8_t *source[4] = {picture.plane(0), planar ? picture.plane(1) : nullptr,
+                                planar ? picture.plane(2) : nullptr, nullptr};
+    const int sourceStride[4] = {int(picture.planeStride(0)),
+                                 planar ? int(picture.planeStride(1)) : 0,
+                                 planar ? int(picture.planeStride(2)) : 0, 0};
     sws_scale(m_sws.get(), source, sourceStride, 0, picture.height, planes, out->linesize);
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 
-// Owns the colour converter that turns an RGBA program picture into the video encoder's frame,
-// fitted into it with its shape kept (black bars around a picture of another shape).
+// Owns the colour converter that turns a program picture into the video encoder's frame, fitted
+// into it with its shape kept (black bars around a picture of another shape). An I420 picture of
+// the encoder's size and format is copied plane by plane.
 // Threads: the encode worker only. Reports: a warning when swscale cannot take a thread count.
 
 #include "media/FfmpegTypes.h"
@@ -24,6 +25,8 @@ public:
 
 private:
     ffsupport::SwsPtr m_sws;
+    bool m_copy = false;
+    AVPixelFormat m_sourceFormat = AV_PIX_FMT_NONE;
     int m_sourceWidth = 0;
     int m_sourceHeight = 0;
     QSize m_fitSize; // where the picture lands inside the encoder's frame

@@ -7,6 +7,7 @@
 
 #include "media/FramePool.h"
 
+#include <QColor>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -65,17 +66,36 @@ inline bool makeClip(const QString &path, const QString &video, const QString &a
     return runFfmpeg(args, log);
 }
 
-// A picture of one grey value from `pool`.
+// A picture of one grey value (0..255 in RGB) from `pool`.
 inline FrameTokenPtr solidFrame(FramePool &pool, int width, int height, uchar value,
                                 qint64 ptsUs = 0)
 {
     FrameWriter frame = pool.acquire();
     if (!frame)
         return {};
-    frame.prepare(width, height, qint64(width) * 4);
-    std::memset(frame.bits(), value, std::size_t(frame->stride * height));
+    frame.prepareI420(width, height);
+    const qint64 luma = frame->planeOffset(1);
+    std::memset(frame.bits(), 16 + (219 * value + 127) / 255, std::size_t(luma));
+    std::memset(frame.bits() + luma, 128, std::size_t(frame->pixels.size() - luma));
     frame->ptsUs = ptsUs;
     return std::move(frame).publish();
+}
+
+// One pixel of a picture, in RGB (BT.601, limited range).
+inline QColor pixelOf(const FrameToken &frame, int x, int y)
+{
+    if (!frame.isI420()) {
+        const uchar *p = frame.bits() + y * frame.stride + x * 4;
+        return QColor(p[0], p[1], p[2], p[3]);
+    }
+    const double luma = 1.164 * (frame.plane(0)[y * frame.planeStride(0) + x] - 16);
+    const int u = frame.plane(1)[(y / 2) * frame.planeStride(1) + x / 2] - 128;
+    const int v = frame.plane(2)[(y / 2) * frame.planeStride(2) + x / 2] - 128;
+    const auto channel = [](double c) {
+        return std::clamp(int(std::lround(c)), 0, 255);
+    };
+    return QColor(channel(luma + 1.596 * v), channel(luma - 0.392 * u - 0.813 * v),
+                  channel(luma + 2.017 * u));
 }
 
 inline quint16 freeTcpPort()

@@ -1,27 +1,20 @@
-// The compositor on real frames: boxing of media overlays, opacity clamping, text effects at
-// scaled positions with the doodle on top, scrolling at known times, pass-through, an exhausted
-// pool, no OpenGL without a display, and the OpenGL read-back path against the CPU path (in a
-// child process on its own Xvfb).
+// The compositor on real frames: boxing of media overlays, opacity clamping, overlay videos,
+// text effects at scaled positions with the doodle on top, scrolling at known times (a line far
+// wider than any tile too), pass-through and an exhausted pool.
 
 #include "TestSupport.h"
 #include "compose/OverlayManager.h"
 #include "compose/TextOverlayData.h"
 #include "compose/VulkanCompositor.h"
+#include "media/FrameConvert.h"
 
-#include <QFile>
 #include <QFontMetricsF>
 #include <QGuiApplication>
-#include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
 #include <cmath>
 
 namespace {
-
-constexpr const char *kGpuVariable = "SELVANE_ENABLE_GL_READBACK_COMPOSITOR";
-// Set for the child processes of the OpenGL tests.
-constexpr const char *kChildVariable = "SELVANE_TEST_COMPOSITOR_CHILD";
 
 const QColor kBase(40, 50, 60);
 const QColor kRed(255, 0, 0), kGreen(0, 255, 0), kBlue(0, 0, 255), kYellow(255, 255, 0);
@@ -31,21 +24,28 @@ FrameTokenPtr baseFrame(FramePool &pool, int width, int height, qint64 ptsUs = 1
                         QColor color = kBase)
 {
     FrameWriter token = pool.acquire();
-    token.prepare(width, height, qint64(width) * 4);
-    QImage(token.bits(), width, height, token->stride, QImage::Format_RGBA8888).fill(color);
+    QImage picture(width, height, QImage::Format_RGBA8888);
+    picture.fill(color);
+    selvane::imageToFrame(picture, token);
     token->ptsUs = ptsUs;
     return std::move(token).publish();
 }
 
 QImage viewOf(const FrameTokenPtr &token)
 {
-    return QImage(token->bits(), token->width, token->height, token->stride,
-                  QImage::Format_RGBA8888);
+    return selvane::frameToImage(*token);
 }
 
 QColor pixel(const FrameTokenPtr &token, int x, int y)
 {
     return viewOf(token).pixelColor(x, y);
+}
+
+// The same colour after a trip through YUV.
+bool same(QColor c, QColor target)
+{
+    return std::abs(c.red() - target.red()) <= 12 && std::abs(c.green() - target.green()) <= 12 &&
+           std::abs(c.blue() - target.blue()) <= 12;
 }
 
 // Antialiased edges blend neighbours; a pixel counts as a colour when every channel is close.
@@ -80,86 +80,13 @@ void addImageOverlay(OverlayManager &overlays, const QTemporaryDir &dir, int id,
     QTRY_VERIFY(!overlays.overlayImage(id).isNull());
 }
 
-double psnr(const FrameTokenPtr &a, const FrameTokenPtr &b)
-{
-    const QImage ia = viewOf(a);
-    const QImage ib = viewOf(b);
-    double squared = 0;
-    for (int y = 0; y < ia.height(); ++y)
-        for (int x = 0; x < ia.width(); ++x) {
-            const QColor ca = ia.pixelColor(x, y), cb = ib.pixelColor(x, y);
-            for (int d : {ca.red() - cb.red(), ca.green() - cb.green(), ca.blue() - cb.blue()})
-                squared += double(d) * d;
-        }
-    const double mse = squared / (double(ia.width()) * ia.height() * 3);
-    return mse == 0 ? 99.0 : 10 * std::log10(255.0 * 255.0 / mse);
-}
-
-// Three overlays of all three kinds: an image, a half-transparent video picture, a styled text.
-void addHeavyOverlays(OverlayManager &overlays, VulkanCompositor &compositor, FramePool &pool,
-                      const QTemporaryDir &dir)
-{
-    addImageOverlay(overlays, dir, 1, {40, 40, 200, 100});
-    overlays.setMediaOverlay(MediaOverlayRecord{2, 1, "clip.mp4", {400, 200, 160, 90}, true, 0.6});
-    compositor.setVideoPicture(2, baseFrame(pool, 320, 180, 0, QColor(0, 200, 100)));
-    TextOverlayData title;
-    title.id = 1;
-    title.text = QStringLiteral("Program");
-    title.posX = 0.1;
-    title.posY = 0.6;
-    title.backgroundEnabled = title.shadow = true;
-    overlays.setTextOverlay(title);
-}
-
 } // namespace
-
-// Runs only in the child processes, in the environment the parent prepared.
-class CompositorGlChild : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void gpuMatchesCpu()
-    {
-        QTemporaryDir dir;
-        FramePool basePool(4, 1920, 1080);
-        VulkanCompositor compositor(FramePool(6, 1920, 1080));
-        QVERIFY(compositor.isGpuReady());
-        OverlayManager overlays;
-        addHeavyOverlays(overlays, compositor, basePool, dir);
-        QCOMPARE(compositor.overlayCount(*overlays.scene()), 3);
-        for (QSize size : {QSize(1280, 720), QSize(1920, 1080)}) {
-            const FrameTokenPtr base = baseFrame(basePool, size.width(), size.height(), 777);
-            qputenv(kGpuVariable, "1");
-            const FrameTokenPtr gpu = compositor.compose(base, overlays.scene().get());
-            QCOMPARE(compositor.lastPath(), VulkanCompositor::Path::Gpu);
-            qputenv(kGpuVariable, "0");
-            const FrameTokenPtr cpu = compositor.compose(base, overlays.scene().get());
-            QCOMPARE(compositor.lastPath(), VulkanCompositor::Path::Cpu);
-            QCOMPARE(gpu->ptsUs, qint64(777));
-            QCOMPARE(QSize(gpu->width, gpu->height), size);
-            // The red half of the image where the CPU puts it: the read-back is upright.
-            const double f = size.height() / 360.0;
-            QCOMPARE(pixel(gpu, int(100 * f), int(60 * f)), kRed);
-            const double db = psnr(gpu, cpu);
-            qInfo("PSNR GPU vs CPU at %dx%d: %.2f dB", size.width(), size.height(), db);
-            QVERIFY2(db > 35.0, qPrintable(QString::number(db)));
-        }
-        // Two overlays do not pay for the read-back.
-        qputenv(kGpuVariable, "1");
-        overlays.removeTextOverlay(1);
-        QVERIFY(compositor.compose(baseFrame(basePool, 1280, 720), overlays.scene().get()));
-        QCOMPARE(compositor.lastPath(), VulkanCompositor::Path::Cpu);
-    }
-};
 
 class TestCompositor : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase() { qunsetenv(kGpuVariable); }
-
     void passThroughAndExhaustedPool()
     {
         FramePool basePool(2, 640, 360);
@@ -167,8 +94,8 @@ private slots:
         VulkanCompositor compositor(programPool);
         OverlayManager overlays;
         const FrameTokenPtr base = baseFrame(basePool, 640, 360, 99);
-        QCOMPARE(compositor.compose(base, overlays.scene().get()), base); // nothing to draw: no copy at all
-        QCOMPARE(compositor.lastPath(), VulkanCompositor::Path::PassThrough);
+        QCOMPARE(compositor.compose(base, overlays.scene().get()),
+                 base); // nothing to draw: no copy at all
         QCOMPARE(programPool.inUse(), 0);
         QCOMPARE(compositor.compose(base, nullptr), base);
         // Hidden, disabled, empty and picture-less overlays draw nothing: still no copy.
@@ -192,25 +119,22 @@ private slots:
         const FrameTokenPtr program = compositor.compose(base, overlays.scene().get());
         QVERIFY(program != base);
         QCOMPARE(program->ptsUs, qint64(99));
-        QCOMPARE(pixel(program, 320, 10), kMagenta);
-        QCOMPARE(pixel(program, 320, 200), kBase);
-        QCOMPARE(pixel(base, 320, 10), kBase); // the base frame is never written
+        QVERIFY(same(pixel(program, 320, 10), kMagenta));
+        QVERIFY(same(pixel(program, 320, 200), kBase));
+        QVERIFY(same(pixel(base, 320, 10), kBase)); // the base frame is never written
     }
 
     void imageOverlaysBoxedAtEveryResolution()
     {
-        qputenv(kGpuVariable, "1"); // asked for, but main() left no display: no OpenGL here
-        for (int f : {2, 3}) {      // output pixels a scene unit: 720p and 1080p
+        for (int f : {2, 3}) { // output pixels a scene unit: 720p and 1080p
             QTemporaryDir dir;
             FramePool basePool(2, 640 * f, 360 * f);
-            QTest::ignoreMessage(QtWarningMsg, "VulkanCompositor: QOpenGLContext::create failed, "
-                                               "using CPU composition");
             VulkanCompositor compositor(FramePool(4, 640 * f, 360 * f));
-            QVERIFY(!compositor.isGpuReady());
             OverlayManager overlays;
             // Square pictures: pillar-boxed in a wide rectangle (x 90..190 of 40..240),
             // letter-boxed in a tall one (y 70..170 of 20..220); opacity 1.7 is opaque, -0.3
-            // invisible.
+            // invisible. Probes stay a scene unit off the edges, which scaling and shared
+            // chroma soften.
             addImageOverlay(overlays, dir, 1, {40, 40, 200, 100});
             addImageOverlay(overlays, dir, 2, {300, 20, 100, 200});
             addImageOverlay(overlays, dir, 3, {450, 20, 50, 50}, 1.7);
@@ -222,19 +146,17 @@ private slots:
                 double x, y;
                 QColor expected;
             } probes[] = {
-                {89.5, 90, kBase},   {90.2, 90, kRed},    {139.8, 90, kRed},   {140.2, 90, kBlue},
-                {190.2, 90, kBase},  {90.2, 39.5, kBase}, {90.2, 139.8, kRed}, {90.2, 140.2, kBase},
-                {310, 69.5, kBase},  {310, 70.2, kRed},   {310, 169.8, kRed},  {310, 170.2, kBase},
-                {399.8, 120, kBlue}, {460, 40, kRed},     {490, 40, kBlue},    {460, 120, kBase},
+                {89, 90, kBase},   {91, 90, kRed},  {138, 90, kRed},  {142, 90, kBlue},
+                {191, 90, kBase},  {91, 39, kBase}, {91, 139, kRed},  {91, 141, kBase},
+                {310, 69, kBase},  {310, 71, kRed}, {310, 169, kRed}, {310, 171, kBase},
+                {399, 120, kBlue}, {460, 40, kRed}, {490, 40, kBlue}, {460, 120, kBase},
             };
-            QCOMPARE(compositor.lastPath(), VulkanCompositor::Path::Cpu); // with 4 overlays
             for (const auto &probe : probes)
                 QVERIFY2(
-                    pixel(out, int(probe.x * f), int(probe.y * f)) == probe.expected,
+                    same(pixel(out, int(probe.x * f), int(probe.y * f)), probe.expected),
                     qPrintable(
                         QStringLiteral("scene %1,%2 at %3x").arg(probe.x).arg(probe.y).arg(f)));
         }
-        qunsetenv(kGpuVariable);
     }
 
     void textEffectsAtScaledPositions()
@@ -262,13 +184,18 @@ private slots:
             overlays.setDoodleLayer({DoodleStroke{kMagenta, 2, {{0, 53}, {640, 53}}}});
             const QImage image =
                 viewOf(compositor.compose(baseFrame(basePool, 640 * f, 360 * f), overlays.scene().get()));
-            const QRect box = boundsOf(image, kYellow), letters = boundsOf(image, kGreen);
-            const QRect shadow = boundsOf(image, kBlue), outline = boundsOf(image, kRed);
+            const QRect box = boundsOf(image, kYellow);
+            // Inside the box, below the stroke: colours mixed at their edges are left out.
+            const QRect inner = box.adjusted(2, 57 * f - box.top(), -2, -2);
+            const QImage part = image.copy(inner);
+            const QRect letters = boundsOf(part, kGreen).translated(inner.topLeft());
+            const QRect shadow = boundsOf(part, kBlue).translated(inner.topLeft());
+            const QRect outline = boundsOf(part, kRed).translated(inner.topLeft());
             QVERIFY(!letters.isEmpty() && !shadow.isEmpty() && !outline.isEmpty());
             // The box starts one padding before the anchor and holds the letters and effects;
             // the letters start at the anchor, give or take a glyph's bearing.
-            QCOMPARE(box.topLeft(), QPoint(90 * f, 50 * f));
-            QCOMPARE(image.pixelColor(120 * f, 53 * f), kMagenta);
+            QVERIFY((box.topLeft() - QPoint(90 * f, 50 * f)).manhattanLength() <= 1);
+            QVERIFY(same(image.pixelColor(120 * f, 53 * f), kMagenta));
             QVERIFY(box.contains(letters) && box.contains(outline) && box.contains(shadow));
             QVERIFY(std::abs(letters.left() - 100 * f) <= 4 * f && letters.top() > 60 * f);
             QVERIFY(std::abs(shadow.right() - letters.right() - 6 * f) <= 2);
@@ -333,42 +260,53 @@ private slots:
         QVERIFY(lettersAt(50.5 * pass).isEmpty());
     }
 
-    void gpuPathMatchesCpuPath()
+    void overlayVideoAndLongTicker()
     {
-        if (QStandardPaths::findExecutable("xvfb-run").isEmpty())
-            QSKIP("xvfb-run is not installed");
-        // The same executable runs its OpenGL checks as a child on a virtual display.
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(kChildVariable, "1");
-        env.insert(kGpuVariable, "1");
-        // Under the address checker, slow unwinding on every allocation makes Mesa's shader
-        // compiler crawl, and its leaks are not ours: the child checks our memory use only.
-        if (env.contains("ASAN_OPTIONS"))
-            env.insert("ASAN_OPTIONS", "detect_leaks=0");
-        QProcess child;
-        child.setProcessEnvironment(env);
-        child.setProcessChannelMode(QProcess::MergedChannels);
-        child.start("xvfb-run", {"-a", "-s", "-screen 0 1280x720x24",
-                                 QCoreApplication::applicationFilePath(), "gpuMatchesCpu"});
-        QVERIFY(child.waitForFinished(90000));
-        const QByteArray output = child.readAll();
-        for (const QByteArray &line : output.split('\n'))
-            qInfo().noquote() << "child:" << line;
-        QCOMPARE(child.exitCode(), 0);
-        QVERIFY(output.contains("OpenGL offscreen GPU path ready"));
-        QVERIFY(output.contains("PSNR GPU vs CPU at 1920x1080"));
+        FramePool basePool(4, 1280, 720);
+        VulkanCompositor compositor(FramePool(4, 1280, 720));
+        OverlayManager overlays;
+        qint64 nowUs = 0;
+        overlays.setClock([&] { return nowUs; });
+        // A 320 x 180 picture in the scene rectangle 400,200 160x90 (800..1120 x 400..580 here),
+        // 60 % over the base.
+        overlays.setMediaOverlay(MediaOverlayRecord{
+            2, MediaOverlayRecord::OverlayVideo, "clip.mp4", {400, 200, 160, 90}, true, 0.6});
+        const QColor green(0, 200, 100);
+        compositor.setVideoPicture(2, baseFrame(basePool, 320, 180, 0, green));
+        // A line of 60000 letters, thousands of tiles wide, at 1000 pixels a second.
+        TextOverlayData ticker;
+        ticker.id = 1;
+        ticker.text = QString(60000, QLatin1Char('W'));
+        ticker.fontColor = kYellow;
+        ticker.posX = 0;
+        ticker.posY = 0.1;
+        ticker.scrollable = true;
+        ticker.scrollDirection = TextOverlayData::ScrollRightToLeft;
+        ticker.scrollStep = 50;
+        overlays.setTextOverlay(ticker);
+        const FrameTokenPtr base = baseFrame(basePool, 1280, 720);
+        const QColor mixed(int(0.6 * green.red() + 0.4 * kBase.red()),
+                           int(0.6 * green.green() + 0.4 * kBase.green()),
+                           int(0.6 * green.blue() + 0.4 * kBase.blue()));
+        for (qint64 ms : {500, 30000, 300000, 300040}) {
+            nowUs = ms * 1000;
+            const QImage image = viewOf(compositor.compose(base, overlays.scene().get()));
+            QVERIFY(same(image.pixelColor(960, 490), mixed));
+            QVERIFY(same(image.pixelColor(1130, 490), kBase));
+            const QRect letters = boundsOf(image, kYellow);
+            if (ms == 500) // the first letters 500 px in from the right edge
+                QVERIFY(letters.left() >= 780 && letters.left() <= 800);
+            else // the middle of the line fills the whole width
+                QVERIFY(letters.left() <= 80 && letters.right() >= 1200);
+            QVERIFY(letters.top() >= 72 && letters.bottom() < 400);
+        }
     }
 };
 
 int main(int argc, char **argv)
 {
-    if (!qEnvironmentVariableIsSet(kChildVariable))
-        qunsetenv("DISPLAY");
+    qunsetenv("DISPLAY");
     QGuiApplication app(argc, argv);
-    if (qEnvironmentVariableIsSet(kChildVariable)) {
-        CompositorGlChild child;
-        return QTest::qExec(&child, argc, argv);
-    }
     TestCompositor test;
     return QTest::qExec(&test, argc, argv);
 }

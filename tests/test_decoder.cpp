@@ -32,8 +32,7 @@ struct Delivered
 
 QColor pixelAt(const FrameToken &frame, int x, int y)
 {
-    const uchar *p = frame.bits() + y * frame.stride + x * 4;
-    return QColor(p[0], p[1], p[2], p[3]);
+    return pixelOf(frame, x, y);
 }
 
 // Keeps the first `fraction` of a file, or inverts every `step`-th byte after `skip` bytes.

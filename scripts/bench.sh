@@ -232,14 +232,13 @@ bench_signal() {
 }
 
 # --- show -------------------------------------------------------------------------------------
-selvane_show() { # NAME RECORDING LENGTH
+selvane_show_args() { # RECORDING LENGTH: the show as Selvane's options, into show_args
   next_key
-  run_selvane "$1" --channel "1=$work/show.mp4" "${show_images[@]}" --text "$ticker" \
-    --record "$2" --stream "rtmp://127.0.0.1:$port/live/s${key}a" \
-    --stream "rtmp://127.0.0.1:$port/live/s${key}b" --duration "$3" --encoder software \
-    --preset balanced
+  show_args=(--channel "1=$work/show.mp4" "${show_images[@]}" --text "$ticker" --record "$1"
+    --stream "rtmp://127.0.0.1:$port/live/s${key}a" --stream "rtmp://127.0.0.1:$port/live/s${key}b"
+    --duration "$2" --encoder software --preset balanced)
 }
-ffmpeg_show_args() { # RECORDING LENGTH
+ffmpeg_show_args() { # RECORDING LENGTH: the same show as the CLI's options, into show_args
   next_key
   show_args=(-re -i "$work/show.mp4" -i "$work/a.png" -i "$work/b.png" -filter_complex
     "$(show_filter)" -map '[v]' -map 0:a "${x264[@]}" -flags +global_header -t "$2" -f tee
@@ -250,7 +249,8 @@ bench_show() {
   start_nginx
   local i s_cpu=() f_cpu=() s_rss=() f_rss=() s_frames=() f_frames=() online
   for i in $(seq 1 "$rounds"); do
-    selvane_show ours "$work/ours$i.mp4" "$seconds"
+    selvane_show_args "$work/ours$i.mp4" "$seconds"
+    run_selvane ours "${show_args[@]}"
     s_cpu+=("$(cpu ours)") s_rss+=("$(rss ours)") s_frames+=("$(frames_in "$work/ours$i.mp4")")
     online=no
     grep -q 'targets online,online' "$work/ours.log" && online=yes
@@ -315,12 +315,9 @@ bench_memory() {
   for i in $(seq 1 "$rounds"); do
     echo "round $i: selvane show of $seconds s"
     need_binary
-    next_key
+    selvane_show_args "$work/ours$i.mp4" "$seconds"
     env XDG_DATA_HOME="$work/data" XDG_CONFIG_HOME="$work/config" QT_QPA_PLATFORM=offscreen \
-      "$binary" --headless --channel "1=$work/show.mp4" "${show_images[@]}" --text "$ticker" \
-      --record "$work/ours$i.mp4" --stream "rtmp://127.0.0.1:$port/live/s${key}a" \
-      --stream "rtmp://127.0.0.1:$port/live/s${key}b" --duration "$seconds" \
-      --encoder software --preset balanced </dev/null >"$work/ours.log" 2>&1 &
+      "$binary" --headless "${show_args[@]}" </dev/null >"$work/ours.log" 2>&1 &
     sampled=$!
     sample_rss "$sampled" ours
     wait "$sampled" || echo "  note: selvane exited with $?"

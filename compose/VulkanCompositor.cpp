@@ -120,14 +120,15 @@ FrameTokenPtr VulkanCompositor::compose(const FrameTokenPtr &base, const Overlay
     drawMedia(frame, *scene);
 
     // Text overlays, lowest stacking key first; equal keys keep the manager's order.
-    QList<const TextOverlayData *> texts;
+    std::vector<const TextOverlayData *> &texts = m_drawOrder;
+    texts.clear();
     for (const TextOverlayData &data : scene->texts)
         if (data.isDrawable())
-            texts.append(&data);
+            texts.push_back(&data);
     std::stable_sort(
         texts.begin(), texts.end(),
         [](const TextOverlayData *a, const TextOverlayData *b) { return a->zIndex < b->zIndex; });
-    const qint64 nowUs = texts.isEmpty() ? 0 : scene->nowUs();
+    const qint64 nowUs = texts.empty() ? 0 : scene->nowUs();
     for (const TextOverlayData *data : texts)
         drawText(frame, *data, scene->scrollElapsedUs(data->id, nowUs));
     // Texts gone from the scene take their layers with them.

@@ -95,4 +95,5 @@ private:
     quint64 m_doodleVersion = 0;
     QSize m_doodleSize;
     quint64 m_frameCount = 0;
+    std::vector<const TextOverlayData *> m_drawOrder; // kept: no allocation per frame
 };

@@ -10,11 +10,11 @@
 // interrupted) before it starts the next. Only the destructor joins the worker.
 // Controls (pause, resume, seek, loop, target size, sinks) may be called from any thread.
 //
-// Pictures are converted to RGBA straight into tokens of the pool it is given; they and the
-// sound (resampled to 48 kHz stereo s16) go into the source feed it is given, stamped with the
-// source's continuous time and timeline. A file's run waits when the feed's picture queue is
-// full; a live source never waits. The feed never receives anything of a run that setSource()
-// or stop() has already replaced.
+// Pictures become I420 tokens of the pool it is given (copied as they are when they are 4:2:0
+// already); they and the sound (resampled to 48 kHz stereo s16) go into the source feed it is
+// given, stamped with the source's continuous time and timeline. A file's run waits when the
+// feed's picture queue is full; a live source never waits. The feed never receives anything of
+// a run that setSource() or stop() has already replaced.
 //
 // A network stream (RTMP, RTSP, SRT, HLS/HTTP, UDP ...) that cannot be opened, fails, or (when
 // live) ends is opened again by the same worker, forever, after 0.5 s, 1 s, 2 s ... at most 10 s

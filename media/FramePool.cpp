@@ -32,7 +32,52 @@ void returnToPool(const std::shared_ptr<FramePool::State> &state, FrameToken *to
     state->freeList.push_back(token);
 }
 
+// Hands out the control blocks of the tokens' shared pointers from the pool's state, so that a
+// warm pool allocates nothing at all per picture.
+template <class T> struct BlockAllocator
+{
+    using value_type = T;
+    std::shared_ptr<FramePool::State> state;
+    explicit BlockAllocator(std::shared_ptr<FramePool::State> s) : state(std::move(s)) {}
+    template <class U> BlockAllocator(const BlockAllocator<U> &other) : state(other.state) {}
+    T *allocate(std::size_t n) { return static_cast<T *>(state->takeBlock(n * sizeof(T))); }
+    void deallocate(T *p, std::size_t n) { state->giveBlock(p, n * sizeof(T)); }
+    template <class U> bool operator==(const BlockAllocator<U> &other) const
+    {
+        return state == other.state;
+    }
+};
+
+constexpr std::size_t kBlocksKept = 64;
+
 } // namespace
+
+void *FramePool::State::takeBlock(std::size_t size)
+{
+    {
+        std::lock_guard lock(mutex);
+        if (size == blockSize && !blocks.empty()) {
+            void *block = blocks.back();
+            blocks.pop_back();
+            return block;
+        }
+    }
+    return ::operator new(size);
+}
+
+void FramePool::State::giveBlock(void *block, std::size_t size)
+{
+    {
+        std::lock_guard lock(mutex);
+        if (blockSize == 0)
+            blockSize = size;
+        if (size == blockSize && blocks.size() < kBlocksKept) {
+            blocks.push_back(block);
+            return;
+        }
+    }
+    ::operator delete(block);
+}
 
 void FrameWriter::prepareI420(qint32 width, qint32 height)
 {
@@ -70,6 +115,8 @@ FramePool::State::~State()
 {
     for (FrameToken *token : freeList)
         delete token;
+    for (void *block : blocks)
+        ::operator delete(block);
 }
 
 FramePool::FramePool(qint32 baseCount, qint32 width, qint32 height)
@@ -79,6 +126,7 @@ FramePool::FramePool(qint32 baseCount, qint32 width, qint32 height)
     m_state->keepCount = baseCount;
     m_state->maxInUse = baseCount + 2;
     m_state->freeList.reserve(static_cast<std::size_t>(std::max(0, baseCount)));
+    m_state->blocks.reserve(kBlocksKept);
 }
 
 qint32 FramePool::maxInUseFor(qint32 n, qint64 pixels)
@@ -138,8 +186,9 @@ FrameWriter FramePool::take(bool mayGrow)
         ++m_state->inUse;
     }
     std::shared_ptr<State> state = m_state;
-    return FrameWriter(
-        std::shared_ptr<FrameToken>(token, [state](FrameToken *t) { returnToPool(state, t); }));
+    return FrameWriter(std::shared_ptr<FrameToken>(
+        token, [state](FrameToken *t) { returnToPool(state, t); },
+        BlockAllocator<FrameToken>(state)));
 }
 
 FrameWriter FramePool::acquire()

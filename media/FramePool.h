@@ -28,6 +28,11 @@ public:
         qint32 maxInUse = 0;
         qint32 heldByConsumers = 0;
         qint64 refused = 0; // acquisitions refused at the cap
+        // Memory for the shared pointers' control blocks, reused like the tokens themselves.
+        std::vector<void *> blocks;
+        std::size_t blockSize = 0;
+        void *takeBlock(std::size_t size);
+        void giveBlock(void *block, std::size_t size);
         ~State();
     };
 

@@ -17,6 +17,10 @@
 #                    whether it grew by more than 10 % from the 60 s sample to the end
 #   scale   (3 20)   CPU against (a) 1, 2, 3, 4 file channels loaded (channel 1 on the program,
 #                    one encode to MP4) and (b) 1, 2, 4, 8 RTMP targets (one encode)
+#   relay   (3 20)   a live RTMP input relayed to an RTMP output, by Selvane and by the ffmpeg
+#                    CLI (the same x264 settings) side by side: a frame counter burnt into the
+#                    source is read back from both outputs, and the difference of arrival times
+#                    of the same frame is what Selvane adds beyond decoding and encoding
 #   keepup  (3 10)   sources that must run at full rate: a 10-bit HEVC 1080p30 file, a 4K
 #                    H.264 file scaled to 1080p, a 10,000-character --text and a 100 KB ticker
 #                    (in a schedule) over a 1080p test signal; Selvane in real time (are all
@@ -35,11 +39,11 @@ if [ $# -gt 0 ] && ! [[ $1 =~ ^[0-9]+$ ]]; then
   shift
 fi
 case "$case_name" in
-signal | show | scale) default_rounds=3 default_seconds=20 ;;
+signal | show | scale | relay) default_rounds=3 default_seconds=20 ;;
 memory) default_rounds=1 default_seconds=600 ;;
 keepup) default_rounds=3 default_seconds=10 ;;
 *)
-  echo "usage: scripts/bench.sh [signal|show|memory|scale|keepup] [ROUNDS] [SECONDS]" >&2
+  echo "usage: scripts/bench.sh [signal|show|memory|scale|keepup|relay] [ROUNDS] [SECONDS]" >&2
   exit 2
   ;;
 esac
@@ -170,6 +174,11 @@ signal1080="testsrc2=size=1920x1080:rate=30"
 # x264 veryfast with the bitrate and buffer Selvane's software encoder uses for 1080p30 (balanced)
 x264=(-c:v libx264 -preset veryfast -tune zerolatency -g 60 -bf 0 -b:v 7465k -maxrate 7465k
   -bufsize 14930k -pix_fmt yuv420p -c:a aac -b:a 160k)
+# ... and when it also streams: constant bitrate with filler, frame threads, fixed keyframes
+x264_live=(-c:v libx264 -preset veryfast -tune zerolatency -g 60 -bf 0 -b:v 7465k -maxrate 7465k
+  -bufsize 7465k -x264-params
+  sliced-threads=0:threads=4:weightp=0:scenecut=0:force-cfr=1:nal-hrd=cbr:filler=1:keyint=60:min-keyint=60
+  -pix_fmt yuv420p -c:a aac -b:a 160k)
 fragmented="movflags=+frag_keyframe+empty_moov+default_base_moof"
 ticker="Selvane benchmark ticker: the quick brown fox jumps over the lazy dog, while the program goes out to a file and two servers"
 
@@ -241,7 +250,7 @@ selvane_show_args() { # RECORDING LENGTH: the show as Selvane's options, into sh
 ffmpeg_show_args() { # RECORDING LENGTH: the same show as the CLI's options, into show_args
   next_key
   show_args=(-re -i "$work/show.mp4" -i "$work/a.png" -i "$work/b.png" -filter_complex
-    "$(show_filter)" -map '[v]' -map 0:a "${x264[@]}" -flags +global_header -t "$2" -f tee
+    "$(show_filter)" -map '[v]' -map 0:a "${x264_live[@]}" -flags +global_header -t "$2" -f tee
     "[f=mp4:$fragmented]$1|[f=flv:onfail=ignore]rtmp://127.0.0.1:$port/live/f${key}a|[f=flv:onfail=ignore]rtmp://127.0.0.1:$port/live/f${key}b")
 }
 bench_show() {
@@ -401,7 +410,7 @@ bench_scale() {
       online="$(grep -c "targets $(printf 'online,%.0s' $(seq 1 "$n") | sed 's/,$//') " "$work/ours.log" || true)"
       local tee=""
       for c in $(seq 1 "$n"); do tee+="[f=flv:onfail=ignore]rtmp://127.0.0.1:$port/live/f${key}t$c|"; done
-      run_ffmpeg theirs -re -i "$work/show.mp4" -map 0:v -map 0:a "${x264[@]}" -flags +global_header \
+      run_ffmpeg theirs -re -i "$work/show.mp4" -map 0:v -map 0:a "${x264_live[@]}" -flags +global_header \
         -t "$seconds" -f tee "${tee%|}"
       f_cpu+=("$(cpu theirs)") f_wall+=("$(wall theirs)")
       printf 'targets %d round %d: selvane %6.2f s CPU (%s, all online in %d progress lines), ffmpeg %6.2f s CPU\n' \
@@ -505,6 +514,85 @@ bench_keepup() {
     printf '  median   selvane frames %d/%d, CPU %.2f s; ffmpeg %sx real time, CPU %.2f s; CPU ratio selvane/ffmpeg %s\n' \
       "$(median "${s_frames[@]}")" "$expected" "$sc" "$(median "${f_speed[@]}")" "$fc" \
       "$(ratio "$sc" "$fc")"
+  done
+}
+
+# --- relay ------------------------------------------------------------------------------------
+# The source carries its frame number in 12 blocks along the top (white: bit set).
+counter_graph="color=c=gray:size=640x360:rate=30,format=yuv420p,geq=lum=if(lt(Y\\,40)\\,if(lt(X\\,480)\\,16+219*mod(floor(N/pow(2\\,floor(X/40)))\\,2)\\,128)\\,128):cb=128:cr=128"
+bench_relay() {
+  start_nginx
+  cat >"$work/arrivals.py" <<'PY'
+import select, subprocess, sys, time
+# Reads the frame numbers of each stream and prints "name number arrival" lines.
+urls = sys.argv[1:]
+procs = {}
+for url in urls:
+    p = subprocess.Popen(["ffmpeg", "-v", "error", "-nostdin", "-fflags", "nobuffer", "-flags",
+                          "low_delay", "-probesize", "32768", "-analyzeduration", "0", "-threads",
+                          "1", "-i", url, "-vf", "crop=480:20:0:10,scale=12:1:flags=area",
+                          "-pix_fmt", "gray", "-f", "rawvideo", "-"], stdout=subprocess.PIPE)
+    procs[p.stdout.fileno()] = (url, p, bytearray())
+while procs:
+    ready, _, _ = select.select(list(procs), [], [], 1.0)
+    for fd in ready:
+        url, p, buf = procs[fd]
+        chunk = p.stdout.read1(4096) if hasattr(p.stdout, "read1") else p.stdout.read(12)
+        now = time.monotonic()
+        if not chunk:
+            del procs[fd]
+            continue
+        buf += chunk
+        while len(buf) >= 12:
+            bits = bytes(buf[:12])
+            del buf[:12]
+            n = sum(1 << i for i, v in enumerate(bits) if v > 128)
+            print(url.rsplit("/", 1)[-1], n, "%.4f" % now, flush=True)
+PY
+  local i rows=()
+  for i in $(seq 1 "$rounds"); do
+    next_key
+    local in="rtmp://127.0.0.1:$port/live/in$key" sel="rtmp://127.0.0.1:$port/live/sel$key"
+    local cli="rtmp://127.0.0.1:$port/live/cli$key"
+    ffmpeg -nostdin -v error -re -f lavfi -i "$counter_graph" -t $((seconds + 10)) -c:v libx264 \
+      -preset ultrafast -tune zerolatency -g 30 -bf 0 -f flv "$in" &
+    local publisher=$!
+    sleep 1
+    env XDG_DATA_HOME="$work/data" XDG_CONFIG_HOME="$work/config" QT_QPA_PLATFORM=offscreen \
+      "$binary" --headless --channel "1=$in" --size 640x360 --stream "$sel" \
+      --duration $((seconds + 6)) --encoder software --preset balanced >"$work/relay.log" 2>&1 &
+    local ours=$!
+    ffmpeg -nostdin -v error -fflags nobuffer -i "$in" -t $((seconds + 6)) -an \
+      -c:v libx264 -preset veryfast -tune zerolatency -g 60 -bf 0 -b:v 2000k -maxrate 2000k \
+      -bufsize 2000k -x264-params \
+      sliced-threads=0:threads=4:weightp=0:scenecut=0:force-cfr=1:nal-hrd=cbr:filler=1:keyint=60:min-keyint=60 \
+      -f flv "$cli" &
+    local theirs=$!
+    sleep 3
+    timeout $((seconds + 2)) python3 "$work/arrivals.py" "$sel" "$cli" "$in" \
+      >"$work/arrivals$i.txt" 2>/dev/null || true
+    kill "$ours" "$theirs" "$publisher" 2>/dev/null || true
+    wait "$ours" "$theirs" "$publisher" 2>/dev/null || true
+    python3 - "$work/arrivals$i.txt" "sel$key" "cli$key" "in$key" <<'PY' | tee -a "$work/relay.rows"
+import statistics, sys
+lines = [l.split() for l in open(sys.argv[1]) if len(l.split()) == 3]
+sel, cli, src = sys.argv[2], sys.argv[3], sys.argv[4]
+first = {}
+for name, n, t in lines:
+    first.setdefault((name, int(n)), float(t))
+def diffs(a, b):
+    return sorted(1000 * (first[(a, n)] - first[(b, n)]) for (name, n) in first
+                  if name == a and (b, n) in first)
+added, cli_own = diffs(sel, cli), diffs(cli, src)
+if not added:
+    print("no frame seen in both outputs")
+else:
+    p95 = added[int(0.95 * (len(added) - 1))]
+    print("frames %d  selvane after the ffmpeg relay: median %.0f ms, p95 %.0f ms;"
+          "  the ffmpeg relay after the source: median %.0f ms"
+          % (len(added), statistics.median(added), p95,
+             statistics.median(cli_own) if cli_own else float("nan")))
+PY
   done
 }
 

@@ -187,6 +187,7 @@ void ProgramSwitcher::advance(SourceFeed &feed, SourceState &state, qint64 progr
         state.generation = feed.generation();
         state.mapping = {};
         state.current = {};
+        state.marginUs = kLiveLatencyUs;
     }
     FrameQueue &frames = feed.frames();
     const bool live = feed.isLive();
@@ -198,7 +199,7 @@ void ProgramSwitcher::advance(SourceFeed &feed, SourceState &state, qint64 progr
         const FrameTokenPtr back = frames.back();
         const qint64 newest =
             back && back->timeline == front->timeline ? back->ptsUs : front->ptsUs;
-        return programUs + kLiveLatencyUs - liveEdgeUs(feed, front->timeline, newest);
+        return programUs + state.marginUs - liveEdgeUs(feed, front->timeline, newest);
     };
     bool moved = false;
     bool joining = false;
@@ -241,7 +242,9 @@ void ProgramSwitcher::advance(SourceFeed &feed, SourceState &state, qint64 progr
         const qint64 edgeUs = liveEdgeUs(feed, back->timeline, back->ptsUs);
         const qint64 aheadUs = edgeUs + state.mapping.offsetUs - programUs;
         if (aheadUs < kLiveStarvingUs || aheadUs > kLiveAheadLimitUs) {
-            state.mapping.offsetUs = programUs + kLiveLatencyUs - edgeUs;
+            if (aheadUs < kLiveStarvingUs)
+                state.marginUs = std::min(2 * state.marginUs, kLiveMaxLatencyUs);
+            state.mapping.offsetUs = programUs + state.marginUs - edgeUs;
             ++state.reanchors;
             moved = true;
         }

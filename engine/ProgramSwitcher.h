@@ -42,8 +42,11 @@ class ProgramSwitcher : public QObject
     Q_OBJECT
 
 public:
-    // A live source's pictures go on air this long after they arrive (jitter margin).
-    static constexpr qint64 kLiveLatencyUs = 200'000;
+    // A live source's pictures go on air this long after they arrive (jitter margin) at first;
+    // each time the source runs dry the margin doubles, up to its limit, so that a source that
+    // arrives steadily adds little delay and one that comes in bursts gets what it needs.
+    static constexpr qint64 kLiveLatencyUs = 50'000;
+    static constexpr qint64 kLiveMaxLatencyUs = 800'000;
     // A live source whose delivered edge (the newest instant with both sound and picture)
     // comes this close to the program time gets more margin; one this far ahead is brought
     // closer.
@@ -115,6 +118,7 @@ private:
         qint64 skipped = 0;
         qint64 reanchors = 0;
         quint64 generation = 0; // the feed's source the state belongs to
+        qint64 marginUs = kLiveLatencyUs;
     };
 
     void onTimer();

@@ -555,7 +555,7 @@ PY
     local in="rtmp://127.0.0.1:$port/live/in$key" sel="rtmp://127.0.0.1:$port/live/sel$key"
     local cli="rtmp://127.0.0.1:$port/live/cli$key"
     ffmpeg -nostdin -v error -re -f lavfi -i "$counter_graph" -t $((seconds + 10)) -c:v libx264 \
-      -preset ultrafast -tune zerolatency -g 30 -bf 0 -f flv "$in" &
+      -preset ultrafast -tune zerolatency -g 30 -bf 0 -f flv "$in" 2>/dev/null &
     local publisher=$!
     sleep 1
     env XDG_DATA_HOME="$work/data" XDG_CONFIG_HOME="$work/config" QT_QPA_PLATFORM=offscreen \
@@ -566,7 +566,7 @@ PY
       -c:v libx264 -preset veryfast -tune zerolatency -g 60 -bf 0 -b:v 2000k -maxrate 2000k \
       -bufsize 2000k -x264-params \
       sliced-threads=0:threads=4:weightp=0:scenecut=0:force-cfr=1:nal-hrd=cbr:filler=1:keyint=60:min-keyint=60 \
-      -f flv "$cli" &
+      -f flv "$cli" 2>/dev/null &
     local theirs=$!
     sleep 3
     timeout $((seconds + 2)) python3 "$work/arrivals.py" "$sel" "$cli" "$in" \

@@ -41,6 +41,8 @@ bool OutputRouter::start()
 {
     stop();
     auto state = std::make_shared<EncodeWorkerState>();
+    state->audio.reserve(kMaxQueuedAudioChunks);
+    state->spare.reserve(kMaxQueuedAudioChunks);
     state->settings = m_settings;
     state->size = m_size;
     state->sink = std::make_unique<FfmpegEncoderSink>();
@@ -114,6 +116,8 @@ void OutputRouter::encodeWorker(std::shared_ptr<EncodeWorkerState> state)
         return;
     }
     state->sinkOpen.store(true);
+    std::vector<AudioChunk> audio;
+    audio.reserve(kMaxQueuedAudioChunks);
     for (;;) {
         while (steadyNs() < g_stallUntilNs.load()) {
             {
@@ -127,7 +131,7 @@ void OutputRouter::encodeWorker(std::shared_ptr<EncodeWorkerState> state)
         state->wake.wait_for(lock, kWorkerWait, [&] {
             return state->stop || !state->frames.empty() || !state->audio.empty();
         });
-        std::deque<AudioChunk> audio;
+        // Swapped with the worker's own list: neither allocates once both have their capacity.
         audio.swap(state->audio);
         std::pair<FrameTokenPtr, qint64> frame;
         const bool haveFrame = !state->frames.empty();
@@ -142,6 +146,13 @@ void OutputRouter::encodeWorker(std::shared_ptr<EncodeWorkerState> state)
             break;
         for (AudioChunk &chunk : audio)
             sink.pushAudio(chunk.samples.data(), int(chunk.samples.size() / 2), chunk.ptsUs);
+        if (!audio.empty()) {
+            std::lock_guard spareLock(state->mutex);
+            for (AudioChunk &chunk : audio)
+                if (state->spare.size() < kMaxQueuedAudioChunks)
+                    state->spare.push_back(std::move(chunk.samples));
+            audio.clear();
+        }
         if (haveFrame)
             sink.pushVideoFrame(std::move(frame.first), frame.second);
     }
@@ -189,13 +200,18 @@ void OutputRouter::pushAudio(const std::int16_t *samples, int frames, qint64 pts
         std::lock_guard lock(state->mutex);
         if (!state->running || state->stop)
             return;
+        std::vector<std::int16_t> buffer;
         if (state->audio.size() >= kMaxQueuedAudioChunks) {
             // The newest sound is what the outputs need next; the oldest chunk gives way.
-            state->audio.pop_front();
+            buffer = std::move(state->audio.front().samples);
+            state->audio.erase(state->audio.begin());
             dropped = ++state->droppedAudioChunks;
+        } else if (!state->spare.empty()) {
+            buffer = std::move(state->spare.back());
+            state->spare.pop_back();
         }
-        state->audio.push_back(
-            {std::vector<std::int16_t>(samples, samples + std::size_t(frames) * 2), ptsUs});
+        buffer.assign(samples, samples + std::size_t(frames) * 2);
+        state->audio.push_back({std::move(buffer), ptsUs});
     }
     state->wake.notify_one();
     if (dropped > 0 && selvane::shouldLog(dropped, 5, 100))

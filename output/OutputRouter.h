@@ -47,7 +47,9 @@ public:
         std::mutex mutex;
         std::condition_variable wake;
         std::deque<std::pair<FrameTokenPtr, qint64>> frames;
-        std::deque<AudioChunk> audio; // at most kMaxQueuedAudioChunks; the oldest gives way
+        std::vector<AudioChunk> audio; // at most kMaxQueuedAudioChunks; the oldest gives way
+        // Sample buffers of chunks already encoded, reused so that no block allocates.
+        std::vector<std::vector<std::int16_t>> spare;
         int depth = 4;
         bool live = false;
         bool running = false;

@@ -200,9 +200,10 @@ private slots:
         for (int p : got)
             shifted << p - got.value(0) + expected.value(0);
         if (live) {
-            // The pictures come out of the encoder only when it is flushed at the stop, and
-            // the target does not always deliver them then (an open fault): whatever arrives
-            // must be among the newest.
+            // The target connects only once the reader is there, and starts at a keyframe.
+            // When the worker took an early picture before the queue filled, that picture was
+            // the keyframe and went out before the connection: the rest waits for the next
+            // keyframe, which this short run never reaches. Whatever arrives is the newest.
             QVERIFY(shifted.size() <= expected.size());
             for (int p : shifted)
                 QVERIFY(expected.contains(p));

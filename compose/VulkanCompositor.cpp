@@ -1,5 +1,7 @@
 #include "compose/VulkanCompositor.h"
 
+#include "media/FrameConvert.h"
+
 #include <QPainter>
 #include <QPen>
 #include <QPolygonF>
@@ -82,26 +84,13 @@ int VulkanCompositor::overlayCount(const OverlayScene &scene) const
 
 bool VulkanCompositor::copyBase(const FrameToken &base, FrameWriter &out)
 {
+    if (!base.isI420())
+        return selvane::scaleToI420(m_rgbaSws, base, QSize(base.width, base.height), out);
     out.prepareI420(base.width, base.height);
-    if (base.isI420()) {
-        for (int p = 0; p < 3; ++p)
-            av_image_copy_plane(out.plane(p), int(out->planeStride(p)), base.plane(p),
-                                int(base.planeStride(p)),
-                                p == 0 ? base.width : (base.width + 1) / 2,
-                                p == 0 ? base.height : (base.height + 1) / 2);
-        return true;
-    }
-    m_rgbaSws.reset(sws_getCachedContext(
-        m_rgbaSws.release(), base.width, base.height, AV_PIX_FMT_RGBA, base.width, base.height,
-        AV_PIX_FMT_YUV420P, SWS_BILINEAR, nullptr, nullptr, nullptr));
-    if (!m_rgbaSws)
-        return false;
-    const uint8_t *const src[4] = {base.bits(), nullptr, nullptr, nullptr};
-    const int srcStride[4] = {int(base.stride), 0, 0, 0};
-    uint8_t *dst[4] = {out.plane(0), out.plane(1), out.plane(2), nullptr};
-    const int dstStride[4] = {int(out->planeStride(0)), int(out->planeStride(1)),
-                              int(out->planeStride(2)), 0};
-    sws_scale(m_rgbaSws.get(), src, srcStride, 0, base.height, dst, dstStride);
+    FrameToken::AvPlanes src = base.avPlanes();
+    FrameWriter::AvPlanes dst = out.avPlanes();
+    av_image_copy(dst.data, dst.linesize, src.data, src.linesize, AV_PIX_FMT_YUV420P, base.width,
+                  base.height);
     return true;
 }
 
@@ -203,46 +192,22 @@ void VulkanCompositor::drawVideo(const YuvPlanes &frame, const MediaOverlayRecor
     if (placed.width() < 2 || placed.height() < 2)
         return;
     const QSize size(placed.width() & ~1, placed.height() & ~1);
-    const qint64 stride = FrameToken::i420Stride(size.width());
-    const qint64 chromaOffset = stride * size.height();
-    const qint64 chromaBytes = (stride / 2) * (size.height() / 2);
-    const bool asItIs =
-        picture.isI420() && picture.width == size.width() && picture.height == size.height();
-    if (!asItIs && (video.scaledFrom != video.picture || video.placed != placed)) {
+    const double opacity = std::clamp(record.opacity, 0.0, 1.0);
+    if (picture.isI420() && QSize(picture.width, picture.height) == size) {
+        YuvLayer::blendPicture(frame, picture, placed.topLeft(), opacity);
+        return;
+    }
+    if (!video.scaled || video.scaledFrom != video.picture || video.placed != placed) {
         // A new picture or another place: scaled once, then blended on every frame it shows.
-        m_videoSws.reset(sws_getCachedContext(
-            m_videoSws.release(), picture.width, picture.height,
-            picture.isI420() ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_RGBA, size.width(), size.height(),
-            AV_PIX_FMT_YUV420P, SWS_BILINEAR, nullptr, nullptr, nullptr));
-        if (!m_videoSws)
+        if (!video.scaled)
+            video.scaled = std::make_shared<FrameToken>();
+        FrameWriter writer(video.scaled);
+        if (!selvane::scaleToI420(m_videoSws, picture, size, writer))
             return;
-        video.scaled.resize(std::size_t(FrameToken::i420Bytes(stride, size.height())));
-        const bool planar = picture.isI420();
-        const uint8_t *const src[4] = {picture.plane(0), planar ? picture.plane(1) : nullptr,
-                                       planar ? picture.plane(2) : nullptr, nullptr};
-        const int srcStride[4] = {int(picture.planeStride(0)),
-                                  planar ? int(picture.planeStride(1)) : 0,
-                                  planar ? int(picture.planeStride(2)) : 0, 0};
-        uint8_t *dst[4] = {video.scaled.data(), video.scaled.data() + chromaOffset,
-                           video.scaled.data() + chromaOffset + chromaBytes, nullptr};
-        const int dstStride[4] = {int(stride), int(stride / 2), int(stride / 2), 0};
-        sws_scale(m_videoSws.get(), src, srcStride, 0, picture.height, dst, dstStride);
         video.scaledFrom = video.picture;
         video.placed = placed;
     }
-    const double opacity = std::clamp(record.opacity, 0.0, 1.0);
-    if (asItIs) {
-        const std::uint8_t *const planes[3] = {picture.plane(0), picture.plane(1),
-                                               picture.plane(2)};
-        const qint64 strides[3] = {picture.planeStride(0), picture.planeStride(1),
-                                   picture.planeStride(2)};
-        YuvLayer::blendPicture(frame, planes, strides, size, placed.topLeft(), opacity);
-        return;
-    }
-    const std::uint8_t *const planes[3] = {video.scaled.data(), video.scaled.data() + chromaOffset,
-                                           video.scaled.data() + chromaOffset + chromaBytes};
-    const qint64 strides[3] = {stride, stride / 2, stride / 2};
-    YuvLayer::blendPicture(frame, planes, strides, size, placed.topLeft(), opacity);
+    YuvLayer::blendPicture(frame, *video.scaled, placed.topLeft(), opacity);
 }
 
 void VulkanCompositor::drawText(const YuvPlanes &frame, const TextOverlayData &data,

@@ -72,7 +72,7 @@ private:
         FrameTokenPtr picture;
         FrameTokenPtr scaledFrom; // the picture `scaled` was made of
         QRect placed;
-        std::vector<std::uint8_t> scaled; // I420 at placed.size()
+        std::shared_ptr<FrameToken> scaled; // the picture at the place's size
     };
 
     void drawMedia(const selvane::YuvPlanes &frame, const OverlayScene &scene);

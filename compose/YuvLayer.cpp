@@ -186,9 +186,10 @@ void YuvLayer::fillRect(const YuvPlanes &frame, QRect rect, QColor color, double
     }
 }
 
-void YuvLayer::blendPicture(const YuvPlanes &frame, const std::uint8_t *const planes[3],
-                            const qint64 strides[3], QSize size, QPoint at, double opacity)
+void YuvLayer::blendPicture(const YuvPlanes &frame, const FrameToken &picture, QPoint at,
+                            double opacity)
 {
+    const QSize size(picture.width, picture.height);
     const int alpha = alphaOf(opacity);
     const QPoint even(at.x() & ~1, at.y() & ~1);
     const QRect r = QRect(even, size) & frameRect(frame);
@@ -204,7 +205,8 @@ void YuvLayer::blendPicture(const YuvPlanes &frame, const std::uint8_t *const pl
             std::min(y1, (even.y() >> shift) + ((size.height() + shift) >> shift) - 1);
         for (int y = y0; y <= lastY; ++y) {
             std::uint8_t *dst = frame.data[p] + y * frame.stride[p] + x0;
-            const std::uint8_t *src = planes[p] + (fromY + y - y0) * strides[p] + fromX;
+            const std::uint8_t *src =
+                picture.plane(p) + (fromY + y - y0) * picture.planeStride(p) + fromX;
             if (alpha == 255)
                 std::memcpy(dst, src, std::size_t(lastX - x0 + 1));
             else

@@ -10,6 +10,8 @@
 // uses. Threads: a layer is made on one thread and then only read (the chroma for each position
 // parity is made on first use, so one layer is used by one thread at a time).
 
+#include "media/FrameToken.h"
+
 #include <QColor>
 #include <QImage>
 #include <QRect>
@@ -47,8 +49,8 @@ public:
     // Fills a rectangle with a colour of any alpha.
     static void fillRect(const YuvPlanes &frame, QRect rect, QColor color, double opacity);
     // Blends an I420 picture at `at` (rounded down to even) with one opacity for all of it.
-    static void blendPicture(const YuvPlanes &frame, const std::uint8_t *const planes[3],
-                             const qint64 strides[3], QSize size, QPoint at, double opacity);
+    static void blendPicture(const YuvPlanes &frame, const FrameToken &picture, QPoint at,
+                             double opacity);
 
 private:
     struct Chroma

@@ -1,7 +1,5 @@
 #include "media/FrameConvert.h"
 
-#include "media/FfmpegTypes.h"
-
 namespace selvane {
 
 namespace {
@@ -28,12 +26,10 @@ QImage frameToImage(const FrameToken &frame)
         converter(frame.width, frame.height, AV_PIX_FMT_YUV420P, AV_PIX_FMT_RGBA);
     if (!sws || image.isNull())
         return {};
-    const uint8_t *const src[4] = {frame.plane(0), frame.plane(1), frame.plane(2), nullptr};
-    const int srcStride[4] = {int(frame.planeStride(0)), int(frame.planeStride(1)),
-                              int(frame.planeStride(2)), 0};
+    const FrameToken::AvPlanes src = frame.avPlanes();
     uint8_t *dst[4] = {image.bits(), nullptr, nullptr, nullptr};
     const int dstStride[4] = {int(image.bytesPerLine()), 0, 0, 0};
-    sws_scale(sws.get(), src, srcStride, 0, frame.height, dst, dstStride);
+    sws_scale(sws.get(), src.data, src.linesize, 0, frame.height, dst, dstStride);
     return image;
 }
 
@@ -49,10 +45,25 @@ bool imageToFrame(const QImage &image, FrameWriter &out)
     out.prepareI420(rgba.width(), rgba.height());
     const uint8_t *const src[4] = {rgba.constBits(), nullptr, nullptr, nullptr};
     const int srcStride[4] = {int(rgba.bytesPerLine()), 0, 0, 0};
-    uint8_t *dst[4] = {out.plane(0), out.plane(1), out.plane(2), nullptr};
-    const int dstStride[4] = {int(out->planeStride(0)), int(out->planeStride(1)),
-                              int(out->planeStride(2)), 0};
-    sws_scale(sws.get(), src, srcStride, 0, rgba.height(), dst, dstStride);
+    const FrameWriter::AvPlanes dst = out.avPlanes();
+    sws_scale(sws.get(), src, srcStride, 0, rgba.height(), dst.data, dst.linesize);
+    return true;
+}
+
+bool scaleToI420(ffsupport::SwsPtr &context, const FrameToken &from, QSize size, FrameWriter &out)
+{
+    if (from.width < 1 || from.height < 1 || size.isEmpty() || !out)
+        return false;
+    context.reset(sws_getCachedContext(context.release(), from.width, from.height,
+                                       from.isI420() ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_RGBA,
+                                       size.width(), size.height(), AV_PIX_FMT_YUV420P,
+                                       SWS_BILINEAR, nullptr, nullptr, nullptr));
+    if (!context)
+        return false;
+    out.prepareI420(size.width(), size.height());
+    const FrameToken::AvPlanes src = from.avPlanes();
+    const FrameWriter::AvPlanes dst = out.avPlanes();
+    sws_scale(context.get(), src.data, src.linesize, 0, from.height, dst.data, dst.linesize);
     return true;
 }
 

@@ -1,10 +1,11 @@
 #pragma once
 
-// Conversions between program pictures (FrameToken) and QImage, for the few places that need
-// RGB: a still picture or an overlay drawn by Qt enters the program, and a picture leaves it for
-// a preview or a snapshot. Both run swscale once per call; nothing here is meant for every frame
-// of a show. Any thread; no state.
+// Conversions of program pictures (FrameToken): to and from QImage, for the few places that
+// need RGB (a still picture or an overlay drawn by Qt enters the program, a picture leaves it
+// for a preview or a snapshot; swscale set up once per call, never for every frame of a show),
+// and scaling into I420 through a context the caller keeps. Any thread; no state of their own.
 
+#include "media/FfmpegTypes.h"
 #include "media/FrameToken.h"
 
 #include <QImage>
@@ -16,5 +17,8 @@ QImage frameToImage(const FrameToken &frame);
 // Writes the image into `out` as an I420 picture of the image's size (even sizes keep every
 // pixel's colour; odd ones share chroma with the edge). False when the image is null.
 bool imageToFrame(const QImage &image, FrameWriter &out);
+// Writes `from` (either layout) into `out` as an I420 picture of `size`, through `context`, which
+// is set up again only when sizes or layout change. False when swscale cannot do it.
+bool scaleToI420(ffsupport::SwsPtr &context, const FrameToken &from, QSize size, FrameWriter &out);
 
 } // namespace selvane

@@ -10,6 +10,7 @@
 
 #include <QByteArray>
 #include <QMetaType>
+#include <cstdint>
 #include <memory>
 
 struct FrameToken
@@ -40,6 +41,21 @@ struct FrameToken
     {
         const qint64 luma = stride * height;
         return index == 0 ? 0 : luma + (index - 1) * (stride / 2) * ((height + 1) / 2);
+    }
+    // Plane pointers and line sizes as FFmpeg's image functions take them.
+    struct AvPlanes
+    {
+        const std::uint8_t *data[4] = {};
+        int linesize[4] = {};
+    };
+    AvPlanes avPlanes() const
+    {
+        AvPlanes planes;
+        for (int p = 0; p < (isI420() ? 3 : 1); ++p) {
+            planes.data[p] = plane(p);
+            planes.linesize[p] = int(planeStride(p));
+        }
+        return planes;
     }
     // Bytes of an I420 picture with this luma stride.
     static qint64 i420Bytes(qint64 stride, qint32 height)
@@ -75,6 +91,20 @@ public:
     void prepareI420(qint32 width, qint32 height);
     uchar *bits() { return reinterpret_cast<uchar *>(m_token->pixels.data()); }
     uchar *plane(int index) { return bits() + m_token->planeOffset(index); }
+    struct AvPlanes
+    {
+        std::uint8_t *data[4] = {};
+        int linesize[4] = {};
+    };
+    AvPlanes avPlanes()
+    {
+        AvPlanes planes;
+        for (int p = 0; p < (m_token->isI420() ? 3 : 1); ++p) {
+            planes.data[p] = plane(p);
+            planes.linesize[p] = int(m_token->planeStride(p));
+        }
+        return planes;
+    }
 
     // Hands the picture out; the writer is empty afterwards.
     FrameTokenPtr publish() && { return std::move(m_token); }

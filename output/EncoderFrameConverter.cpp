@@ -107,12 +107,10 @@ bool EncoderFrameConverter::prepare(const FrameToken &picture, const AVFrame &ou
 
 void EncoderFrameConverter::convert(const FrameToken &picture, AVFrame *out)
 {
+    FrameToken::AvPlanes source = picture.avPlanes();
     if (m_copy) {
-        for (int p = 0; p < 3; ++p)
-            av_image_copy_plane(out->data[p], out->linesize[p], picture.plane(p),
-                                int(picture.planeStride(p)),
-                                p == 0 ? picture.width : (picture.width + 1) / 2,
-                                p == 0 ? picture.height : (picture.height + 1) / 2);
+        av_image_copy(out->data, out->linesize, source.data, source.linesize, AV_PIX_FMT_YUV420P,
+                      picture.width, picture.height);
         return;
     }
     const int fitW = m_fitSize.width();
@@ -135,13 +133,7 @@ void EncoderFrameConverter::convert(const FrameToken &picture, AVFrame *out)
                 (x >> (chroma ? desc->log2_chroma_w : 0)) * comp.step;
         }
     }
-    const bool planar = picture.isI420();
-    const uint8_t *source[4] = {picture.plane(0), planar ? picture.plane(1) : nullptr,
-                                planar ? picture.plane(2) : nullptr, nullptr};
-    const int sourceStride[4] = {int(picture.planeStride(0)),
-                                 planar ? int(picture.planeStride(1)) : 0,
-                                 planar ? int(picture.planeStride(2)) : 0, 0};
-    sws_scale(m_sws.get(), source, sourceStride, 0, picture.height, planes, out->linesize);
+    sws_scale(m_sws.get(), source.data, source.linesize, 0, picture.height, planes, out->linesize);
 }
 
 } // namespace selvane

@@ -3,77 +3,212 @@
 #include "Version.h"
 #include "app/Language.h"
 #include "app/OperatorTexts.h"
-#include "engine/Engine.h"
 #include "app/OutputFolder.h"
+#include "app/Theme.h"
+#include "cli/ShowSetup.h"
+#include "engine/Engine.h"
+#include "engine/PreviewImages.h"
+#include "panels/AudioMixerPanel.h"
+#include "panels/ChannelPanel.h"
+#include "panels/OutputSettingsPanel.h"
+#include "panels/OutputStatusView.h"
+#include "panels/ProgramPreview.h"
+#include "panels/SourceDialog.h"
 
 #include <QAction>
 #include <QActionGroup>
 #include <QApplication>
+#include <QCloseEvent>
 #include <QDebug>
 #include <QDesktopServices>
 #include <QDir>
 #include <QDockWidget>
+#include <QDateTime>
 #include <QEvent>
+#include <QEventLoop>
+#include <QFileInfo>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QPixmap>
+#include <QScreen>
+#include <QScrollArea>
+#include <QSettings>
+#include <QShortcut>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QTimer>
 #include <QUrl>
+#include <QVBoxLayout>
+
+#ifndef _WIN32
+#include <sys/resource.h>
+#endif
+
+using namespace selvane;
+
+namespace {
+
+constexpr int kProgramStream = 0;
+constexpr int kStatsIntervalMs = 40; // meters at 25 updates a second
+constexpr int kThumbnailsPerSecond = 15;
+const QSize kThumbnailSize(256, 144);
+
+qint64 processCpuUs()
+{
+#ifndef _WIN32
+    rusage usage{};
+    if (getrusage(RUSAGE_SELF, &usage) != 0)
+        return -1;
+    return (qint64(usage.ru_utime.tv_sec) + usage.ru_stime.tv_sec) * 1000000 +
+           usage.ru_utime.tv_usec + usage.ru_stime.tv_usec;
+#else
+    return -1;
+#endif
+}
+
+QString startFailureText()
+{
+    return QCoreApplication::translate(
+        "MainWindow",
+        "Unable to start stream/output.\n\nIf the log shows RTMP_Connect0 / 10060, the PC "
+        "cannot TCP-reach the server (common for YouTube rtmp://:1935). Try:\n• Use a VPN/proxy "
+        "in TUN mode\n• Or paste rtmps://… (YouTube supports RTMPS on port 443)\n• Confirm the "
+        "stream key and that Live is enabled in YouTube Studio");
+}
+
+} // namespace
 
 MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent)
 {
-    m_chinese = selvane::loadChineseLanguageFlag();
-    selvane::installUiTranslator(m_chinese);
+    m_chinese = loadChineseLanguageFlag();
+    installUiTranslator(m_chinese);
+    applyDarkTheme(*qApp);
 
     // The engine: pipeline, overlays and the preview audio mixer on its own thread.
-    m_engine = new selvane::Engine(this);
+    m_engine = new Engine(this);
     m_engine->startAudio();
-    connectEngine();
+    m_previews = new PreviewImages(this);
 
     setObjectName("MainWindow");
     setWindowTitle("Selvane");
     setDockOptions(QMainWindow::AnimatedDocks | QMainWindow::AllowNestedDocks |
                    QMainWindow::AllowTabbedDocks);
 
-    // The central area is the program preview; until a program runs it shows the logo.
-    m_previewArea = new QLabel(this);
-    m_previewArea->setObjectName("programPreviewArea");
-    m_previewArea->setAlignment(Qt::AlignCenter);
-    m_previewArea->setMinimumSize(320, 180);
-    m_previewArea->setPixmap(QPixmap(":/resources/images/logo.png")
-                                 .scaled(160, 160, Qt::KeepAspectRatio, Qt::SmoothTransformation));
-    m_previewArea->setStyleSheet("QLabel#programPreviewArea { background: #101318; }");
-    setCentralWidget(m_previewArea);
-
+    createCentralArea();
     createMenus();
     createDocks();
+    createStatusBar();
+    connectEngine();
+    // Without a window manager (a bare X server) maximising does nothing: take the screen.
+    if (QScreen *screen = QGuiApplication::primaryScreen())
+        setGeometry(screen->availableGeometry());
     showMaximized();
     resetWorkspaceLayout();
+    // The operator's own arrangement of the docks, from the last session.
+    QSettings settings("Ostrel", "Selvane");
+    restoreGeometry(settings.value("window/geometry").toByteArray());
+    restoreState(settings.value("window/state").toByteArray());
     retranslateUi();
-    qApp->installEventFilter(this);
+
+    m_statsTimer = new QTimer(this);
+    m_statsTimer->setTimerType(Qt::PreciseTimer);
+    connect(m_statsTimer, &QTimer::timeout, this, &MainWindow::refreshStats);
+    m_statsTimer->start(kStatsIntervalMs);
 }
 
 MainWindow::~MainWindow()
 {
+    m_statsTimer->stop();
     // The audio thread stops within fixed limits before anything else goes.
     m_engine->shutdownAudio();
 }
 
+void MainWindow::createCentralArea()
+{
+    auto *central = new QSplitter(Qt::Vertical, this);
+    central->setObjectName("centralSplitter");
+    central->setChildrenCollapsible(false);
+    m_preview = new ProgramPreview(central);
+    auto *row = new QWidget(central);
+    row->setObjectName("channelRow");
+    auto *rowLayout = new QHBoxLayout(row);
+    rowLayout->setContentsMargins(4, 4, 4, 4);
+    for (int c = 0; c < kChannelCount; ++c) {
+        auto *panel = new ChannelPanel(c, row);
+        m_channels[std::size_t(c)] = panel;
+        rowLayout->addWidget(panel);
+        connect(panel, &ChannelPanel::chooseSourceRequested, this, [this, c] { chooseSource(c); });
+        connect(panel, &ChannelPanel::clearRequested, this, [this, c] {
+            m_engine->clearChannel(c);
+            m_channels[std::size_t(c)]->setError({});
+        });
+        connect(panel, &ChannelPanel::takeRequested, this, [this, c] { take(c); });
+        connect(panel, &ChannelPanel::pauseRequested, this, [this, c](bool pause) {
+            pause ? m_engine->pauseChannel(c) : m_engine->resumeChannel(c);
+        });
+        connect(panel, &ChannelPanel::loopRequested, this,
+                [this, c](bool loop) { m_engine->setChannelLoop(c, loop); });
+        connect(panel, &ChannelPanel::seekRequested, this,
+                [this, c](qint64 ms) { m_engine->seekChannel(c, ms); });
+        // Keys 1-4 cut, as on a switcher's program row.
+        auto *cut = new QShortcut(QKeySequence(Qt::Key_1 + c), this);
+        connect(cut, &QShortcut::activated, this, [this, c] { take(c); });
+    }
+    central->addWidget(m_preview);
+    central->addWidget(row);
+    central->setStretchFactor(0, 3);
+    central->setStretchFactor(1, 1);
+    setCentralWidget(central);
+
+    connect(m_preview, &ProgramPreview::displaySizeChanged, this,
+            [this](QSize size) { m_previews->setSize(kProgramStream, size); });
+    m_previews->setSize(kProgramStream, m_preview->displaySize());
+    for (int c = 0; c < kChannelCount; ++c)
+        m_previews->setSize(1 + c, kThumbnailSize, kThumbnailsPerSecond);
+    connect(m_previews, &PreviewImages::ready, this, [this](int stream) {
+        const QImage image = m_previews->take(stream);
+        if (stream == kProgramStream)
+            m_preview->showImage(image);
+        else if (stream >= 1 && stream <= kChannelCount)
+            m_channels[std::size_t(stream - 1)]->setThumbnail(image);
+    });
+}
+
 void MainWindow::connectEngine()
 {
-    using namespace selvane;
+    connect(m_engine, &Engine::programFrame, this, [this](const FrameTokenPtr &frame, int) {
+        m_previews->submit(kProgramStream, frame);
+    });
+    connect(m_engine, &Engine::channelPreview, this, [this](int c, const FrameTokenPtr &frame) {
+        m_previews->submit(1 + c, frame);
+    });
     connect(m_engine, &Engine::channelError, this,
             [this](int channel, SourceError error, const QString &) {
-                statusBar()->showMessage(
-                    tr("Channel %1: %2").arg(channel + 1).arg(sourceErrorText(error)), 10000);
+                const QString text = sourceErrorText(error);
+                if (channel >= 0 && channel < kChannelCount)
+                    m_channels[std::size_t(channel)]->setError(text);
+                statusBar()->showMessage(tr("Channel %1: %2").arg(channel + 1).arg(text), 10000);
             });
-    connect(m_engine, &Engine::outputsFailed, this, [this](OutputFailure failure) {
-        const QString text = outputFailureText(failure);
-        qWarning().noquote() << "programOutputTransportFailed:" << text;
-        statusBar()->showMessage(text, 15000);
+    connect(m_engine, &Engine::outputsStarted, this, [this](QSize) {
+        m_outputPanel->setOutputsRunning(true);
+        m_preview->setTally(true);
     });
+    connect(m_engine, &Engine::outputsStopped, this, [this] {
+        m_outputPanel->setOutputsRunning(false);
+        m_preview->setTally(false);
+    });
+    connect(m_engine, &Engine::outputsFailed, this, [this](OutputFailure failure) {
+        qWarning().noquote() << "programOutputTransportFailed:" << outputFailureText(failure);
+        m_outputPanel->setOutputsRunning(false);
+        m_preview->setTally(false);
+        refuse(startFailureText());
+    });
+    connect(m_engine, &Engine::streamStatusChanged, this, [this](int index, const QString &status) {
+        m_outputPanel->setTargetStatus(index, status);
+    });
+    connect(m_engine, &Engine::scheduleRunningChanged, this,
+            &MainWindow::programArrangementRunningChanged);
 }
 
 void MainWindow::createMenus()
@@ -104,11 +239,12 @@ void MainWindow::createMenus()
     }
     m_exitAction->setShortcut(QKeySequence::Quit);
 
-    // The drawing canvas, the schedule window and the proxy settings are separate tools that
-    // are not part of this build yet; their entries stay visible but cannot be chosen.
-    for (QAction *action : {m_exportDrawingAction, m_drawingToolsAction, m_schedulingAction,
-                            m_proxyAction})
-        action->setEnabled(false);
+    // The drawing canvas, the schedule window and the proxy settings come with their own
+    // panels; until then their entries are not offered at all.
+    for (QAction *action :
+         {m_exportDrawingAction, m_drawingToolsAction, m_schedulingAction, m_proxyAction})
+        action->setVisible(false);
+    m_toolsMenu->menuAction()->setVisible(false);
 
     connect(m_openOutputFolderAction, &QAction::triggered, this, &MainWindow::openOutputFolder);
     connect(m_exitAction, &QAction::triggered, this, &QWidget::close);
@@ -123,14 +259,65 @@ void MainWindow::createDocks()
     static const char *const kObjectNames[DockCount] = {
         "outputSettingsDock", "outputPreviewDock", "audioMixerDock",
         "textOverlayDock",    "videoOverlayDock",  "imagePlaybackDock"};
+    m_outputPanel = new OutputSettingsPanel(this);
+    m_outputStatus = new OutputStatusView(this);
+    m_mixerPanel = new AudioMixerPanel(m_engine, this);
+    connect(m_outputPanel, &OutputSettingsPanel::startOutputsRequested, this,
+            &MainWindow::startOutputs);
+    connect(m_outputPanel, &OutputSettingsPanel::stopOutputsRequested, this,
+            &MainWindow::stopOutputs);
+    connect(m_outputPanel, &OutputSettingsPanel::programGainChanged, this,
+            [this](float gain) { m_engine->setProgramGain(gain); });
+    m_engine->setProgramGain(float(m_outputPanel->gainPercent() / 100.0));
+
     for (int i = 0; i < DockCount; ++i) {
         auto *dockWidget = new QDockWidget(this);
         dockWidget->setObjectName(kObjectNames[i]);
-        auto *body = new QWidget(dockWidget);
+        QWidget *body = nullptr;
+        switch (i) {
+        case OutputSettingsDock: {
+            auto *scroll = new QScrollArea(dockWidget);
+            scroll->setWidgetResizable(true);
+            scroll->setWidget(m_outputPanel);
+            body = scroll;
+            break;
+        }
+        case OutputPreviewDock:
+            body = m_outputStatus;
+            break;
+        case AudioMixerDock:
+            body = m_mixerPanel;
+            break;
+        default:
+            // Text, media overlay and image playback panels come with their own work; the
+            // docks stay closed until then.
+            body = new QWidget(dockWidget);
+            break;
+        }
         body->setMinimumSize(220, 120);
         dockWidget->setWidget(body);
         m_docks[i] = dockWidget;
     }
+}
+
+void MainWindow::createStatusBar()
+{
+    auto makeLabel = [this](const char *name) {
+        auto *label = new QLabel(this);
+        label->setObjectName(name);
+        statusBar()->addPermanentWidget(label);
+        return label;
+    };
+    m_chips = new QWidget(this);
+    m_chips->setObjectName("targetChips");
+    auto *chipLayout = new QHBoxLayout(m_chips);
+    chipLayout->setContentsMargins(0, 0, 0, 0);
+    chipLayout->setSpacing(4);
+    statusBar()->addPermanentWidget(m_chips);
+    m_fpsLabel = makeLabel("statusFps");
+    m_dropsLabel = makeLabel("statusDrops");
+    m_cpuLabel = makeLabel("statusCpu");
+    m_bitrateLabel = makeLabel("statusBitrate");
 }
 
 QString MainWindow::dockTitle(DockId id)
@@ -156,8 +343,8 @@ QString MainWindow::dockTitle(DockId id)
 
 void MainWindow::resetWorkspaceLayout()
 {
-    // Default workspace: output controls on the left, the output preview and the mixer on the
-    // right, the overlay and playback panels tabbed along the bottom.
+    // Default workspace: output controls on the left, the output status and the mixer on the
+    // right.
     const std::array<std::pair<DockId, Qt::DockWidgetArea>, DockCount> placement{{
         {OutputSettingsDock, Qt::LeftDockWidgetArea},
         {OutputPreviewDock, Qt::RightDockWidgetArea},
@@ -170,12 +357,15 @@ void MainWindow::resetWorkspaceLayout()
         QDockWidget *dockWidget = m_docks[id];
         dockWidget->setFloating(false);
         addDockWidget(area, dockWidget);
-        dockWidget->show();
+        dockWidget->setVisible(id == OutputSettingsDock || id == OutputPreviewDock ||
+                               id == AudioMixerDock);
     }
     splitDockWidget(m_docks[OutputPreviewDock], m_docks[AudioMixerDock], Qt::Vertical);
     tabifyDockWidget(m_docks[TextOverlayDock], m_docks[VideoOverlayDock]);
     tabifyDockWidget(m_docks[VideoOverlayDock], m_docks[ImagePlaybackDock]);
-    m_docks[TextOverlayDock]->raise();
+    resizeDocks({m_docks[OutputSettingsDock], m_docks[AudioMixerDock]}, {380, 440},
+                Qt::Horizontal);
+    resizeDocks({m_docks[OutputPreviewDock], m_docks[AudioMixerDock]}, {160, 420}, Qt::Vertical);
 }
 
 void MainWindow::setLanguage(bool chinese)
@@ -183,8 +373,8 @@ void MainWindow::setLanguage(bool chinese)
     if (chinese == m_chinese)
         return;
     m_chinese = chinese;
-    selvane::storeLanguageFlag(chinese);
-    if (!selvane::installUiTranslator(chinese))
+    storeLanguageFlag(chinese);
+    if (!installUiTranslator(chinese))
         qWarning() << "MainWindow: Chinese translation could not be loaded";
     retranslateUi();
 }
@@ -214,13 +404,289 @@ void MainWindow::retranslateUi()
     m_chineseAction->setText(QStringLiteral("中文"));
     m_aboutAction->setText(tr("About Selvane"));
     (m_chinese ? m_chineseAction : m_englishAction)->setChecked(true);
-    for (int i = 0; i < DockCount; ++i)
+    for (int i = 0; i < DockCount; ++i) {
         m_docks[i]->setWindowTitle(dockTitle(static_cast<DockId>(i)));
+        m_docks[i]->setAccessibleName(dockTitle(static_cast<DockId>(i)));
+    }
+    m_fpsLabel->setAccessibleName(tr("Program frame rate"));
+    m_dropsLabel->setAccessibleName(tr("Dropped frames"));
+    m_cpuLabel->setAccessibleName(tr("CPU use"));
+    m_bitrateLabel->setAccessibleName(tr("Output bitrate"));
+    m_chips->setAccessibleName(tr("Stream target status"));
+    refreshStats();
+}
+
+// ---- stats: meters 25 times a second, panels 4 times, the status bar once ----
+
+void MainWindow::refreshStats()
+{
+    const EngineStats stats = m_engine->stats();
+    m_mixerPanel->showStats(stats);
+    const int tick = m_statsTicks++;
+    if (tick % 6 != 0)
+        return;
+    for (int c = 0; c < kChannelCount; ++c) {
+        ChannelPanel *panel = m_channels[std::size_t(c)];
+        panel->showStats(stats.channels[std::size_t(c)]);
+        panel->setOnProgram(c == stats.program.channel);
+    }
+    const int onAir = stats.program.channel;
+    const bool noSource = onAir >= 0 && (stats.channels[std::size_t(onAir)].state ==
+                                             ChannelState::Idle ||
+                                         stats.channels[std::size_t(onAir)].state ==
+                                             ChannelState::Failed);
+    if ((onAir < 0 && !stats.program.still) || noSource)
+        m_preview->showNoSignal();
+    m_preview->setTally(stats.output.running);
+    m_outputPanel->showStats(stats.output);
+    m_outputStatus->showStats(stats.output, stats.program.size, stats.program.fps);
+    if (tick % 24 == 0)
+        showStatusBar(stats);
+}
+
+void MainWindow::showStatusBar(const EngineStats &stats)
+{
+    const qint64 cpuUs = processCpuUs();
+    const qint64 atMs = QDateTime::currentMSecsSinceEpoch();
+    if (cpuUs >= 0 && m_lastCpuUs >= 0 && atMs > m_lastCpuAtMs)
+        m_cpuPercent = (cpuUs - m_lastCpuUs) / 10.0 / double(atMs - m_lastCpuAtMs);
+    m_lastCpuUs = cpuUs;
+    m_lastCpuAtMs = atMs;
+
+    qint64 decoderDrops = 0;
+    for (const ChannelStats &channel : stats.channels)
+        decoderDrops += channel.framesDropped;
+    m_fpsLabel->setText(tr("%1 fps").arg(stats.program.fps, 0, 'f', 1));
+    m_dropsLabel->setText(tr("dropped: decoders %1, encoder %2")
+                              .arg(decoderDrops)
+                              .arg(stats.output.encoderDrops));
+    m_cpuLabel->setText(cpuUs >= 0 ? tr("CPU %1 %").arg(qRound(m_cpuPercent)) : tr("CPU –"));
+    m_bitrateLabel->setText(stats.output.running ? tr("%1 kbit/s").arg(qRound(stats.output.kbps))
+                                                 : tr("outputs off"));
+
+    const QList<TargetStats> &targets = stats.output.targets;
+    while (m_chipLabels.size() < targets.size()) {
+        auto *chip = new QLabel(m_chips);
+        chip->setObjectName("statusChip");
+        m_chips->layout()->addWidget(chip);
+        m_chipLabels << chip;
+    }
+    for (int i = 0; i < m_chipLabels.size(); ++i) {
+        QLabel *chip = m_chipLabels[i];
+        chip->setVisible(i < targets.size());
+        if (i >= targets.size())
+            continue;
+        const QString colour = OutputStatusView::statusColour(targets[i].status);
+        chip->setText(QStringLiteral("<span style='color:%1'>●</span> %2 %3")
+                          .arg(colour)
+                          .arg(i + 1)
+                          .arg(OutputStatusView::statusWord(targets[i].status)));
+        chip->setToolTip(targets[i].url);
+        chip->setAccessibleName(tr("Target %1: %2")
+                                    .arg(i + 1)
+                                    .arg(OutputStatusView::statusWord(targets[i].status)));
+    }
+}
+
+// ---- sources and cuts ----
+
+void MainWindow::chooseSource(int channel)
+{
+    if (channel < 0 || channel >= kChannelCount)
+        return;
+    SourceDialog dialog(this, channel + 1);
+    dialog.setAddress(m_engine->stats().channels[std::size_t(channel)].source);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    const SourceChoice choice = dialog.choice();
+    QString message;
+    if (Engine::isSourceSameAsOutput(choice.address, m_outputPanel->settings().encoder, &message)) {
+        QMessageBox::warning(this, tr("Source"), message);
+        return;
+    }
+    m_channels[std::size_t(channel)]->setError({});
+    m_engine->setChannelSource(channel, choice.address, choice.audioSource);
+}
+
+void MainWindow::take(int channel)
+{
+    if (channel < 0 || channel >= kChannelCount)
+        return;
+    m_engine->cutTo(channel);
+    for (int c = 0; c < kChannelCount; ++c)
+        m_channels[std::size_t(c)]->setOnProgram(c == channel);
+}
+
+// ---- outputs ----
+
+void MainWindow::refuse(const QString &text)
+{
+    // Window-modal but not blocking: the meters and previews go on while it is open.
+    auto *box = new QMessageBox(QMessageBox::Warning, tr("Output"), text, QMessageBox::Ok, this);
+    box->setObjectName("outputMessage");
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
+bool MainWindow::startOutputs()
+{
+    return startOutputsWith(m_outputPanel->settings(), true);
+}
+
+bool MainWindow::startOutputsWith(const OutputSettings &requested, bool fromPanel)
+{
+    if (m_engine->outputsActive())
+        return false;
+    OutputSettings settings = requested;
+    EncoderSettings &encoder = settings.encoder;
+    encoder.filePath = encoder.filePath.trimmed();
+    if (encoder.filePath.isEmpty())
+        encoder.fileEnabled = false;
+    if (!encoder.fileEnabled && encoder.streamTargets.isEmpty()) {
+        refuse(tr("Please fill output file path or stream URL, and select at least one output "
+                  "target."));
+        return false;
+    }
+    if (fromPanel) {
+        for (const OutputSettingsPanel::TargetEntry &target : m_outputPanel->targets()) {
+            if (!target.enabled || (target.kind != "RTMP" && target.kind != "RTMPS"))
+                continue;
+            const QString scheme = target.kind.toLower();
+            if (!target.url().trimmed().startsWith(scheme + "://", Qt::CaseInsensitive)) {
+                refuse(tr("Stream %1 expects a %2:// URL.").arg(target.kind, scheme));
+                return false;
+            }
+        }
+    }
+    const QSize outputSize = settings.size.explicitSize ? settings.size.size
+                                                        : m_engine->programSize();
+    const bool eightK = outputSize.width() > 4096 || outputSize.height() > 4096;
+    if (eightK) {
+        for (const StreamTarget &target : encoder.streamTargets) {
+            if (isFlvTarget(target.url, target.formatName)) {
+                refuse(tr("8K output uses HEVC. Standard RTMP services accept H.264 only.\nUse a "
+                          "HEVC-capable SRT destination or record to MP4/MKV."));
+                return false;
+            }
+        }
+        QString detail;
+        if (!Engine::canEncodeEightK(&detail)) {
+            refuse(tr("The selected 8K hardware HEVC encoder is unavailable. Update the GPU "
+                      "driver or choose a supported GPU.\n\n") +
+                   detail);
+            return false;
+        }
+    }
+    // A recording folder the operator typed is made, as a file manager would.
+    if (encoder.fileEnabled)
+        QDir().mkpath(QFileInfo(encoder.filePath).absolutePath());
+    const OutputCheck check = Engine::checkOutputs(encoder);
+    if (!check.ok()) {
+        refuse(outputProblemText(check));
+        return false;
+    }
+    if (!m_engine->startOutputs(settings)) {
+        refuse(startFailureText());
+        return false;
+    }
+    m_outputPanel->setOutputsRunning(true);
+    return true;
+}
+
+void MainWindow::stopOutputs()
+{
+    m_engine->stopOutputs();
+    if (!m_engine->outputsActive()) {
+        m_outputPanel->setOutputsRunning(false);
+        m_preview->setTally(false);
+    }
+}
+
+void MainWindow::stopOutputsAndWait(int limitMs)
+{
+    if (!m_engine->outputsActive())
+        return;
+    QEventLoop wait;
+    connect(m_engine, &Engine::outputsStopped, &wait, &QEventLoop::quit);
+    connect(m_engine, &Engine::outputsFailed, &wait, &QEventLoop::quit);
+    QTimer::singleShot(limitMs, &wait, &QEventLoop::quit);
+    m_engine->stopOutputs();
+    if (m_engine->outputsActive())
+        wait.exec();
+    m_outputPanel->setOutputsRunning(false);
+}
+
+bool MainWindow::loadShow(const HeadlessOptions &show, bool startOutputs, QString *error)
+{
+    if (!show.scheduleFile.isEmpty()) {
+        ProgramArrangement arrangement;
+        QStringList warnings;
+        if (!readScheduleFile(show.scheduleFile, &arrangement, error, &warnings))
+            return false;
+        for (const QString &warning : warnings)
+            qWarning().noquote() << "MainWindow: schedule:" << warning;
+        const arrangement::Validation check = m_engine->loadSchedule(arrangement);
+        if (!check.ok) {
+            *error = check.title + ": " + check.message;
+            return false;
+        }
+    }
+    applyShowOptions(*m_engine, show);
+    if (!show.scheduleFile.isEmpty() && !m_engine->startSchedule(error))
+        return false;
+    if (show.output.fileEnabled)
+        m_outputPanel->setRecording(true, show.output.filePath);
+    if (!show.output.streamTargets.isEmpty()) {
+        QList<OutputSettingsPanel::TargetEntry> targets;
+        for (const StreamTarget &target : show.output.streamTargets) {
+            OutputSettingsPanel::TargetEntry entry;
+            const QString scheme = QUrl(target.url).scheme().toLower();
+            entry.kind = scheme == "rtmp"    ? "RTMP"
+                         : scheme == "rtmps" ? "RTMPS"
+                         : scheme == "srt"   ? "SRT"
+                                             : "Custom";
+            entry.server = target.formatName.isEmpty() ? target.url
+                                                       : target.url + "#" + target.formatName;
+            targets << entry;
+        }
+        m_outputPanel->setTargets(targets);
+    }
+    if (startOutputs && show.hasOutputs())
+        startOutputsWith({show.output, {show.outputSize.isValid(), show.outputSize}}, false);
+    return true;
+}
+
+// ---- closing ----
+
+void MainWindow::closeForShutdown()
+{
+    m_closingForShutdown = true;
+    close();
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    if (m_engine->outputsActive() && !m_closingForShutdown) {
+        const auto answer = QMessageBox::question(
+            this, tr("Outputs are running"),
+            tr("Recording or streaming is running. Stop the outputs and close Selvane?"),
+            QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
+        if (answer != QMessageBox::Yes) {
+            event->ignore();
+            return;
+        }
+    }
+    QSettings settings("Ostrel", "Selvane");
+    settings.setValue("window/geometry", saveGeometry());
+    settings.setValue("window/state", saveState());
+    // Trailers are written before the window goes: the files stay playable.
+    stopOutputsAndWait(15000);
+    event->accept();
 }
 
 void MainWindow::openOutputFolder()
 {
-    const QString folder = selvane::recordingDirectory();
+    const QString folder = recordingDirectory();
     QDir().mkpath(folder);
     if (!QDesktopServices::openUrl(QUrl::fromLocalFile(folder)))
         QMessageBox::warning(this, tr("Output Folder"), tr("Unable to open the output folder."));

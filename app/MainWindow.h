@@ -1,21 +1,38 @@
 #pragma once
 
-// The mixer window: it owns the panels (as docks around the central preview area) and wires them
-// to the engine. It decides the language, the window frame and the workspace layout; media
-// behaviour lives in the engine. GUI thread only.
+// The mixer window: the program preview in the centre with the four channel panels under it,
+// the panels as docks around it (output settings, output status, audio mixer), a status bar,
+// and the menus. It wires the panels to the engine and decides what the window itself decides:
+// the language, the layout, the checks before a source is accepted and before outputs start
+// (each refusal a warning box titled "Output"), and a clean end of the outputs when it closes.
+// Media behaviour lives in the engine.
+//
+// Owns: the engine, the preview scaler, every panel. GUI thread only. Emits
+// programArrangementRunningChanged when the schedule starts or stops.
+
+#include "cli/CommandLine.h"
 
 #include <QMainWindow>
 
 #include <array>
 
 namespace selvane {
+class AudioMixerPanel;
+class ChannelPanel;
 class Engine;
-}
+class OutputSettingsPanel;
+class OutputStatusView;
+class PreviewImages;
+class ProgramPreview;
+struct EngineStats;
+struct OutputSettings;
+} // namespace selvane
 class QAction;
 class QActionGroup;
 class QDockWidget;
 class QLabel;
 class QMenu;
+class QTimer;
 
 class MainWindow : public QMainWindow
 {
@@ -43,29 +60,74 @@ public:
     };
     QDockWidget *dock(DockId id) const { return m_docks[id]; }
     selvane::Engine *engine() const { return m_engine; }
+    selvane::ProgramPreview *programPreview() const { return m_preview; }
+    selvane::ChannelPanel *channelPanel(int channel) const { return m_channels[channel]; }
+    selvane::OutputSettingsPanel *outputPanel() const { return m_outputPanel; }
+    selvane::AudioMixerPanel *mixerPanel() const { return m_mixerPanel; }
+
+    // Puts a show of the command line on the engine (channels, base, overlays, volumes, a
+    // schedule) and shows its outputs in the output panel; `startOutputs` starts them at once.
+    // False with the operator's reason when the show cannot be loaded.
+    bool loadShow(const selvane::HeadlessOptions &show, bool startOutputs, QString *error);
+
+    // Ends the outputs cleanly (trailers written) and closes without asking: SIGTERM.
+    void closeForShutdown();
 
 public slots:
     void openOutputFolder();
     void resetWorkspaceLayout();
     void showAbout();
+    // The Start button: the checks, then the engine. False when refused (a box said why).
+    bool startOutputs();
+    void stopOutputs();
+    // The Choose Source button of a channel (0..3): the source dialog, the guard, the engine.
+    void chooseSource(int channel);
+    void take(int channel);
 
 signals:
     void programArrangementRunningChanged(bool running);
 
 protected:
     void changeEvent(QEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
 
 private:
     void createMenus();
+    void createCentralArea();
     void createDocks();
+    void createStatusBar();
     void connectEngine();
     void retranslateUi();
+    void refreshStats();
+    void showStatusBar(const selvane::EngineStats &stats);
+    bool startOutputsWith(const selvane::OutputSettings &settings, bool fromPanel);
+    void refuse(const QString &text);
+    // Stops the outputs and waits (at most `limitMs`) until their files are closed.
+    void stopOutputsAndWait(int limitMs);
     static QString dockTitle(DockId id);
 
     bool m_chinese = false;
+    bool m_closingForShutdown = false;
     selvane::Engine *m_engine = nullptr;
-    QLabel *m_previewArea = nullptr;
+    selvane::PreviewImages *m_previews = nullptr;
+    selvane::ProgramPreview *m_preview = nullptr;
+    std::array<selvane::ChannelPanel *, 4> m_channels{};
+    selvane::OutputSettingsPanel *m_outputPanel = nullptr;
+    selvane::OutputStatusView *m_outputStatus = nullptr;
+    selvane::AudioMixerPanel *m_mixerPanel = nullptr;
     std::array<QDockWidget *, DockCount> m_docks{};
+
+    QTimer *m_statsTimer = nullptr;
+    int m_statsTicks = 0;
+    qint64 m_lastCpuUs = -1;
+    qint64 m_lastCpuAtMs = 0;
+    double m_cpuPercent = 0;
+    QLabel *m_fpsLabel = nullptr;
+    QLabel *m_dropsLabel = nullptr;
+    QLabel *m_cpuLabel = nullptr;
+    QLabel *m_bitrateLabel = nullptr;
+    QWidget *m_chips = nullptr;
+    QList<QLabel *> m_chipLabels;
 
     QMenu *m_fileMenu = nullptr;
     QMenu *m_viewMenu = nullptr;

@@ -8,6 +8,7 @@
 #include "app/SingleInstance.h"
 #include "cli/CommandLine.h"
 #include "cli/HeadlessRunner.h"
+#include "cli/ShowSetup.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -57,7 +58,7 @@ int runHeadless(int argc, char *argv[])
     }
     selvane::pruneOversizedLogs(selvane::kStartupLogPruneBytes);
     selvane::initLogSink();
-    HeadlessRunner::setHardInterruptHook(selvane::waitForWriter);
+    selvane::InterruptSignals::setHardInterruptHook(selvane::waitForWriter);
     HeadlessRunner runner(options);
     return runner.run();
 }
@@ -71,6 +72,17 @@ int runGui(int argc, char *argv[])
     const QIcon icon(":/resources/images/logo.png");
     if (!icon.isNull())
         QApplication::setWindowIcon(icon);
+
+    // The show options of the command line, checked before anything starts.
+    QCommandLineParser parser;
+    selvane::configureCommandLine(parser);
+    parser.process(*app);
+    selvane::HeadlessOptions show;
+    QString optionError;
+    if (!selvane::readHeadlessOptions(parser, &show, &optionError)) {
+        std::fprintf(stderr, "selvane: %s\n", qPrintable(optionError));
+        return 1;
+    }
 
     selvane::pruneOversizedLogs(selvane::kStartupLogPruneBytes);
     selvane::initLogSink();
@@ -91,6 +103,18 @@ int runGui(int argc, char *argv[])
 
     auto window = std::make_unique<MainWindow>();
     MainWindow *windowPtr = window.get();
+    if (show.hasShow()) {
+        QString error;
+        if (!window->loadShow(show, show.startOutputs, &error)) {
+            std::fprintf(stderr, "selvane: %s\n", qPrintable(error));
+            return 1;
+        }
+    }
+    // SIGTERM and Ctrl+C end the outputs cleanly (trailers written) before the window goes.
+    selvane::InterruptSignals::setHardInterruptHook(selvane::waitForWriter);
+    auto *interrupts = new selvane::InterruptSignals(window.get());
+    QObject::connect(interrupts, &selvane::InterruptSignals::interrupted, windowPtr,
+                     &MainWindow::closeForShutdown);
     selvane::connectWakeUpHandler(server.get(), [windowPtr] {
         windowPtr->raise();
         windowPtr->activateWindow();

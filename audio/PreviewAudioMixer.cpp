@@ -95,9 +95,37 @@ void PreviewAudioMixer::start()
     m_timer->start(10);
 }
 
+void PreviewAudioMixer::setOutputDevice(const QByteArray &id)
+{
+    if (id == m_outputId)
+        return;
+    m_outputId = id;
+    if (!m_device)
+        return;
+    if (m_sink) {
+        m_sink->stop();
+        delete m_sink;
+        m_sink = nullptr;
+    }
+    createSink();
+}
+
 void PreviewAudioMixer::createSink()
 {
-    const QAudioDevice output = QMediaDevices::defaultAudioOutput();
+    QAudioDevice output = QMediaDevices::defaultAudioOutput();
+    if (!m_outputId.isEmpty()) {
+        bool found = false;
+        for (const QAudioDevice &device : QMediaDevices::audioOutputs()) {
+            if (device.id() == m_outputId) {
+                output = device;
+                found = true;
+                break;
+            }
+        }
+        if (!found)
+            qWarning().noquote() << "PreviewAudioMixer: output device" << m_outputId
+                                 << "not found, using the default";
+    }
     if (output.isNull()) {
         qInfo("PreviewAudioMixer: no default audio output; the preview is silent");
         return;

@@ -61,6 +61,9 @@ public:
     Q_INVOKABLE void start();
     Q_INVOKABLE void stop();
     Q_INVOKABLE void cleanup();
+    // The speaker output the preview plays on (empty: the system's default); a device that is
+    // gone falls back to the default. Remembered for start() when not started yet.
+    Q_INVOKABLE void setOutputDevice(const QByteArray &id);
     void mixTick();
     // One 480-frame block for the program time `programUs` (tests drive it directly).
     void mixBlock(qint64 programUs = 0);
@@ -117,6 +120,7 @@ private:
 
     AudioQueueIODevice *m_device = nullptr;
     QAudioSink *m_sink = nullptr;
+    QByteArray m_outputId;
     QTimer *m_timer = nullptr;
     QElapsedTimer m_clock;
     qint64 m_blocksDue = 0;

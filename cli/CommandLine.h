@@ -47,6 +47,14 @@ struct HeadlessOptions
     EncoderSettings output;
     QSize outputSize; // empty: same as the program
     bool hasOutputs() const { return output.fileEnabled || !output.streamTargets.isEmpty(); }
+    // The window starts the outputs at once only when asked (the headless face always does).
+    bool startOutputs = false;
+    // Whether the command line gave a show at all (the window then loads it).
+    bool hasShow() const
+    {
+        return !channels.isEmpty() || !scheduleFile.isEmpty() || !texts.isEmpty() ||
+               !media.isEmpty() || hasOutputs();
+    }
 };
 
 // Decides, before any application object exists, which face the arguments ask for.

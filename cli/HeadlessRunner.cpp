@@ -1,6 +1,7 @@
 #include "cli/HeadlessRunner.h"
 
 #include "cli/DemoShow.h"
+#include "cli/ShowSetup.h"
 #include "engine/Engine.h"
 
 #include <QCoreApplication>
@@ -23,27 +24,6 @@
 using namespace selvane;
 
 namespace {
-
-void (*g_hardInterruptHook)() = nullptr;
-
-#ifndef _WIN32
-int g_interruptPipe[2] = {-1, -1};
-std::atomic<int> g_interruptCount{0};
-
-extern "C" void onInterruptSignal(int signalNumber)
-{
-    if (g_interruptCount.fetch_add(1) > 0) {
-        // The operator insists: end now, keeping what the log holds.
-        if (g_hardInterruptHook)
-            g_hardInterruptHook();
-        std::signal(signalNumber, SIG_DFL);
-        std::raise(signalNumber);
-        return;
-    }
-    const char byte = 1;
-    [[maybe_unused]] const ssize_t ignored = ::write(g_interruptPipe[1], &byte, 1);
-}
-#endif
 
 QString clockText(qint64 ms)
 {
@@ -87,11 +67,6 @@ HeadlessRunner::~HeadlessRunner()
     delete m_demoFolder;
 }
 
-void HeadlessRunner::setHardInterruptHook(void (*hook)())
-{
-    g_hardInterruptHook = hook;
-}
-
 bool HeadlessRunner::loadSchedule()
 {
     ProgramArrangement arrangement;
@@ -107,16 +82,9 @@ bool HeadlessRunner::loadSchedule()
             m_options.channels.insert(it.key(), it.value());
         arrangement = show.arrangement;
     } else {
-        QFile file(m_options.scheduleFile);
-        if (!file.open(QIODevice::ReadOnly)) {
-            std::fprintf(stderr, "selvane: Unable to open the file. %s\n",
-                         qPrintable(m_options.scheduleFile));
-            return false;
-        }
         QString error;
         QStringList warnings;
-        arrangement = arrangement::fromJson(file.readAll(), &error, &warnings);
-        if (!error.isEmpty()) {
+        if (!readScheduleFile(m_options.scheduleFile, &arrangement, &error, &warnings)) {
             std::fprintf(stderr, "selvane: %s\n", qPrintable(error));
             return false;
         }
@@ -137,38 +105,15 @@ bool HeadlessRunner::loadSchedule()
     return true;
 }
 
-void HeadlessRunner::installInterruptHandler()
+int HeadlessRunner::run()
 {
-#ifndef _WIN32
-    if (pipe2(g_interruptPipe, O_CLOEXEC | O_NONBLOCK) != 0)
-        return;
-    struct sigaction action
-    {
-    };
-    action.sa_handler = onInterruptSignal;
-    sigemptyset(&action.sa_mask);
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
-    m_interruptNotifier = new QSocketNotifier(g_interruptPipe[0], QSocketNotifier::Read, this);
-    connect(m_interruptNotifier, &QSocketNotifier::activated, this, [this] {
-        char buffer[16];
-        while (::read(g_interruptPipe[0], buffer, sizeof buffer) > 0) {
-        }
+    auto *interrupts = new InterruptSignals(this);
+    connect(interrupts, &InterruptSignals::interrupted, this, [this] {
         std::fprintf(stdout, "interrupted: stopping\n");
         std::fflush(stdout);
         finish();
     });
-#endif
-}
-
-int HeadlessRunner::run()
-{
-    installInterruptHandler();
     m_engine = new Engine(this);
-    for (auto it = m_options.channelVolumes.cbegin(); it != m_options.channelVolumes.cend(); ++it)
-        m_engine->setChannelVolume(it.key(), float(it.value()));
-    m_engine->setProgramVolume(float(m_options.programVolume));
-    m_engine->setProgramGain(float(m_options.programGainPercent / 100.0));
     m_engine->startAudio();
     m_scheduled = m_options.demo || !m_options.scheduleFile.isEmpty();
     if (m_scheduled && !loadSchedule()) {
@@ -192,16 +137,7 @@ int HeadlessRunner::run()
         QTimer::singleShot(0, this, [this] { finish(); });
     });
 
-    m_engine->setOutputSize({m_options.outputSize.isValid(), m_options.outputSize});
-    for (const TextOverlayData &text : m_options.texts)
-        m_engine->setTextOverlay(text);
-    for (const MediaOverlayRecord &record : m_options.media)
-        m_engine->setMediaOverlay(record);
-    m_engine->cutTo(m_options.baseChannel);
-    for (auto it = m_options.channels.cbegin(); it != m_options.channels.cend(); ++it) {
-        m_engine->setChannelLoop(it.key(), true);
-        m_engine->setChannelSource(it.key(), it.value());
-    }
+    applyShowOptions(*m_engine, m_options);
     if (m_scheduled) {
         QString error;
         if (!m_engine->startSchedule(&error)) {

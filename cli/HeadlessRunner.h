@@ -12,7 +12,6 @@
 #include <QMap>
 #include <QObject>
 
-class QSocketNotifier;
 class QTemporaryDir;
 class QTimer;
 
@@ -28,23 +27,17 @@ public:
     explicit HeadlessRunner(const selvane::HeadlessOptions &options, QObject *parent = nullptr);
     ~HeadlessRunner() override;
 
-    // Called from the signal handler before a second interrupt ends the process: it must be
-    // async-signal-safe in spirit (no locks it could wait on forever).
-    static void setHardInterruptHook(void (*hook)());
-
     // Runs until the duration has passed or an interrupt arrives; returns the exit code.
     int run();
 
 private:
     void printProgress(bool final);
-    void installInterruptHandler();
     bool loadSchedule();
     void finish();
 
     selvane::HeadlessOptions m_options;
     selvane::Engine *m_engine = nullptr;
     QTimer *m_progressTimer = nullptr;
-    QSocketNotifier *m_interruptNotifier = nullptr;
     QElapsedTimer m_clock;
     qint64 m_framesAtLastLine = 0;
     qint64 m_msAtLastLine = 0;

@@ -185,6 +185,7 @@ ChannelStats ChannelSet::stats(int channel) const
     s.framesDropped = d.framesDropped();
     s.packetsDropped = d.packetsDropped();
     s.durationMs = d.durationMs();
+    s.positionMs = d.positionMs();
     s.live = d.isLive();
     s.loop = d.loop();
     s.lastError = d.lastError();

@@ -1,5 +1,7 @@
 #include "engine/Engine.h"
 
+#include "output/VideoEncoderChoice.h"
+
 #include "audio/PreviewAudioMixer.h"
 #include "compose/OverlayManager.h"
 #include "compose/VulkanCompositor.h"
@@ -10,6 +12,7 @@
 #include "engine/ResolutionPolicy.h"
 #include "engine/ScheduleControl.h"
 #include "engine/SlideShow.h"
+#include "output/VideoEncoderChoice.h"
 #include "schedule/ScheduleRunner.h"
 
 #include <QDebug>
@@ -543,6 +546,19 @@ void Engine::stopOutputs()
 bool Engine::outputsActive() const
 {
     return m_pendingOutputs.has_value() || m_output->isActive();
+}
+
+bool Engine::canEncodeEightK(QString *detail)
+{
+    EncoderSettings probe;
+    probe.encoderMode = EncoderSettings::Hardware;
+    probe.qualityPreset = EncoderSettings::Performance;
+    encoder::OpenedEncoder opened;
+    if (encoder::openVideoEncoder(probe, 7680, 4320, false, &opened) && opened.hardware)
+        return true;
+    *detail = QStringLiteral("no hardware HEVC encoder (NVENC, QSV, AMF, VAAPI) opens at 7680 x "
+                             "4320 on this machine");
+    return false;
 }
 
 // ---- schedule ----

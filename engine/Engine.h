@@ -57,6 +57,17 @@ public:
     void seekChannel(int channel, qint64 positionMs);
     void setChannelLoop(int channel, bool loop);
 
+    // ---- what the system offers, and checks of what the operator types ----
+    // Cameras (V4L2) and microphones (PulseAudio sources, monitors included where remapped).
+    // They ask the system each time; call them on demand (a Refresh), not on a timer.
+    static QList<CaptureDevice> cameras();
+    static QList<CaptureDevice> microphones();
+    static AddressProblem checkSourceAddress(const QString &address);
+    // True (with the operator's message) when `source` would read what these outputs write: the
+    // recording file or a stream target. Capture devices never conflict.
+    static bool isSourceSameAsOutput(const QString &source, const EncoderSettings &outputs,
+                                     QString *message);
+
     // ---- the program picture ----
     void cutTo(int channel);
     // Still pictures: a slideshow of image files, one picture, or black.
@@ -88,12 +99,28 @@ public:
     void shutdownAudio();
     void setChannelVolume(int channel, float volume);
     void setChannelMuted(int channel, bool muted);
+    float channelVolume(int channel) const
+    {
+        return channel >= 0 && channel < kChannelCount ? m_channelVolumes[std::size_t(channel)]
+                                                       : 0.0f;
+    }
+    bool channelMuted(int channel) const
+    {
+        return channel >= 0 && channel < kChannelCount && m_channelMuted[std::size_t(channel)];
+    }
+    float programVolume() const { return m_programVolume; }
+    bool programMuted() const { return m_programMuted; }
     void setOverlayVolume(int mediaId, float previewVolume, float programVolume);
     void setOverlayOnProgram(int mediaId, bool onProgram);
     void setOverlayMuted(int mediaId, bool muted);
     void setProgramVolume(float volume);
     void setProgramMuted(bool muted);
     void setProgramGain(float gain);
+    // The speaker outputs the preview can play on, and the choice (empty id: the system's
+    // default). The program mix is not affected.
+    static QList<AudioOutputDevice> audioOutputDevices();
+    void setPreviewAudioDevice(const QByteArray &id);
+    QByteArray previewAudioDevice() const { return m_previewDevice; }
 
     // ---- outputs ----
     // A stream target as the operator types it ("URL" or "URL#FORMAT").
@@ -109,6 +136,9 @@ public:
     // Stops them; trailers are written before outputsStopped.
     void stopOutputs();
     bool outputsActive() const;
+    // Whether a hardware HEVC encoder opens at 8K (what 8K outputs need); the reason when not.
+    // It opens one for a moment: call it when an 8K start is asked for, not on a timer.
+    static bool canEncodeEightK(QString *detail);
 
     // ---- schedule ----
     // Checks and keeps an arrangement; `ok` false with the reason when it is not valid.
@@ -173,6 +203,7 @@ private:
     QThread *m_audioThread = nullptr;
     std::array<float, kChannelCount> m_channelVolumes{};
     std::array<bool, kChannelCount> m_channelMuted{};
+    QByteArray m_previewDevice;
     float m_programVolume = 1.0f;
     bool m_programMuted = false;
     struct OverlayAudio

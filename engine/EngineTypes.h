@@ -74,6 +74,33 @@ struct OutputSettings
     }
 };
 
+// A camera or a microphone the system offers: the name the address carries ("dshow://capture?
+// video=NAME"), which is the friendly description where the system has one.
+struct CaptureDevice
+{
+    QString name;
+    QString deviceId; // what the system opens (/dev/video0, a PulseAudio source name)
+};
+
+// A speaker output the preview can play on.
+struct AudioOutputDevice
+{
+    QByteArray id;
+    QString description;
+    bool isDefault = false;
+};
+
+// Why a typed address cannot be a channel's source.
+enum class AddressProblem
+{
+    None,
+    Empty,
+    UnknownScheme,   // "xyz://…": no protocol of that name
+    MissingHost,     // a network URL without a host
+    FileMissing,     // a local path that names no readable file
+    BadTestSignal,   // "lavfi://…" whose graph does not parse
+};
+
 struct ChannelStats
 {
     ChannelState state = ChannelState::Idle;
@@ -84,6 +111,7 @@ struct ChannelStats
     qint64 framesDropped = 0;
     qint64 packetsDropped = 0;
     qint64 durationMs = 0; // 0 when unknown or live
+    qint64 positionMs = 0; // of the newest decoded picture, from the source's start
     bool live = false;
     bool loop = false;
     bool deinterlacing = false; // interlaced pictures are being deinterlaced

@@ -71,6 +71,8 @@ public:
     virtual void pictureDropped() = 0;
     // Where the run counts the packets its queue drops and the decoders refuse.
     virtual std::atomic<qint64> &packetDropCounter() = 0;
+    // Where in the source the newest decoded picture is (ms from its start).
+    virtual std::atomic<qint64> &positionMs() = 0;
 };
 
 class DecodeRun

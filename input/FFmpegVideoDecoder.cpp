@@ -156,6 +156,7 @@ public:
     }
 
     std::atomic<qint64> &packetDropCounter() override { return m_decoder.m_packetsDropped; }
+    std::atomic<qint64> &positionMs() override { return m_decoder.m_positionMs; }
 
 private:
     FFmpegVideoDecoder &m_decoder;

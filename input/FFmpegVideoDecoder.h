@@ -92,6 +92,8 @@ public:
     quint64 generation() const { return m_generation.load(); }
     State state() const;
     qint64 durationMs() const { return m_durationMs.load(); }
+    // Position of the newest decoded picture (a little ahead of what is on air).
+    qint64 positionMs() const { return m_positionMs.load(); }
     bool isLive() const { return m_live.load(); }
     bool hasEnded() const { return state() == State::Ended; }
     // True while a run is under way.
@@ -147,6 +149,7 @@ private:
     std::atomic<int> m_state{int(State::Idle)};
     std::atomic<int> m_lastError{int(selvane::SourceError::None)};
     std::atomic<qint64> m_durationMs{0};
+    std::atomic<qint64> m_positionMs{0};
     std::atomic<bool> m_live{false};
     std::atomic<qint64> m_framesDelivered{0};
     std::atomic<qint64> m_framesDropped{0};

@@ -67,4 +67,27 @@ bool scaleToI420(ffsupport::SwsPtr &context, const FrameToken &from, QSize size,
     return true;
 }
 
+bool scaleToImage(ffsupport::SwsPtr &context, const FrameToken &from, QSize size, QImage &out)
+{
+    if (from.width < 1 || from.height < 1 || size.isEmpty())
+        return false;
+    // Far downscales read one source pixel of four anyway; point sampling then costs a third.
+    const bool far = from.width >= 3 * size.width();
+    context.reset(sws_getCachedContext(
+        context.release(), from.width, from.height,
+        from.isI420() ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_RGBA, size.width(), size.height(),
+        AV_PIX_FMT_BGRA, far ? SWS_POINT : SWS_FAST_BILINEAR, nullptr, nullptr, nullptr));
+    if (!context)
+        return false;
+    if (out.size() != size || out.format() != QImage::Format_RGB32 || !out.isDetached())
+        out = QImage(size, QImage::Format_RGB32);
+    if (out.isNull())
+        return false;
+    const FrameToken::AvPlanes src = from.avPlanes();
+    uint8_t *dst[4] = {out.bits(), nullptr, nullptr, nullptr};
+    const int dstStride[4] = {int(out.bytesPerLine()), 0, 0, 0};
+    sws_scale(context.get(), src.data, src.linesize, 0, from.height, dst, dstStride);
+    return true;
+}
+
 } // namespace selvane

@@ -20,5 +20,8 @@ bool imageToFrame(const QImage &image, FrameWriter &out);
 // Writes `from` (either layout) into `out` as an I420 picture of `size`, through `context`, which
 // is set up again only when sizes or layout change. False when swscale cannot do it.
 bool scaleToI420(ffsupport::SwsPtr &context, const FrameToken &from, QSize size, FrameWriter &out);
+// Writes `from` into `out` as an RGB32 image of `size` for display (fast filtering: previews,
+// not pictures on air). `out` is reused when it has that size and nobody else holds it.
+bool scaleToImage(ffsupport::SwsPtr &context, const FrameToken &from, QSize size, QImage &out);
 
 } // namespace selvane

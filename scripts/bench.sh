@@ -21,6 +21,10 @@
 #                    CLI (the same x264 settings) side by side: a frame counter burnt into the
 #                    source is read back from both outputs, and the difference of arrival times
 #                    of the same frame is what Selvane adds beyond decoding and encoding
+#   window  (3 30)   the cost of the window: the same show (a 1080p30 file channel and a test
+#                    signal, recorded to MP4) headless and in the window under Xvfb with the
+#                    program preview and the channel thumbnails running (--start-outputs, ended
+#                    by SIGTERM); CPU medians and the ratio window/headless
 #   keepup  (3 10)   sources that must run at full rate: a 10-bit HEVC 1080p30 file, a 4K
 #                    H.264 file scaled to 1080p, a 10,000-character --text and a 100 KB ticker
 #                    (in a schedule) over a 1080p test signal; Selvane in real time (are all
@@ -40,10 +44,11 @@ if [ $# -gt 0 ] && ! [[ $1 =~ ^[0-9]+$ ]]; then
 fi
 case "$case_name" in
 signal | show | scale | relay) default_rounds=3 default_seconds=20 ;;
+window) default_rounds=3 default_seconds=30 ;;
 memory) default_rounds=1 default_seconds=600 ;;
 keepup) default_rounds=3 default_seconds=10 ;;
 *)
-  echo "usage: scripts/bench.sh [signal|show|memory|scale|keepup|relay] [ROUNDS] [SECONDS]" >&2
+  echo "usage: scripts/bench.sh [signal|show|memory|scale|keepup|relay|window] [ROUNDS] [SECONDS]" >&2
   exit 2
   ;;
 esac
@@ -58,8 +63,9 @@ work="$(mktemp -d /tmp/selvane-bench.XXXXXX)"
 current=    # the measured run in progress (timeout -> time -> program)
 sampled=    # a program whose memory is being sampled
 nginx_pid=
+xvfb_pid=
 cleanup() {
-  for pid in $current $sampled $nginx_pid; do kill "$pid" 2>/dev/null || true; done
+  for pid in $current $sampled $nginx_pid $xvfb_pid; do kill "$pid" 2>/dev/null || true; done
   wait 2>/dev/null || true
   rm -rf "$work"
 }
@@ -282,6 +288,43 @@ bench_show() {
   printf '  %-10s  CPU %6.2f s (%3s %% of a core)  RSS %4d MiB  frames %d/%d\n' \
     "ffmpeg CLI" "$fc" "$(core_pct "$fc" "$seconds")" "$fr" "$(median "${f_frames[@]}")" "$expected"
   echo "ratio selvane/ffmpeg: CPU $(ratio "$sc" "$fc"), RSS $(ratio "$sr" "$fr")"
+}
+
+# --- window -----------------------------------------------------------------------------------
+bench_window() {
+  echo "making media: $((seconds + 5)) s of 1080p30 H.264 + AAC"
+  make_clip "$work/show.mp4" $((seconds + 5)) "$signal1080" -c:v libx264 -preset veryfast \
+    -crf 23 -g 60 -pix_fmt yuv420p
+  local display=":$((RANDOM % 400 + 200))"
+  Xvfb "$display" -screen 0 1920x1080x24 -nolisten tcp >/dev/null 2>&1 &
+  xvfb_pid=$!
+  sleep 1
+  local i h_cpu=() w_cpu=() h_frames=() w_frames=()
+  local show=(--channel "1=$work/show.mp4" --channel
+    "2=lavfi://testsrc2=size=1280x720:rate=30[out0];$tone[out1]" --encoder software
+    --preset balanced)
+  for i in $(seq 1 "$rounds"); do
+    run_selvane head "${show[@]}" --record "$work/head$i.mp4" --duration "$seconds"
+    h_cpu+=("$(cpu head)") h_frames+=("$(frames_in "$work/head$i.mp4")")
+    printf 'round %d  headless  CPU %6.2f s  frames %d/%d\n' "$i" "${h_cpu[-1]}" \
+      "${h_frames[-1]}" "$expected"
+    rm -rf "$work/run"
+    mkdir -p -m 700 "$work/run"
+    run_timed win env XDG_DATA_HOME="$work/data" XDG_CONFIG_HOME="$work/config" \
+      XDG_RUNTIME_DIR="$work/run" DISPLAY="$display" QT_QPA_PLATFORM=xcb \
+      timeout -s TERM "$seconds" "$binary" "${show[@]}" --record "$work/win$i.mp4" --start-outputs
+    w_cpu+=("$(cpu win)") w_frames+=("$(frames_in "$work/win$i.mp4")")
+    printf 'round %d  window    CPU %6.2f s  frames %d/%d\n' "$i" "${w_cpu[-1]}" \
+      "${w_frames[-1]}" "$expected"
+    rm -f "$work/head$i.mp4" "$work/win$i.mp4"
+  done
+  local hc wc
+  hc="$(median "${h_cpu[@]}")" wc="$(median "${w_cpu[@]}")"
+  echo
+  echo "medians, $seconds s show (1080p30 file + test signal -> MP4):"
+  printf '  %-9s CPU %6.2f s (%3s %% of a core)\n' headless "$hc" "$(core_pct "$hc" "$seconds")"
+  printf '  %-9s CPU %6.2f s (%3s %% of a core)\n' window "$wc" "$(core_pct "$wc" "$seconds")"
+  echo "ratio window/headless: CPU $(ratio "$wc" "$hc")"
 }
 
 # --- memory -----------------------------------------------------------------------------------

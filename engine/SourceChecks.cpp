@@ -1,0 +1,146 @@
+// What the operator types or picks as a source, checked before a channel takes it: the system's
+// cameras and microphones, the address itself, and the guard against reading the program's own
+// output.
+
+#include "engine/Engine.h"
+
+#include "input/CaptureDevices.h"
+#include "input/SourceAddress.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QUrl>
+
+extern "C" {
+#include <libavfilter/avfilter.h>
+#include <libavformat/avio.h>
+}
+
+namespace selvane {
+
+namespace {
+
+QList<CaptureDevice> toCaptureDevices(const QList<ListedDevice> &listed)
+{
+    QList<CaptureDevice> devices;
+    for (const ListedDevice &d : listed)
+        devices << CaptureDevice{d.name, d.deviceId};
+    return devices;
+}
+
+bool knownInputProtocol(const QString &scheme)
+{
+    void *opaque = nullptr;
+    while (const char *name = avio_enum_protocols(&opaque, 0)) {
+        if (scheme.compare(QLatin1String(name), Qt::CaseInsensitive) == 0)
+            return true;
+    }
+    return false;
+}
+
+bool graphParses(const QString &graph)
+{
+    AVFilterGraph *filterGraph = avfilter_graph_alloc();
+    if (!filterGraph)
+        return false;
+    AVFilterInOut *inputs = nullptr;
+    AVFilterInOut *outputs = nullptr;
+    const int err =
+        avfilter_graph_parse2(filterGraph, graph.toUtf8().constData(), &inputs, &outputs);
+    avfilter_inout_free(&inputs);
+    avfilter_inout_free(&outputs);
+    avfilter_graph_free(&filterGraph);
+    return err >= 0;
+}
+
+// A source or an output as one comparable text: a local file's clean absolute path, or the
+// normalised URL.
+QString normalised(const QString &text)
+{
+    const QUrl url = QUrl::fromUserInput(text.trimmed(), QDir::currentPath(),
+                                         QUrl::AssumeLocalFile);
+    if (url.isLocalFile())
+        return QDir::cleanPath(QFileInfo(url.toLocalFile()).absoluteFilePath());
+    return url.adjusted(QUrl::NormalizePathSegments | QUrl::StripTrailingSlash).toString();
+}
+
+bool isLocal(const QString &text)
+{
+    return QUrl::fromUserInput(text.trimmed(), QDir::currentPath(), QUrl::AssumeLocalFile)
+        .isLocalFile();
+}
+
+} // namespace
+
+QList<CaptureDevice> Engine::cameras()
+{
+    return toCaptureDevices(listCameras());
+}
+
+QList<CaptureDevice> Engine::microphones()
+{
+    return toCaptureDevices(listMicrophones());
+}
+
+AddressProblem Engine::checkSourceAddress(const QString &typed)
+{
+    const QString address = typed.trimmed();
+    if (address.isEmpty())
+        return AddressProblem::Empty;
+    switch (classifySource(address)) {
+    case SourceKind::WindowCapture:
+    case SourceKind::DisplayCapture:
+    case SourceKind::CaptureDevice:
+        return AddressProblem::None;
+    case SourceKind::TestSignal:
+        return graphParses(testSignalGraph(address)) ? AddressProblem::None
+                                                     : AddressProblem::BadTestSignal;
+    case SourceKind::NetworkStream: {
+        const QUrl url(address);
+        const QString scheme = address.section("://", 0, 0);
+        if (!knownInputProtocol(scheme))
+            return AddressProblem::UnknownScheme;
+        if (url.host().isEmpty() && scheme.compare("file", Qt::CaseInsensitive) != 0)
+            return AddressProblem::MissingHost;
+        return AddressProblem::None;
+    }
+    case SourceKind::LocalFile: {
+        const QString path = address.startsWith("file:", Qt::CaseInsensitive)
+                                 ? QUrl(address).toLocalFile()
+                                 : address;
+        const QFileInfo info(path);
+        return info.isFile() && info.isReadable() ? AddressProblem::None
+                                                  : AddressProblem::FileMissing;
+    }
+    }
+    return AddressProblem::None;
+}
+
+bool Engine::isSourceSameAsOutput(const QString &source, const EncoderSettings &outputs,
+                                  QString *message)
+{
+    if (source.trimmed().isEmpty())
+        return false;
+    for (const char *capture : {"dshow://", "desktop://", "wgc://"})
+        if (source.startsWith(QLatin1String(capture), Qt::CaseInsensitive))
+            return false;
+    const QString wanted = normalised(source);
+    // These four texts exist in Chinese only and are shown as they are.
+    if (outputs.fileEnabled && !outputs.filePath.trimmed().isEmpty() &&
+        normalised(outputs.filePath) == wanted) {
+        *message = isLocal(outputs.filePath) ? QStringLiteral("输入源不能与当前录制的输出文件相同。")
+                                             : QStringLiteral("输入源不能与当前录制的输出地址相同。");
+        return true;
+    }
+    for (const StreamTarget &target : outputs.streamTargets) {
+        if (normalised(target.url) == wanted) {
+            *message = isLocal(target.url)
+                           ? QStringLiteral("输入源不能与已勾选的推流地址（文件目标）相同。")
+                           : QStringLiteral("输入源不能与已勾选的推流地址相同。");
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace selvane

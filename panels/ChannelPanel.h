@@ -1,0 +1,77 @@
+#pragma once
+
+// One input channel at the operator's desk: live thumbnail, source label, state (with the error
+// when there is one), and the buttons to choose a source, clear it, pause or play, loop, seek
+// (files) and Take. It holds no media state of its own: it shows the engine's ChannelStats and
+// asks the window (signals) for every action. GUI thread only.
+//
+// Emits: chooseSourceRequested, clearRequested, takeRequested, pauseRequested(bool pause),
+// loopRequested(bool loop), seekRequested(ms).
+
+#include "engine/EngineTypes.h"
+
+#include <QFrame>
+#include <QImage>
+
+class QLabel;
+class QPushButton;
+class QSlider;
+
+namespace selvane {
+
+class ChannelThumbnail;
+
+class ChannelPanel : public QFrame
+{
+    Q_OBJECT
+
+public:
+    // `channel`: 0..3 (shown as 1..4).
+    explicit ChannelPanel(int channel, QWidget *parent = nullptr);
+
+    int channel() const { return m_channel; }
+    void setThumbnail(const QImage &image);
+    void showStats(const ChannelStats &stats);
+    void setOnProgram(bool onProgram);
+    bool isOnProgram() const { return m_onProgram; }
+    // The last error reported for the channel; cleared by a new source.
+    void setError(const QString &message);
+    QString stateText() const;
+
+signals:
+    void chooseSourceRequested();
+    void clearRequested();
+    void takeRequested();
+    void pauseRequested(bool pause);
+    void loopRequested(bool loop);
+    void seekRequested(qint64 positionMs);
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
+    void retranslateUi();
+    void showState();
+    static QString timeText(qint64 ms);
+
+    int m_channel = 0;
+    bool m_onProgram = false;
+    ChannelStats m_stats;
+    QString m_error;
+    qint64 m_positionMs = 0;
+    bool m_seeking = false;
+
+    ChannelThumbnail *m_thumbnail = nullptr;
+    QLabel *m_title = nullptr;
+    QLabel *m_source = nullptr;
+    QLabel *m_state = nullptr;
+    QPushButton *m_choose = nullptr;
+    QPushButton *m_clear = nullptr;
+    QPushButton *m_pause = nullptr;
+    QPushButton *m_loop = nullptr;
+    QPushButton *m_take = nullptr;
+    QSlider *m_seek = nullptr;
+    QLabel *m_time = nullptr;
+};
+
+} // namespace selvane

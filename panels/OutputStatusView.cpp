@@ -1,0 +1,121 @@
+#include "panels/OutputStatusView.h"
+
+#include <QEvent>
+#include <QFileInfo>
+#include <QLabel>
+#include <QVBoxLayout>
+
+namespace selvane {
+
+namespace {
+
+QString elapsedText(qint64 ms)
+{
+    const qint64 s = ms / 1000;
+    return QStringLiteral("%1:%2:%3")
+        .arg(s / 3600, 2, 10, QLatin1Char('0'))
+        .arg(s / 60 % 60, 2, 10, QLatin1Char('0'))
+        .arg(s % 60, 2, 10, QLatin1Char('0'));
+}
+
+QString bytesText(qint64 bytes)
+{
+    if (bytes >= (qint64(1) << 30))
+        return QStringLiteral("%1 GB").arg(bytes / double(qint64(1) << 30), 0, 'f', 2);
+    return QStringLiteral("%1 MB").arg(bytes / double(1 << 20), 0, 'f', 1);
+}
+
+} // namespace
+
+OutputStatusView::OutputStatusView(QWidget *parent) : QWidget(parent)
+{
+    m_label = new QLabel(this);
+    m_label->setObjectName("outputStatusText");
+    m_label->setTextFormat(Qt::RichText);
+    m_label->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+    m_label->setWordWrap(true);
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_label);
+    showStats({}, {}, 0);
+}
+
+QString OutputStatusView::statusWord(const QString &status)
+{
+    if (status == "connecting")
+        return tr("connecting");
+    if (status == "online")
+        return tr("online");
+    if (status == "congested")
+        return tr("congested");
+    if (status == "reconnecting")
+        return tr("reconnecting");
+    if (status == "stopped")
+        return tr("stopped");
+    return status;
+}
+
+QString OutputStatusView::statusColour(const QString &status)
+{
+    if (status == "online")
+        return "#55c878";
+    if (status == "congested")
+        return "#ff9f43";
+    if (status == "reconnecting")
+        return "#e6b84a";
+    return "#9aa0aa";
+}
+
+QString OutputStatusView::text() const
+{
+    return m_label->text();
+}
+
+void OutputStatusView::showStats(const OutputStats &stats, QSize programSize, double fps)
+{
+    m_stats = stats;
+    m_size = programSize;
+    m_fps = fps;
+    QStringList lines;
+    if (!stats.running) {
+        lines << tr("Outputs are stopped.");
+    } else {
+        lines << tr("<b>On air</b> %1  ·  %2x%3 @ %4 fps  ·  %5 kbit/s")
+                     .arg(elapsedText(stats.elapsedMs))
+                     .arg(programSize.width())
+                     .arg(programSize.height())
+                     .arg(fps, 0, 'g', 3)
+                     .arg(qRound(stats.kbps));
+        lines << tr("Encoder: %1  ·  frames %2  ·  dropped %3")
+                     .arg(stats.encoder.toHtmlEscaped())
+                     .arg(stats.framesWritten)
+                     .arg(stats.encoderDrops);
+        if (stats.recording) {
+            const QString name = QFileInfo(stats.file.path).fileName().toHtmlEscaped();
+            if (stats.file.failed)
+                lines << tr("<span style='color:#ff5a5a'>Recording failed: %1</span> (%2)")
+                             .arg(stats.file.failureReason.toHtmlEscaped(), name);
+            else
+                lines << tr("Recording %1  ·  %2").arg(name, bytesText(stats.file.bytes));
+        }
+        for (int i = 0; i < stats.targets.size(); ++i) {
+            const TargetStats &t = stats.targets[i];
+            lines << QStringLiteral("<span style='color:%1'>●</span> %2  %3  ·  %4 kbit/s")
+                         .arg(statusColour(t.status), t.url.toHtmlEscaped(),
+                              statusWord(t.status))
+                         .arg(qRound(t.kbps));
+        }
+    }
+    const QString text = lines.join("<br>");
+    if (text != m_label->text())
+        m_label->setText(text);
+    m_label->setAccessibleName(tr("Output status"));
+}
+
+void OutputStatusView::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::LanguageChange)
+        showStats(m_stats, m_size, m_fps);
+    QWidget::changeEvent(event);
+}
+
+} // namespace selvane

@@ -1,0 +1,87 @@
+#pragma once
+
+// The dialog in which the operator chooses what a channel plays: a media file, a network
+// stream, a test signal (bars and tone, a moving pattern, a colour) or a camera with an optional
+// microphone. It returns a source address and, for a camera, the separate microphone address;
+// what it accepts has been checked (the engine's address check). Display and window capture
+// are offered once capture exists. GUI thread only; modal.
+
+#include <QDialog>
+
+class QButtonGroup;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QRadioButton;
+class QStackedWidget;
+
+namespace selvane {
+
+struct SourceChoice
+{
+    QString address;
+    QString audioSource; // "dshow://capture?audio=NAME", empty for none
+};
+
+class SourceDialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    enum Kind
+    {
+        MediaFile,
+        NetworkStream,
+        TestSignal,
+        CameraMicrophone,
+        KindCount
+    };
+
+    SourceDialog(QWidget *parent, int channelNumber);
+
+    SourceChoice choice() const { return m_choice; }
+    // Preselects the kind and fills the fields from the channel's current source.
+    void setAddress(const QString &address);
+    Kind kind() const;
+
+    // The address of a test signal preset (0 bars and tone, 1 moving pattern, 2 a colour).
+    static QString testSignalAddress(int preset, const QColor &colour);
+
+public slots:
+    void accept() override;
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
+    void retranslateUi();
+    void showKind();
+    void browse();
+    void refreshDevices();
+    QString problemText(int problem) const;
+
+    int m_channelNumber = 1;
+    SourceChoice m_choice;
+    QButtonGroup *m_kinds = nullptr;
+    QRadioButton *m_kindButtons[KindCount] = {};
+    QLabel *m_kindLabel = nullptr;
+    QStackedWidget *m_pages = nullptr;
+    QLabel *m_addressLabel = nullptr;
+    QLineEdit *m_address = nullptr;
+    QPushButton *m_browse = nullptr;
+    QLabel *m_presetLabel = nullptr;
+    QComboBox *m_preset = nullptr;
+    QLabel *m_colourLabel = nullptr;
+    QComboBox *m_colour = nullptr;
+    QLabel *m_cameraLabel = nullptr;
+    QComboBox *m_camera = nullptr;
+    QLabel *m_microphoneLabel = nullptr;
+    QComboBox *m_microphone = nullptr;
+    QPushButton *m_refresh = nullptr;
+    QLabel *m_error = nullptr;
+    QPushButton *m_ok = nullptr;
+    QPushButton *m_cancel = nullptr;
+};
+
+} // namespace selvane

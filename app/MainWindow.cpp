@@ -110,6 +110,12 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent)
     restoreGeometry(settings.value("window/geometry").toByteArray());
     restoreState(settings.value("window/state").toByteArray());
     retranslateUi();
+    // Dock sizes take once the window has its own size.
+    if (settings.value("window/state").isNull())
+        QTimer::singleShot(0, this, [this] {
+            resizeDocks({m_docks[OutputSettingsDock], m_docks[AudioMixerDock]}, {380, 440},
+                        Qt::Horizontal);
+        });
 
     m_statsTimer = new QTimer(this);
     m_statsTimer->setTimerType(Qt::PreciseTimer);
@@ -278,6 +284,7 @@ void MainWindow::createDocks()
         case OutputSettingsDock: {
             auto *scroll = new QScrollArea(dockWidget);
             scroll->setWidgetResizable(true);
+            scroll->setMinimumWidth(340);
             scroll->setWidget(m_outputPanel);
             body = scroll;
             break;

@@ -1,23 +1,96 @@
-// The main window frame on the offscreen platform: menus and docks in both languages, the
-// persisted language flag, the output folder action, the workspace reset and Exit.
+// The mixer window driven as an operator drives it (offscreen): the source dialog, Take and the
+// cut keys into a real recording, every refusal before outputs start, the meters on a tone and on
+// silence, both languages in every open panel, the layout; and the real executable under Xvfb
+// with a show and --start-outputs, ended by SIGTERM, with screenshots in both languages.
 
 #include "TestSupport.h"
 #include "app/Language.h"
 #include "app/MainWindow.h"
 #include "app/OutputFolder.h"
+#include "engine/Engine.h"
+#include "panels/AudioMixerPanel.h"
+#include "panels/ChannelPanel.h"
+#include "panels/LevelMeter.h"
+#include "panels/OutputSettingsPanel.h"
+#include "panels/ProgramPreview.h"
+#include "panels/SourceDialog.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDesktopServices>
 #include <QDockWidget>
 #include <QMenuBar>
+#include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
+#include <QRadioButton>
 #include <QSettings>
+#include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTimer>
 #include <QtTest>
 
 #include <cstdlib>
 
 using namespace testsupport;
+using selvane::AudioMixerPanel;
+using selvane::Engine;
+using selvane::LevelMeter;
+using selvane::OutputSettingsPanel;
+// ---- helpers for driving the window as an operator ----
+
+template <typename T>
+T *named(QWidget *root, const QString &name)
+{
+    for (T *widget : root->findChildren<T *>())
+        if (widget->accessibleName() == name)
+            return widget;
+    return nullptr;
+}
+
+// Runs `act` on the next modal dialog as soon as it is shown (the caller then opens it).
+void onNextDialog(std::function<void(QDialog *)> act)
+{
+    auto *poll = new QTimer;
+    auto started = std::make_shared<QElapsedTimer>();
+    started->start();
+    QObject::connect(poll, &QTimer::timeout, [poll, act, started] {
+        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+        if (dialog && dialog->isVisible()) {
+            poll->stop();
+            poll->deleteLater();
+            act(dialog);
+        } else if (started->elapsed() > 10000) {
+            poll->stop();
+            poll->deleteLater();
+        }
+    });
+    poll->start(20);
+}
+
+// The average colour of the recording's picture at `seconds` (negative: from the end).
+QColor averageColour(const QString &file, double seconds)
+{
+    QProcess ffmpeg;
+    QStringList args{"-v", "error"};
+    args << (seconds < 0 ? "-sseof" : "-ss") << QString::number(seconds) << "-i" << file
+         << "-frames:v"
+         << "1"
+         << "-vf"
+         << "scale=1:1:flags=area"
+         << "-f"
+         << "rawvideo"
+         << "-pix_fmt"
+         << "rgb24"
+         << "-";
+    ffmpeg.start("ffmpeg", args);
+    ffmpeg.waitForFinished(30000);
+    const QByteArray rgb = ffmpeg.readAllStandardOutput();
+    if (rgb.size() < 3)
+        return {};
+    return QColor(uchar(rgb[0]), uchar(rgb[1]), uchar(rgb[2]));
+}
 
 class UrlRecorder : public QObject
 {
@@ -53,6 +126,24 @@ private:
     }
     static void clearSettings() { QSettings("Ostrel", "Selvane").clear(); }
 
+    // Channel panel -> Choose Source -> Test signal -> preset (and colour) -> OK.
+    static void chooseTestSignal(MainWindow &w, int channel, const QString &preset,
+                                 const QString &colour = {})
+    {
+        onNextDialog([preset, colour](QDialog *dialog) {
+            QTest::mouseClick(named<QRadioButton>(dialog, "Test signal"), Qt::LeftButton);
+            auto *presets = named<QComboBox>(dialog, "Test signal preset");
+            presets->setCurrentIndex(presets->findText(preset));
+            if (!colour.isEmpty()) {
+                auto *colours = named<QComboBox>(dialog, "Test signal colour");
+                colours->setCurrentIndex(colours->findText(colour));
+            }
+            QTest::mouseClick(named<QPushButton>(dialog, "OK"), Qt::LeftButton);
+        });
+        QTest::mouseClick(named<QPushButton>(w.channelPanel(channel), "Choose Source"),
+                          Qt::LeftButton);
+    }
+
 private slots:
     void init() { clearSettings(); }
 
@@ -68,6 +159,18 @@ private slots:
         QCOMPARE(w.findChildren<QDockWidget *>().size(), 6);
         for (int i = 0; i < MainWindow::DockCount; ++i)
             QVERIFY(!w.dock(static_cast<MainWindow::DockId>(i))->windowTitle().isEmpty());
+        // What is not built yet is not offered: no disabled placeholders.
+        for (QMenu *menu : menus)
+            for (QAction *action : menu->actions())
+                QVERIFY(!action->isVisible() || action->isEnabled());
+        // Automation finds every channel and its buttons by fixed names.
+        for (int c = 0; c < 4; ++c) {
+            QWidget *panel = named<QWidget>(&w, QString("Channel %1").arg(c + 1));
+            QVERIFY(panel);
+            for (const char *button : {"Choose Source", "Take", "Clear"})
+                QVERIFY(named<QPushButton>(panel, button));
+        }
+        QVERIFY(named<QWidget>(&w, "Program preview"));
     }
 
     void languageSwitchPersistsAndRetranslates()
@@ -82,6 +185,15 @@ private slots:
                  QStringList({"导出涂鸦...", "打开输出文件夹", "退出(&X)"}));
         QCOMPARE(w.dock(MainWindow::OutputSettingsDock)->windowTitle(), QString("输出设置"));
         QCOMPARE(w.dock(MainWindow::ImagePlaybackDock)->windowTitle(), QString("图片播放"));
+        // The open panels follow.
+        QCOMPARE(named<QPushButton>(w.channelPanel(0), "Take")->text(), QString("切入"));
+        QCOMPARE(named<QPushButton>(w.outputPanel(), "Start Outputs")->text(),
+                 QString("开始输出"));
+        QVERIFY(!w.mixerPanel()->findChildren<QLabel *>().isEmpty());
+        bool programLabel = false;
+        for (QLabel *label : w.mixerPanel()->findChildren<QLabel *>())
+            programLabel = programLabel || label->text() == QString("节目");
+        QVERIFY(programLabel);
 
         // Choosing the language already set writes nothing.
         clearSettings();
@@ -92,6 +204,7 @@ private slots:
         QCOMPARE(storedLanguage(), QString("en"));
         QCOMPARE(topMenus(w)[0]->title(), QString("&File"));
         QCOMPARE(w.dock(MainWindow::AudioMixerDock)->windowTitle(), QString("Audio Mixer"));
+        QCOMPARE(named<QPushButton>(w.channelPanel(0), "Take")->text(), QString("Take"));
     }
 
     void storedLanguageIsReadAtStart_data()
@@ -137,15 +250,240 @@ private slots:
         w.dock(MainWindow::TextOverlayDock)->hide();
         w.removeDockWidget(w.dock(MainWindow::OutputSettingsDock));
         w.resetWorkspaceLayout();
-        for (int i = 0; i < MainWindow::DockCount; ++i) {
-            QDockWidget *d = w.dock(static_cast<MainWindow::DockId>(i));
-            QVERIFY(!d->isFloating());
-            QVERIFY(!d->isHidden());
+        for (MainWindow::DockId id :
+             {MainWindow::OutputSettingsDock, MainWindow::OutputPreviewDock,
+              MainWindow::AudioMixerDock}) {
+            QVERIFY(!w.dock(id)->isFloating());
+            QVERIFY(!w.dock(id)->isHidden());
         }
         QCOMPARE(w.dockWidgetArea(w.dock(MainWindow::OutputSettingsDock)), Qt::LeftDockWidgetArea);
         QCOMPARE(w.dockWidgetArea(w.dock(MainWindow::AudioMixerDock)), Qt::RightDockWidgetArea);
         QCOMPARE(w.dockWidgetArea(w.dock(MainWindow::ImagePlaybackDock)), Qt::BottomDockWidgetArea);
-        QCOMPARE(w.tabifiedDockWidgets(w.dock(MainWindow::TextOverlayDock)).size(), 2);
+        // The graphics docks stay closed until they have panels.
+        QVERIFY(w.dock(MainWindow::TextOverlayDock)->isHidden());
+    }
+    // ---- the operator's show: two test signals, a take, a recording, a cut with the key ----
+
+    void operatorCutsBetweenTwoChannelsIntoARecording()
+    {
+        QTemporaryDir dir;
+        const QString file = QDir(dir.path()).filePath("show.mp4");
+        MainWindow w;
+        w.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+
+        chooseTestSignal(w, 0, "Bars and tone");
+        chooseTestSignal(w, 1, "Colour");
+        QTRY_VERIFY_WITH_TIMEOUT(w.channelPanel(1)->stateText() == "playing", 10000);
+        QTest::mouseClick(named<QPushButton>(w.channelPanel(0), "Take"), Qt::LeftButton);
+
+        auto *recording = named<QLineEdit>(w.outputPanel(), "Recording file");
+        QVERIFY(recording);
+        recording->selectAll();
+        QTest::keyClicks(recording, file);
+        QTest::mouseClick(named<QPushButton>(w.outputPanel(), "Start Outputs"), Qt::LeftButton);
+        QTRY_VERIFY_WITH_TIMEOUT(w.engine()->stats().output.running, 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(w.programPreview()->tally(), 2000);
+        QTRY_VERIFY_WITH_TIMEOUT(w.programPreview()->hasSignal(), 5000);
+        QTest::qWait(2500);
+
+        w.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&w));
+        QTest::keyClick(&w, Qt::Key_2);
+        QVERIFY(w.channelPanel(1)->isOnProgram());
+        QTest::qWait(2500);
+        QSignalSpy stopped(w.engine(), &Engine::outputsStopped);
+        QTest::mouseClick(named<QPushButton>(w.outputPanel(), "Stop Outputs"), Qt::LeftButton);
+        QVERIFY(stopped.wait(15000));
+        QVERIFY(!w.programPreview()->tally());
+
+        const QString written = w.engine()->stats().output.file.path.isEmpty()
+                                    ? file
+                                    : w.engine()->stats().output.file.path;
+        const ProbedFile probed = probeFile(written);
+        QVERIFY2(probed.ok, probed.errors.constData());
+        QVERIFY(probed.duration > 4.0);
+        // Bars before the cut (grey on average), the red field after it.
+        const QColor before = averageColour(written, 1.0);
+        const QColor after = averageColour(written, -0.5);
+        QVERIFY2(qAbs(before.red() - before.green()) < 60, qPrintable(before.name()));
+        QVERIFY2(after.red() > 180 && after.green() < 60 && after.blue() < 60,
+                 qPrintable(after.name()));
+    }
+
+    // ---- every refusal before outputs start is a box titled "Output" ----
+
+    void startRefusalsShowTheirBoxes()
+    {
+        QTemporaryDir dir;
+        MainWindow w;
+        w.show();
+        OutputSettingsPanel *panel = w.outputPanel();
+        auto startAndReadBox = [&] {
+            QTest::mouseClick(named<QPushButton>(panel, "Start Outputs"), Qt::LeftButton);
+            QMessageBox *box = nullptr;
+            QElapsedTimer waited;
+            waited.start();
+            while (!(box = w.findChild<QMessageBox *>("outputMessage")) && waited.elapsed() < 3000)
+                QTest::qWait(20);
+            if (!box)
+                return QString("(no box)");
+            const QString text = box->windowTitle() + "|" + box->text();
+            box->close();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            return text;
+        };
+        using Target = OutputSettingsPanel::TargetEntry;
+
+        panel->setRecording(false, {});
+        panel->setTargets({});
+        QCOMPARE(startAndReadBox(),
+                 QString("Output|Please fill output file path or stream URL, and select at least "
+                         "one output target."));
+        // A disabled target is no destination either.
+        panel->setTargets({Target{"SRT", false, "srt://127.0.0.1:9", {}}});
+        QVERIFY(startAndReadBox().contains("Please fill output file path"));
+
+        panel->setTargets({Target{"RTMP", true, "srt://127.0.0.1:9", {}}});
+        QCOMPARE(startAndReadBox(), QString("Output|Stream RTMP expects a rtmp:// URL."));
+        panel->setTargets({Target{"RTMPS", true, "rtmp://127.0.0.1/live", "key"}});
+        QCOMPARE(startAndReadBox(), QString("Output|Stream RTMPS expects a rtmps:// URL."));
+
+        panel->setTargets({});
+        panel->setRecording(true, QDir(dir.path()).filePath("show.xyz"));
+        QVERIFY(startAndReadBox().contains("names no known container"));
+
+        // 8K is HEVC: no RTMP target, and only with a hardware encoder that opens.
+        panel->setRecording(false, {});
+        auto *resolution = named<QComboBox>(panel, "Output resolution");
+        resolution->setCurrentIndex(resolution->count() - 1);
+        QCOMPARE(named<QComboBox>(panel, "Encoder mode")->currentIndex(), 1); // forced Hardware
+        panel->setTargets({Target{"RTMP", true, "rtmp://127.0.0.1/live", "key"}});
+        QVERIFY(startAndReadBox().contains("8K output uses HEVC"));
+        panel->setTargets({Target{"SRT", true, "srt://127.0.0.1:9?mode=caller", {}}});
+        QVERIFY(startAndReadBox().contains("8K hardware HEVC encoder is unavailable"));
+        QVERIFY(!w.engine()->outputsActive());
+
+        // A channel must not read what the outputs write: the recording, given as a file URL.
+        resolution->setCurrentIndex(0);
+        const QString take = QDir(dir.path()).filePath("take.mp4");
+        QVERIFY(makeClip(take, "testsrc2=size=160x90:rate=30", "sine", 1, {}));
+        panel->setTargets({});
+        panel->setRecording(true, take);
+        QString warning;
+        onNextDialog([&](QDialog *dialog) {
+            QTest::mouseClick(named<QRadioButton>(dialog, "Network stream"), Qt::LeftButton);
+            auto *address = named<QLineEdit>(dialog, "Source address");
+            address->clear();
+            QTest::keyClicks(address, QUrl::fromLocalFile(take).toString());
+            onNextDialog([&](QDialog *box) {
+                warning = qobject_cast<QMessageBox *>(box)->text();
+                box->close();
+            });
+            QTest::mouseClick(named<QPushButton>(dialog, "OK"), Qt::LeftButton);
+        });
+        QTest::mouseClick(named<QPushButton>(w.channelPanel(2), "Choose Source"), Qt::LeftButton);
+        QTRY_COMPARE(warning, QString("输入源不能与当前录制的输出文件相同。"));
+        QVERIFY(w.engine()->stats().channels[2].source.isEmpty());
+    }
+
+    // ---- the meters: a tone moves them, silence keeps them at the floor ----
+
+    void metersFollowTheSound()
+    {
+        MainWindow w;
+        w.show();
+        w.engine()->setChannelSource(
+            0, "lavfi://testsrc2=size=320x240:rate=30[out0];sine=frequency=1000:sample_rate=48000[out1]");
+        w.engine()->setChannelSource(
+            1, "lavfi://color=c=blue:size=320x240:rate=30[out0];anullsrc=r=48000:cl=stereo[out1]");
+        auto *tone = named<LevelMeter>(w.mixerPanel(), "Channel 1 level");
+        auto *silence = named<LevelMeter>(w.mixerPanel(), "Channel 2 level");
+        QVERIFY(tone && silence);
+        // A sine of amplitude 1/8 peaks near -18 dBFS.
+        QTRY_VERIFY_WITH_TIMEOUT(tone->peakDb() > -24.0f && tone->peakDb() < -12.0f, 8000);
+        QTest::qWait(500);
+        QVERIFY2(silence->peakDb() <= -60.0f, qPrintable(QString::number(silence->peakDb())));
+        // At least 20 updates a second reach the meter.
+        const qint64 before = tone->updates();
+        QTest::qWait(1000);
+        QVERIFY(tone->updates() - before >= 20);
+    }
+
+    // ---- the real executable under Xvfb: a show with --start-outputs, SIGTERM, both languages ----
+
+    void realWindowUnderXvfbInBothLanguages()
+    {
+        const QString xvfb = QStandardPaths::findExecutable("Xvfb");
+        QVERIFY2(!xvfb.isEmpty(), "Xvfb is needed (scripts/install-deps.sh installs it)");
+        int display = 0;
+        for (int n = 100 + int(QCoreApplication::applicationPid() % 300); n < 1000; ++n) {
+            if (!QFile::exists(QString("/tmp/.X11-unix/X%1").arg(n)) &&
+                !QFile::exists(QString("/tmp/.X%1-lock").arg(n))) {
+                display = n;
+                break;
+            }
+        }
+        QProcess server;
+        server.start(xvfb, {QString(":%1").arg(display), "-screen", "0", "1600x900x24",
+                            "-nolisten", "tcp"});
+        QVERIFY(server.waitForStarted(5000));
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(QString("/tmp/.X11-unix/X%1").arg(display)), 10000);
+        // Screenshots stay beside the test for a person to look at.
+        QDir shots(QDir::current().filePath("screenshots"));
+        shots.mkpath(".");
+
+        for (const bool chinese : {false, true}) {
+            IsolatedHome home;
+            QDir(home.path("config")).mkpath("Ostrel");
+            QFile conf(home.path("config/Ostrel/Selvane.conf"));
+            QVERIFY(conf.open(QIODevice::WriteOnly));
+            conf.write(chinese ? "[General]\nui_language=zh\n" : "[General]\nui_language=en\n");
+            conf.close();
+            QProcessEnvironment env = home.environment();
+            env.insert("QT_QPA_PLATFORM", "xcb");
+            env.insert("DISPLAY", QString(":%1").arg(display));
+            const QString take = home.path("take.mp4");
+            QProcess app;
+            app.setProcessEnvironment(env);
+            app.setProcessChannelMode(QProcess::MergedChannels);
+            app.start(SELVANE_BINARY,
+                      {"--channel",
+                       "1=lavfi://smptehdbars=size=1280x720:rate=30[out0];"
+                       "sine=frequency=1000:sample_rate=48000[out1]",
+                       "--channel",
+                       "2=lavfi://testsrc2=size=1280x720:rate=30[out0];"
+                       "anullsrc=r=48000:cl=stereo[out1]",
+                       "--record", take, "--start-outputs"});
+            QVERIFY(app.waitForStarted(5000));
+            QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(take).size() > 50000, 20000);
+            QTest::qWait(1500);
+            const QString shot = shots.filePath(chinese ? "window_zh.png" : "window_en.png");
+            QFile::remove(shot);
+            QVERIFY(runFfmpeg({"-f", "x11grab", "-video_size", "1600x900", "-i",
+                               QString(":%1").arg(display), "-frames:v", "1", shot}));
+            app.terminate(); // SIGTERM: the outputs end cleanly, then the window
+            QVERIFY(app.waitForFinished(30000));
+            QCOMPARE(app.exitStatus(), QProcess::NormalExit);
+            QVERIFY2(app.exitCode() == 0, app.readAll().right(2000).constData());
+
+            // The window showed the program on air: the red tally border is there.
+            const QImage image(shot);
+            QVERIFY(!image.isNull());
+            int tally = 0;
+            for (int y = 0; y < image.height(); y += 2)
+                for (int x = 0; x < image.width(); x += 2) {
+                    const QColor c = image.pixelColor(x, y);
+                    tally += c.red() > 200 && c.green() < 70 && c.blue() < 70;
+                }
+            QVERIFY2(tally > 300, qPrintable(QString::number(tally)));
+            const ProbedFile probed = probeFile(take);
+            QVERIFY2(probed.ok, probed.errors.constData());
+            QVERIFY(probed.stream("h264") && probed.stream("h264")->frames > 60);
+            QVERIFY(probed.stream("aac"));
+        }
+        server.terminate();
+        server.waitForFinished(5000);
     }
 };
 

@@ -19,11 +19,11 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDateTime>
 #include <QDebug>
 #include <QDesktopServices>
 #include <QDir>
 #include <QDockWidget>
-#include <QDateTime>
 #include <QEvent>
 #include <QEventLoop>
 #include <QFileInfo>
@@ -183,12 +183,10 @@ void MainWindow::createCentralArea()
 
 void MainWindow::connectEngine()
 {
-    connect(m_engine, &Engine::programFrame, this, [this](const FrameTokenPtr &frame, int) {
-        m_previews->submit(kProgramStream, frame);
-    });
-    connect(m_engine, &Engine::channelPreview, this, [this](int c, const FrameTokenPtr &frame) {
-        m_previews->submit(1 + c, frame);
-    });
+    connect(m_engine, &Engine::programFrame, this,
+            [this](const FrameTokenPtr &frame, int) { m_previews->submit(kProgramStream, frame); });
+    connect(m_engine, &Engine::channelPreview, this,
+            [this](int c, const FrameTokenPtr &frame) { m_previews->submit(1 + c, frame); });
     connect(m_engine, &Engine::channelError, this,
             [this](int channel, SourceError error, const QString &) {
                 const QString text = sourceErrorText(error);
@@ -370,8 +368,7 @@ void MainWindow::resetWorkspaceLayout()
     splitDockWidget(m_docks[OutputPreviewDock], m_docks[AudioMixerDock], Qt::Vertical);
     tabifyDockWidget(m_docks[TextOverlayDock], m_docks[VideoOverlayDock]);
     tabifyDockWidget(m_docks[VideoOverlayDock], m_docks[ImagePlaybackDock]);
-    resizeDocks({m_docks[OutputSettingsDock], m_docks[AudioMixerDock]}, {380, 440},
-                Qt::Horizontal);
+    resizeDocks({m_docks[OutputSettingsDock], m_docks[AudioMixerDock]}, {380, 440}, Qt::Horizontal);
     resizeDocks({m_docks[OutputPreviewDock], m_docks[AudioMixerDock]}, {160, 420}, Qt::Vertical);
 }
 
@@ -438,10 +435,9 @@ void MainWindow::refreshStats()
         panel->setOnProgram(c == stats.program.channel);
     }
     const int onAir = stats.program.channel;
-    const bool noSource = onAir >= 0 && (stats.channels[std::size_t(onAir)].state ==
-                                             ChannelState::Idle ||
-                                         stats.channels[std::size_t(onAir)].state ==
-                                             ChannelState::Failed);
+    const bool noSource =
+        onAir >= 0 && (stats.channels[std::size_t(onAir)].state == ChannelState::Idle ||
+                       stats.channels[std::size_t(onAir)].state == ChannelState::Failed);
     if ((onAir < 0 && !stats.program.still) || noSource)
         m_preview->showNoSignal();
     m_preview->setTally(stats.output.running);
@@ -464,9 +460,8 @@ void MainWindow::showStatusBar(const EngineStats &stats)
     for (const ChannelStats &channel : stats.channels)
         decoderDrops += channel.framesDropped;
     m_fpsLabel->setText(tr("%1 fps").arg(stats.program.fps, 0, 'f', 1));
-    m_dropsLabel->setText(tr("dropped: decoders %1, encoder %2")
-                              .arg(decoderDrops)
-                              .arg(stats.output.encoderDrops));
+    m_dropsLabel->setText(
+        tr("dropped: decoders %1, encoder %2").arg(decoderDrops).arg(stats.output.encoderDrops));
     m_cpuLabel->setText(cpuUs >= 0 ? tr("CPU %1 %").arg(qRound(m_cpuPercent)) : tr("CPU –"));
     m_bitrateLabel->setText(stats.output.running ? tr("%1 kbit/s").arg(qRound(stats.output.kbps))
                                                  : tr("outputs off"));
@@ -489,9 +484,8 @@ void MainWindow::showStatusBar(const EngineStats &stats)
                           .arg(i + 1)
                           .arg(OutputStatusView::statusWord(targets[i].status)));
         chip->setToolTip(targets[i].url);
-        chip->setAccessibleName(tr("Target %1: %2")
-                                    .arg(i + 1)
-                                    .arg(OutputStatusView::statusWord(targets[i].status)));
+        chip->setAccessibleName(
+            tr("Target %1: %2").arg(i + 1).arg(OutputStatusView::statusWord(targets[i].status)));
     }
 }
 
@@ -565,8 +559,8 @@ bool MainWindow::startOutputsWith(const OutputSettings &requested, bool fromPane
             }
         }
     }
-    const QSize outputSize = settings.size.explicitSize ? settings.size.size
-                                                        : m_engine->programSize();
+    const QSize outputSize =
+        settings.size.explicitSize ? settings.size.size : m_engine->programSize();
     const bool eightK = outputSize.width() > 4096 || outputSize.height() > 4096;
     if (eightK) {
         for (const StreamTarget &target : encoder.streamTargets) {
@@ -652,8 +646,8 @@ bool MainWindow::loadShow(const HeadlessOptions &show, bool startOutputs, QStrin
                          : scheme == "rtmps" ? "RTMPS"
                          : scheme == "srt"   ? "SRT"
                                              : "Custom";
-            entry.server = target.formatName.isEmpty() ? target.url
-                                                       : target.url + "#" + target.formatName;
+            entry.server =
+                target.formatName.isEmpty() ? target.url : target.url + "#" + target.formatName;
             targets << entry;
         }
         m_outputPanel->setTargets(targets);

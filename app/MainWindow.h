@@ -13,7 +13,6 @@
 #include "cli/CommandLine.h"
 
 #include <QMainWindow>
-
 #include <array>
 
 namespace selvane {

@@ -73,8 +73,7 @@ QString outputProblemText(const OutputCheck &check)
     case OutputProblem::FolderMissing:
         return tr("The folder of the recording file \"%1\" does not exist.").arg(check.subject);
     case OutputProblem::FolderNotWritable:
-        return tr("The folder of the recording file \"%1\" cannot be written.")
-            .arg(check.subject);
+        return tr("The folder of the recording file \"%1\" cannot be written.").arg(check.subject);
     case OutputProblem::BadTargetUrl:
         return tr("The stream target \"%1\" is not a URL such as rtmp://host/app/key.")
             .arg(check.subject);

@@ -16,7 +16,6 @@
 #include <QIcon>
 #include <QImage>
 #include <QLocalServer>
-
 #include <cstdio>
 #include <memory>
 

@@ -41,9 +41,9 @@ void configureCommandLine(QCommandLineParser &parser)
     parser.addOption({"base", tr("Channel (1-4) that forms the program picture. Default 1."), "N"});
     parser.addOption(
         {"duration", tr("Stop after this many seconds (default: until Ctrl+C)."), "SECONDS"});
-    parser.addOption({"start-outputs",
-                      tr("Window: start the recording and streams of the show at once (without "
-                         "--headless they wait for the Start button).")});
+    parser.addOption(
+        {"start-outputs", tr("Window: start the recording and streams of the show at once (without "
+                             "--headless they wait for the Start button).")});
     parser.addOption({"volume",
                       tr("Preview (speaker) volume of channel N, linear, e.g. 1=0.5. Repeatable."),
                       "N=V"});

@@ -1,8 +1,7 @@
 // The speaker outputs the preview can play on, and the operator's choice among them.
 
-#include "engine/Engine.h"
-
 #include "audio/PreviewAudioMixer.h"
+#include "engine/Engine.h"
 
 #include <QAudioDevice>
 #include <QMediaDevices>

@@ -1,7 +1,5 @@
 #include "engine/Engine.h"
 
-#include "output/VideoEncoderChoice.h"
-
 #include "audio/PreviewAudioMixer.h"
 #include "compose/OverlayManager.h"
 #include "compose/VulkanCompositor.h"

@@ -95,10 +95,10 @@ enum class AddressProblem
 {
     None,
     Empty,
-    UnknownScheme,   // "xyz://…": no protocol of that name
-    MissingHost,     // a network URL without a host
-    FileMissing,     // a local path that names no readable file
-    BadTestSignal,   // "lavfi://…" whose graph does not parse
+    UnknownScheme, // "xyz://…": no protocol of that name
+    MissingHost,   // a network URL without a host
+    FileMissing,   // a local path that names no readable file
+    BadTestSignal, // "lavfi://…" whose graph does not parse
 };
 
 struct ChannelStats

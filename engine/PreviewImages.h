@@ -19,7 +19,6 @@
 #include <QImage>
 #include <QObject>
 #include <QSize>
-
 #include <atomic>
 #include <condition_variable>
 #include <map>

@@ -3,7 +3,6 @@
 // output.
 
 #include "engine/Engine.h"
-
 #include "input/CaptureDevices.h"
 #include "input/SourceAddress.h"
 
@@ -57,8 +56,8 @@ bool graphParses(const QString &graph)
 // normalised URL.
 QString normalised(const QString &text)
 {
-    const QUrl url = QUrl::fromUserInput(text.trimmed(), QDir::currentPath(),
-                                         QUrl::AssumeLocalFile);
+    const QUrl url =
+        QUrl::fromUserInput(text.trimmed(), QDir::currentPath(), QUrl::AssumeLocalFile);
     if (url.isLocalFile())
         return QDir::cleanPath(QFileInfo(url.toLocalFile()).absoluteFilePath());
     return url.adjusted(QUrl::NormalizePathSegments | QUrl::StripTrailingSlash).toString();
@@ -128,8 +127,9 @@ bool Engine::isSourceSameAsOutput(const QString &source, const EncoderSettings &
     // These four texts exist in Chinese only and are shown as they are.
     if (outputs.fileEnabled && !outputs.filePath.trimmed().isEmpty() &&
         normalised(outputs.filePath) == wanted) {
-        *message = isLocal(outputs.filePath) ? QStringLiteral("输入源不能与当前录制的输出文件相同。")
-                                             : QStringLiteral("输入源不能与当前录制的输出地址相同。");
+        *message = isLocal(outputs.filePath)
+                       ? QStringLiteral("输入源不能与当前录制的输出文件相同。")
+                       : QStringLiteral("输入源不能与当前录制的输出地址相同。");
         return true;
     }
     for (const StreamTarget &target : outputs.streamTargets) {

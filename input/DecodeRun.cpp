@@ -340,10 +340,10 @@ bool DecodeRun::convertPicture(const AVFrame *frame, FrameTokenPtr *out)
         return false;
     const qint64 rawUs = rawTimeUs(frame, m_videoStream);
     if (rawUs != SourceTimeline::kNoTime) {
-        const qint64 startUs = m_videoStream->start_time != AV_NOPTS_VALUE
-                                   ? av_rescale_q(m_videoStream->start_time,
-                                                  m_videoStream->time_base, AV_TIME_BASE_Q)
-                                   : 0;
+        const qint64 startUs =
+            m_videoStream->start_time != AV_NOPTS_VALUE
+                ? av_rescale_q(m_videoStream->start_time, m_videoStream->time_base, AV_TIME_BASE_Q)
+                : 0;
         m_host.positionMs().store(std::max<qint64>(0, (rawUs - startUs) / 1000));
     }
     token->ptsUs = m_timeline.mapVideo(rawUs, durationUs(frame, m_videoStream));

@@ -11,7 +11,6 @@
 #include <QPushButton>
 #include <QSlider>
 #include <QVBoxLayout>
-
 #include <cmath>
 
 namespace selvane {

@@ -112,7 +112,8 @@ ChannelPanel::ChannelPanel(int channel, QWidget *parent) : QFrame(parent), m_cha
     connect(m_choose, &QPushButton::clicked, this, &ChannelPanel::chooseSourceRequested);
     connect(m_clear, &QPushButton::clicked, this, &ChannelPanel::clearRequested);
     connect(m_take, &QPushButton::clicked, this, &ChannelPanel::takeRequested);
-    connect(m_pause, &QPushButton::clicked, this, [this](bool paused) { emit pauseRequested(paused); });
+    connect(m_pause, &QPushButton::clicked, this,
+            [this](bool paused) { emit pauseRequested(paused); });
     connect(m_loop, &QPushButton::clicked, this, [this](bool loop) { emit loopRequested(loop); });
     connect(m_seek, &QSlider::sliderPressed, this, [this] { m_seeking = true; });
     connect(m_seek, &QSlider::sliderReleased, this, [this] {
@@ -174,7 +175,8 @@ void ChannelPanel::showStats(const ChannelStats &stats)
         showState();
     const bool seekable = stats.durationMs > 0 && !stats.live;
     m_seek->setEnabled(seekable);
-    m_pause->setEnabled(stats.state == ChannelState::Playing || stats.state == ChannelState::Paused);
+    m_pause->setEnabled(stats.state == ChannelState::Playing ||
+                        stats.state == ChannelState::Paused);
     m_pause->setChecked(stats.state == ChannelState::Paused);
     m_loop->setChecked(stats.loop);
     m_clear->setEnabled(!stats.source.isEmpty());

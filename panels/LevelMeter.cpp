@@ -1,7 +1,6 @@
 #include "panels/LevelMeter.h"
 
 #include <QPainter>
-
 #include <algorithm>
 #include <cmath>
 
@@ -68,8 +67,8 @@ void LevelMeter::paintEvent(QPaintEvent *)
     const int clipHeight = 6;
     const int h = height() - clipHeight - 2;
     painter.fillRect(rect(), QColor(0x12, 0x14, 0x18));
-    painter.fillRect(QRect(0, 0, w, clipHeight), clipped() ? QColor(0xff, 0x30, 0x30)
-                                                           : QColor(0x3a, 0x1c, 0x1c));
+    painter.fillRect(QRect(0, 0, w, clipHeight),
+                     clipped() ? QColor(0xff, 0x30, 0x30) : QColor(0x3a, 0x1c, 0x1c));
     painter.translate(0, clipHeight + 2);
     auto zone = [&](float fromDb, float toDbValue, const QColor &colour, float levelDb, int x0,
                     int x1) {
@@ -85,8 +84,8 @@ void LevelMeter::paintEvent(QPaintEvent *)
          {std::tuple{m_rmsDb, 0, split, false}, std::tuple{m_peakDb, split, w, true}}) {
         zone(kFloorDb, -12.0f, dim ? QColor(0x2f, 0x9a, 0x55) : QColor(0x3c, 0xc8, 0x6e), levelDb,
              x0, x1);
-        zone(-12.0f, -3.0f, dim ? QColor(0xb0, 0x9a, 0x30) : QColor(0xe6, 0xc8, 0x3c), levelDb,
-             x0, x1);
+        zone(-12.0f, -3.0f, dim ? QColor(0xb0, 0x9a, 0x30) : QColor(0xe6, 0xc8, 0x3c), levelDb, x0,
+             x1);
         zone(-3.0f, 0.0f, dim ? QColor(0xb0, 0x30, 0x30) : QColor(0xff, 0x40, 0x40), levelDb, x0,
              x1);
     }

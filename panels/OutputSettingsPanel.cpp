@@ -35,9 +35,9 @@ struct Resolution
     int height;
 };
 // The first entry is "Same as Program".
-const Resolution kResolutions[] = {{"", 0, 0},           {"720p", 1280, 720},
-                                   {"1080p", 1920, 1080}, {"1440p", 2560, 1440},
-                                   {"4K", 3840, 2160},    {"8K", 7680, 4320}};
+const Resolution kResolutions[] = {
+    {"", 0, 0},         {"720p", 1280, 720}, {"1080p", 1920, 1080}, {"1440p", 2560, 1440},
+    {"4K", 3840, 2160}, {"8K", 7680, 4320}};
 const char *const kContainers[] = {"mp4", "mkv", "mov", "ts"};
 const char *const kDefaultPattern = "output_{date}_{time}.mp4";
 
@@ -85,7 +85,8 @@ OutputSettingsPanel::OutputSettingsPanel(QWidget *parent) : QWidget(parent)
     m_containerLabel = new QLabel(this);
     m_container = new QComboBox(this);
     for (const char *container : kContainers)
-        m_container->addItem(QString::fromLatin1(container).toUpper(), QString::fromLatin1(container));
+        m_container->addItem(QString::fromLatin1(container).toUpper(),
+                             QString::fromLatin1(container));
     m_segment = new QCheckBox(this);
     m_segmentMinutes = new QSpinBox(this);
     m_segmentMinutes->setRange(1, 1440);
@@ -229,8 +230,8 @@ OutputSettingsPanel::OutputSettingsPanel(QWidget *parent) : QWidget(parent)
         const QFileInfo info(m_file->text());
         const QString name = info.completeBaseName().isEmpty() ? QString("output_{date}_{time}")
                                                                : info.completeBaseName();
-        m_file->setText(QDir(info.path()).filePath(name + "." +
-                                                   m_container->currentData().toString()));
+        m_file->setText(
+            QDir(info.path()).filePath(name + "." + m_container->currentData().toString()));
         changed();
     });
     for (QSpinBox *spin : {m_segmentMinutes, m_bitrate, m_keyframe})
@@ -245,11 +246,10 @@ OutputSettingsPanel::OutputSettingsPanel(QWidget *parent) : QWidget(parent)
     connect(m_addTarget, &QPushButton::clicked, this, [this] { editTarget(-1); });
     connect(m_editTarget, &QPushButton::clicked, this,
             [this] { editTarget(m_targetTable->currentRow()); });
-    connect(m_targetTable, &QTableWidget::cellDoubleClicked, this,
-            [this](int row, int column) {
-                if (column != 0)
-                    editTarget(row);
-            });
+    connect(m_targetTable, &QTableWidget::cellDoubleClicked, this, [this](int row, int column) {
+        if (column != 0)
+            editTarget(row);
+    });
     connect(m_targetTable, &QTableWidget::cellChanged, this, [this](int row, int column) {
         if (m_loading || column != 0 || row < 0 || row >= m_targets.size())
             return;
@@ -276,11 +276,10 @@ void OutputSettingsPanel::load()
     m_loading = true;
     QSettings s = store();
     m_record->setChecked(s.value("output/fileEnabled", true).toBool());
-    m_file->setText(s.value("output/filePath",
-                            QDir(defaultOutputDirectory()).filePath(kDefaultPattern))
-                        .toString());
-    const int container =
-        m_container->findData(QFileInfo(m_file->text()).suffix().toLower());
+    m_file->setText(
+        s.value("output/filePath", QDir(defaultOutputDirectory()).filePath(kDefaultPattern))
+            .toString());
+    const int container = m_container->findData(QFileInfo(m_file->text()).suffix().toLower());
     m_container->setCurrentIndex(qMax(0, container));
     m_segment->setChecked(s.value("output/segmentEnabled", false).toBool());
     m_segmentMinutes->setValue(s.value("output/segmentMinutes", 60).toInt());
@@ -411,8 +410,8 @@ void OutputSettingsPanel::browseFolder()
         QFileDialog::getExistingDirectory(this, tr("Recording folder"), current.path());
     if (folder.isEmpty())
         return;
-    const QString name = current.fileName().isEmpty() ? QString(kDefaultPattern)
-                                                      : current.fileName();
+    const QString name =
+        current.fileName().isEmpty() ? QString(kDefaultPattern) : current.fileName();
     m_file->setText(QDir(folder).filePath(name));
 }
 
@@ -475,8 +474,8 @@ void OutputSettingsPanel::setOutputsRunning(bool running)
     // The format cannot change under a running encoder.
     for (QWidget *w : std::initializer_list<QWidget *>{
              m_resolution, m_fps, m_bitrate, m_bitrateAuto, m_encoder, m_preset, m_keyframe,
-             m_record, m_file, m_browse, m_container, m_segment, m_segmentMinutes,
-             m_segmentGiB, m_addTarget, m_editTarget, m_removeTarget})
+             m_record, m_file, m_browse, m_container, m_segment, m_segmentMinutes, m_segmentGiB,
+             m_addTarget, m_editTarget, m_removeTarget})
         w->setEnabled(!running);
     if (!running)
         m_bitrate->setDisabled(m_bitrateAuto->isChecked());
@@ -561,7 +560,8 @@ void OutputSettingsPanel::retranslateUi()
     m_segmentHint->setText(tr("Start a new file at a keyframe when either limit is reached"));
     m_recordingState->setAccessibleName(tr("Recording state"));
     m_targetsTitle->setText(tr("<b>Stream targets</b>"));
-    m_sharedHint->setText(tr("All enabled destinations share one encoder to minimize CPU/GPU load."));
+    m_sharedHint->setText(
+        tr("All enabled destinations share one encoder to minimize CPU/GPU load."));
     m_targetTable->setHorizontalHeaderLabels({tr("On"), tr("Kind"), tr("Address"), tr("Status")});
     m_addTarget->setText(tr("Add"));
     m_editTarget->setText(tr("Edit"));

@@ -127,7 +127,4 @@ private:
     QPushButton *m_stop = nullptr;
 };
 
-
-
-
 } // namespace selvane

@@ -100,8 +100,7 @@ void OutputStatusView::showStats(const OutputStats &stats, QSize programSize, do
         for (int i = 0; i < stats.targets.size(); ++i) {
             const TargetStats &t = stats.targets[i];
             lines << QStringLiteral("<span style='color:%1'>●</span> %2  %3  ·  %4 kbit/s")
-                         .arg(statusColour(t.status), t.url.toHtmlEscaped(),
-                              statusWord(t.status))
+                         .arg(statusColour(t.status), t.url.toHtmlEscaped(), statusWord(t.status))
                          .arg(qRound(t.kbps));
         }
     }

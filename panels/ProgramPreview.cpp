@@ -63,8 +63,8 @@ void ProgramPreview::paintEvent(QPaintEvent *)
     if (m_tally) {
         painter.setPen(QPen(QColor(0xe0, 0x30, 0x30), kTallyWidth));
         painter.setBrush(Qt::NoBrush);
-        painter.drawRect(rect().adjusted(kTallyWidth / 2, kTallyWidth / 2, -kTallyWidth / 2,
-                                         -kTallyWidth / 2));
+        painter.drawRect(
+            rect().adjusted(kTallyWidth / 2, kTallyWidth / 2, -kTallyWidth / 2, -kTallyWidth / 2));
     }
     const QRect picture = pictureRect();
     if (m_image.isNull()) {

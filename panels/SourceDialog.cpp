@@ -25,8 +25,8 @@ namespace selvane {
 namespace {
 
 // Named colours of the colour test signal, in the order of the list.
-const QColor kColours[] = {QColor(255, 0, 0), QColor(0, 255, 0), QColor(0, 0, 255),
-                           QColor(255, 255, 255), QColor(0, 0, 0), QColor(128, 128, 128)};
+const QColor kColours[] = {QColor(255, 0, 0),     QColor(0, 255, 0), QColor(0, 0, 255),
+                           QColor(255, 255, 255), QColor(0, 0, 0),   QColor(128, 128, 128)};
 const char *const kMediaDirectoryKey = "source/lastMediaDirectory";
 
 QString encodedGraph(const QString &graph)
@@ -51,9 +51,9 @@ QString SourceDialog::testSignalAddress(int preset, const QColor &colour)
         graph = "testsrc2=size=1280x720:rate=30[out0];" + silence + "[out1]";
         break;
     default:
-        graph = QStringLiteral("color=c=0x%1:size=1280x720:rate=30[out0];")
-                    .arg(colour.name().mid(1)) +
-                silence + "[out1]";
+        graph =
+            QStringLiteral("color=c=0x%1:size=1280x720:rate=30[out0];").arg(colour.name().mid(1)) +
+            silence + "[out1]";
         break;
     }
     return "lavfi://" + encodedGraph(graph);
@@ -64,20 +64,21 @@ SourceDialog::SourceDialog(QWidget *parent, int channelNumber)
 {
     setObjectName("sourceDialog");
     setModal(true);
-    setStyleSheet("QDialog { background: #202020; color: white; }"
-                  "QLabel, QRadioButton { color: white; }"
-                  "QLineEdit { background: #2b2b2b; color: white; padding: 5px; border-radius: 4px; }"
-                  "QComboBox { background: #2b2b2b; color: white; padding: 5px; }"
-                  "QPushButton { background: #333; color: white; padding: 5px 10px; "
-                  "border-radius: 4px; }"
-                  "QPushButton:hover { background: #444; }");
+    setStyleSheet(
+        "QDialog { background: #202020; color: white; }"
+        "QLabel, QRadioButton { color: white; }"
+        "QLineEdit { background: #2b2b2b; color: white; padding: 5px; border-radius: 4px; }"
+        "QComboBox { background: #2b2b2b; color: white; padding: 5px; }"
+        "QPushButton { background: #333; color: white; padding: 5px 10px; "
+        "border-radius: 4px; }"
+        "QPushButton:hover { background: #444; }");
 
     m_kindLabel = new QLabel(this);
     m_kinds = new QButtonGroup(this);
     auto *kindRow = new QHBoxLayout;
     // Fixed English names: automation scripts choose the kind by them.
-    static const char *const kKindNames[KindCount] = {"Media file", "Network stream",
-                                                      "Test signal", "Camera and microphone"};
+    static const char *const kKindNames[KindCount] = {"Media file", "Network stream", "Test signal",
+                                                      "Camera and microphone"};
     for (int k = 0; k < KindCount; ++k) {
         m_kindButtons[k] = new QRadioButton(this);
         m_kindButtons[k]->setAccessibleName(QString::fromLatin1(kKindNames[k]));
@@ -269,7 +270,8 @@ void SourceDialog::accept()
         }
         // The device name is percent-encoded whole: spaces, colons and non-ASCII letters
         // come back as they were.
-        choice.address = "dshow://capture?video=" + QString::fromLatin1(QUrl::toPercentEncoding(camera));
+        choice.address =
+            "dshow://capture?video=" + QString::fromLatin1(QUrl::toPercentEncoding(camera));
         const QString microphone = m_microphone->currentData().toString();
         if (!microphone.isEmpty())
             choice.audioSource =
@@ -316,8 +318,7 @@ void SourceDialog::retranslateUi()
     m_colourLabel->setText(tr("Colour:"));
     const int colour = qMax(0, m_colour->currentIndex());
     m_colour->clear();
-    m_colour->addItems(
-        {tr("Red"), tr("Green"), tr("Blue"), tr("White"), tr("Black"), tr("Grey")});
+    m_colour->addItems({tr("Red"), tr("Green"), tr("Blue"), tr("White"), tr("Black"), tr("Grey")});
     m_colour->setCurrentIndex(colour);
     m_colour->setAccessibleName(tr("Test signal colour"));
     m_cameraLabel->setText(tr("Camera:"));

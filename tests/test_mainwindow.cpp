@@ -19,9 +19,9 @@
 #include <QComboBox>
 #include <QDesktopServices>
 #include <QDockWidget>
-#include <QMenuBar>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
@@ -30,7 +30,6 @@
 #include <QStandardPaths>
 #include <QTimer>
 #include <QtTest>
-
 #include <cstdlib>
 
 using namespace testsupport;
@@ -40,8 +39,7 @@ using selvane::LevelMeter;
 using selvane::OutputSettingsPanel;
 // ---- helpers for driving the window as an operator ----
 
-template <typename T>
-T *named(QWidget *root, const QString &name)
+template <typename T> T *named(QWidget *root, const QString &name)
 {
     for (T *widget : root->findChildren<T *>())
         if (widget->accessibleName() == name)
@@ -186,9 +184,9 @@ private slots:
         QCOMPARE(w.dock(MainWindow::OutputSettingsDock)->windowTitle(), QString("输出设置"));
         QCOMPARE(w.dock(MainWindow::ImagePlaybackDock)->windowTitle(), QString("图片播放"));
         // The open panels follow.
-        QCOMPARE(named<QPushButton>(w.channelPanel(0), "Take")->text(), QString("切入"));
-        QCOMPARE(named<QPushButton>(w.outputPanel(), "Start Outputs")->text(),
-                 QString("开始输出"));
+        // (Panels hear of the language through posted LanguageChange events.)
+        QTRY_COMPARE(named<QPushButton>(w.channelPanel(0), "Take")->text(), QString("切入"));
+        QCOMPARE(named<QPushButton>(w.outputPanel(), "Start Outputs")->text(), QString("开始输出"));
         QVERIFY(!w.mixerPanel()->findChildren<QLabel *>().isEmpty());
         bool programLabel = false;
         for (QLabel *label : w.mixerPanel()->findChildren<QLabel *>())
@@ -204,7 +202,7 @@ private slots:
         QCOMPARE(storedLanguage(), QString("en"));
         QCOMPARE(topMenus(w)[0]->title(), QString("&File"));
         QCOMPARE(w.dock(MainWindow::AudioMixerDock)->windowTitle(), QString("Audio Mixer"));
-        QCOMPARE(named<QPushButton>(w.channelPanel(0), "Take")->text(), QString("Take"));
+        QTRY_COMPARE(named<QPushButton>(w.channelPanel(0), "Take")->text(), QString("Take"));
     }
 
     void storedLanguageIsReadAtStart_data()
@@ -250,9 +248,8 @@ private slots:
         w.dock(MainWindow::TextOverlayDock)->hide();
         w.removeDockWidget(w.dock(MainWindow::OutputSettingsDock));
         w.resetWorkspaceLayout();
-        for (MainWindow::DockId id :
-             {MainWindow::OutputSettingsDock, MainWindow::OutputPreviewDock,
-              MainWindow::AudioMixerDock}) {
+        for (MainWindow::DockId id : {MainWindow::OutputSettingsDock, MainWindow::OutputPreviewDock,
+                                      MainWindow::AudioMixerDock}) {
             QVERIFY(!w.dock(id)->isFloating());
             QVERIFY(!w.dock(id)->isHidden());
         }
@@ -394,7 +391,8 @@ private slots:
         MainWindow w;
         w.show();
         w.engine()->setChannelSource(
-            0, "lavfi://testsrc2=size=320x240:rate=30[out0];sine=frequency=1000:sample_rate=48000[out1]");
+            0, "lavfi://"
+               "testsrc2=size=320x240:rate=30[out0];sine=frequency=1000:sample_rate=48000[out1]");
         w.engine()->setChannelSource(
             1, "lavfi://color=c=blue:size=320x240:rate=30[out0];anullsrc=r=48000:cl=stereo[out1]");
         auto *tone = named<LevelMeter>(w.mixerPanel(), "Channel 1 level");
@@ -410,7 +408,8 @@ private slots:
         QVERIFY(tone->updates() - before >= 20);
     }
 
-    // ---- the real executable under Xvfb: a show with --start-outputs, SIGTERM, both languages ----
+    // ---- the real executable under Xvfb: a show with --start-outputs, SIGTERM, both languages
+    // ----
 
     void realWindowUnderXvfbInBothLanguages()
     {
@@ -425,8 +424,8 @@ private slots:
             }
         }
         QProcess server;
-        server.start(xvfb, {QString(":%1").arg(display), "-screen", "0", "1600x900x24",
-                            "-nolisten", "tcp"});
+        server.start(
+            xvfb, {QString(":%1").arg(display), "-screen", "0", "1600x900x24", "-nolisten", "tcp"});
         QVERIFY(server.waitForStarted(5000));
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(QString("/tmp/.X11-unix/X%1").arg(display)), 10000);
         // Screenshots stay beside the test for a person to look at.
@@ -447,14 +446,13 @@ private slots:
             QProcess app;
             app.setProcessEnvironment(env);
             app.setProcessChannelMode(QProcess::MergedChannels);
-            app.start(SELVANE_BINARY,
-                      {"--channel",
-                       "1=lavfi://smptehdbars=size=1280x720:rate=30[out0];"
-                       "sine=frequency=1000:sample_rate=48000[out1]",
-                       "--channel",
-                       "2=lavfi://testsrc2=size=1280x720:rate=30[out0];"
-                       "anullsrc=r=48000:cl=stereo[out1]",
-                       "--record", take, "--start-outputs"});
+            app.start(SELVANE_BINARY, {"--channel",
+                                       "1=lavfi://smptehdbars=size=1280x720:rate=30[out0];"
+                                       "sine=frequency=1000:sample_rate=48000[out1]",
+                                       "--channel",
+                                       "2=lavfi://testsrc2=size=1280x720:rate=30[out0];"
+                                       "anullsrc=r=48000:cl=stereo[out1]",
+                                       "--record", take, "--start-outputs"});
             QVERIFY(app.waitForStarted(5000));
             QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(take).size() > 50000, 20000);
             QTest::qWait(1500);

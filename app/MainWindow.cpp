@@ -3,7 +3,7 @@
 #include "Version.h"
 #include "app/Language.h"
 #include "app/OperatorTexts.h"
-#include "app/OutputFolder.h"
+#include "panels/OutputFolder.h"
 #include "app/Theme.h"
 #include "cli/ShowSetup.h"
 #include "engine/Engine.h"

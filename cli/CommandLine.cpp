@@ -388,6 +388,9 @@ bool readHeadlessOptions(const QCommandLineParser &parser, HeadlessOptions *opti
     }
     if (options->demo || !options->scheduleFile.isEmpty())
         return true; // the schedule decides the base
+    // The window may start without a source: the operator chooses them there.
+    if (!parser.isSet("headless") && !parser.isSet("demo"))
+        return true;
     if (options->channels.isEmpty()) {
         *error = tr("--headless needs at least one --channel");
         return false;

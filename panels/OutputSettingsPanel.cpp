@@ -1,6 +1,6 @@
 #include "panels/OutputSettingsPanel.h"
 
-#include "app/OutputFolder.h"
+#include "panels/OutputFolder.h"
 #include "engine/Engine.h"
 #include "panels/OutputStatusView.h"
 #include "panels/StreamTargetDialog.h"

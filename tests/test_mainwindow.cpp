@@ -6,7 +6,7 @@
 #include "TestSupport.h"
 #include "app/Language.h"
 #include "app/MainWindow.h"
-#include "app/OutputFolder.h"
+#include "panels/OutputFolder.h"
 #include "engine/Engine.h"
 #include "panels/AudioMixerPanel.h"
 #include "panels/ChannelPanel.h"

@@ -1,4 +1,4 @@
-#include "app/OutputFolder.h"
+#include "panels/OutputFolder.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -441,6 +441,13 @@ void MainWindow::refreshStats()
     if ((onAir < 0 && !stats.program.still) || noSource)
         m_preview->showNoSignal();
     m_preview->setTally(stats.output.running);
+    // A recording that stops writing is told at once; the streams go on meanwhile.
+    const int failures = stats.output.running ? stats.output.file.failures : 0;
+    if (failures > m_recordingFailures && stats.output.file.failed)
+        refuse(tr("The recording failed: %1\n\nThe streams go on. A new file is tried every "
+                  "second and the recording goes on there as soon as writing works.")
+                   .arg(stats.output.file.failureReason));
+    m_recordingFailures = failures;
     m_outputPanel->showStats(stats.output);
     m_outputStatus->showStats(stats.output, stats.program.size, stats.program.fps);
     if (tick % 24 == 0)

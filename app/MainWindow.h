@@ -118,6 +118,7 @@ private:
 
     QTimer *m_statsTimer = nullptr;
     int m_statsTicks = 0;
+    int m_recordingFailures = 0;
     qint64 m_lastCpuUs = -1;
     qint64 m_lastCpuAtMs = 0;
     double m_cpuPercent = 0;

@@ -1,5 +1,6 @@
 #include "panels/ProgramPreview.h"
 
+#include <QElapsedTimer>
 #include <QEvent>
 #include <QPainter>
 
@@ -58,6 +59,8 @@ QSize ProgramPreview::displaySize() const
 
 void ProgramPreview::paintEvent(QPaintEvent *)
 {
+    QElapsedTimer took;
+    took.start();
     QPainter painter(this);
     painter.fillRect(rect(), QColor(0x10, 0x13, 0x18));
     if (m_tally) {
@@ -86,6 +89,7 @@ void ProgramPreview::paintEvent(QPaintEvent *)
         painter.drawImage(picture, m_image);
     }
     ++m_painted;
+    m_paintNs += took.nsecsElapsed();
 }
 
 void ProgramPreview::resizeEvent(QResizeEvent *event)

@@ -29,6 +29,8 @@ public:
     // Where the picture is drawn (widget coordinates), for the whole scene.
     QRect pictureRect() const;
     qint64 paintedFrames() const { return m_painted; }
+    // GUI-thread time spent painting pictures, on average (microseconds).
+    double averagePaintUs() const { return m_painted ? m_paintNs / 1000.0 / m_painted : 0.0; }
 
 signals:
     void displaySizeChanged(QSize size);
@@ -43,6 +45,7 @@ private:
     QSize m_aspect{16, 9};
     bool m_tally = false;
     qint64 m_painted = 0;
+    qint64 m_paintNs = 0;
     static constexpr int kTallyWidth = 4;
 };
 

@@ -289,6 +289,8 @@ private slots:
         QTest::keyClick(&w, Qt::Key_2);
         QVERIFY(w.channelPanel(1)->isOnProgram());
         QTest::qWait(2500);
+        qInfo("program preview: %lld pictures painted, %.0f us each on the window thread",
+              w.programPreview()->paintedFrames(), w.programPreview()->averagePaintUs());
         QSignalSpy stopped(w.engine(), &Engine::outputsStopped);
         QTest::mouseClick(named<QPushButton>(w.outputPanel(), "Stop Outputs"), Qt::LeftButton);
         QVERIFY(stopped.wait(15000));

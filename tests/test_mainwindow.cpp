@@ -410,6 +410,37 @@ private slots:
         QVERIFY(tone->updates() - before >= 20);
     }
 
+    // ---- closing while on air asks first; an answer of No keeps the show going ----
+
+    void closingWhileOnAirAsksFirst()
+    {
+        QTemporaryDir dir;
+        const QString file = QDir(dir.path()).filePath("closing.mkv");
+        MainWindow w;
+        w.show();
+        w.engine()->setChannelSource(
+            0, "lavfi://testsrc2=size=320x240:rate=30[out0];sine=frequency=440[out1]");
+        w.outputPanel()->setRecording(true, file);
+        QVERIFY(w.startOutputs());
+        QTRY_VERIFY_WITH_TIMEOUT(w.engine()->stats().output.running, 10000);
+        QString question;
+        onNextDialog([&](QDialog *box) {
+            question = qobject_cast<QMessageBox *>(box)->text();
+            QTest::keyClick(box, Qt::Key_Escape); // No
+        });
+        w.close();
+        QVERIFY(question.contains("Stop the outputs"));
+        QVERIFY(w.isVisible());
+        QVERIFY(w.engine()->outputsActive());
+        QTest::qWait(1000);
+        w.closeForShutdown(); // as on SIGTERM: no question, trailers written
+        QVERIFY(!w.isVisible());
+        QVERIFY(!w.engine()->outputsActive());
+        const ProbedFile probed = probeFile(file);
+        QVERIFY2(probed.ok, probed.errors.constData());
+        QVERIFY(probed.stream("h264") && probed.stream("h264")->frames > 25);
+    }
+
     // ---- the real executable under Xvfb: a show with --start-outputs, SIGTERM, both languages
     // ----
 

@@ -113,7 +113,7 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent)
     // Dock sizes take once the window has its own size.
     if (settings.value("window/state").isNull())
         QTimer::singleShot(0, this, [this] {
-            resizeDocks({m_docks[OutputSettingsDock], m_docks[AudioMixerDock]}, {380, 440},
+            resizeDocks({m_docks[OutputSettingsDock], m_docks[AudioMixerDock]}, {340, 400},
                         Qt::Horizontal);
         });
 
@@ -282,7 +282,7 @@ void MainWindow::createDocks()
         case OutputSettingsDock: {
             auto *scroll = new QScrollArea(dockWidget);
             scroll->setWidgetResizable(true);
-            scroll->setMinimumWidth(340);
+            scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
             scroll->setWidget(m_outputPanel);
             body = scroll;
             break;
@@ -299,7 +299,7 @@ void MainWindow::createDocks()
             body = new QWidget(dockWidget);
             break;
         }
-        body->setMinimumSize(220, 120);
+        body->setMinimumSize(i == OutputSettingsDock ? 320 : 220, 120);
         dockWidget->setWidget(body);
         m_docks[i] = dockWidget;
     }
@@ -368,7 +368,7 @@ void MainWindow::resetWorkspaceLayout()
     splitDockWidget(m_docks[OutputPreviewDock], m_docks[AudioMixerDock], Qt::Vertical);
     tabifyDockWidget(m_docks[TextOverlayDock], m_docks[VideoOverlayDock]);
     tabifyDockWidget(m_docks[VideoOverlayDock], m_docks[ImagePlaybackDock]);
-    resizeDocks({m_docks[OutputSettingsDock], m_docks[AudioMixerDock]}, {380, 440}, Qt::Horizontal);
+    resizeDocks({m_docks[OutputSettingsDock], m_docks[AudioMixerDock]}, {340, 400}, Qt::Horizontal);
     resizeDocks({m_docks[OutputPreviewDock], m_docks[AudioMixerDock]}, {160, 420}, Qt::Vertical);
 }
 

@@ -97,7 +97,7 @@ AudioMixerPanel::Strip *AudioMixerPanel::makeStrip(StripKind kind, int id)
     strip->kind = kind;
     strip->id = id;
     strip->box = new QWidget(this);
-    strip->box->setMinimumWidth(58);
+    strip->box->setMinimumWidth(50);
     strip->name = new QLabel(strip->box);
     strip->name->setAlignment(Qt::AlignCenter);
     strip->meter = new LevelMeter(strip->box);

@@ -88,6 +88,12 @@ ChannelPanel::ChannelPanel(int channel, QWidget *parent) : QFrame(parent), m_cha
     m_time = new QLabel(this);
     m_time->setObjectName("channelTime");
 
+    // The row of four channels must fit a laptop screen beside the docks: buttons give way.
+    for (QPushButton *button : {m_choose, m_clear, m_take, m_pause, m_loop}) {
+        button->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+        button->setMinimumWidth(36);
+    }
+    m_source->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     auto *header = new QHBoxLayout;
     header->addWidget(m_title);
     header->addWidget(m_state, 1);

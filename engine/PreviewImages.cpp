@@ -32,16 +32,14 @@ PreviewImages::~PreviewImages()
     }
     m_wake.notify_all();
     m_worker.join();
-    for (auto &[id, stream] : m_streams)
-        delete stream;
 }
 
 void PreviewImages::setSize(int stream, QSize size, int maxPerSecond)
 {
     std::lock_guard lock(m_mutex);
-    Stream *&s = m_streams[stream];
+    std::unique_ptr<Stream> &s = m_streams[stream];
     if (!s)
-        s = new Stream;
+        s = std::make_unique<Stream>();
     s->size = size;
     s->minGapUs = maxPerSecond > 0 ? 1000000 / maxPerSecond : 0;
     if (size.isEmpty())
@@ -93,7 +91,7 @@ void PreviewImages::run()
                 return true;
             for (auto &[id, stream] : m_streams) {
                 if (stream->waiting && !stream->posted) {
-                    next = stream;
+                    next = stream.get();
                     nextId = id;
                     return true;
                 }

@@ -22,6 +22,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <thread>
 
@@ -53,7 +54,7 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_wake;
-    std::map<int, Stream *> m_streams;
+    std::map<int, std::unique_ptr<Stream>> m_streams;
     bool m_stop = false;
     std::atomic<qint64> m_dropped{0};
     std::atomic<qint64> m_made{0};

@@ -45,8 +45,8 @@ void LevelMeter::setLevel(float peak, float rms)
         m_clipUntilMs = now + kClipMs;
     // What is drawn, in whole pixels: repaint only when it moves.
     const int h = height();
-    const int key = (yOf(m_rmsDb, h) * 4099 + yOf(m_peakDb, h)) * 4099 + yOf(m_holdDb, h) +
-                    (clipped() ? 1 << 30 : 0);
+    const qint64 key = (qint64(yOf(m_rmsDb, h)) * 4099 + yOf(m_peakDb, h)) * 4099 +
+                       yOf(m_holdDb, h) + (clipped() ? qint64(1) << 40 : 0);
     if (key != m_drawnKey) {
         m_drawnKey = key;
         setAccessibleDescription(QString::number(double(m_peakDb), 'f', 1) + " dBFS");

@@ -46,7 +46,7 @@ private:
     qint64 m_lastMs = 0;
     qint64 m_clipUntilMs = 0;
     qint64 m_updates = 0;
-    int m_drawnKey = -1;
+    qint64 m_drawnKey = -1;
 };
 
 } // namespace selvane

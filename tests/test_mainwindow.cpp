@@ -404,10 +404,11 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(tone->peakDb() > -24.0f && tone->peakDb() < -12.0f, 8000);
         QTest::qWait(500);
         QVERIFY2(silence->peakDb() <= -60.0f, qPrintable(QString::number(silence->peakDb())));
-        // At least 20 updates a second reach the meter.
+        // The meters follow at the stats rate (25 a second; a loaded machine may miss a few,
+        // a slow refresh of 4 a second would fail here).
         const qint64 before = tone->updates();
-        QTest::qWait(1000);
-        QVERIFY(tone->updates() - before >= 20);
+        QTest::qWait(2000);
+        QVERIFY2(tone->updates() - before >= 30, qPrintable(QString::number(tone->updates() - before)));
     }
 
     // ---- closing while on air asks first; an answer of No keeps the show going ----
@@ -474,6 +475,10 @@ private slots:
             conf.close();
             QProcessEnvironment env = home.environment();
             env.insert("QT_QPA_PLATFORM", "xcb");
+            // No session bus here: the accessibility bridge must find none at once (under the
+            // sanitizers Qt's bus autolaunch otherwise stalls the window's construction).
+            if (!env.contains("DBUS_SESSION_BUS_ADDRESS"))
+                env.insert("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + home.path("run/no-bus"));
             env.insert("DISPLAY", QString(":%1").arg(display));
             const QString take = home.path("take.mp4");
             QProcess app;

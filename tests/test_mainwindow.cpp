@@ -408,7 +408,8 @@ private slots:
         // a slow refresh of 4 a second would fail here).
         const qint64 before = tone->updates();
         QTest::qWait(2000);
-        QVERIFY2(tone->updates() - before >= 30, qPrintable(QString::number(tone->updates() - before)));
+        QVERIFY2(tone->updates() - before >= 30,
+                 qPrintable(QString::number(tone->updates() - before)));
     }
 
     // ---- closing while on air asks first; an answer of No keeps the show going ----

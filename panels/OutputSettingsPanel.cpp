@@ -1,7 +1,7 @@
 #include "panels/OutputSettingsPanel.h"
 
-#include "panels/OutputFolder.h"
 #include "engine/Engine.h"
+#include "panels/OutputFolder.h"
 #include "panels/OutputStatusView.h"
 #include "panels/StreamTargetDialog.h"
 

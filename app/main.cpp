@@ -16,6 +16,7 @@
 #include <QIcon>
 #include <QImage>
 #include <QLocalServer>
+#include <QTimer>
 #include <cstdio>
 #include <memory>
 
@@ -114,6 +115,10 @@ int runGui(int argc, char *argv[])
     auto *interrupts = new selvane::InterruptSignals(window.get());
     QObject::connect(interrupts, &selvane::InterruptSignals::interrupted, windowPtr,
                      &MainWindow::closeForShutdown);
+    // --duration ends an unattended show the same way, outputs first.
+    if (show.durationSeconds > 0)
+        QTimer::singleShot(qint64(show.durationSeconds * 1000), Qt::PreciseTimer, windowPtr,
+                           &MainWindow::closeForShutdown);
     selvane::connectWakeUpHandler(server.get(), [windowPtr] {
         windowPtr->raise();
         windowPtr->activateWindow();

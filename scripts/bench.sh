@@ -23,8 +23,8 @@
 #                    of the same frame is what Selvane adds beyond decoding and encoding
 #   window  (3 30)   the cost of the window: the same show (a 1080p30 file channel and a test
 #                    signal, recorded to MP4) headless and in the window under Xvfb with the
-#                    program preview and the channel thumbnails running (--start-outputs, ended
-#                    by SIGTERM); CPU medians and the ratio window/headless
+#                    program preview and the channel thumbnails running (--start-outputs, both
+#                    ended by --duration); CPU medians and the ratio window/headless
 #   keepup  (3 10)   sources that must run at full rate: a 10-bit HEVC 1080p30 file, a 4K
 #                    H.264 file scaled to 1080p, a 10,000-character --text and a 100 KB ticker
 #                    (in a schedule) over a 1080p test signal; Selvane in real time (are all
@@ -312,7 +312,7 @@ bench_window() {
     mkdir -p -m 700 "$work/run"
     run_timed win env XDG_DATA_HOME="$work/data" XDG_CONFIG_HOME="$work/config" \
       XDG_RUNTIME_DIR="$work/run" DISPLAY="$display" QT_QPA_PLATFORM=xcb \
-      timeout -s TERM "$seconds" "$binary" "${show[@]}" --record "$work/win$i.mp4" --start-outputs
+      "$binary" "${show[@]}" --record "$work/win$i.mp4" --start-outputs --duration "$seconds"
     w_cpu+=("$(cpu win)") w_frames+=("$(frames_in "$work/win$i.mp4")")
     printf 'round %d  window    CPU %6.2f s  frames %d/%d\n' "$i" "${w_cpu[-1]}" \
       "${w_frames[-1]}" "$expected"

@@ -126,6 +126,12 @@ Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBas
         setChannelLoop(channel, loop);
         setChannelSource(channel, address);
     };
+    operations.hold = [this](int channel) {
+        pauseChannel(channel);
+    };
+    operations.release = [this](int channel) {
+        resumeChannel(channel);
+    };
     operations.setTextOverlay = [this](const TextOverlayData &text) {
         setTextOverlay(text);
     };

@@ -29,6 +29,11 @@ void ScheduleControl::release()
 {
     m_slides = false;
     stopVideo();
+    if (!m_preparedPath.isEmpty()) {
+        m_preparedPath.clear();
+        m_do.playOnChannel(kSceneVideoChannel, QString(), false);
+        m_do.release(kSceneVideoChannel);
+    }
 }
 
 void ScheduleControl::showChannel(int channel)
@@ -61,8 +66,22 @@ void ScheduleControl::playVideo(const QString &path, bool loop)
     m_videoActive = true;
     m_videoFirstPtsUs = -1;
     m_videoTimeline = m_seenTimeline + 1;
-    m_do.playOnChannel(kSceneVideoChannel, path, loop);
+    if (m_preparedPath != path) {
+        m_do.playOnChannel(kSceneVideoChannel, path, loop);
+    }
+    m_preparedPath.clear();
+    m_do.release(kSceneVideoChannel);
     m_do.cutTo(kSceneVideoChannel);
+}
+
+void ScheduleControl::prepareVideo(const QString &path, bool loop)
+{
+    // The player is held before the file opens, so that it waits at the first picture.
+    if (m_videoActive)
+        return;
+    m_preparedPath = path;
+    m_do.hold(kSceneVideoChannel);
+    m_do.playOnChannel(kSceneVideoChannel, path, loop);
 }
 
 void ScheduleControl::onProgramFrame(const FrameTokenPtr &frame, int channel)
@@ -75,8 +94,13 @@ void ScheduleControl::onProgramFrame(const FrameTokenPtr &frame, int channel)
     if (!m_videoActive || !m_runner || frame->timeline < m_videoTimeline)
         return;
     if (m_videoFirstPtsUs < 0)
-        m_videoFirstPtsUs = frame->ptsUs;
-    m_runner->resyncToBasePosition(frame->ptsUs - m_videoFirstPtsUs);
+        m_videoFirstPtsUs = m_videoLastPtsUs = frame->ptsUs;
+    // What the runner decides now shows from the next picture on: the schedule stands where
+    // that picture belongs, one frame on.
+    const qint64 frameUs = frame->ptsUs - m_videoLastPtsUs;
+    m_videoLastPtsUs = frame->ptsUs;
+    const qint64 aheadUs = frameUs > 0 && frameUs <= kLongestFrameUs ? frameUs : 0;
+    m_runner->resyncToBasePosition(frame->ptsUs - m_videoFirstPtsUs + aheadUs);
 }
 
 int ScheduleControl::overlayIdFor(const QString &clipId, bool text)

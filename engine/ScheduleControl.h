@@ -3,7 +3,7 @@
 // The schedule runner's hands on the engine: it puts a channel, a slideshow, a video clip or
 // black on air, and shows and removes overlays by clip id, through the engine operations it is
 // given. Video clips play on input channel 4 (index 3), which the schedule owns while such a
-// clip is the base. Reports media progress back to the runner (slides shown, video position),
+// clip is the base (and from its preroll on). Reports media progress back to the runner (slides shown, video position),
 // as the engine tells it. GUI thread only.
 
 #include "compose/OverlayScene.h"
@@ -31,6 +31,9 @@ public:
         std::function<void()> showBlack;
         // An empty address clears the channel.
         std::function<void(int channel, const QString &address, bool loop)> playOnChannel;
+        // Holds a channel's player at its current picture, and lets it play on.
+        std::function<void(int channel)> hold;
+        std::function<void(int channel)> release;
         std::function<void(const TextOverlayData &text)> setTextOverlay;
         std::function<void(int id)> removeTextOverlay;
         std::function<void(const MediaOverlayRecord &record)> setMediaOverlay;
@@ -47,6 +50,7 @@ public:
     void showChannel(int channel) override;
     void playImages(const QStringList &paths, int intervalMs, bool loop) override;
     void playVideo(const QString &path, bool loop) override;
+    void prepareVideo(const QString &path, bool loop) override;
     void showBlack() override;
     void showTextOverlay(const QString &clipId, const TextOverlayData &text) override;
     void showMediaOverlay(const QString &clipId, int kind, const QString &path,
@@ -65,7 +69,10 @@ private:
     bool m_slides = false;
     int m_slideIntervalMs = 2000;
     bool m_videoActive = false;
+    QString m_preparedPath; // opened and held on the video channel, not yet on air
     qint64 m_videoFirstPtsUs = -1;
+    qint64 m_videoLastPtsUs = -1;
+    static constexpr qint64 kLongestFrameUs = 200000;
     // Pictures of the clip's channel carry their source's timeline: the clip's pictures are the
     // ones from the first timeline after the last one seen before it started.
     quint64 m_seenTimeline = 0;

@@ -90,6 +90,7 @@ void ScheduleRunner::stop()
     m_running = false;
     m_arrangement = ProgramArrangement{};
     m_currentBaseId.clear();
+    m_preparedId.clear();
     m_showingBlack = false;
     m_activeOverlays.clear();
     m_clock.stop();
@@ -131,10 +132,8 @@ void ScheduleRunner::restartClock(qint64 ms)
         m_clock.start(ms);
 }
 
-void ScheduleRunner::applyAt(qint64 t)
+const SceneClip *ScheduleRunner::baseAt(qint64 t) const
 {
-    if (!m_running)
-        return;
     const SceneClip *winner = nullptr;
     for (const SceneClip &clip : m_arrangement.sceneClips) {
         const bool eligible = clip.startMs <= t && (t < clip.endMs || clip.endMs < 1);
@@ -142,6 +141,14 @@ void ScheduleRunner::applyAt(qint64 t)
         if (eligible && (!winner || clip.startMs >= winner->startMs))
             winner = &clip;
     }
+    return winner;
+}
+
+void ScheduleRunner::applyAt(qint64 t)
+{
+    if (!m_running)
+        return;
+    const SceneClip *winner = baseAt(t);
     if (!winner) {
         if (!m_showingBlack || !m_currentBaseId.isEmpty()) {
             m_currentBaseId.clear();
@@ -166,6 +173,17 @@ void ScheduleRunner::applyAt(qint64 t)
             break;
         }
         emit baseClipChanged(clip.id);
+    }
+    // Open the next video clip ahead, unless a video clip is on air (they share a player).
+    const SceneClip *current = currentBase();
+    if (!current || current->kind != SceneClip::SceneVideo) {
+        const SceneClip *next = baseAt(t + kPrerollMs);
+        if (next && next->kind == SceneClip::SceneVideo && next->id != m_currentBaseId &&
+            next->id != m_preparedId) {
+            m_preparedId = next->id;
+            const SceneClip clip = *next;
+            m_control->prepareVideo(clip.sceneVideoPath, clip.sceneVideoLoop);
+        }
     }
     for (const OverlayClip &clip : std::as_const(m_arrangement.overlayClips)) {
         const bool active = clip.startMs <= t && (clip.endMs < 1 || t < clip.endMs);

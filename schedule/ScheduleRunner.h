@@ -9,7 +9,8 @@
 // playback position of a video clip while it plays. Gaps of 5 s or more (a stall, a suspended
 // machine) are not counted: the schedule pauses over them instead of skipping ahead.
 //
-// When no base clip is eligible the program shows black.
+// When no base clip is eligible the program shows black. A video clip is opened up to 1.5 s before
+// it starts, while no other video clip is the base, so that it starts on time.
 //
 // GUI thread only.
 
@@ -31,6 +32,13 @@ public:
     virtual void showChannel(int channel) = 0;
     virtual void playImages(const QStringList &paths, int intervalMs, bool loop) = 0;
     virtual void playVideo(const QString &path, bool loop) = 0;
+    // The video clip that becomes the base within kPrerollMs: open it now, held at its start, so
+    // that playVideo() of the same path puts its first picture on air at once.
+    virtual void prepareVideo(const QString &path, bool loop)
+    {
+        Q_UNUSED(path);
+        Q_UNUSED(loop);
+    }
     virtual void showBlack() = 0;
     // Overlays are keyed by the clip id.
     virtual void showTextOverlay(const QString &clipId, const TextOverlayData &text) = 0;
@@ -73,6 +81,7 @@ class ScheduleRunner : public QObject
 
 public:
     static constexpr int kTickMs = 33;
+    static constexpr qint64 kPrerollMs = 1500;
 
     explicit ScheduleRunner(ProgramControl *control, QObject *parent = nullptr);
     ~ScheduleRunner() override;
@@ -102,11 +111,15 @@ signals:
     void baseClipChanged(QString id);
 
 private:
+    // The base clip the schedule shows at `t`, or null.
+    const SceneClip *baseAt(qint64 t) const;
+
     ProgramControl *m_control = nullptr;
     ProgramArrangement m_arrangement;
     bool m_running = false;
     QString m_currentBaseId;
     bool m_showingBlack = false;
+    QString m_preparedId; // the video clip opened ahead of its start
     QSet<QString> m_activeOverlays;
     ScheduleClock m_clock;
     QTimer *m_timer = nullptr;

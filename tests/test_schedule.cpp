@@ -22,6 +22,10 @@ public:
     {
         calls << QStringLiteral("video %1 %2").arg(path).arg(loop);
     }
+    void prepareVideo(const QString &path, bool loop) override
+    {
+        calls << QStringLiteral("prepare %1 %2").arg(path).arg(loop);
+    }
     void showBlack() override { calls << "black"; }
     void showTextOverlay(const QString &id, const TextOverlayData &text) override
     {
@@ -207,8 +211,12 @@ private slots:
         QVERIFY(runner.start(a));
         runner.applyAt(2000);
         QCOMPARE(control.take(), (QStringList{"channel 0", "images 1.png,2.png 1500 1"}));
-        runner.advanceBySlide(3, 1500);
+        runner.advanceBySlide(2, 1500);
+        QVERIFY(control.take().isEmpty());
+        runner.advanceBySlide(3, 1500); // the video is opened 1.5 s ahead, once
         QCOMPARE(runner.clock().ms(), 6500);
+        runner.tick();
+        QCOMPARE(control.take(), QStringList{"prepare /v.mp4 0"});
         runner.advanceBySlide(4, 1500);
         QCOMPARE(control.take(), QStringList{"video /v.mp4 0"});
         runner.resyncToBasePosition(2500000); // 2.5 s into the video

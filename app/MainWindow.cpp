@@ -136,6 +136,14 @@ void MainWindow::createCentralArea()
     central->setObjectName("centralSplitter");
     central->setChildrenCollapsible(false);
     m_preview = new ProgramPreview(central);
+    QString renderer;
+    if (ProgramPreview::gpuWanted(&renderer)) {
+        m_preview->useGpu();
+        qInfo().noquote() << "Program preview: drawn by the graphics card (" + renderer + ")";
+    } else {
+        qInfo().noquote() << "Program preview: scaled on the processor"
+                          << (renderer.isEmpty() ? "(no GL here)" : "(" + renderer + ")");
+    }
     auto *row = new QWidget(central);
     row->setObjectName("channelRow");
     auto *rowLayout = new QHBoxLayout(row);
@@ -167,9 +175,11 @@ void MainWindow::createCentralArea()
     central->setStretchFactor(1, 1);
     setCentralWidget(central);
 
-    connect(m_preview, &ProgramPreview::displaySizeChanged, this,
-            [this](QSize size) { m_previews->setSize(kProgramStream, size); });
-    m_previews->setSize(kProgramStream, m_preview->displaySize());
+    if (!m_preview->usesGpu()) {
+        connect(m_preview, &ProgramPreview::displaySizeChanged, this,
+                [this](QSize size) { m_previews->setSize(kProgramStream, size); });
+        m_previews->setSize(kProgramStream, m_preview->displaySize());
+    }
     for (int c = 0; c < kChannelCount; ++c)
         m_previews->setSize(1 + c, kThumbnailSize, kThumbnailsPerSecond);
     connect(m_previews, &PreviewImages::ready, this, [this](int stream) {
@@ -184,7 +194,12 @@ void MainWindow::createCentralArea()
 void MainWindow::connectEngine()
 {
     connect(m_engine, &Engine::programFrame, this,
-            [this](const FrameTokenPtr &frame, int) { m_previews->submit(kProgramStream, frame); });
+            [this](const FrameTokenPtr &frame, int) {
+                if (m_preview->usesGpu())
+                    m_preview->showFrame(frame);
+                else
+                    m_previews->submit(kProgramStream, frame);
+            });
     connect(m_engine, &Engine::channelPreview, this,
             [this](int c, const FrameTokenPtr &frame) { m_previews->submit(1 + c, frame); });
     connect(m_engine, &Engine::channelError, this,

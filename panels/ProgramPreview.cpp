@@ -1,5 +1,7 @@
 #include "panels/ProgramPreview.h"
 
+#include "panels/GpuPreviewSurface.h"
+
 #include <QElapsedTimer>
 #include <QEvent>
 #include <QPainter>
@@ -15,6 +17,66 @@ ProgramPreview::ProgramPreview(QWidget *parent) : QWidget(parent)
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
 }
 
+bool ProgramPreview::gpuWanted(QString *renderer)
+{
+    const QByteArray asked = qgetenv("SELVANE_PREVIEW");
+    if (asked == "image")
+        return false;
+    const QString name = GpuPreviewSurface::rendererName();
+    if (renderer)
+        *renderer = name;
+    if (name.isEmpty())
+        return false;
+    return asked == "gpu" || !GpuPreviewSurface::isSoftwareRenderer(name);
+}
+
+void ProgramPreview::useGpu()
+{
+    if (m_gpu)
+        return;
+    m_gpu = new GpuPreviewSurface(this);
+    m_gpu->hide();
+    placeSurface();
+}
+
+void ProgramPreview::placeSurface()
+{
+    if (m_gpu)
+        m_gpu->setGeometry(pictureRect());
+}
+
+bool ProgramPreview::hasSignal() const
+{
+    return m_gpu ? m_gpu->hasPicture() : !m_image.isNull();
+}
+
+qint64 ProgramPreview::paintedFrames() const
+{
+    return m_gpu ? m_gpu->paintedFrames() : m_painted;
+}
+
+double ProgramPreview::averagePaintUs() const
+{
+    const qint64 painted = paintedFrames();
+    const qint64 ns = m_gpu ? m_gpu->paintNs() : m_paintNs;
+    return painted ? ns / 1000.0 / painted : 0.0;
+}
+
+void ProgramPreview::showFrame(FrameTokenPtr frame)
+{
+    if (!m_gpu || !frame)
+        return;
+    if (QSize(frame->width, frame->height) != m_aspect) {
+        m_aspect = QSize(frame->width, frame->height);
+        placeSurface();
+    }
+    m_gpu->showFrame(std::move(frame));
+    if (m_gpu->isHidden()) {
+        m_gpu->show();
+        update();
+    }
+}
+
 void ProgramPreview::showImage(const QImage &image)
 {
     if (image.isNull())
@@ -28,6 +90,11 @@ void ProgramPreview::showImage(const QImage &image)
 
 void ProgramPreview::showNoSignal()
 {
+    if (m_gpu && m_gpu->hasPicture()) {
+        m_gpu->clear();
+        m_gpu->hide();
+        update();
+    }
     if (m_image.isNull())
         return;
     m_image = QImage();
@@ -70,6 +137,8 @@ void ProgramPreview::paintEvent(QPaintEvent *)
             rect().adjusted(kTallyWidth / 2, kTallyWidth / 2, -kTallyWidth / 2, -kTallyWidth / 2));
     }
     const QRect picture = pictureRect();
+    if (m_gpu && m_gpu->isVisible())
+        return; // the surface draws the picture
     if (m_image.isNull()) {
         painter.fillRect(picture, Qt::black);
         painter.setPen(QColor(0x9a, 0xa0, 0xaa));
@@ -95,6 +164,7 @@ void ProgramPreview::paintEvent(QPaintEvent *)
 void ProgramPreview::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
+    placeSurface();
     emit displaySizeChanged(displaySize());
 }
 

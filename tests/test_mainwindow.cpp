@@ -481,6 +481,10 @@ private slots:
             if (!env.contains("DBUS_SESSION_BUS_ADDRESS"))
                 env.insert("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + home.path("run/no-bus"));
             env.insert("DISPLAY", QString(":%1").arg(display));
+            // The Chinese run draws the preview with GL (a software renderer here, which the
+            // window would not choose by itself).
+            if (chinese)
+                env.insert("SELVANE_PREVIEW", "gpu");
             const QString take = home.path("take.mp4");
             QProcess app;
             app.setProcessEnvironment(env);
@@ -502,18 +506,25 @@ private slots:
             app.terminate(); // SIGTERM: the outputs end cleanly, then the window
             QVERIFY(app.waitForFinished(30000));
             QCOMPARE(app.exitStatus(), QProcess::NormalExit);
-            QVERIFY2(app.exitCode() == 0, app.readAll().right(2000).constData());
+            const QByteArray log = app.readAll();
+            QVERIFY2(app.exitCode() == 0, log.right(2000).constData());
+            QVERIFY2(!chinese || log.contains("Program preview: drawn by the graphics card"),
+                     log.right(2000).constData());
 
-            // The window showed the program on air: the red tally border is there.
+            // The window showed the program on air: the red tally border is there, and the
+            // bars' yellow fills far more than a thumbnail's share.
             const QImage image(shot);
             QVERIFY(!image.isNull());
             int tally = 0;
+            int yellow = 0;
             for (int y = 0; y < image.height(); y += 2)
                 for (int x = 0; x < image.width(); x += 2) {
                     const QColor c = image.pixelColor(x, y);
                     tally += c.red() > 200 && c.green() < 70 && c.blue() < 70;
+                    yellow += c.red() > 150 && c.green() > 150 && c.blue() < 60;
                 }
             QVERIFY2(tally > 300, qPrintable(QString::number(tally)));
+            QVERIFY2(yellow > 3000, qPrintable(QString::number(yellow)));
             const ProbedFile probed = probeFile(take);
             QVERIFY2(probed.ok, probed.errors.constData());
             QVERIFY(probed.stream("h264") && probed.stream("h264")->frames > 60);

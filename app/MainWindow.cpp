@@ -33,6 +33,7 @@
 #include <QMessageBox>
 #include <QScreen>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QSettings>
 #include <QShortcut>
 #include <QSplitter>
@@ -314,7 +315,15 @@ void MainWindow::createDocks()
             body = new QWidget(dockWidget);
             break;
         }
-        body->setMinimumSize(i == OutputSettingsDock ? 320 : 220, 120);
+        int minimumWidth = 220;
+        if (i == OutputSettingsDock) {
+            // Wide enough for the panel's narrowest form and the scroll bar beside it.
+            auto *scroll = static_cast<QScrollArea *>(body);
+            minimumWidth = std::max(320, m_outputPanel->minimumSizeHint().width() +
+                                             scroll->verticalScrollBar()->sizeHint().width() +
+                                             2 * scroll->frameWidth());
+        }
+        body->setMinimumSize(minimumWidth, 120);
         dockWidget->setWidget(body);
         m_docks[i] = dockWidget;
     }

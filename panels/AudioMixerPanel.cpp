@@ -100,6 +100,7 @@ AudioMixerPanel::Strip *AudioMixerPanel::makeStrip(StripKind kind, int id)
     strip->box->setMinimumWidth(50);
     strip->name = new QLabel(strip->box);
     strip->name->setAlignment(Qt::AlignCenter);
+    strip->name->setWordWrap(true); // narrow strips: "Channel" above its number
     strip->meter = new LevelMeter(strip->box);
     strip->fader = new QSlider(Qt::Vertical, strip->box);
     strip->fader->setRange(kFaderMin, kFaderMax);

@@ -98,11 +98,11 @@ ChannelPanel::ChannelPanel(int channel, QWidget *parent) : QFrame(parent), m_cha
     header->addWidget(m_title);
     header->addWidget(m_state, 1);
     auto *buttons = new QGridLayout;
-    buttons->addWidget(m_choose, 0, 0);
-    buttons->addWidget(m_clear, 0, 1);
+    buttons->addWidget(m_choose, 0, 0, 1, 2);
     buttons->addWidget(m_take, 0, 2);
-    buttons->addWidget(m_pause, 1, 0);
-    buttons->addWidget(m_loop, 1, 1);
+    buttons->addWidget(m_clear, 1, 0);
+    buttons->addWidget(m_pause, 1, 1);
+    buttons->addWidget(m_loop, 1, 2);
     auto *seekRow = new QHBoxLayout;
     seekRow->addWidget(m_seek, 1);
     seekRow->addWidget(m_time);

@@ -160,6 +160,13 @@ OutputSettingsPanel::OutputSettingsPanel(QWidget *parent) : QWidget(parent)
     m_stop->setObjectName("stopOutputs");
     m_stop->setEnabled(false);
 
+    // The panel must fit a narrow dock: lists show what fits, not their longest entry.
+    for (QComboBox *box : findChildren<QComboBox *>()) {
+        box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+        box->setMinimumContentsLength(6);
+    }
+    m_file->setMinimumWidth(80);
+
     auto *fileRow = new QHBoxLayout;
     fileRow->addWidget(m_file, 1);
     fileRow->addWidget(m_browse);

@@ -169,6 +169,20 @@ private slots:
                 QVERIFY(named<QPushButton>(panel, button));
         }
         QVERIFY(named<QWidget>(&w, "Program preview"));
+
+        // A laptop screen holds the whole window, and the output panel is not cut off at the
+        // side of its dock.
+        w.setWindowState(Qt::WindowNoState);
+        w.resize(1366, 740);
+        w.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        QVERIFY2(w.minimumSizeHint().width() <= 1366,
+                 qPrintable(QString::number(w.minimumSizeHint().width())));
+        auto *outputPanel = w.findChild<QWidget *>("outputSettingsPanel");
+        QVERIFY(outputPanel && outputPanel->parentWidget());
+        QTRY_VERIFY2(outputPanel->width() <= outputPanel->parentWidget()->width(),
+                     qPrintable(QString("%1 > %2").arg(outputPanel->width())
+                                    .arg(outputPanel->parentWidget()->width())));
     }
 
     void languageSwitchPersistsAndRetranslates()

@@ -45,6 +45,15 @@ QString sourceErrorText(SourceError error)
         return tr("The separate microphone's sound cannot be decoded.");
     case SourceError::CaptureUnavailable:
         return tr("Screen and window capture are not available in this build.");
+    case SourceError::CaptureNoDisplay:
+        return tr("Screen and window capture need an X11 display, and this session has none "
+                  "(on Wayland, run Selvane under XWayland).");
+    case SourceError::CaptureMonitorInvalid:
+        return tr("Invalid monitor index.");
+    case SourceError::CaptureWindowInvalid:
+        return tr("wgc:// needs a valid hwnd parameter (decimal or 0x hexadecimal).");
+    case SourceError::CaptureWindowClosed:
+        return tr("The captured window was closed.");
     case SourceError::ReadFailed:
         return tr("The source stopped delivering.");
     }

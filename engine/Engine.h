@@ -62,6 +62,11 @@ public:
     // They ask the system each time; call them on demand (a Refresh), not on a timer.
     static QList<CaptureDevice> cameras();
     static QList<CaptureDevice> microphones();
+    // Monitors and top-level windows to capture (X11). Empty, and hasCaptureDisplay() false,
+    // where there is no X11 display (Wayland without XWayland).
+    static bool hasCaptureDisplay();
+    static QList<CaptureTarget> displays();
+    static QList<CaptureTarget> windows();
     static AddressProblem checkSourceAddress(const QString &address);
     // True (with the operator's message) when `source` would read what these outputs write: the
     // recording file or a stream target. Capture devices never conflict.

@@ -16,6 +16,7 @@
 #include <QList>
 #include <QMetaType>
 #include <QSize>
+#include <QRect>
 #include <QString>
 #include <array>
 
@@ -80,6 +81,16 @@ struct CaptureDevice
 {
     QString name;
     QString deviceId; // what the system opens (/dev/video0, a PulseAudio source name)
+};
+
+// A monitor or a window that can be captured, with the address that captures it.
+struct CaptureTarget
+{
+    QString address; // "desktop://capture?monitor=N" or "wgc://capture?hwnd=0x…"
+    QString name;    // the monitor's output name, or the window's title
+    QString label;   // windows: "title  [0xHANDLE]"
+    QRect geometry;  // monitors: where on the screen
+    quint64 window = 0;
 };
 
 // A speaker output the preview can play on.

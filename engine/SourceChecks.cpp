@@ -4,6 +4,7 @@
 
 #include "engine/Engine.h"
 #include "input/CaptureDevices.h"
+#include "input/ScreenCapture.h"
 #include "input/SourceAddress.h"
 
 #include <QDir>
@@ -79,6 +80,38 @@ QList<CaptureDevice> Engine::cameras()
 QList<CaptureDevice> Engine::microphones()
 {
     return toCaptureDevices(listMicrophones());
+}
+
+bool Engine::hasCaptureDisplay()
+{
+    return selvane::hasCaptureDisplay();
+}
+
+QList<CaptureTarget> Engine::displays()
+{
+    QList<CaptureTarget> targets;
+    for (const CaptureMonitor &monitor : listCaptureMonitors()) {
+        CaptureTarget target;
+        target.address = QStringLiteral("desktop://capture?monitor=%1").arg(monitor.index);
+        target.name = monitor.name;
+        target.geometry = monitor.geometry;
+        targets << target;
+    }
+    return targets;
+}
+
+QList<CaptureTarget> Engine::windows()
+{
+    QList<CaptureTarget> targets;
+    for (const CaptureWindow &window : listCaptureWindows()) {
+        CaptureTarget target;
+        target.address = QStringLiteral("wgc://capture?hwnd=0x%1").arg(window.handle, 0, 16);
+        target.name = window.title;
+        target.label = captureWindowLabel(window);
+        target.window = window.handle;
+        targets << target;
+    }
+    return targets;
 }
 
 AddressProblem Engine::checkSourceAddress(const QString &typed)

@@ -1,5 +1,7 @@
 #include "input/FFmpegVideoDecoder.h"
 
+#include "input/ScreenCapture.h"
+
 #include "input/DecodeRun.h"
 #include "input/MicrophoneRun.h"
 #include "input/SourceAddress.h"
@@ -8,6 +10,7 @@
 
 #include <QDebug>
 #include <QUrl>
+#include <QUrlQuery>
 #include <chrono>
 
 using namespace selvane;
@@ -15,6 +18,7 @@ using namespace selvane;
 namespace {
 constexpr int kFileQueueDepth = 6;
 constexpr int kLiveQueueDepth = 45;
+constexpr auto kWindowWatchInterval = std::chrono::milliseconds(250);
 } // namespace
 
 // The decoder's side of one run: forwards the run's reports, and tells it when it is over.
@@ -30,7 +34,19 @@ public:
     }
     bool delivered() const { return m_delivered.load(); }
 
-    bool cancelled() const override { return m_over.load() || !m_decoder.isCurrent(m_generation); }
+    bool cancelled() const override
+    {
+        return m_over.load() || m_restart.load() || !m_decoder.isCurrent(m_generation);
+    }
+    // A window capture: the grab is opened again when the window changes size, and a grab that
+    // ends because the window went away says so.
+    void watchWindow(quint64 window, QSize size)
+    {
+        m_window = window;
+        m_windowSize = size;
+    }
+    void restart() { m_restart.store(true); }
+    bool restarting() const { return m_restart.load(); }
     // The main source's run is over: helpers (a microphone) end with it.
     void finish() { m_over.store(true); }
 
@@ -129,6 +145,17 @@ public:
     {
         if (cancelled())
             return;
+        if (m_window && error == SourceError::ReadFailed) {
+            const std::optional<QSize> size = captureWindowSize(m_window);
+            if (size && *size != m_windowSize) {
+                m_restart.store(true);
+                return;
+            }
+            if (!size)
+                error = SourceError::CaptureWindowClosed;
+        }
+        if (error == SourceError::CaptureWindowClosed && m_windowClosedTold.exchange(true))
+            return;
         m_decoder.m_lastError.store(int(error));
         if (!m_logFailure)
             return;
@@ -164,6 +191,10 @@ private:
     const bool m_retrying;
     const bool m_logFailure;
     std::atomic<bool> m_over{false};
+    std::atomic<bool> m_restart{false};
+    quint64 m_window = 0;
+    QSize m_windowSize;
+    std::atomic<bool> m_windowClosedTold{false};
     std::atomic<bool> m_delivered{false};
     std::atomic<bool> m_realTime{false}; // the queue drops its oldest instead of waiting
 };
@@ -368,15 +399,48 @@ void FFmpegVideoDecoder::runSource(const QString &source, const QString &audioSo
 bool FFmpegVideoDecoder::runOnce(const QString &source, const QString &audioSource,
                                  quint64 generation, bool retrying, bool logFailure)
 {
+    bool delivered = false;
+    bool again = true;
+    while (again)
+        delivered |= runAttempt(source, audioSource, generation, retrying, logFailure, &again);
+    return delivered;
+}
+
+bool FFmpegVideoDecoder::runAttempt(const QString &source, const QString &audioSource,
+                                    quint64 generation, bool retrying, bool logFailure,
+                                    bool *again)
+{
+    *again = false;
     Run host(*this, generation, retrying, logFailure);
     std::thread microphone;
     if (!audioSource.isEmpty())
         microphone = std::thread([&host, audioSource] { runMicrophone(audioSource, false, host); });
 
-    const QString scheme = QUrl(source, QUrl::TolerantMode).scheme().toLower();
-    if (scheme == "desktop" || scheme == "wgc") {
-        host.failed(SourceError::CaptureUnavailable, scheme + "://");
-    } else {
+    // A captured window is watched: a new size opens the grab again, and a window that is gone
+    // ends the source with its own message.
+    std::thread windowWatch;
+    std::optional<QSize> windowSize;
+    const quint64 window =
+        classifySource(source) == SourceKind::WindowCapture
+            ? parseWindowHandle(QUrlQuery(QUrl(source, QUrl::TolerantMode)).queryItemValue("hwnd"))
+                  .value_or(0)
+            : 0;
+    if (window && (windowSize = captureWindowSize(window))) {
+        host.watchWindow(window, *windowSize);
+        windowWatch = std::thread([&host, handle = window, size = *windowSize] {
+            while (!host.cancelled()) {
+                std::this_thread::sleep_for(kWindowWatchInterval);
+                const std::optional<QSize> now = captureWindowSize(handle);
+                if (!now || *now != size) {
+                    if (!now)
+                        host.failed(SourceError::CaptureWindowClosed, {});
+                    host.restart();
+                }
+            }
+        });
+    }
+
+    {
         DecodeRun run(*m_controls, host);
         if (run.open(source, !audioSource.isEmpty())) {
             if (!run.deviceMicrophone().isEmpty() && !microphone.joinable()) {
@@ -389,5 +453,16 @@ bool FFmpegVideoDecoder::runOnce(const QString &source, const QString &audioSour
     host.finish();
     if (microphone.joinable())
         microphone.join();
+    if (windowWatch.joinable())
+        windowWatch.join();
+    const std::optional<QSize> nowSize = window ? captureWindowSize(window) : std::nullopt;
+    if (nowSize && host.restarting() && isCurrent(generation)) {
+        qInfo().noquote() << QStringLiteral("FFmpegVideoDecoder: captured window now %1x%2; "
+                                            "grabbing it at that size")
+                                 .arg(nowSize->width())
+                                 .arg(nowSize->height());
+        m_timeline.fetch_add(1); // the program takes the new size up from its first picture
+        *again = true;
+    }
     return host.delivered();
 }

@@ -19,7 +19,9 @@
 // A network stream (RTMP, RTSP, SRT, HLS/HTTP, UDP ...) that cannot be opened, fails, or (when
 // live) ends is opened again by the same worker, forever, after 0.5 s, 1 s, 2 s ... at most 10 s
 // (back to 0.5 s once it delivered pictures); every attempt starts a new timeline. A file that
-// ends is never opened again.
+// ends is never opened again. A display or window is grabbed through x11grab (ScreenCapture);
+// a captured window is watched by a thread of the run: a new size opens the grab again, and a
+// window that goes away ends the source with CaptureWindowClosed.
 //
 // Signals are emitted from the worker thread (receivers get them queued) and carry the
 // generation of the run they belong to, so that late reports of an old source can be ignored.
@@ -131,6 +133,10 @@ private:
     // One attempt; true when it delivered pictures. `logFailure`: its failure is reported.
     bool runOnce(const QString &source, const QString &audioSource, quint64 generation,
                  bool retrying, bool logFailure);
+    // One opening of the source; `again`: open it once more at once (a captured window's size
+    // changed).
+    bool runAttempt(const QString &source, const QString &audioSource, quint64 generation,
+                    bool retrying, bool logFailure, bool *again);
     void setState(State state, quint64 generation);
     bool isCurrent(quint64 generation) const;
 

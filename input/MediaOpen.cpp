@@ -1,5 +1,7 @@
 #include "input/MediaOpen.h"
 
+#include "input/ScreenCapture.h"
+
 #include "input/SourceAddress.h"
 #include "net/ProxySettings.h"
 
@@ -118,8 +120,29 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
     QString microphone;
     const bool device = parseDshowAddress(address, &camera, &microphone) && !camera.isEmpty();
     const QString lower = address.toLower();
+    const SourceKind kind = classifySource(address);
     int err = 0;
-    if (device) {
+    if (kind == SourceKind::DisplayCapture || kind == SourceKind::WindowCapture) {
+        const GrabInput grab = grabInputFor(address);
+        const AVInputFormat *format = av_find_input_format("x11grab");
+        if (grab.error != SourceError::None || !format) {
+            result.context.reset();
+            result.error = format ? grab.error : SourceError::CaptureUnavailable;
+            return result;
+        }
+        result.captureDevice = true;
+        Dictionary grabOptions;
+        for (const auto &[key, value] : grab.options)
+            grabOptions.set(key.constData(), value.constData());
+        err = openInto(result.context, grab.url.constData(), format, grabOptions.address());
+        if (err < 0) {
+            qWarning().noquote() << "FFmpegVideoDecoder:"
+                                 << ffsupport::errorText("avformat_open_input", err);
+            result.error = kind == SourceKind::WindowCapture ? SourceError::CaptureWindowInvalid
+                                                             : SourceError::OpenFailed;
+            return result;
+        }
+    } else if (device) {
         result.captureDevice = true;
         const AVInputFormat *format = deviceInputFormat(DeviceMedia::Camera);
         if (!format) {
@@ -178,7 +201,7 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
     }
     if (result.context->duration > 0 && result.context->duration != AV_NOPTS_VALUE)
         result.durationMs = result.context->duration / 1000;
-    result.live = isLiveSource(sourceAddress, result.context.get());
+    result.live = result.captureDevice || isLiveSource(sourceAddress, result.context.get());
     return result;
 }
 

@@ -35,6 +35,14 @@ QString sourceErrorLogText(SourceError error)
         return QStringLiteral("separate microphone decoder open failed");
     case SourceError::CaptureUnavailable:
         return QStringLiteral("capture is not available in this build");
+    case SourceError::CaptureNoDisplay:
+        return QStringLiteral("no X11 display to capture from");
+    case SourceError::CaptureMonitorInvalid:
+        return QStringLiteral("invalid monitor index");
+    case SourceError::CaptureWindowInvalid:
+        return QStringLiteral("wgc:// needs a valid hwnd (decimal or 0x hexadecimal)");
+    case SourceError::CaptureWindowClosed:
+        return QStringLiteral("the captured window was closed");
     case SourceError::ReadFailed:
         return QStringLiteral("read ended");
     }

@@ -26,6 +26,10 @@ enum class SourceError
     MicNoAudio,
     MicDecoderFailed,
     CaptureUnavailable, // display or window capture is not available in this build
+    CaptureNoDisplay,      // no X11 display to capture from (Wayland without XWayland)
+    CaptureMonitorInvalid, // no monitor with that index
+    CaptureWindowInvalid,  // the window handle is missing, unparsable or names no window
+    CaptureWindowClosed,   // the captured window went away
     ReadFailed,         // the source stopped delivering (network error, device gone)
 };
 

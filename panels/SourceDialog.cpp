@@ -77,8 +77,9 @@ SourceDialog::SourceDialog(QWidget *parent, int channelNumber)
     m_kinds = new QButtonGroup(this);
     auto *kindRow = new QHBoxLayout;
     // Fixed English names: automation scripts choose the kind by them.
-    static const char *const kKindNames[KindCount] = {"Media file", "Network stream", "Test signal",
-                                                      "Camera and microphone"};
+    static const char *const kKindNames[KindCount] = {
+        "Media file", "Network stream", "Test signal", "Camera and microphone", "Display",
+        "Window"};
     for (int k = 0; k < KindCount; ++k) {
         m_kindButtons[k] = new QRadioButton(this);
         m_kindButtons[k]->setAccessibleName(QString::fromLatin1(kKindNames[k]));
@@ -123,9 +124,32 @@ SourceDialog::SourceDialog(QWidget *parent, int channelNumber)
     deviceForm->addRow(m_microphoneLabel, m_microphone);
     deviceForm->addRow(QString(), m_refresh);
 
+    // Display and window share one page: the list changes with the kind.
+    auto *capturePage = new QWidget(m_pages);
+    m_captureLabel = new QLabel(capturePage);
+    m_capture = new QComboBox(capturePage);
+    m_capture->setMinimumContentsLength(40);
+    m_capture->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_captureRefresh = new QPushButton(capturePage);
+    m_captureMicrophoneLabel = new QLabel(capturePage);
+    m_captureMicrophone = new QComboBox(capturePage);
+    m_captureNotice = new QLabel(capturePage);
+    m_captureNotice->setObjectName("captureNotice");
+    m_captureNotice->setStyleSheet("color: #ff9f43;");
+    m_captureNotice->setWordWrap(true);
+    auto *captureRow = new QHBoxLayout;
+    captureRow->addWidget(m_capture, 1);
+    captureRow->addWidget(m_captureRefresh);
+    auto *captureForm = new QFormLayout(capturePage);
+    captureForm->setContentsMargins(0, 0, 0, 0);
+    captureForm->addRow(m_captureLabel, captureRow);
+    captureForm->addRow(m_captureMicrophoneLabel, m_captureMicrophone);
+    captureForm->addRow(m_captureNotice);
+
     m_pages->addWidget(addressPage);
     m_pages->addWidget(signalPage);
     m_pages->addWidget(devicePage);
+    m_pages->addWidget(capturePage);
 
     m_error = new QLabel(this);
     m_error->setObjectName("sourceError");
@@ -154,6 +178,7 @@ SourceDialog::SourceDialog(QWidget *parent, int channelNumber)
     connect(m_preset, &QComboBox::currentIndexChanged, this, [this] { showKind(); });
     connect(m_browse, &QPushButton::clicked, this, &SourceDialog::browse);
     connect(m_refresh, &QPushButton::clicked, this, &SourceDialog::refreshDevices);
+    connect(m_captureRefresh, &QPushButton::clicked, this, &SourceDialog::refreshCaptures);
     connect(buttons, &QDialogButtonBox::accepted, this, &SourceDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &SourceDialog::reject);
 
@@ -171,7 +196,13 @@ SourceDialog::Kind SourceDialog::kind() const
 void SourceDialog::showKind()
 {
     const Kind k = kind();
-    m_pages->setCurrentIndex(k == TestSignal ? 1 : k == CameraMicrophone ? 2 : 0);
+    const bool capture = k == Display || k == Window;
+    m_pages->setCurrentIndex(k == TestSignal         ? 1
+                             : k == CameraMicrophone ? 2
+                             : capture               ? 3
+                                                     : 0);
+    if (capture)
+        refreshCaptures();
     m_browse->setVisible(k == MediaFile);
     m_address->setPlaceholderText(k == NetworkStream ? QStringLiteral("rtmp://  http://  rtsp:// …")
                                                      : tr("/path/to/clip.mp4"));
@@ -187,6 +218,12 @@ void SourceDialog::setAddress(const QString &address)
         return;
     if (address.startsWith("lavfi://", Qt::CaseInsensitive)) {
         m_kindButtons[TestSignal]->setChecked(true);
+    } else if (address.startsWith("desktop://", Qt::CaseInsensitive) ||
+               address.startsWith("wgc://", Qt::CaseInsensitive)) {
+        m_kindButtons[address.startsWith("wgc://", Qt::CaseInsensitive) ? Window : Display]
+            ->setChecked(true);
+        showKind();
+        m_capture->setCurrentIndex(qMax(0, m_capture->findData(address)));
     } else if (address.startsWith("dshow://", Qt::CaseInsensitive)) {
         m_kindButtons[CameraMicrophone]->setChecked(true);
         const QString video = QUrlQuery(QUrl(address)).queryItemValue("video", QUrl::FullyDecoded);
@@ -222,12 +259,52 @@ void SourceDialog::refreshDevices()
         m_camera->addItem(device.name, device.name);
     if (m_camera->count() == 0)
         m_camera->addItem(tr("(No camera found)"), QString());
+    const QString captureMicrophone = m_captureMicrophone->currentData().toString();
     m_microphone->clear();
-    m_microphone->addItem(tr("(No microphone)"), QString());
-    for (const CaptureDevice &device : Engine::microphones())
+    m_captureMicrophone->clear();
+    for (QComboBox *list : {m_microphone, m_captureMicrophone})
+        list->addItem(tr("(No microphone)"), QString());
+    for (const CaptureDevice &device : Engine::microphones()) {
         m_microphone->addItem(device.name, device.name);
+        m_captureMicrophone->addItem(device.name, device.name);
+    }
+    m_captureMicrophone->setCurrentIndex(
+        qMax(0, m_captureMicrophone->findData(captureMicrophone)));
     m_camera->setCurrentIndex(qMax(0, m_camera->findData(camera)));
     m_microphone->setCurrentIndex(qMax(0, m_microphone->findData(microphone)));
+}
+
+void SourceDialog::refreshCaptures()
+{
+    const bool windows = kind() == Window;
+    const QString chosen = m_capture->currentData().toString();
+    m_capture->clear();
+    const bool display = Engine::hasCaptureDisplay();
+    m_captureNotice->setVisible(!display);
+    m_captureNotice->setText(
+        tr("This session has no X11 display, so nothing can be captured (on Wayland, run "
+           "Selvane under XWayland)."));
+    for (const CaptureTarget &target : windows ? Engine::windows() : Engine::displays()) {
+        const QString label =
+            windows ? target.label
+                    : tr("Display %1: %2, %3×%4 at %5,%6")
+                          .arg(target.address.section('=', -1).toInt() + 1)
+                          .arg(target.name)
+                          .arg(target.geometry.width())
+                          .arg(target.geometry.height())
+                          .arg(target.geometry.x())
+                          .arg(target.geometry.y());
+        m_capture->addItem(label, target.address);
+    }
+    if (m_capture->count() == 0)
+        m_capture->addItem(windows ? tr("(No windows — click Refresh)")
+                                   : tr("(No display detected)"),
+                           QString());
+    m_capture->setCurrentIndex(qMax(0, m_capture->findData(chosen)));
+    m_captureLabel->setText(windows ? tr("Window:") : tr("Display:"));
+    m_captureRefresh->setText(windows ? tr("Refresh windows") : tr("Refresh displays"));
+    m_captureRefresh->setAccessibleName(m_captureRefresh->text());
+    m_capture->setAccessibleName(windows ? tr("Window") : tr("Display"));
 }
 
 QString SourceDialog::problemText(int problem) const
@@ -278,6 +355,21 @@ void SourceDialog::accept()
                 "dshow://capture?audio=" + QString::fromLatin1(QUrl::toPercentEncoding(microphone));
         break;
     }
+    case Display:
+    case Window:
+        choice.address = m_capture->currentData().toString();
+        if (choice.address.isEmpty()) {
+            m_error->setText(kind() == Window
+                                 ? tr("No window to capture; open it and press Refresh.")
+                                 : tr("No display to capture."));
+            m_error->show();
+            return;
+        }
+        if (const QString microphone = m_captureMicrophone->currentData().toString();
+            !microphone.isEmpty())
+            choice.audioSource =
+                "dshow://capture?audio=" + QString::fromLatin1(QUrl::toPercentEncoding(microphone));
+        break;
     case KindCount:
         break;
     }
@@ -306,6 +398,12 @@ void SourceDialog::retranslateUi()
     m_kindButtons[NetworkStream]->setText(tr("URL / network stream"));
     m_kindButtons[TestSignal]->setText(tr("Test signal"));
     m_kindButtons[CameraMicrophone]->setText(tr("Camera / microphone"));
+    m_kindButtons[Display]->setText(tr("Display"));
+    m_kindButtons[Window]->setText(tr("Window"));
+    m_captureMicrophoneLabel->setText(tr("Microphone:"));
+    m_captureMicrophone->setAccessibleName(tr("Microphone"));
+    if (kind() == Display || kind() == Window)
+        refreshCaptures();
     m_addressLabel->setText(tr("Address:"));
     m_browse->setText(tr("Browse…"));
     m_browse->setAccessibleName(tr("Browse for a media file"));
@@ -329,8 +427,9 @@ void SourceDialog::retranslateUi()
     m_refresh->setAccessibleName(tr("Refresh devices"));
     m_ok->setText(tr("OK"));
     m_cancel->setText(tr("Cancel"));
-    if (m_microphone->count() > 0)
-        m_microphone->setItemText(0, tr("(No microphone)"));
+    for (QComboBox *list : {m_microphone, m_captureMicrophone})
+        if (list->count() > 0)
+            list->setItemText(0, tr("(No microphone)"));
 }
 
 } // namespace selvane

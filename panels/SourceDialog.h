@@ -1,10 +1,11 @@
 #pragma once
 
 // The dialog in which the operator chooses what a channel plays: a media file, a network
-// stream, a test signal (bars and tone, a moving pattern, a colour) or a camera with an optional
-// microphone. It returns a source address and, for a camera, the separate microphone address;
-// what it accepts has been checked (the engine's address check). Display and window capture
-// are offered once capture exists. GUI thread only; modal.
+// stream, a test signal (bars and tone, a moving pattern, a colour), a camera, a whole display
+// or one window, the last three with an optional microphone. It returns a source address and
+// the separate microphone address; what it accepts has been checked (the engine's address
+// check). Lists are filled when the dialog opens and by their Refresh buttons. GUI thread
+// only; modal.
 
 #include <QDialog>
 
@@ -35,6 +36,8 @@ public:
         NetworkStream,
         TestSignal,
         CameraMicrophone,
+        Display,
+        Window,
         KindCount
     };
 
@@ -59,6 +62,7 @@ private:
     void showKind();
     void browse();
     void refreshDevices();
+    void refreshCaptures();
     QString problemText(int problem) const;
 
     int m_channelNumber = 1;
@@ -78,6 +82,12 @@ private:
     QComboBox *m_camera = nullptr;
     QLabel *m_microphoneLabel = nullptr;
     QComboBox *m_microphone = nullptr;
+    QLabel *m_captureLabel = nullptr;
+    QComboBox *m_capture = nullptr;
+    QPushButton *m_captureRefresh = nullptr;
+    QLabel *m_captureMicrophoneLabel = nullptr;
+    QComboBox *m_captureMicrophone = nullptr;
+    QLabel *m_captureNotice = nullptr;
     QPushButton *m_refresh = nullptr;
     QLabel *m_error = nullptr;
     QPushButton *m_ok = nullptr;

@@ -9,7 +9,7 @@ PACKAGES=(
   qt6-l10n-tools linguist-qt6
   libavformat-dev libavcodec-dev libavdevice-dev libavfilter-dev libavutil-dev libswscale-dev
   libswresample-dev ffmpeg
-  xvfb xauth x11-utils xdotool libgl1-mesa-dri
+  libxcb1-dev libxcb-randr0-dev xvfb xauth x11-utils xdotool libgl1-mesa-dri
   fonts-dejavu-core fonts-noto-cjk
   pulseaudio pulseaudio-utils
   nginx libnginx-mod-rtmp microsocks

@@ -1,0 +1,62 @@
+#pragma once
+
+// Monitors and top-level windows of the X11 display, and how a display or window capture
+// address opens as an "x11grab" input.
+//
+// "desktop://capture?monitor=N" grabs monitor N's rectangle (monitors in the server's RandR
+// order; the whole screen when RandR lists none). "wgc://capture?hwnd=0x…" grabs one X11
+// window by its id. Both take "cursor=0" to leave the mouse pointer out. The display is the one
+// DISPLAY names; without one (a Wayland session without XWayland) nothing is listed and
+// captures fail with CaptureNoDisplay.
+//
+// Free functions; any thread. Each call opens its own short connection to the display.
+
+#include "input/SourceError.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QRect>
+#include <QSize>
+#include <QString>
+#include <optional>
+#include <utility>
+
+namespace selvane {
+
+struct CaptureMonitor
+{
+    int index = 0;
+    QString name; // the output's name ("HDMI-1"), or "screen"
+    QRect geometry;
+};
+
+struct CaptureWindow
+{
+    quint64 handle = 0;
+    QString title;
+};
+
+// The list label of a window: its title, two spaces and its handle in hexadecimal.
+QString captureWindowLabel(const CaptureWindow &window);
+
+// False when there is no X11 display to capture from.
+bool hasCaptureDisplay();
+QList<CaptureMonitor> listCaptureMonitors();
+// Top-level windows an operator would pick: viewable, not minimised, not owned by another
+// window (dialogs, tool windows), not override-redirect (menus, tips), with a title.
+QList<CaptureWindow> listCaptureWindows();
+// The size of a window, or nothing when it is gone.
+std::optional<QSize> captureWindowSize(quint64 handle);
+
+// What a display or window capture address opens: the x11grab input name and its options.
+struct GrabInput
+{
+    SourceError error = SourceError::None;
+    QByteArray url;
+    QList<std::pair<QByteArray, QByteArray>> options;
+    quint64 window = 0; // the window grabbed, 0 for a display
+    QSize size;
+};
+GrabInput grabInputFor(const QString &address, int framesPerSecond = 30);
+
+} // namespace selvane

@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QImage>
+#include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QtTest>
@@ -242,6 +243,19 @@ private slots:
         QCOMPARE(list->findData(address), -1);
         QCOMPARE(list->count(), 1);
         QVERIFY(list->currentData().toString().isEmpty());
+
+        // A session without X11 (Wayland alone): the dialog says so instead of listing nothing.
+        const QByteArray display = qgetenv("DISPLAY");
+        qunsetenv("DISPLAY");
+        SourceDialog withoutX(nullptr, 2);
+        withoutX.show();
+        for (QRadioButton *button : withoutX.findChildren<QRadioButton *>())
+            if (button->accessibleName() == "Display")
+                QTest::mouseClick(button, Qt::LeftButton);
+        auto *notice = withoutX.findChild<QLabel *>("captureNotice");
+        const bool told = notice && notice->isVisible() && notice->text().contains("X11");
+        qputenv("DISPLAY", display);
+        QVERIFY(told);
     }
 };
 

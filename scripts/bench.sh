@@ -25,6 +25,10 @@
 #                    signal, recorded to MP4) headless and in the window under Xvfb with the
 #                    program preview and the channel thumbnails running (--start-outputs, both
 #                    ended by --duration); CPU medians and the ratio window/headless
+#   capture (3 20)   1080p30 display capture into the program (no outputs) under Xvfb with a
+#                    moving picture on the screen, against ffmpeg -f x11grab alone grabbing the
+#                    same screen at the same rate into the null muxer; CPU medians, the
+#                    difference in % of one core, and the ratio
 #   keepup  (3 10)   sources that must run at full rate: a 10-bit HEVC 1080p30 file, a 4K
 #                    H.264 file scaled to 1080p, a 10,000-character --text and a 100 KB ticker
 #                    (in a schedule) over a 1080p test signal; Selvane in real time (are all
@@ -45,10 +49,11 @@ fi
 case "$case_name" in
 signal | show | scale | relay) default_rounds=3 default_seconds=20 ;;
 window) default_rounds=3 default_seconds=30 ;;
+capture) default_rounds=3 default_seconds=20 ;;
 memory) default_rounds=1 default_seconds=600 ;;
 keepup) default_rounds=3 default_seconds=10 ;;
 *)
-  echo "usage: scripts/bench.sh [signal|show|memory|scale|keepup|relay|window] [ROUNDS] [SECONDS]" >&2
+  echo "usage: scripts/bench.sh [signal|show|memory|scale|keepup|relay|window|capture] [ROUNDS] [SECONDS]" >&2
   exit 2
   ;;
 esac
@@ -325,6 +330,41 @@ bench_window() {
   printf '  %-9s CPU %6.2f s (%3s %% of a core)\n' headless "$hc" "$(core_pct "$hc" "$seconds")"
   printf '  %-9s CPU %6.2f s (%3s %% of a core)\n' window "$wc" "$(core_pct "$wc" "$seconds")"
   echo "ratio window/headless: CPU $(ratio "$wc" "$hc")"
+}
+
+# --- capture ----------------------------------------------------------------------------------
+bench_capture() {
+  local display=":$((RANDOM % 400 + 200))"
+  Xvfb "$display" -screen 0 1920x1080x24 -nolisten tcp -noreset >/dev/null 2>&1 &
+  xvfb_pid=$!
+  sleep 1
+  # Something moving on the screen, as a real desktop has (its own CPU is in neither figure).
+  DISPLAY="$display" SDL_AUDIODRIVER=dummy ffplay -v error -an -f lavfi \
+    -i "testsrc2=size=1280x720:rate=30" -left 100 -top 100 -window_title moving \
+    </dev/null >/dev/null 2>&1 &
+  sampled=$!
+  sleep 2
+  local i s_cpu=() f_cpu=()
+  for i in $(seq 1 "$rounds"); do
+    run_timed cap env DISPLAY="$display" XDG_DATA_HOME="$work/data" \
+      XDG_CONFIG_HOME="$work/config" QT_QPA_PLATFORM=offscreen "$binary" --headless \
+      --channel 1=desktop://capture?monitor=0 --duration "$seconds"
+    s_cpu+=("$(cpu cap)")
+    printf 'round %d  selvane   CPU %6.2f s  %s\n' "$i" "${s_cpu[-1]}" \
+      "$(grep '^done:' "$work/cap.log" | cut -c1-60)"
+    run_ffmpeg grab -f x11grab -framerate 30 -video_size 1920x1080 -i "$display" \
+      -t "$seconds" -f null -
+    f_cpu+=("$(cpu grab)")
+    printf 'round %d  ffmpeg    CPU %6.2f s\n' "$i" "${f_cpu[-1]}"
+  done
+  local sc fc
+  sc="$(median "${s_cpu[@]}")" fc="$(median "${f_cpu[@]}")"
+  echo
+  echo "medians, $seconds s of 1080p30 display capture:"
+  printf '  %-9s CPU %6.2f s (%3s %% of a core)\n' selvane "$sc" "$(core_pct "$sc" "$seconds")"
+  printf '  %-9s CPU %6.2f s (%3s %% of a core)\n' ffmpeg "$fc" "$(core_pct "$fc" "$seconds")"
+  echo "selvane beyond ffmpeg: $(awk -v a="$sc" -v b="$fc" -v w="$seconds" \
+    'BEGIN {printf "%.0f", 100 * (a - b) / w}') % of a core; ratio $(ratio "$sc" "$fc")"
 }
 
 # --- memory -----------------------------------------------------------------------------------

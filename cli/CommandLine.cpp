@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QUrl>
 #include <cstdio>
 
 namespace selvane {
@@ -38,6 +39,10 @@ void configureCommandLine(QCommandLineParser &parser)
                       tr("Load a source into input channel N (1-4): a file path, a network URL, "
                          "a capture address or lavfi://GRAPH. Repeatable."),
                       "N=ADDRESS"});
+    parser.addOption({"microphone",
+                      tr("Give channel N (1-4) the sound of this microphone (a PulseAudio source "
+                         "by name or description) instead of its own. Repeatable."),
+                      "N=NAME"});
     parser.addOption({"base", tr("Channel (1-4) that forms the program picture. Default 1."), "N"});
     parser.addOption(
         {"duration", tr("Stop after this many seconds (default: until Ctrl+C)."), "SECONDS"});
@@ -357,6 +362,18 @@ bool readHeadlessOptions(const QCommandLineParser &parser, HeadlessOptions *opti
             return false;
         }
         options->channels.insert(index, address);
+    }
+    for (const QString &value : parser.values("microphone")) {
+        const qsizetype eq = value.indexOf('=');
+        bool ok = false;
+        const int index = eq > 0 ? channelNumber(value.left(eq), &ok) : -1;
+        const QString name = eq > 0 ? value.mid(eq + 1).trimmed() : QString();
+        if (!ok || name.isEmpty()) {
+            *error = tr("--microphone expects N=NAME with N from 1 to 4, got \"%1\"").arg(value);
+            return false;
+        }
+        options->microphones.insert(index, QStringLiteral("dshow://capture?audio=") +
+                                               QString::fromLatin1(QUrl::toPercentEncoding(name)));
     }
     if (parser.isSet("base")) {
         bool ok = false;

@@ -26,6 +26,7 @@ enum class LaunchFace
 struct HeadlessOptions
 {
     QMap<int, QString> channels; // channel index 0..3 -> source address
+    QMap<int, QString> microphones; // channel index 0..3 -> "dshow://capture?audio=NAME"
     int baseChannel = 0;         // 0..3
     double durationSeconds = 0;  // 0: until interrupted
 

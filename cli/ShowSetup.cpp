@@ -66,7 +66,7 @@ void applyShowOptions(Engine &engine, const HeadlessOptions &options)
     engine.cutTo(options.baseChannel);
     for (auto it = options.channels.cbegin(); it != options.channels.cend(); ++it) {
         engine.setChannelLoop(it.key(), true);
-        engine.setChannelSource(it.key(), it.value());
+        engine.setChannelSource(it.key(), it.value(), options.microphones.value(it.key()));
     }
 }
 

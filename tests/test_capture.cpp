@@ -1,6 +1,7 @@
 // Display and window capture against a real X server: a red window of known size and place on
 // an Xvfb screen is listed, captured alone, captured as part of the display, resized and
-// closed during a capture; bad capture addresses and a session without a display fail with
+// closed during a capture; a display capture takes its sound from a PulseAudio monitor remapped
+// as a microphone; bad capture addresses and a session without a display fail with
 // their reasons (exit code 4: a source never opened) while the show goes on. The source dialog lists the window and writes its
 // address.
 
@@ -16,6 +17,8 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QtTest>
+
+#include <cmath>
 
 using namespace selvane;
 using namespace testsupport;
@@ -209,6 +212,64 @@ private slots:
             QVERIFY2(r.exitCode == 4, (c.address.toUtf8() + "\n" + log.right(1500)).constData());
             QVERIFY2(log.contains(c.reason), (c.address.toUtf8() + "\n" + log).constData());
         }
+    }
+
+    void remappedMonitorIsAChannelsMicrophone()
+    {
+        // A 440 Hz tone plays into a null sink; its monitor, remapped as a source, is the
+        // microphone of a display capture. The preview plays on a second sink, so that nothing
+        // loops back into the microphone.
+        PulseServer pulse;
+        QVERIFY2(pulse.start("show"), pulse.log().constData());
+        const auto pactl = [&](const QStringList &args) {
+            QProcess p;
+            p.setProcessEnvironment(pulse.environment());
+            p.start("pactl", args);
+            return p.waitForFinished(5000) && p.exitCode() == 0;
+        };
+        QVERIFY(pactl({"load-module", "module-remap-source", "master=show.monitor",
+                       "source_name=showmic", "source_properties=device.description=ShowMic"}));
+        QVERIFY(pactl({"load-module", "module-null-sink", "sink_name=speakers"}));
+        QVERIFY(pactl({"set-default-sink", "speakers"}));
+        QProcess tone;
+        tone.setProcessEnvironment(pulse.environment());
+        tone.start("ffmpeg", {"-v", "error", "-re", "-f", "lavfi", "-i",
+                              "sine=frequency=440:sample_rate=48000", "-t", "12", "-f", "pulse",
+                              "-device", "show", "tone"});
+        QVERIFY(tone.waitForStarted(5000));
+
+        IsolatedHome home;
+        QProcessEnvironment env = home.environment();
+        env.insert("DISPLAY", m_display);
+        env.insert("XDG_RUNTIME_DIR", pulse.environment().value("XDG_RUNTIME_DIR"));
+        env.insert("HOME", pulse.environment().value("HOME"));
+        const QString file = path("microphone.mp4");
+        const ProcessResult r = runProcess(
+            kBinary,
+            {"--headless", "--channel",
+             "1=desktop://capture?monitor=0",
+             "--microphone", "1=ShowMic", "--record", file, "--duration", "5"},
+            env, 60000);
+        tone.kill();
+        tone.waitForFinished(3000);
+        QVERIFY2(r.exitCode == 0, (r.out + r.err).right(2000).constData());
+        std::vector<std::int16_t> samples;
+        double start = 0;
+        QVERIFY(decodeAudio(file, &samples, &start));
+        // The last two seconds (the microphone has long been open): the tone's pitch.
+        const std::size_t from = samples.size() > 96000 ? samples.size() - 96000 : 0;
+        int crossings = 0;
+        double sum = 0;
+        for (std::size_t i = from + 1; i < samples.size(); ++i) {
+            crossings += (samples[i - 1] < 0) != (samples[i] < 0);
+            sum += double(samples[i]) * samples[i];
+        }
+        const double seconds = double(samples.size() - from) / 48000.0;
+        const double hz = crossings / 2.0 / seconds;
+        const double rms = std::sqrt(sum / double(samples.size() - from)) / 32768.0;
+        qInfo("recorded sound: %.0f Hz, %.1f dBFS RMS", hz, 20 * std::log10(rms + 1e-9));
+        QVERIFY2(std::abs(hz - 440) < 15, (r.out + r.err).right(3000).constData());
+        QVERIFY(rms > 0.01);
     }
 
     void sourceDialogListsTheWindow()

@@ -67,6 +67,9 @@ public:
     static bool hasCaptureDisplay();
     static QList<CaptureTarget> displays();
     static QList<CaptureTarget> windows();
+    // One picture of a display or window address, fitted into `fit`; blocks for one grab, so
+    // call it off the window thread.
+    static QImage captureStill(const QString &address, QSize fit);
     static AddressProblem checkSourceAddress(const QString &address);
     // True (with the operator's message) when `source` would read what these outputs write: the
     // recording file or a stream target. Capture devices never conflict.

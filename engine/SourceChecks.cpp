@@ -114,6 +114,11 @@ QList<CaptureTarget> Engine::windows()
     return targets;
 }
 
+QImage Engine::captureStill(const QString &address, QSize fit)
+{
+    return grabStill(address, fit);
+}
+
 AddressProblem Engine::checkSourceAddress(const QString &typed)
 {
     const QString address = typed.trimmed();

@@ -1,5 +1,6 @@
 #include "input/ScreenCapture.h"
 
+#include "input/MediaOpen.h"
 #include "input/SourceAddress.h"
 
 #include <QSize>
@@ -10,6 +11,11 @@
 #include <xcb/randr.h>
 #include <xcb/xcb.h>
 #endif
+
+extern "C" {
+#include <libavdevice/avdevice.h>
+#include <libavformat/avformat.h>
+}
 
 #include <cstdlib>
 #include <memory>
@@ -260,6 +266,38 @@ GrabInput grabInputFor(const QString &address, int framesPerSecond)
     return grab;
 }
 
+QImage grabStill(const QString &address, QSize fit)
+{
+    const GrabInput grab = grabInputFor(address);
+    ensureMediaLibrariesReady();
+    const AVInputFormat *format = av_find_input_format("x11grab");
+    if (grab.error != SourceError::None || !format)
+        return {};
+    AVDictionary *options = nullptr;
+    for (const auto &[key, value] : grab.options)
+        av_dict_set(&options, key.constData(), value.constData(), 0);
+    AVFormatContext *context = nullptr;
+    const int err = avformat_open_input(&context, grab.url.constData(), format, &options);
+    av_dict_free(&options);
+    if (err < 0)
+        return {};
+    QImage still;
+    AVPacket *packet = av_packet_alloc();
+    if (packet && context->nb_streams > 0 && av_read_frame(context, packet) >= 0) {
+        // x11grab hands whole pictures of packed 32-bit pixels, B G R x in memory.
+        const AVCodecParameters *picture = context->streams[0]->codecpar;
+        const bool packed = picture->format == AV_PIX_FMT_BGR0 ||
+                            picture->format == AV_PIX_FMT_BGRA;
+        if (packed && packet->size >= picture->width * picture->height * 4)
+            still = QImage(packet->data, picture->width, picture->height, picture->width * 4,
+                           QImage::Format_RGB32)
+                        .scaled(fit, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    }
+    av_packet_free(&packet);
+    avformat_close_input(&context);
+    return still;
+}
+
 #else // no X11 here (Windows builds capture through their own code)
 
 bool hasCaptureDisplay()
@@ -283,6 +321,10 @@ GrabInput grabInputFor(const QString &, int)
     GrabInput grab;
     grab.error = SourceError::CaptureUnavailable;
     return grab;
+}
+QImage grabStill(const QString &, QSize)
+{
+    return {};
 }
 
 #endif

@@ -14,6 +14,7 @@
 #include "input/SourceError.h"
 
 #include <QByteArray>
+#include <QImage>
 #include <QList>
 #include <QRect>
 #include <QSize>
@@ -58,5 +59,9 @@ struct GrabInput
     QSize size;
 };
 GrabInput grabInputFor(const QString &address, int framesPerSecond = 30);
+
+// One picture of a display or window capture address, fitted into `fit` (null when it cannot
+// be grabbed). Blocks for one grab (tens of milliseconds): never on the window thread.
+QImage grabStill(const QString &address, QSize fit);
 
 } // namespace selvane

@@ -19,6 +19,11 @@
 #include <QUrl>
 #include <QUrlQuery>
 #include <QVBoxLayout>
+#include <QApplication>
+#include <QPixmap>
+#include <QPointer>
+#include <QThreadPool>
+#include <QTimer>
 
 namespace selvane {
 
@@ -28,6 +33,7 @@ namespace {
 const QColor kColours[] = {QColor(255, 0, 0),     QColor(0, 255, 0), QColor(0, 0, 255),
                            QColor(255, 255, 255), QColor(0, 0, 0),   QColor(128, 128, 128)};
 const char *const kMediaDirectoryKey = "source/lastMediaDirectory";
+const QSize kPreviewSize(240, 135);
 
 QString encodedGraph(const QString &graph)
 {
@@ -145,6 +151,17 @@ SourceDialog::SourceDialog(QWidget *parent, int channelNumber)
     captureForm->addRow(m_captureLabel, captureRow);
     captureForm->addRow(m_captureMicrophoneLabel, m_captureMicrophone);
     captureForm->addRow(m_captureNotice);
+    m_capturePreview = new QLabel(capturePage);
+    m_capturePreview->setObjectName("capturePreview");
+    m_capturePreview->setFixedSize(kPreviewSize);
+    m_capturePreview->setAlignment(Qt::AlignCenter);
+    m_capturePreview->setStyleSheet("background: black;");
+    captureForm->addRow(QString(), m_capturePreview);
+    m_previewTimer = new QTimer(this);
+    m_previewTimer->setInterval(1000);
+    connect(m_previewTimer, &QTimer::timeout, this, &SourceDialog::requestCapturePreview);
+    connect(m_capture, &QComboBox::currentIndexChanged, this,
+            &SourceDialog::requestCapturePreview);
 
     m_pages->addWidget(addressPage);
     m_pages->addWidget(signalPage);
@@ -201,8 +218,12 @@ void SourceDialog::showKind()
                              : k == CameraMicrophone ? 2
                              : capture               ? 3
                                                      : 0);
-    if (capture)
+    if (capture) {
         refreshCaptures();
+        m_previewTimer->start();
+    } else {
+        m_previewTimer->stop();
+    }
     m_browse->setVisible(k == MediaFile);
     m_address->setPlaceholderText(k == NetworkStream ? QStringLiteral("rtmp://  http://  rtsp:// …")
                                                      : tr("/path/to/clip.mp4"));
@@ -305,6 +326,29 @@ void SourceDialog::refreshCaptures()
     m_captureRefresh->setText(windows ? tr("Refresh windows") : tr("Refresh displays"));
     m_captureRefresh->setAccessibleName(m_captureRefresh->text());
     m_capture->setAccessibleName(windows ? tr("Window") : tr("Display"));
+}
+
+void SourceDialog::requestCapturePreview()
+{
+    const QString address = m_capture->currentData().toString();
+    if (address.isEmpty()) {
+        m_capturePreview->clear();
+        return;
+    }
+    if (m_previewPending)
+        return;
+    m_previewPending = true;
+    QPointer<SourceDialog> self(this);
+    QThreadPool::globalInstance()->start([self, address] {
+        const QImage still = Engine::captureStill(address, kPreviewSize);
+        QMetaObject::invokeMethod(qApp, [self, address, still] {
+            if (!self)
+                return;
+            self->m_previewPending = false;
+            if (self->m_capture->currentData().toString() == address)
+                self->m_capturePreview->setPixmap(QPixmap::fromImage(still));
+        });
+    });
 }
 
 QString SourceDialog::problemText(int problem) const

@@ -4,8 +4,9 @@
 // stream, a test signal (bars and tone, a moving pattern, a colour), a camera, a whole display
 // or one window, the last three with an optional microphone. It returns a source address and
 // the separate microphone address; what it accepts has been checked (the engine's address
-// check). Lists are filled when the dialog opens and by their Refresh buttons. GUI thread
-// only; modal.
+// check). Lists are filled when the dialog opens and by their Refresh buttons; the chosen
+// display or window shows in a small picture, grabbed once a second on the thread pool. GUI
+// thread only; modal.
 
 #include <QDialog>
 
@@ -16,6 +17,7 @@ class QLineEdit;
 class QPushButton;
 class QRadioButton;
 class QStackedWidget;
+class QTimer;
 
 namespace selvane {
 
@@ -63,6 +65,8 @@ private:
     void browse();
     void refreshDevices();
     void refreshCaptures();
+    // Asks for a picture of the chosen display or window, off the window thread.
+    void requestCapturePreview();
     QString problemText(int problem) const;
 
     int m_channelNumber = 1;
@@ -88,6 +92,9 @@ private:
     QLabel *m_captureMicrophoneLabel = nullptr;
     QComboBox *m_captureMicrophone = nullptr;
     QLabel *m_captureNotice = nullptr;
+    QLabel *m_capturePreview = nullptr;
+    QTimer *m_previewTimer = nullptr;
+    bool m_previewPending = false;
     QPushButton *m_refresh = nullptr;
     QLabel *m_error = nullptr;
     QPushButton *m_ok = nullptr;

@@ -1,9 +1,9 @@
 // Display and window capture against a real X server: a red window of known size and place on
 // an Xvfb screen is listed, captured alone, captured as part of the display, resized and
-// closed during a capture; a display capture takes its sound from a PulseAudio monitor remapped
-// as a microphone; bad capture addresses and a session without a display fail with
-// their reasons (exit code 4: a source never opened) while the show goes on. The source dialog lists the window and writes its
-// address.
+// closed during a capture; a display capture takes its sound from a PulseAudio monitor
+// remapped as a microphone; bad capture addresses and a session without a display fail with
+// their reasons (exit code 4: a source never opened) while the show goes on. The source dialog
+// lists the window, shows a picture of it and writes its address.
 
 #include "TestSupport.h"
 
@@ -291,6 +291,12 @@ private slots:
         const int row = list->findData(address);
         QVERIFY2(row >= 0, qPrintable(list->itemText(0)));
         list->setCurrentIndex(row);
+        // The chosen window shows in the dialog: red.
+        auto *preview = dialog.findChild<QLabel *>("capturePreview");
+        QVERIFY(preview);
+        QTRY_VERIFY_WITH_TIMEOUT(!preview->pixmap().isNull(), 5000);
+        const QImage still = preview->pixmap().toImage();
+        QVERIFY(isRed(still.pixelColor(still.width() / 2, still.height() / 2)));
         dialog.accept();
         QCOMPARE(dialog.choice().address, address);
 

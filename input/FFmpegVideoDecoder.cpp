@@ -428,9 +428,10 @@ bool FFmpegVideoDecoder::runAttempt(const QString &source, const QString &audioS
     if (window && (windowSize = captureWindowSize(window))) {
         host.watchWindow(window, *windowSize);
         windowWatch = std::thread([&host, handle = window, size = *windowSize] {
+            WindowSizeWatch watch(handle);
             while (!host.cancelled()) {
                 std::this_thread::sleep_for(kWindowWatchInterval);
-                const std::optional<QSize> now = captureWindowSize(handle);
+                const std::optional<QSize> now = watch.size();
                 if (!now || *now != size) {
                     if (!now)
                         host.failed(SourceError::CaptureWindowClosed, {});

@@ -134,7 +134,10 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
         Dictionary grabOptions;
         for (const auto &[key, value] : grab.options)
             grabOptions.set(key.constData(), value.constData());
-        err = openInto(result.context, grab.url.constData(), format, grabOptions.address());
+        {
+            const std::unique_lock lock = lockDisplayConnect();
+            err = openInto(result.context, grab.url.constData(), format, grabOptions.address());
+        }
         if (err < 0) {
             qWarning().noquote() << "FFmpegVideoDecoder:"
                                  << ffsupport::errorText("avformat_open_input", err);

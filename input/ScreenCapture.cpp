@@ -22,6 +22,15 @@ extern "C" {
 
 namespace selvane {
 
+namespace {
+std::mutex g_connectMutex;
+} // namespace
+
+std::unique_lock<std::mutex> lockDisplayConnect()
+{
+    return std::unique_lock(g_connectMutex);
+}
+
 QString captureWindowLabel(const CaptureWindow &window)
 {
     return QStringLiteral("%1  [0x%2]").arg(window.title).arg(window.handle, 0, 16);
@@ -44,7 +53,10 @@ struct Display
         if (!name || !*name)
             return;
         int number = 0;
-        c = xcb_connect(name, &number);
+        {
+            const std::unique_lock lock = lockDisplayConnect();
+            c = xcb_connect(name, &number);
+        }
         if (xcb_connection_has_error(c)) {
             xcb_disconnect(c);
             c = nullptr;
@@ -124,6 +136,28 @@ QString windowTitle(const Display &d, xcb_window_t window)
 bool hasCaptureDisplay()
 {
     return Display().ok();
+}
+
+struct WindowSizeWatch::Connection
+{
+    Display display;
+};
+
+WindowSizeWatch::WindowSizeWatch(quint64 window)
+    : m_connection(std::make_unique<Connection>()), m_window(window)
+{
+}
+
+WindowSizeWatch::~WindowSizeWatch() = default;
+
+std::optional<QSize> WindowSizeWatch::size()
+{
+    const Display &d = m_connection->display;
+    if (!d.ok() || m_window == 0 || m_window > 0xffffffffULL ||
+        xcb_connection_has_error(d.c))
+        return std::nullopt;
+    const std::optional<QRect> geometry = d.geometry(xcb_window_t(m_window));
+    return geometry ? std::optional<QSize>(geometry->size()) : std::nullopt;
 }
 
 QList<CaptureMonitor> listCaptureMonitors()
@@ -277,7 +311,11 @@ QImage grabStill(const QString &address, QSize fit)
     for (const auto &[key, value] : grab.options)
         av_dict_set(&options, key.constData(), value.constData(), 0);
     AVFormatContext *context = nullptr;
-    const int err = avformat_open_input(&context, grab.url.constData(), format, &options);
+    int err = 0;
+    {
+        const std::unique_lock lock = lockDisplayConnect();
+        err = avformat_open_input(&context, grab.url.constData(), format, &options);
+    }
     av_dict_free(&options);
     if (err < 0)
         return {};
@@ -325,6 +363,15 @@ GrabInput grabInputFor(const QString &, int)
 QImage grabStill(const QString &, QSize)
 {
     return {};
+}
+struct WindowSizeWatch::Connection
+{
+};
+WindowSizeWatch::WindowSizeWatch(quint64 window) : m_window(window) {}
+WindowSizeWatch::~WindowSizeWatch() = default;
+std::optional<QSize> WindowSizeWatch::size()
+{
+    return std::nullopt;
 }
 
 #endif

@@ -19,6 +19,8 @@
 #include <QRect>
 #include <QSize>
 #include <QString>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <utility>
 
@@ -59,6 +61,27 @@ struct GrabInput
     QSize size;
 };
 GrabInput grabInputFor(const QString &address, int framesPerSecond = 30);
+
+// Connecting to the display is not thread-safe (libXau keeps a static buffer): every
+// connection of ours, and every opening of an x11grab input, holds this lock while it connects.
+std::unique_lock<std::mutex> lockDisplayConnect();
+
+// A window's size, asked again and again over one connection (the watch of a window capture).
+class WindowSizeWatch
+{
+public:
+    explicit WindowSizeWatch(quint64 window);
+    ~WindowSizeWatch();
+    WindowSizeWatch(const WindowSizeWatch &) = delete;
+    WindowSizeWatch &operator=(const WindowSizeWatch &) = delete;
+    // Nothing when the window is gone (or there is no display).
+    std::optional<QSize> size();
+
+private:
+    struct Connection;
+    std::unique_ptr<Connection> m_connection;
+    quint64 m_window = 0;
+};
 
 // One picture of a display or window capture address, fitted into `fit` (null when it cannot
 // be grabbed). Blocks for one grab (tens of milliseconds): never on the window thread.

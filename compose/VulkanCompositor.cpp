@@ -1,5 +1,6 @@
 #include "compose/VulkanCompositor.h"
 
+#include "compose/OverlayPainting.h"
 #include "media/FrameConvert.h"
 
 #include <QPainter>
@@ -271,29 +272,7 @@ void VulkanCompositor::drawDoodle(const YuvPlanes &frame, const OverlayScene &sc
     const QSize size(frame.width, frame.height);
     if (m_doodle.isNull() || m_doodleSize != size || m_doodleVersion != scene.doodleVersion) {
         // Drawn once per change of strokes or size; only the part with ink is kept.
-        QImage picture(size, QImage::Format_ARGB32_Premultiplied);
-        picture.fill(Qt::transparent);
-        const double sx = size.width() / kSceneWidth;
-        const double sy = size.height() / kSceneHeight;
-        {
-            QPainter painter(&picture);
-            painter.setRenderHint(QPainter::Antialiasing, true);
-            for (const DoodleStroke &stroke : scene.doodle) {
-                if (stroke.points.isEmpty())
-                    continue;
-                // Line weight follows the vertical factor, as text does.
-                painter.setPen(QPen(stroke.color, std::max(1.0, stroke.width * sy), Qt::SolidLine,
-                                    Qt::RoundCap, Qt::RoundJoin));
-                QPolygonF line;
-                line.reserve(stroke.points.size());
-                for (const QPointF &p : stroke.points)
-                    line.append(QPointF(p.x() * sx, p.y() * sy));
-                if (line.size() == 1)
-                    painter.drawPoint(line.first()); // a tap leaves a dot
-                else
-                    painter.drawPolyline(line);
-            }
-        }
+        const QImage picture = selvane::drawDoodle(scene.doodle, size);
         QRect ink;
         for (int y = 0; y < picture.height(); ++y) {
             const auto *row = reinterpret_cast<const quint32 *>(picture.constScanLine(y));

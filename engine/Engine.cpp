@@ -2,6 +2,7 @@
 
 #include "audio/PreviewAudioMixer.h"
 #include "compose/OverlayManager.h"
+#include "compose/OverlayPainting.h"
 #include "compose/VulkanCompositor.h"
 #include "engine/ChannelSet.h"
 #include "engine/OutputSession.h"
@@ -14,6 +15,7 @@
 #include "schedule/ScheduleRunner.h"
 
 #include <QDebug>
+#include <QPainter>
 #include <QThread>
 #include <QTimer>
 #include <cmath>
@@ -60,6 +62,7 @@ Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBas
     m_switcher->setScene(m_overlays->scene());
     connect(m_overlays, &OverlayManager::sceneChanged, this,
             [this](const OverlayScenePtr &scene) { m_switcher->setScene(scene); });
+    connect(m_overlays, &OverlayManager::overlayChanged, this, &Engine::overlaysChanged);
 
     m_channels = new ChannelSet(m_feeds, this);
     connect(m_channels, &ChannelSet::displaySizeChanged, this, &Engine::onChannelSizeChanged);
@@ -377,6 +380,33 @@ QList<MediaOverlayRecord> Engine::mediaOverlays() const
 {
     return m_overlays->mediaOverlays();
 }
+QList<DoodleStroke> Engine::doodle() const
+{
+    return m_overlays->scene()->doodle;
+}
+bool Engine::doodleVisible() const
+{
+    return m_overlays->isDoodleVisible();
+}
+
+QImage Engine::drawTextOverlay(const TextOverlayData &text, QSize size, qint64 scrollUs)
+{
+    QImage picture(size, QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    paintText(painter, size, text, scrollUs);
+    return picture;
+}
+
+QImage Engine::drawDoodle(const QList<DoodleStroke> &strokes, QSize size)
+{
+    return selvane::drawDoodle(strokes, size);
+}
+
+QSizeF Engine::sceneSize()
+{
+    return {VulkanCompositor::kSceneWidth, VulkanCompositor::kSceneHeight};
+}
 
 // ---- sound ----
 
@@ -566,6 +596,21 @@ bool Engine::canEncodeEightK(QString *detail)
 }
 
 // ---- schedule ----
+
+ProgramArrangement Engine::readSchedule(const QByteArray &json, QString *error)
+{
+    return arrangement::fromJson(json, error);
+}
+
+QByteArray Engine::writeSchedule(const ProgramArrangement &arrangement)
+{
+    return arrangement::toJson(arrangement);
+}
+
+arrangement::Validation Engine::checkSchedule(const ProgramArrangement &arrangement)
+{
+    return arrangement::validate(arrangement);
+}
 
 arrangement::Validation Engine::loadSchedule(const ProgramArrangement &arrangement)
 {

@@ -99,6 +99,14 @@ public:
     void setDoodleVisible(bool visible);
     QList<TextOverlayData> textOverlays() const;
     QList<MediaOverlayRecord> mediaOverlays() const;
+    QList<DoodleStroke> doodle() const;
+    bool doodleVisible() const;
+    // Overlays as the program shows them, painted for a window or a file: one text over a
+    // transparent picture of `size`, `scrollUs` into its scroll; the doodle strokes likewise.
+    static QImage drawTextOverlay(const TextOverlayData &text, QSize size, qint64 scrollUs = 0);
+    static QImage drawDoodle(const QList<DoodleStroke> &strokes, QSize size);
+    // The scene overlays are placed in, whatever the output size.
+    static QSizeF sceneSize();
 
     // ---- sound ----
     // Starts the audio thread: the preview on the default output and the program bus.
@@ -149,11 +157,18 @@ public:
     static bool canEncodeEightK(QString *detail);
 
     // ---- schedule ----
+    // The schedule file: read (an empty arrangement and `error` set when it is not one),
+    // written, and checked (the first failure's message and its box title).
+    static ProgramArrangement readSchedule(const QByteArray &json, QString *error);
+    static QByteArray writeSchedule(const ProgramArrangement &arrangement);
+    static arrangement::Validation checkSchedule(const ProgramArrangement &arrangement);
     // Checks and keeps an arrangement; `ok` false with the reason when it is not valid.
     arrangement::Validation loadSchedule(const ProgramArrangement &arrangement);
     bool startSchedule(QString *error = nullptr);
     void stopSchedule();
     bool isScheduleRunning() const;
+    // The arrangement last loaded (empty when none was valid).
+    ProgramArrangement schedule() const { return m_arrangement; }
 
     // ---- what is going on ----
     EngineStats stats() const;
@@ -174,6 +189,8 @@ signals:
     void outputsFailed(selvane::OutputFailure failure);
     void streamStatusChanged(int index, QString status);
     void scheduleRunningChanged(bool running);
+    // Text or media overlays or the doodle changed (by any caller: a panel, the schedule).
+    void overlaysChanged();
     // The schedule put a base clip on air (empty id: black) at this schedule time.
     void scheduleBaseClipChanged(QString id, qint64 scheduleMs);
     void slideShown(int shown);

@@ -9,9 +9,13 @@
 #include "engine/PreviewImages.h"
 #include "panels/AudioMixerPanel.h"
 #include "panels/ChannelPanel.h"
+#include "panels/DrawingToolBar.h"
+#include "panels/ImagePlaybackPanel.h"
+#include "panels/MediaOverlayPanel.h"
 #include "panels/OutputFolder.h"
 #include "panels/OutputSettingsPanel.h"
 #include "panels/OutputStatusView.h"
+#include "panels/PreviewCanvas.h"
 #include "panels/ProgramPreview.h"
 #include "panels/SourceDialog.h"
 
@@ -26,6 +30,7 @@
 #include <QDockWidget>
 #include <QEvent>
 #include <QEventLoop>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -170,6 +175,8 @@ void MainWindow::createCentralArea()
         auto *cut = new QShortcut(QKeySequence(Qt::Key_1 + c), this);
         connect(cut, &QShortcut::activated, this, [this, c] { take(c); });
     }
+    // The operator's mouse on the program: overlay frames and the drawing tools.
+    m_canvas = new PreviewCanvas(m_preview);
     central->addWidget(m_preview);
     central->addWidget(row);
     central->setStretchFactor(0, 3);
@@ -194,13 +201,12 @@ void MainWindow::createCentralArea()
 
 void MainWindow::connectEngine()
 {
-    connect(m_engine, &Engine::programFrame, this,
-            [this](const FrameTokenPtr &frame, int) {
-                if (m_preview->usesGpu())
-                    m_preview->showFrame(frame);
-                else
-                    m_previews->submit(kProgramStream, frame);
-            });
+    connect(m_engine, &Engine::programFrame, this, [this](const FrameTokenPtr &frame, int) {
+        if (m_preview->usesGpu())
+            m_preview->showFrame(frame);
+        else
+            m_previews->submit(kProgramStream, frame);
+    });
     connect(m_engine, &Engine::channelPreview, this,
             [this](int c, const FrameTokenPtr &frame) { m_previews->submit(1 + c, frame); });
     connect(m_engine, &Engine::channelError, this,
@@ -259,13 +265,15 @@ void MainWindow::createMenus()
     }
     m_exitAction->setShortcut(QKeySequence::Quit);
 
-    // The drawing canvas, the schedule window and the proxy settings come with their own
-    // panels; until then their entries are not offered at all.
-    for (QAction *action :
-         {m_exportDrawingAction, m_drawingToolsAction, m_schedulingAction, m_proxyAction})
+    // The schedule window and the proxy settings come with their own panels; until then their
+    // entries are not offered at all.
+    for (QAction *action : {m_schedulingAction, m_proxyAction})
         action->setVisible(false);
     m_toolsMenu->menuAction()->setVisible(false);
+    m_drawingToolsAction->setCheckable(true);
 
+    connect(m_exportDrawingAction, &QAction::triggered, this, &MainWindow::exportDrawing);
+    connect(m_drawingToolsAction, &QAction::toggled, this, &MainWindow::showDrawingTools);
     connect(m_openOutputFolderAction, &QAction::triggered, this, &MainWindow::openOutputFolder);
     connect(m_exitAction, &QAction::triggered, this, &QWidget::close);
     connect(m_resetLayoutAction, &QAction::triggered, this, &MainWindow::resetWorkspaceLayout);
@@ -276,12 +284,14 @@ void MainWindow::createMenus()
 
 void MainWindow::createDocks()
 {
-    static const char *const kObjectNames[DockCount] = {
-        "outputSettingsDock", "outputPreviewDock", "audioMixerDock",
-        "textOverlayDock",    "videoOverlayDock",  "imagePlaybackDock"};
+    static const char *const kObjectNames[DockCount] = {"outputSettingsDock", "outputPreviewDock",
+                                                        "audioMixerDock",     "textOverlayDock",
+                                                        "videoOverlayDock",   "imagePlaybackDock"};
     m_outputPanel = new OutputSettingsPanel(this);
     m_outputStatus = new OutputStatusView(this);
     m_mixerPanel = new AudioMixerPanel(m_engine, this);
+    m_mediaPanel = new MediaOverlayPanel(m_engine, this);
+    m_imagePanel = new ImagePlaybackPanel(m_engine, this);
     connect(m_outputPanel, &OutputSettingsPanel::startOutputsRequested, this,
             &MainWindow::startOutputs);
     connect(m_outputPanel, &OutputSettingsPanel::stopOutputsRequested, this,
@@ -309,6 +319,12 @@ void MainWindow::createDocks()
         case AudioMixerDock:
             body = m_mixerPanel;
             break;
+        case VideoOverlayDock:
+            body = m_mediaPanel;
+            break;
+        case ImagePlaybackDock:
+            body = m_imagePanel;
+            break;
         default:
             // Text, media overlay and image playback panels come with their own work; the
             // docks stay closed until then.
@@ -327,6 +343,81 @@ void MainWindow::createDocks()
         dockWidget->setWidget(body);
         m_docks[i] = dockWidget;
     }
+    connect(m_docks[VideoOverlayDock], &QDockWidget::visibilityChanged, this,
+            &MainWindow::updateCanvas);
+
+    // The drawing tools: a tool bar above the preview, shown from the View menu.
+    m_drawingTools = new DrawingToolBar(m_engine, this);
+    addToolBar(Qt::TopToolBarArea, m_drawingTools);
+    m_drawingTools->hide();
+    connect(m_drawingTools, &DrawingToolBar::toolChanged, this, &MainWindow::updateCanvas);
+    connect(m_drawingTools, &DrawingToolBar::penChanged, this, &MainWindow::updateCanvas);
+    connect(m_drawingTools, &QToolBar::visibilityChanged, this, [this](bool shown) {
+        const QSignalBlocker block(m_drawingToolsAction);
+        m_drawingToolsAction->setChecked(shown);
+        updateCanvas();
+    });
+    connect(m_canvas, &PreviewCanvas::strokeDrawn, m_drawingTools, &DrawingToolBar::addStroke);
+    connect(m_canvas, &PreviewCanvas::erased, m_drawingTools, &DrawingToolBar::eraseAt);
+    connect(m_canvas, &PreviewCanvas::frameChanged, m_mediaPanel, &MediaOverlayPanel::moveOverlay);
+    connect(m_canvas, &PreviewCanvas::frameSelected, m_mediaPanel, &MediaOverlayPanel::select);
+    connect(m_mediaPanel, &MediaOverlayPanel::framesChanged, this, &MainWindow::updateCanvas);
+}
+
+void MainWindow::updateCanvas()
+{
+    if (m_drawingTools->isVisible() && m_drawingTools->tool() != DrawingToolBar::Tool::None) {
+        m_canvas->setPen(m_drawingTools->penColour(), m_drawingTools->penWidth());
+        m_canvas->setEraserWidth(m_drawingTools->eraserWidth());
+        m_canvas->setMode(m_drawingTools->tool() == DrawingToolBar::Tool::Pen
+                              ? PreviewCanvas::Mode::Pen
+                              : PreviewCanvas::Mode::Eraser);
+        return;
+    }
+    // The overlays' frames while their panel is in view.
+    QList<PreviewCanvas::Frame> frames;
+    if (!m_docks[VideoOverlayDock]->visibleRegion().isEmpty())
+        for (const MediaOverlayRecord &record : m_mediaPanel->editableOverlays())
+            frames.append({record.id, record.rect, QFileInfo(record.filePath).fileName()});
+    m_canvas->setFrames(frames, m_mediaPanel->selectedId());
+    m_canvas->setMode(frames.isEmpty() ? PreviewCanvas::Mode::Off : PreviewCanvas::Mode::Frames);
+}
+
+void MainWindow::showDrawingTools(bool shown)
+{
+    m_drawingTools->setVisible(shown);
+    if (shown && m_drawingTools->tool() == DrawingToolBar::Tool::None)
+        m_drawingTools->setTool(DrawingToolBar::Tool::Pen);
+    updateCanvas();
+}
+
+void MainWindow::exportDrawing()
+{
+    if (m_drawingTools->strokes().isEmpty()) {
+        QMessageBox::information(this, tr("Export Drawing"),
+                                 tr("There is no drawing to export yet. Draw on the program "
+                                    "preview with View -> Drawing Tools."));
+        return;
+    }
+    const QString path = QFileDialog::getSaveFileName(
+        this, tr("Export Drawing"), QDir(recordingDirectory()).filePath("drawing.png"),
+        tr("PNG image (*.png)"));
+    if (!path.isEmpty())
+        exportDrawingTo(path);
+}
+
+bool MainWindow::exportDrawingTo(const QString &path)
+{
+    const QSize size =
+        m_engine->programSize().isValid() ? m_engine->programSize() : QSize(1920, 1080);
+    QString error;
+    if (!m_drawingTools->exportPng(path, size, &error)) {
+        QMessageBox::warning(this, tr("Export Drawing"),
+                             tr("Unable to write the file.") + "\n" + error);
+        return false;
+    }
+    statusBar()->showMessage(tr("Drawing exported to %1").arg(path), 8000);
+    return true;
 }
 
 void MainWindow::createStatusBar()
@@ -372,26 +463,26 @@ QString MainWindow::dockTitle(DockId id)
 
 void MainWindow::resetWorkspaceLayout()
 {
-    // Default workspace: output controls on the left, the output status and the mixer on the
-    // right.
+    // Default workspace: the output controls and the graphics panels as tabs on the left, the
+    // output status and the mixer on the right.
     const std::array<std::pair<DockId, Qt::DockWidgetArea>, DockCount> placement{{
         {OutputSettingsDock, Qt::LeftDockWidgetArea},
         {OutputPreviewDock, Qt::RightDockWidgetArea},
         {AudioMixerDock, Qt::RightDockWidgetArea},
-        {TextOverlayDock, Qt::BottomDockWidgetArea},
-        {VideoOverlayDock, Qt::BottomDockWidgetArea},
-        {ImagePlaybackDock, Qt::BottomDockWidgetArea},
+        {TextOverlayDock, Qt::LeftDockWidgetArea},
+        {VideoOverlayDock, Qt::LeftDockWidgetArea},
+        {ImagePlaybackDock, Qt::LeftDockWidgetArea},
     }};
     for (const auto &[id, area] : placement) {
         QDockWidget *dockWidget = m_docks[id];
         dockWidget->setFloating(false);
         addDockWidget(area, dockWidget);
-        dockWidget->setVisible(id == OutputSettingsDock || id == OutputPreviewDock ||
-                               id == AudioMixerDock);
+        dockWidget->setVisible(id != TextOverlayDock);
     }
     splitDockWidget(m_docks[OutputPreviewDock], m_docks[AudioMixerDock], Qt::Vertical);
-    tabifyDockWidget(m_docks[TextOverlayDock], m_docks[VideoOverlayDock]);
+    tabifyDockWidget(m_docks[OutputSettingsDock], m_docks[VideoOverlayDock]);
     tabifyDockWidget(m_docks[VideoOverlayDock], m_docks[ImagePlaybackDock]);
+    m_docks[OutputSettingsDock]->raise();
     resizeDocks({m_docks[OutputSettingsDock], m_docks[AudioMixerDock]}, {340, 400}, Qt::Horizontal);
     resizeDocks({m_docks[OutputPreviewDock], m_docks[AudioMixerDock]}, {160, 420}, Qt::Vertical);
 }
@@ -473,6 +564,7 @@ void MainWindow::refreshStats()
                    .arg(stats.output.file.failureReason));
     m_recordingFailures = failures;
     m_outputPanel->showStats(stats.output);
+    m_imagePanel->showProgram(stats.program);
     m_outputStatus->showStats(stats.output, stats.program.size, stats.program.fps);
     if (tick % 24 == 0)
         showStatusBar(stats);

@@ -18,6 +18,10 @@
 namespace selvane {
 class AudioMixerPanel;
 class ChannelPanel;
+class DrawingToolBar;
+class ImagePlaybackPanel;
+class MediaOverlayPanel;
+class PreviewCanvas;
 class Engine;
 class OutputSettingsPanel;
 class OutputStatusView;
@@ -63,6 +67,10 @@ public:
     selvane::ChannelPanel *channelPanel(int channel) const { return m_channels[channel]; }
     selvane::OutputSettingsPanel *outputPanel() const { return m_outputPanel; }
     selvane::AudioMixerPanel *mixerPanel() const { return m_mixerPanel; }
+    selvane::MediaOverlayPanel *mediaOverlayPanel() const { return m_mediaPanel; }
+    selvane::ImagePlaybackPanel *imagePlaybackPanel() const { return m_imagePanel; }
+    selvane::DrawingToolBar *drawingTools() const { return m_drawingTools; }
+    selvane::PreviewCanvas *previewCanvas() const { return m_canvas; }
 
     // Puts a show of the command line on the engine (channels, base, overlays, volumes, a
     // schedule) and shows its outputs in the output panel; `startOutputs` starts them at once.
@@ -74,6 +82,11 @@ public:
 
 public slots:
     void openOutputFolder();
+    // File -> Export Drawing: the drawing as a PNG at the program's size.
+    void exportDrawing();
+    // Writes the drawing to `path`; false with a box saying why.
+    bool exportDrawingTo(const QString &path);
+    void showDrawingTools(bool shown);
     void resetWorkspaceLayout();
     void showAbout();
     // The Start button: the checks, then the engine. False when refused (a box said why).
@@ -98,6 +111,8 @@ private:
     void connectEngine();
     void retranslateUi();
     void refreshStats();
+    // What the mouse does on the program preview: draw, move overlay frames, or nothing.
+    void updateCanvas();
     void showStatusBar(const selvane::EngineStats &stats);
     bool startOutputsWith(const selvane::OutputSettings &settings, bool fromPanel);
     void refuse(const QString &text);
@@ -114,6 +129,10 @@ private:
     selvane::OutputSettingsPanel *m_outputPanel = nullptr;
     selvane::OutputStatusView *m_outputStatus = nullptr;
     selvane::AudioMixerPanel *m_mixerPanel = nullptr;
+    selvane::MediaOverlayPanel *m_mediaPanel = nullptr;
+    selvane::ImagePlaybackPanel *m_imagePanel = nullptr;
+    selvane::DrawingToolBar *m_drawingTools = nullptr;
+    selvane::PreviewCanvas *m_canvas = nullptr;
     std::array<QDockWidget *, DockCount> m_docks{};
 
     QTimer *m_statsTimer = nullptr;

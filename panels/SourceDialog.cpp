@@ -2,6 +2,7 @@
 
 #include "engine/Engine.h"
 
+#include <QApplication>
 #include <QButtonGroup>
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -12,18 +13,17 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPixmap>
+#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSettings>
 #include <QStackedWidget>
+#include <QThreadPool>
+#include <QTimer>
 #include <QUrl>
 #include <QUrlQuery>
 #include <QVBoxLayout>
-#include <QApplication>
-#include <QPixmap>
-#include <QPointer>
-#include <QThreadPool>
-#include <QTimer>
 
 namespace selvane {
 
@@ -83,9 +83,9 @@ SourceDialog::SourceDialog(QWidget *parent, int channelNumber)
     m_kinds = new QButtonGroup(this);
     auto *kindRow = new QHBoxLayout;
     // Fixed English names: automation scripts choose the kind by them.
-    static const char *const kKindNames[KindCount] = {
-        "Media file", "Network stream", "Test signal", "Camera and microphone", "Display",
-        "Window"};
+    static const char *const kKindNames[KindCount] = {"Media file",  "Network stream",
+                                                      "Test signal", "Camera and microphone",
+                                                      "Display",     "Window"};
     for (int k = 0; k < KindCount; ++k) {
         m_kindButtons[k] = new QRadioButton(this);
         m_kindButtons[k]->setAccessibleName(QString::fromLatin1(kKindNames[k]));
@@ -160,8 +160,7 @@ SourceDialog::SourceDialog(QWidget *parent, int channelNumber)
     m_previewTimer = new QTimer(this);
     m_previewTimer->setInterval(1000);
     connect(m_previewTimer, &QTimer::timeout, this, &SourceDialog::requestCapturePreview);
-    connect(m_capture, &QComboBox::currentIndexChanged, this,
-            &SourceDialog::requestCapturePreview);
+    connect(m_capture, &QComboBox::currentIndexChanged, this, &SourceDialog::requestCapturePreview);
 
     m_pages->addWidget(addressPage);
     m_pages->addWidget(signalPage);
@@ -214,10 +213,7 @@ void SourceDialog::showKind()
 {
     const Kind k = kind();
     const bool capture = k == Display || k == Window;
-    m_pages->setCurrentIndex(k == TestSignal         ? 1
-                             : k == CameraMicrophone ? 2
-                             : capture               ? 3
-                                                     : 0);
+    m_pages->setCurrentIndex(k == TestSignal ? 1 : k == CameraMicrophone ? 2 : capture ? 3 : 0);
     if (capture) {
         refreshCaptures();
         m_previewTimer->start();
@@ -289,8 +285,7 @@ void SourceDialog::refreshDevices()
         m_microphone->addItem(device.name, device.name);
         m_captureMicrophone->addItem(device.name, device.name);
     }
-    m_captureMicrophone->setCurrentIndex(
-        qMax(0, m_captureMicrophone->findData(captureMicrophone)));
+    m_captureMicrophone->setCurrentIndex(qMax(0, m_captureMicrophone->findData(captureMicrophone)));
     m_camera->setCurrentIndex(qMax(0, m_camera->findData(camera)));
     m_microphone->setCurrentIndex(qMax(0, m_microphone->findData(microphone)));
 }
@@ -306,21 +301,19 @@ void SourceDialog::refreshCaptures()
         tr("This session has no X11 display, so nothing can be captured (on Wayland, run "
            "Selvane under XWayland)."));
     for (const CaptureTarget &target : windows ? Engine::windows() : Engine::displays()) {
-        const QString label =
-            windows ? target.label
-                    : tr("Display %1: %2, %3×%4 at %5,%6")
-                          .arg(target.address.section('=', -1).toInt() + 1)
-                          .arg(target.name)
-                          .arg(target.geometry.width())
-                          .arg(target.geometry.height())
-                          .arg(target.geometry.x())
-                          .arg(target.geometry.y());
+        const QString label = windows ? target.label
+                                      : tr("Display %1: %2, %3×%4 at %5,%6")
+                                            .arg(target.address.section('=', -1).toInt() + 1)
+                                            .arg(target.name)
+                                            .arg(target.geometry.width())
+                                            .arg(target.geometry.height())
+                                            .arg(target.geometry.x())
+                                            .arg(target.geometry.y());
         m_capture->addItem(label, target.address);
     }
     if (m_capture->count() == 0)
-        m_capture->addItem(windows ? tr("(No windows — click Refresh)")
-                                   : tr("(No display detected)"),
-                           QString());
+        m_capture->addItem(
+            windows ? tr("(No windows — click Refresh)") : tr("(No display detected)"), QString());
     m_capture->setCurrentIndex(qMax(0, m_capture->findData(chosen)));
     m_captureLabel->setText(windows ? tr("Window:") : tr("Display:"));
     m_captureRefresh->setText(windows ? tr("Refresh windows") : tr("Refresh displays"));

@@ -269,7 +269,7 @@ private slots:
         }
         QCOMPARE(w.dockWidgetArea(w.dock(MainWindow::OutputSettingsDock)), Qt::LeftDockWidgetArea);
         QCOMPARE(w.dockWidgetArea(w.dock(MainWindow::AudioMixerDock)), Qt::RightDockWidgetArea);
-        QCOMPARE(w.dockWidgetArea(w.dock(MainWindow::ImagePlaybackDock)), Qt::BottomDockWidgetArea);
+        QCOMPARE(w.dockWidgetArea(w.dock(MainWindow::ImagePlaybackDock)), Qt::LeftDockWidgetArea);
         // The graphics docks stay closed until they have panels.
         QVERIFY(w.dock(MainWindow::TextOverlayDock)->isHidden());
     }

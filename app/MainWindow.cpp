@@ -17,6 +17,7 @@
 #include "panels/OutputStatusView.h"
 #include "panels/PreviewCanvas.h"
 #include "panels/ProgramPreview.h"
+#include "panels/ScheduleWindow.h"
 #include "panels/SourceDialog.h"
 
 #include <QAction>
@@ -265,14 +266,17 @@ void MainWindow::createMenus()
     }
     m_exitAction->setShortcut(QKeySequence::Quit);
 
-    // The schedule window and the proxy settings come with their own panels; until then their
-    // entries are not offered at all.
-    for (QAction *action : {m_schedulingAction, m_proxyAction})
-        action->setVisible(false);
-    m_toolsMenu->menuAction()->setVisible(false);
+    // The proxy settings come with their own dialog; until then the entry is not offered.
+    m_proxyAction->setVisible(false);
     m_drawingToolsAction->setCheckable(true);
 
     connect(m_exportDrawingAction, &QAction::triggered, this, &MainWindow::exportDrawing);
+    connect(m_schedulingAction, &QAction::triggered, this, [this] {
+        ScheduleWindow *window = scheduleWindow();
+        window->show();
+        window->raise();
+        window->activateWindow();
+    });
     connect(m_drawingToolsAction, &QAction::toggled, this, &MainWindow::showDrawingTools);
     connect(m_openOutputFolderAction, &QAction::triggered, this, &MainWindow::openOutputFolder);
     connect(m_exitAction, &QAction::triggered, this, &QWidget::close);
@@ -381,6 +385,16 @@ void MainWindow::updateCanvas()
             frames.append({record.id, record.rect, QFileInfo(record.filePath).fileName()});
     m_canvas->setFrames(frames, m_mediaPanel->selectedId());
     m_canvas->setMode(frames.isEmpty() ? PreviewCanvas::Mode::Off : PreviewCanvas::Mode::Frames);
+}
+
+ScheduleWindow *MainWindow::scheduleWindow()
+{
+    if (!m_scheduleWindow) {
+        // A window of its own, deleted with the main window.
+        m_scheduleWindow = new ScheduleWindow(m_engine, this);
+        m_scheduleWindow->resize(960, 680);
+    }
+    return m_scheduleWindow;
 }
 
 void MainWindow::showDrawingTools(bool shown)

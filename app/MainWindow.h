@@ -22,6 +22,7 @@ class DrawingToolBar;
 class ImagePlaybackPanel;
 class MediaOverlayPanel;
 class PreviewCanvas;
+class ScheduleWindow;
 class Engine;
 class OutputSettingsPanel;
 class OutputStatusView;
@@ -71,6 +72,8 @@ public:
     selvane::ImagePlaybackPanel *imagePlaybackPanel() const { return m_imagePanel; }
     selvane::DrawingToolBar *drawingTools() const { return m_drawingTools; }
     selvane::PreviewCanvas *previewCanvas() const { return m_canvas; }
+    // Tools -> Program Scheduling: the schedule editor, made on first use and kept.
+    selvane::ScheduleWindow *scheduleWindow();
 
     // Puts a show of the command line on the engine (channels, base, overlays, volumes, a
     // schedule) and shows its outputs in the output panel; `startOutputs` starts them at once.
@@ -133,6 +136,7 @@ private:
     selvane::ImagePlaybackPanel *m_imagePanel = nullptr;
     selvane::DrawingToolBar *m_drawingTools = nullptr;
     selvane::PreviewCanvas *m_canvas = nullptr;
+    selvane::ScheduleWindow *m_scheduleWindow = nullptr;
     std::array<QDockWidget *, DockCount> m_docks{};
 
     QTimer *m_statsTimer = nullptr;

@@ -56,7 +56,7 @@ MediaOverlayPanel::MediaOverlayPanel(Engine *engine, QWidget *parent)
     auto *fileRow = new QHBoxLayout;
     fileRow->addWidget(m_file, 1);
     fileRow->addWidget(m_changeFile);
-    m_form->addRow(QString(), fileRow);
+    m_form->addRow(new QLabel(m_editor), fileRow);
     const QSizeF scene = Engine::sceneSize();
     auto number = [this](double maximum) {
         auto *box = new QDoubleSpinBox(m_editor);
@@ -78,8 +78,8 @@ MediaOverlayPanel::MediaOverlayPanel(Engine *engine, QWidget *parent)
     auto *size = new QHBoxLayout;
     for (QDoubleSpinBox *box : {m_w, m_h})
         size->addWidget(box);
-    m_form->addRow(QString(), place);
-    m_form->addRow(QString(), size);
+    m_form->addRow(new QLabel(m_editor), place);
+    m_form->addRow(new QLabel(m_editor), size);
     m_opacity = new QSlider(Qt::Horizontal, m_editor);
     m_opacity->setRange(0, 100);
     m_opacityValue = new QLabel(m_editor);
@@ -87,7 +87,7 @@ MediaOverlayPanel::MediaOverlayPanel(Engine *engine, QWidget *parent)
     auto *opacityRow = new QHBoxLayout;
     opacityRow->addWidget(m_opacity, 1);
     opacityRow->addWidget(m_opacityValue);
-    m_form->addRow(QString(), opacityRow);
+    m_form->addRow(new QLabel(m_editor), opacityRow);
     m_visible = new QCheckBox(m_editor);
     m_loop = new QCheckBox(m_editor);
     auto *flags = new QHBoxLayout;

@@ -84,6 +84,9 @@ public:
     void showBlack() { showStill(QImage()); }
     // The channel on air, or -1 for still pictures.
     int programChannel() const;
+    // A program (or channel) picture as an image fitted into `fit`, aspect kept: for stills
+    // and snapshots. Any thread.
+    static QImage pictureOf(const FrameTokenPtr &frame, QSize fit);
     // The program's picture size as it stands (locked while the outputs run).
     QSize programSize() const { return m_programSize; }
     // The size the outputs are to have: explicit, or the program's own.
@@ -151,6 +154,9 @@ public:
     bool startOutputs(const OutputSettings &settings);
     // Stops them; trailers are written before outputsStopped.
     void stopOutputs();
+    // Stream target `index` (0-based) that is waiting to reconnect tries again now instead of
+    // waiting out its backoff; false when it is not waiting (online, or no such target).
+    bool reconnectTargetNow(int index);
     bool outputsActive() const;
     // Whether a hardware HEVC encoder opens at 8K (what 8K outputs need); the reason when not.
     // It opens one for a moment: call it when an 8K start is asked for, not on a timer.
@@ -172,6 +178,18 @@ public:
 
     // ---- what is going on ----
     EngineStats stats() const;
+
+    // ---- network proxy ----
+    // The proxy settings, and what automatic mode finds on this system (environment variables,
+    // the desktop's settings).
+    static ProxyStatus proxyStatus();
+    // Keeps the settings; connections opened from now on follow them.
+    static void setProxyConfig(const ProxyConfig &config);
+    // Connects to "host:port" through the proxy `config` gives (SOCKS5 when it names one, else
+    // HTTP CONNECT, else directly) and closes again, within `timeoutMs`. Blocks: call it on a
+    // worker thread.
+    static ProxyTestResult testProxy(const ProxyConfig &config, const QString &hostPort,
+                                     int timeoutMs = 5000);
 
 signals:
     void channelStateChanged(int channel, selvane::ChannelState state);

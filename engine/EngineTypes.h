@@ -15,8 +15,8 @@
 #include <QHash>
 #include <QList>
 #include <QMetaType>
-#include <QSize>
 #include <QRect>
+#include <QSize>
 #include <QString>
 #include <array>
 
@@ -195,6 +195,59 @@ struct EngineStats
     QString scheduleBaseClip;
     qint64 scheduleMs = 0;
     qint64 audioDroppedFrames = 0;
+};
+
+// ---- network proxy ----
+
+// The proxy settings as the operator keeps them: mode "auto" (what the system says), "manual"
+// (the URLs below) or "off"; the URLs may carry user:password.
+struct ProxyConfig
+{
+    QString mode = QStringLiteral("auto");
+    QString httpUrl;  // HTTP and HTTPS inputs and targets
+    QString socksUrl; // RTMP, RTMPS, RTSP and TCP inputs and targets
+};
+
+// What automatic mode finds on this system, for showing (credentials masked).
+struct ProxyFound
+{
+    QString source; // "environment", "GNOME", "KDE", "Windows"; empty when nothing was found
+    QString http;
+    QString https;
+    QString socks;
+    QString noProxy;
+};
+
+struct ProxyStatus
+{
+    ProxyConfig config;
+    ProxyFound found;
+};
+
+enum class ProxyTestFailure
+{
+    None,
+    BadAddress,       // the host:port typed is not one
+    ProxyNotFound,    // the proxy's name does not resolve
+    ProxyUnreachable, // refused or no route
+    ProxyTimeout,     // no answer in time
+    ProxyClosed,      // the proxy closed the connection
+    AuthRequired,     // the proxy wants a user and password that were not given
+    AuthRefused,      // user and password refused
+    Refused,          // the proxy could not or would not connect to the host (replyCode)
+    BadReply,         // not a SOCKS5 (or HTTP) proxy
+    Unreachable,      // direct: the host cannot be reached
+};
+
+struct ProxyTestResult
+{
+    ProxyTestFailure failure = ProxyTestFailure::None;
+    QString route;      // "socks", "http" or "direct" (no proxy in the settings)
+    QString proxy;      // host:port of the proxy tried (no credentials)
+    int replyCode = -1; // Refused: the SOCKS5 reply code or the HTTP status
+    qint64 elapsedMs = 0;
+    QString detail; // the system's own words, when there are any
+    bool ok() const { return failure == ProxyTestFailure::None; }
 };
 
 } // namespace selvane

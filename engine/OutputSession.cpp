@@ -181,6 +181,11 @@ void OutputSession::finishStop()
     emit stopped();
 }
 
+bool OutputSession::reconnectTargetNow(int index)
+{
+    return m_router && m_state == State::Running && m_router->reconnectTargetNow(index);
+}
+
 OutputStats OutputSession::stats() const
 {
     OutputStats out;

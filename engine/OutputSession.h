@@ -47,6 +47,8 @@ public:
     // How many pictures the encode queue may hold while the outputs run.
     int queueDepth() const;
     OutputStats stats() const;
+    // Stream target `index` tries again at once if it is waiting to reconnect.
+    bool reconnectTargetNow(int index);
 
 signals:
     void started(QSize size);

@@ -1,12 +1,12 @@
 #include "input/MediaOpen.h"
 
 #include "input/ScreenCapture.h"
-
 #include "input/SourceAddress.h"
+#include "net/ProxyRoute.h"
 #include "net/ProxySettings.h"
+#include "net/SocksTcpRelay.h"
 
 #include <QDebug>
-
 #include <mutex>
 
 extern "C" {
@@ -75,6 +75,36 @@ int openInto(InputContextPtr &context, const char *url, const AVInputFormat *for
     return err;
 }
 
+// The HTTP proxy as the settings have it: HTTP(S) inputs, and TLS inputs that no SOCKS relay
+// carries (FFmpeg's TLS tunnels through an HTTP proxy with CONNECT). An HTTP proxy on this machine
+// that is not running is passed by, and where the settings say direct FFmpeg is kept from the
+// environment's http_proxy (its HTTP and TLS layers read it on their own).
+void applyHttpProxyChoice(const QString &address, bool relayed, Dictionary &options)
+{
+    const QString lower = address.trimmed().toLower();
+    const bool tls = lower.startsWith("rtmps://") || lower.startsWith("rtsps://");
+    if (!usesHttpProxy(address) && !tls)
+        return;
+    if (!relayed && tls && !av_dict_get(options.get(), "http_proxy", nullptr, 0)) {
+        const proxy::Server http = proxy::httpProxyFor(proxy::urlHost(address), true, false);
+        if (http.isValid()) {
+            options.set("http_proxy", http.url().toUtf8().constData());
+            qInfo().noquote() << "FFmpegVideoDecoder: TLS input through the HTTP proxy"
+                              << http.endpoint();
+        }
+    }
+    const AVDictionaryEntry *entry = av_dict_get(options.get(), "http_proxy", nullptr, 0);
+    if (!relayed && entry && entry->value[0] != '\0') {
+        const proxy::Server server = proxy::parseServer(QString::fromUtf8(entry->value), false);
+        if (!proxy::isLocalAndNotRunning(server))
+            return;
+        qWarning().noquote() << "ProxySettings: the HTTP proxy" << server.endpoint()
+                             << "on this machine is not running; connecting to"
+                             << proxy::urlHost(address) << "directly";
+    }
+    options.set("http_proxy", "");
+}
+
 // The probe limits are demuxer options (analyzeduration, probesize): they are applied to the
 // opened context right before the stream-info probe, which then runs with them. (The probe's
 // own options argument takes per-stream decoder options, one dictionary per stream.)
@@ -102,12 +132,31 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
     ensureMediaLibrariesReady();
     OpenedInput result;
     QString address = sourceAddress;
-    if (isTcpCarriedUrl(address))
-        address = proxy::rewriteTcpCarriedUrl(address);
+    proxy::RelayRoute route;
+    if (proxy::isRelayable(address)) {
+        const proxy::Server socks = proxy::socksProxyFor(proxy::urlHost(address));
+        if (socks.isValid()) {
+            route = proxy::startRelay(address, socks);
+            if (!route.relay) {
+                qWarning().noquote() << "FFmpegVideoDecoder: not opened through the SOCKS proxy"
+                                     << socks.endpoint() + ":" << route.failure;
+                result.error = SourceError::OpenFailed;
+                return result;
+            }
+            qInfo().noquote() << "FFmpegVideoDecoder: input through local SOCKS relay via"
+                              << socks.endpoint();
+            address = route.url;
+            result.relay = route.relay;
+        }
+    }
     result.openedUrl = address;
 
     Dictionary openOptions;
     buildInputOptions(address, openOptions.address(), false);
+    for (const auto &[key, value] : route.options)
+        openOptions.set(key.constData(), value.constData());
+    applyHttpProxyChoice(address, bool(result.relay), openOptions);
+    const std::uint64_t relaySerial = result.relay ? result.relay->lastOutcome().serial : 0;
     Dictionary probeOptions;
 
     result.context = allocateInput(interrupt);
@@ -155,7 +204,8 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
         }
         Dictionary deviceOptions;
 #ifdef _WIN32
-        const QByteArray spec = buildDshowDeviceSpec(camera, separateAudio ? QString() : microphone);
+        const QByteArray spec =
+            buildDshowDeviceSpec(camera, separateAudio ? QString() : microphone);
         deviceOptions.set("rtbufsize", separateAudio ? "16777216" : "33554432");
 #else
         const QByteArray spec = linuxDeviceName(format, camera);
@@ -188,6 +238,11 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
         if (err < 0) {
             qWarning().noquote() << "FFmpegVideoDecoder:"
                                  << ffsupport::errorText("avformat_open_input", err);
+            // The demuxer sees a closed connection; the relay knows what the proxy said.
+            const QString why =
+                result.relay ? proxy::relayFailureSince(*result.relay, relaySerial) : QString();
+            if (!why.isEmpty())
+                qWarning().noquote() << "FFmpegVideoDecoder: through the SOCKS proxy:" << why;
             result.error = SourceError::OpenFailed;
             return result;
         }
@@ -239,7 +294,8 @@ OpenedInput openMicrophoneInput(const QString &addressOrName, bool isBareDeviceN
     int err = result.context ? openInto(result.context, spec.constData(), format, options.address())
                              : AVERROR(ENOMEM);
     if (err < 0) {
-        qWarning().noquote() << "FFmpegVideoDecoder:" << ffsupport::errorText("avformat_open_input", err);
+        qWarning().noquote() << "FFmpegVideoDecoder:"
+                             << ffsupport::errorText("avformat_open_input", err);
         result.context.reset();
         result.error = SourceError::MicOpenFailed;
         return result;

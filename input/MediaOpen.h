@@ -4,6 +4,11 @@
 // texts of each kind. Called on a decoder's worker thread; `interrupt` is installed before the
 // open so that a stop can break a blocking network call.
 //
+// Network inputs follow the proxy settings (net/ProxySettings.h): RTMP(S), RTSP(S) and tcp://
+// go through a local SOCKS relay of their own when a SOCKS proxy applies (TLS still to the real
+// server), HTTP(S) through the HTTP proxy; where the settings say direct, the environment's
+// http_proxy is kept out of FFmpeg too.
+//
 // Capture devices keep the "dshow://capture?video=…&audio=…" grammar on every platform. On
 // Windows they open through the "dshow" input with one device specification. On Linux the
 // camera opens through "v4l2" and the microphone through "pulse"; a friendly name is matched
@@ -14,14 +19,20 @@
 #include "media/FfmpegTypes.h"
 
 #include <QString>
+#include <memory>
 
 namespace selvane {
 
+class SocksTcpRelay;
+
 struct OpenedInput
 {
+    // The local relay a network input goes through when a SOCKS proxy applies to its host; it
+    // outlives the context (members go in reverse order).
+    std::shared_ptr<SocksTcpRelay> relay;
     ffsupport::InputContextPtr context;
     SourceError error = SourceError::None;
-    QString openedUrl;    // what was actually opened (after relay rewriting)
+    QString openedUrl;     // what was actually opened (after relay rewriting)
     qint64 durationMs = 0; // 0 when unknown
     bool live = false;
     bool captureDevice = false;
@@ -42,6 +53,5 @@ OpenedInput openMicrophoneInput(const QString &addressOrName, bool isBareDeviceN
 
 // Network and device registration, once per process (both calls are idempotent).
 void ensureMediaLibrariesReady();
-
 
 } // namespace selvane

@@ -132,19 +132,22 @@ void buildInputOptions(const QString &address, AVDictionary **dictionary, bool s
     if (skipProxies) {
         av_dict_set(dictionary, "rtsp_transport", "tcp", 0);
     } else {
+        const QString host = QUrl(address.trimmed()).host();
         if (usesHttpProxy(address)) {
-            const QString httpProxy = proxy::httpProxyUrl();
-            if (!httpProxy.isEmpty()) {
-                av_dict_set(dictionary, "http_proxy", httpProxy.toUtf8().constData(), 0);
+            const proxy::Server http =
+                proxy::httpProxyFor(host, lower.trimmed().startsWith("https://"), false);
+            if (http.isValid()) {
+                av_dict_set(dictionary, "http_proxy", http.url().toUtf8().constData(), 0);
                 qInfo().noquote() << "FFmpegVideoDecoder: http_proxy for HTTP(S) input"
-                                  << httpProxy;
+                                  << http.endpoint();
             }
         }
+        // For the record: the connection itself goes through the local relay (input/MediaOpen).
         if (lower.startsWith("rtmps://") || lower.startsWith("rtsps://")) {
-            const QString socks = proxy::socksEndpoint();
-            if (!socks.isEmpty())
-                av_dict_set(dictionary, "socks_proxy", ("socks5://" + socks).toUtf8().constData(),
-                            0);
+            const proxy::Server socks = proxy::socksProxyFor(host, false);
+            if (socks.isValid())
+                av_dict_set(dictionary, "socks_proxy",
+                            ("socks5://" + socks.endpoint()).toUtf8().constData(), 0);
         }
     }
     if (startsWithAny(lower, {"rtmp://", "rtmps://", "rtmpt://"})) {

@@ -445,6 +445,15 @@ void FfmpegEncoderSink::noteEncoderError(const char *call, bool video, int err)
                              << "encoder error; count" << count << ffsupport::errorText(call, err);
 }
 
+bool FfmpegEncoderSink::reconnectTargetNow(int index)
+{
+    std::lock_guard lock(m_outputsMutex);
+    for (const auto &target : m_targets)
+        if (target->targetIndex() == index)
+            return target->reconnectNow();
+    return false;
+}
+
 std::vector<FfmpegEncoderSink::OutputStats> FfmpegEncoderSink::outputStats() const
 {
     std::lock_guard lock(m_outputsMutex);

@@ -70,6 +70,8 @@ public:
     };
     // Safe from any thread.
     std::vector<OutputStats> outputStats() const;
+    // Stream target `index` tries to connect at once if it is waiting to reconnect. Any thread.
+    bool reconnectTargetNow(int index);
 
 private:
     bool needsGlobalHeader(const EncoderSettings &settings) const;

@@ -302,6 +302,12 @@ QString OutputRouter::encoderName() const
     return state && state->sink ? state->sink->encoderName() : QString();
 }
 
+bool OutputRouter::reconnectTargetNow(int index)
+{
+    const std::shared_ptr<EncodeWorkerState> state = currentState();
+    return state && state->sink && state->sinkOpen.load() && state->sink->reconnectTargetNow(index);
+}
+
 std::vector<FfmpegEncoderSink::OutputStats> OutputRouter::destinationStats() const
 {
     const std::shared_ptr<EncodeWorkerState> state = currentState();

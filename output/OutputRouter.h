@@ -95,6 +95,8 @@ public:
     QString encoderName() const;
     // Per destination, the sink's view (any thread): recording first, then the targets.
     std::vector<FfmpegEncoderSink::OutputStats> destinationStats() const;
+    // See FfmpegEncoderSink::reconnectTargetNow. Any thread.
+    bool reconnectTargetNow(int index);
 
     static int queueDepthFor(QSize size, bool live);
     // About two seconds of the audio thread's 10 ms chunks: sound older than that is of no use

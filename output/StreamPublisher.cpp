@@ -1,6 +1,8 @@
 #include "output/StreamPublisher.h"
 
+#include "net/ProxyRoute.h"
 #include "net/ProxySettings.h"
+#include "net/SocksTcpRelay.h"
 #include "output/ReconnectPolicy.h"
 #include "output/StreamUrl.h"
 
@@ -53,29 +55,25 @@ std::unique_ptr<StreamPublisher> StreamPublisher::forTarget(const QString &origi
                           << maskStreamUrl(url) << "->" << maskStreamUrl(reachable);
         url = reachable;
     }
-    if (isRtmpFamilyUrl(url) && !proxy::socksEndpoint().isEmpty()) {
-        const QUrl real(url);
-        const QString relay = proxy::startPublishRelay(
-            real.host(), real.port(url.startsWith("rtmps", Qt::CaseInsensitive) ? 443 : 1935));
-        if (!relay.isEmpty()) {
-            qInfo("FfmpegEncoderSink: RTMP publish using local SOCKS relay");
-            QUrl local(url);
-            local.setScheme("rtmp");
-            const qsizetype colon = relay.lastIndexOf(':');
-            local.setHost(relay.left(colon));
-            local.setPort(relay.mid(colon + 1).toInt());
-            const QString path = real.path();
-            const qsizetype slash = path.lastIndexOf('/');
-            auto relayed = std::make_unique<StreamPublisher>(local.toString(), original, formatName,
-                                                             targetIndex, std::move(streams),
-                                                             std::move(status), std::move(now));
-            relayed->setRelayNames(url.left(url.lastIndexOf('/')), path.mid(1, slash - 1),
-                                   path.mid(slash + 1));
-            return relayed;
+    auto publisher =
+        std::make_unique<StreamPublisher>(url, original, formatName, targetIndex,
+                                          std::move(streams), std::move(status), std::move(now));
+    const QString host = proxy::urlHost(url);
+    const QString scheme = QUrl(url).scheme().toLower();
+    if (proxy::isRelayable(url)) {
+        // Whether the proxy is running is asked again at every connection.
+        const proxy::Server socks = proxy::socksProxyFor(host, false);
+        if (socks.isValid()) {
+            qInfo().noquote() << "FfmpegEncoderSink: RTMP publish using local SOCKS relay; target"
+                              << targetIndex << "via" << socks.endpoint();
+            publisher->setSocksProxy(socks);
         }
+    } else if ((scheme == "srt" || scheme == "udp" || scheme == "rtp") &&
+               proxy::socksProxyFor(host, false).isValid()) {
+        qWarning().noquote() << "FfmpegEncoderSink: a SOCKS proxy carries TCP only; target"
+                             << targetIndex << "(" + scheme + ") connects directly";
     }
-    return std::make_unique<StreamPublisher>(url, original, formatName, targetIndex,
-                                             std::move(streams), std::move(status), std::move(now));
+    return publisher;
 }
 
 int StreamPublisher::interruptCallback(void *opaque)
@@ -102,11 +100,10 @@ void StreamPublisher::report(const char *word)
         m_status(m_targetIndex, QString::fromLatin1(word));
 }
 
-void StreamPublisher::setRelayNames(QString tcUrl, QString app, QString playPath)
+std::shared_ptr<SocksTcpRelay> StreamPublisher::relay() const
 {
-    m_relayTcUrl = std::move(tcUrl);
-    m_relayApp = std::move(app);
-    m_relayPlayPath = std::move(playPath);
+    std::lock_guard lock(m_relayMutex);
+    return m_relay;
 }
 
 bool StreamPublisher::open()
@@ -135,22 +132,59 @@ int StreamPublisher::connectOnce(bool afterFailure)
             "refusing the non-interruptible external librtmp path");
         return AVERROR(ENOSYS);
     }
+    QString openUrl = m_url;
+    OptionList route;
+    std::shared_ptr<SocksTcpRelay> relay;
+    std::uint64_t serialBefore = 0;
+    if (m_socks.isValid()) {
+        if (proxy::isLocalAndNotRunning(m_socks)) {
+            qWarning().noquote() << "FfmpegEncoderSink: the SOCKS proxy" << m_socks.endpoint()
+                                 << "on this machine is not running; target" << m_targetIndex
+                                 << "connects directly";
+        } else {
+            relay = this->relay();
+            if (!relay) {
+                const proxy::RelayRoute started = proxy::startRelay(m_url, m_socks);
+                if (!started.relay) {
+                    qWarning().noquote()
+                        << "FfmpegEncoderSink: target" << m_targetIndex << "via"
+                        << m_socks.endpoint() << "not connected:" << started.failure;
+                    return AVERROR(ENETUNREACH);
+                }
+                relay = started.relay;
+                std::lock_guard lock(m_relayMutex);
+                m_relay = relay;
+            }
+            const proxy::RelayRoute through = proxy::routeThrough(relay, m_url);
+            openUrl = through.url;
+            route = through.options;
+            serialBefore = relay->lastOutcome().serial;
+        }
+    }
     MuxContext::Setup setup;
-    setup.url = m_url;
+    setup.url = openUrl;
     setup.originalUrl = m_originalUrl;
     setup.container = streamContainerName(m_url, m_formatName).toLatin1();
     setup.interrupt = {interruptCallback, this};
-    setup.ioOptions = [this, afterFailure](ffsupport::Dictionary &options) {
-        fillIoOptions(options, afterFailure);
+    setup.ioOptions = [this, afterFailure, &openUrl, &route](ffsupport::Dictionary &options) {
+        fillIoOptions(options, afterFailure, openUrl, route);
     };
-    if (const int err = m_mux.open(setup); err < 0)
+    if (const int err = m_mux.open(setup); err < 0) {
+        // The muxer sees a closed connection; the relay knows what the proxy said.
+        const QString why = relay ? proxy::relayFailureSince(*relay, serialBefore) : QString();
+        if (!why.isEmpty() && !m_stop.load())
+            qWarning().noquote() << "FfmpegEncoderSink: target" << m_targetIndex
+                                 << "through the SOCKS proxy" << m_socks.endpoint()
+                                 << "failed:" << why;
         return err;
+    }
     qInfo("FfmpegEncoderSink: publish header OK");
     report("online");
     return 0;
 }
 
-void StreamPublisher::fillIoOptions(ffsupport::Dictionary &options, bool afterFailure) const
+void StreamPublisher::fillIoOptions(ffsupport::Dictionary &options, bool afterFailure,
+                                    const QString &openUrl, const OptionList &route) const
 {
     options.set("rw_timeout", afterFailure ? rc::kReconnectTimeoutUs : rc::kFirstConnectTimeoutUs);
     options.set("tcp_nodelay", "1");
@@ -162,21 +196,32 @@ void StreamPublisher::fillIoOptions(ffsupport::Dictionary &options, bool afterFa
     if (lower.startsWith("rtmps://")) {
         options.set("tls_verify", "1");
         options.set("verifyhost", QUrl(m_url).host().toUtf8().constData());
+        // A private ingest's own certificate authority.
+        const QByteArray caFile = qgetenv("SELVANE_TLS_CA_FILE");
+        if (!caFile.isEmpty())
+            options.set("ca_file", caFile.constData());
+        // Without the SOCKS relay, TLS can tunnel through the HTTP proxy (CONNECT); where the
+        // settings say direct it must not follow the environment's http_proxy on its own.
+        const proxy::Server http =
+            route.isEmpty() ? proxy::httpProxyFor(QUrl(m_url).host(), true) : proxy::Server{};
+        options.set("http_proxy", http.url().toUtf8().constData());
+        if (http.isValid())
+            qInfo().noquote() << "FfmpegEncoderSink: RTMPS publish through the HTTP proxy"
+                              << http.endpoint();
     }
     if (lower.startsWith("http://") || lower.startsWith("https://")) {
-        const QString httpProxy = proxy::httpProxyUrl();
-        if (!httpProxy.isEmpty()) {
-            options.set("http_proxy", httpProxy.toUtf8().constData());
-            qInfo("FfmpegEncoderSink: http_proxy for HTTP(S) publish");
-        }
+        const proxy::Server http =
+            proxy::httpProxyFor(QUrl(m_url).host(), lower.startsWith("https://"));
+        // Empty when the settings say direct, so that the environment's proxy is not taken.
+        options.set("http_proxy", http.url().toUtf8().constData());
+        if (http.isValid())
+            qInfo().noquote() << "FfmpegEncoderSink: http_proxy for HTTP(S) publish"
+                              << http.endpoint();
     }
-    if (!m_relayTcUrl.isEmpty()) {
-        options.set("rtmp_tcurl", m_relayTcUrl.toUtf8().constData());
-        options.set("rtmp_app", m_relayApp.toUtf8().constData());
-        options.set("rtmp_playpath", m_relayPlayPath.toUtf8().constData());
-    }
-    qInfo().noquote() << "FfmpegEncoderSink: opening publish URL" << maskStreamUrl(m_url)
-                      << (m_relayTcUrl.isEmpty() ? "(direct)" : "(local SOCKS relay)");
+    for (const auto &[key, value] : route)
+        options.set(key.constData(), value.constData());
+    qInfo().noquote() << "FfmpegEncoderSink: opening publish URL" << maskStreamUrl(openUrl)
+                      << (route.isEmpty() && openUrl == m_url ? "(direct)" : "(local SOCKS relay)");
 }
 
 void StreamPublisher::dropQueueLocked()
@@ -354,6 +399,18 @@ void StreamPublisher::retryConnection()
     report("reconnecting");
 }
 
+bool StreamPublisher::reconnectNow()
+{
+    {
+        std::lock_guard lock(m_mutex);
+        if (!m_reconnecting || m_stop.load())
+            return false;
+        m_nextRetry = now();
+    }
+    m_wake.notify_all();
+    return true;
+}
+
 std::chrono::steady_clock::time_point StreamPublisher::nextRetryAt() const
 {
     std::lock_guard lock(m_mutex);
@@ -410,6 +467,13 @@ void StreamPublisher::close()
                          std::chrono::nanoseconds(kTrailerGrace).count());
     m_mux.close(true);
     m_graceUntilNs.store(0);
+    std::shared_ptr<SocksTcpRelay> relay;
+    {
+        std::lock_guard lock(m_relayMutex);
+        relay = std::move(m_relay);
+    }
+    if (relay)
+        relay->stop();
 }
 
 } // namespace selvane

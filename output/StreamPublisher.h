@@ -7,10 +7,21 @@
 // is queued before the trailer; the observers are safe from any thread.
 // Reports: status words "connecting", "online", "congested", "reconnecting", "stopped" through
 // the status callback (from both threads), log lines and counters.
+//
+// A target that a SOCKS proxy applies to (net/ProxySettings.h) owns a local relay
+// (net/SocksTcpRelay.h), started by the network worker with the first connection and stopped
+// with the target; every connection goes through it, an RTMPS one still encrypted to the real
+// server. A failure on the proxy's side is logged with its reason and leaves the target
+// reconnecting like any other; only a proxy on this machine that is not running is passed by
+// (logged) for a direct connection.
 
 #include "media/SteadyClock.h"
+#include "net/ProxySettings.h"
 #include "output/MuxContext.h"
 
+#include <QByteArray>
+#include <QList>
+#include <QPair>
 #include <QString>
 #include <atomic>
 #include <chrono>
@@ -24,14 +35,16 @@
 
 namespace selvane {
 
+class SocksTcpRelay;
+
 class StreamPublisher
 {
 public:
     using StatusCallback = std::function<void(int targetIndex, const QString &word)>;
 
     // A publisher for a target as the user gave it: the URL checked (null, logged, when it is
-    // not usable), YouTube RTMP moved to RTMPS, RTMP routed through the SOCKS relay when a
-    // proxy is set.
+    // not usable), YouTube RTMP moved to RTMPS, RTMP and RTSP routed through the SOCKS relay
+    // when a SOCKS proxy applies to the target's host.
     static std::unique_ptr<StreamPublisher> forTarget(const QString &url, const QString &formatName,
                                                       int targetIndex,
                                                       std::shared_ptr<EncodedStreams> streams,
@@ -44,8 +57,10 @@ public:
     StreamPublisher(const StreamPublisher &) = delete;
     StreamPublisher &operator=(const StreamPublisher &) = delete;
 
-    // Extra muxer options for RTMP through a relay ("rtmp_tcurl", "rtmp_app", "rtmp_playpath").
-    void setRelayNames(QString tcUrl, QString app, QString playPath);
+    // Publishes through a local relay to this SOCKS proxy (invalid: direct).
+    void setSocksProxy(proxy::Server socks) { m_socks = std::move(socks); }
+    // The relay's counters while it runs (null when the target is direct); any thread.
+    std::shared_ptr<SocksTcpRelay> relay() const;
 
     // The first connection. A target that cannot connect is left reconnecting (the worker keeps
     // trying once started); the result tells whether it is online now.
@@ -55,12 +70,16 @@ public:
     void startWorker();
     // Asks the worker to stop without waiting (close() waits), so several targets stop together.
     void requestStop();
+    // A target that is down tries again at once instead of waiting out its backoff; false when
+    // it is not waiting to reconnect. Any thread.
+    bool reconnectNow();
     // Stops the worker (waiting in slices, with a warning after 5 s), writes the trailer within
     // a short grace period and closes the connection.
     void close();
 
     int targetIndex() const { return m_targetIndex; }
-    QString currentUrl() const { return m_mux.openedUrl(); }
+    // The target's own URL (a relayed connection opens a loopback URL in its place).
+    QString currentUrl() const { return m_url; }
     std::chrono::steady_clock::time_point nextRetryAt() const;
     int reopenAttempts() const;
     qint64 queueResets() const { return m_queueResets.load(); }
@@ -72,10 +91,12 @@ public:
 
 private:
     using Queued = std::pair<ffsupport::PacketPtr, bool>; // the packet, and whether it is video
+    using OptionList = QList<QPair<QByteArray, QByteArray>>;
 
     // One connection attempt: 0 when online, a negative AVERROR otherwise.
     int connectOnce(bool afterFailure);
-    void fillIoOptions(ffsupport::Dictionary &options, bool afterFailure) const;
+    void fillIoOptions(ffsupport::Dictionary &options, bool afterFailure, const QString &openUrl,
+                       const OptionList &route) const;
     // The worker: sends what is queued and decides when to try connecting again.
     void networkLoop();
     void retryConnection();
@@ -93,7 +114,9 @@ private:
     const int m_targetIndex;
     StatusCallback m_status;
     SteadyNow m_now;
-    QString m_relayTcUrl, m_relayApp, m_relayPlayPath;
+    proxy::Server m_socks;
+    mutable std::mutex m_relayMutex;
+    std::shared_ptr<SocksTcpRelay> m_relay; // the network worker's; guarded for relay()
 
     std::atomic<bool> m_stop{false};
     std::atomic<qint64> m_graceUntilNs{0};

@@ -10,7 +10,7 @@ if [ -z "$cxx" ]; then
   echo "windows compile check skipped: no mingw-w64 C++ compiler"
   exit 77
 fi
-files=(app/LogSinkPlatform.cpp input/WindowsCapture.cpp)
+files=(app/LogSinkPlatform.cpp input/WindowsCapture.cpp net/SocksTcpRelay.cpp)
 for f in "${files[@]}"; do
   "$cxx" -std=c++20 -Wall -Wextra -fsyntax-only -I"$root" "$root/$f"
   echo "windows syntax ok: $f"

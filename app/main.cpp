@@ -101,6 +101,7 @@ int runGui(int argc, char *argv[])
         return 1;
     }
 
+    selvane::setWindowControlOptions(show);
     auto window = std::make_unique<MainWindow>();
     MainWindow *windowPtr = window.get();
     if (show.hasShow()) {

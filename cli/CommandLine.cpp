@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QHostAddress>
 #include <QUrl>
 #include <cstdio>
 
@@ -88,6 +89,11 @@ void configureCommandLine(QCommandLineParser &parser)
     parser.addOption({"preset",
                       tr("Quality preset: performance, balanced or quality (default balanced)."),
                       "PRESET"});
+    parser.addOption({"control-port",
+                      tr("Serve the remote control API (HTTP and WebSocket) on this port."),
+                      "PORT"});
+    parser.addOption({"control-bind",
+                      tr("Address the remote control listens on (default 127.0.0.1)."), "ADDRESS"});
 }
 
 int checkScheduleFile(const QString &path)
@@ -311,6 +317,31 @@ bool readAudioOptions(const QCommandLineParser &parser, HeadlessOptions *options
     return true;
 }
 
+bool readControlOptions(const QCommandLineParser &parser, HeadlessOptions *options, QString *error)
+{
+    if (parser.isSet("control-port")) {
+        bool ok = false;
+        const int port = parser.value("control-port").trimmed().toInt(&ok);
+        if (!ok || port < 1 || port > 65535) {
+            *error = tr("--control-port expects a port from 1 to 65535, got \"%1\"")
+                         .arg(parser.value("control-port"));
+            return false;
+        }
+        options->controlPort = quint16(port);
+    }
+    if (parser.isSet("control-bind")) {
+        const QString address = parser.value("control-bind").trimmed();
+        if (QHostAddress(address).isNull()) {
+            *error = tr("--control-bind expects an IP address such as 127.0.0.1 or ::1, got "
+                        "\"%1\"")
+                         .arg(parser.value("control-bind"));
+            return false;
+        }
+        options->controlBind = address;
+    }
+    return true;
+}
+
 bool readOverlayOptions(const QCommandLineParser &parser, HeadlessOptions *options, QString *error)
 {
     int textId = 1;
@@ -395,7 +426,7 @@ bool readHeadlessOptions(const QCommandLineParser &parser, HeadlessOptions *opti
         }
     }
     if (!readOutputOptions(parser, options, error) || !readAudioOptions(parser, options, error) ||
-        !readOverlayOptions(parser, options, error))
+        !readOverlayOptions(parser, options, error) || !readControlOptions(parser, options, error))
         return false;
     options->demo = parser.isSet("demo");
     options->scheduleFile = parser.value("schedule").trimmed();
@@ -407,6 +438,10 @@ bool readHeadlessOptions(const QCommandLineParser &parser, HeadlessOptions *opti
         return true; // the schedule decides the base
     // The window may start without a source: the operator chooses them there.
     if (!parser.isSet("headless") && !parser.isSet("demo"))
+        return true;
+    // A show driven by the remote control may start empty: its sources come later.
+    if (options->controlPort > 0 && !options->channels.contains(options->baseChannel) &&
+        !parser.isSet("base"))
         return true;
     if (options->channels.isEmpty()) {
         *error = tr("--headless needs at least one --channel");

@@ -17,18 +17,18 @@ namespace selvane {
 
 enum class LaunchFace
 {
-    Gui,         // the main window with the single-instance lock
-    Headless,    // --headless: no window, no lock
-    ConsoleOnly, // --help, --version or a command line error: answered without any window
+    Gui,           // the main window with the single-instance lock
+    Headless,      // --headless: no window, no lock
+    ConsoleOnly,   // --help, --version or a command line error: answered without any window
     CheckSchedule, // --check-schedule FILE: validate and print the normalised arrangement
 };
 
 struct HeadlessOptions
 {
-    QMap<int, QString> channels; // channel index 0..3 -> source address
+    QMap<int, QString> channels;    // channel index 0..3 -> source address
     QMap<int, QString> microphones; // channel index 0..3 -> "dshow://capture?audio=NAME"
-    int baseChannel = 0;         // 0..3
-    double durationSeconds = 0;  // 0: until interrupted
+    int baseChannel = 0;            // 0..3
+    double durationSeconds = 0;     // 0: until interrupted
 
     // Audio: preview volume per channel (linear), the program channel's volume in the program
     // mix, and the program bus gain for the outputs.
@@ -50,6 +50,11 @@ struct HeadlessOptions
     bool hasOutputs() const { return output.fileEnabled || !output.streamTargets.isEmpty(); }
     // The window starts the outputs at once only when asked (the headless face always does).
     bool startOutputs = false;
+
+    // The remote control (control/): its port (0: off, the window then follows its
+    // "control/port" setting) and the address it listens on.
+    quint16 controlPort = 0;
+    QString controlBind; // empty: 127.0.0.1
     // Whether the command line gave a show at all (the window then loads it).
     bool hasShow() const
     {

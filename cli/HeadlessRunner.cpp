@@ -2,6 +2,7 @@
 
 #include "cli/DemoShow.h"
 #include "cli/ShowSetup.h"
+#include "control/ControlServer.h"
 #include "engine/Engine.h"
 
 #include <QCoreApplication>
@@ -9,11 +10,13 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
+#include <QHostAddress>
 #include <QSocketNotifier>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <atomic>
 #include <cstdio>
+#include <utility>
 
 #ifndef _WIN32
 #include <csignal>
@@ -105,6 +108,25 @@ bool HeadlessRunner::loadSchedule()
     return true;
 }
 
+bool HeadlessRunner::startControl()
+{
+    m_control = new ControlServer(m_engine, this);
+    m_control->setOutputDefaults(
+        {m_options.output, {m_options.outputSize.isValid(), m_options.outputSize}});
+    const QHostAddress address(m_options.controlBind.isEmpty() ? QStringLiteral("127.0.0.1")
+                                                               : m_options.controlBind);
+    QString error;
+    if (!m_control->listen(address, m_options.controlPort, &error)) {
+        std::fprintf(stderr, "selvane: control: %s\n", qPrintable(error));
+        delete m_control;
+        m_control = nullptr;
+        return false;
+    }
+    std::fprintf(stdout, "%s\n", qPrintable(m_control->startLine()));
+    std::fflush(stdout);
+    return true;
+}
+
 int HeadlessRunner::run()
 {
     auto *interrupts = new InterruptSignals(this);
@@ -116,23 +138,28 @@ int HeadlessRunner::run()
     m_engine = new Engine(this);
     m_engine->startAudio();
     m_scheduled = m_options.demo || !m_options.scheduleFile.isEmpty();
-    if (m_scheduled && !loadSchedule()) {
+    if ((m_scheduled && !loadSchedule()) || (m_options.controlPort > 0 && !startControl())) {
         delete m_engine;
         m_engine = nullptr;
         return 1;
     }
     connect(m_engine, &Engine::outputsStarted, this, [this](QSize size) {
+        m_commandLineOutputsPending = false;
         // The file really written: an earlier take of the same name is never replaced.
-        QString file = m_engine->stats().output.file.path;
+        const OutputStats output = m_engine->stats().output;
+        QString file = output.file.path;
         if (file.isEmpty())
             file = m_options.output.filePath;
         std::fprintf(stdout, "outputs started: %dx%d@%g%s%s\n", size.width(), size.height(),
-                     m_options.output.fps, m_options.output.fileEnabled ? "  recording " : "",
-                     m_options.output.fileEnabled ? qPrintable(file) : "");
+                     m_options.output.fps, output.recording ? "  recording " : "",
+                     output.recording ? qPrintable(file) : "");
         std::fflush(stdout);
     });
     connect(m_engine, &Engine::outputsFailed, this, [this](OutputFailure failure) {
         std::fprintf(stderr, "selvane: %s\n", qPrintable(failureText(failure)));
+        // Outputs the remote control started fail alone; the show goes on.
+        if (m_control && !std::exchange(m_commandLineOutputsPending, false))
+            return;
         m_exitCode = 2;
         QTimer::singleShot(0, this, [this] { finish(); });
     });
@@ -148,7 +175,7 @@ int HeadlessRunner::run()
         }
     }
     if (m_options.hasOutputs())
-        m_engine->startOutputs(
+        m_commandLineOutputsPending = m_engine->startOutputs(
             {m_options.output, {m_options.outputSize.isValid(), m_options.outputSize}});
     m_clock.start();
     m_progressTimer = new QTimer(this);
@@ -237,6 +264,8 @@ void HeadlessRunner::finish()
     m_finishing = true;
     if (m_progressTimer)
         m_progressTimer->stop();
+    if (m_control)
+        m_control->close(); // no request reaches the engine while it ends
     if (m_engine->outputsActive()) {
         // Every output is closed cleanly: trailers written, files playable.
         QEventLoop wait;
@@ -261,6 +290,8 @@ void HeadlessRunner::finish()
                 tr("channel %1: the source never opened (%2)").arg(it.key()).arg(it.value())));
     if (!m_unopened.isEmpty() && m_exitCode == 0)
         m_exitCode = 4;
+    delete m_control;
+    m_control = nullptr;
     delete m_engine; // stops and joins every decoder
     m_engine = nullptr;
     QCoreApplication::exit(m_exitCode);

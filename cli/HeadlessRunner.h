@@ -4,7 +4,8 @@
 // benchmarks, through the Engine API alone. Prints one progress line about once a second to
 // stdout (never to the log file). Ctrl+C (SIGINT/SIGTERM) ends the run cleanly; a second one
 // ends the process at once, after the hook given to setHardInterruptHook (the log's emergency
-// flush). GUI thread only.
+// flush). With --control-port the remote control drives the same engine; outputs it starts
+// may fail without ending the run. GUI thread only.
 
 #include "cli/CommandLine.h"
 
@@ -16,8 +17,9 @@ class QTemporaryDir;
 class QTimer;
 
 namespace selvane {
+class ControlServer;
 class Engine;
-}
+} // namespace selvane
 
 class HeadlessRunner : public QObject
 {
@@ -33,10 +35,13 @@ public:
 private:
     void printProgress(bool final);
     bool loadSchedule();
+    bool startControl();
     void finish();
 
     selvane::HeadlessOptions m_options;
     selvane::Engine *m_engine = nullptr;
+    selvane::ControlServer *m_control = nullptr; // --control-port
+    bool m_commandLineOutputsPending = false;    // the outputs of the command line, not yet open
     QTimer *m_progressTimer = nullptr;
     QElapsedTimer m_clock;
     qint64 m_framesAtLastLine = 0;

@@ -1,11 +1,16 @@
 #include "cli/ShowSetup.h"
 
+#include "control/ControlServer.h"
 #include "engine/Engine.h"
 
 #include <QCoreApplication>
+#include <QDebug>
 #include <QFile>
+#include <QHostAddress>
+#include <QSettings>
 #include <QSocketNotifier>
 #include <atomic>
+#include <cstdio>
 
 #ifndef _WIN32
 #include <csignal>
@@ -18,6 +23,8 @@ namespace selvane {
 namespace {
 
 void (*g_hardInterruptHook)() = nullptr;
+
+HeadlessOptions g_windowControl;
 
 #ifndef _WIN32
 int g_interruptPipe[2] = {-1, -1};
@@ -68,6 +75,46 @@ void applyShowOptions(Engine &engine, const HeadlessOptions &options)
         engine.setChannelLoop(it.key(), true);
         engine.setChannelSource(it.key(), it.value(), options.microphones.value(it.key()));
     }
+}
+
+void setWindowControlOptions(const HeadlessOptions &show)
+{
+    g_windowControl.controlPort = show.controlPort;
+    g_windowControl.controlBind = show.controlBind;
+    g_windowControl.output = show.output;
+    g_windowControl.outputSize = show.outputSize;
+}
+
+ControlServer *startWindowControl(Engine &engine, QObject *parent)
+{
+    const QSettings settings("Ostrel", "Selvane");
+    int port = g_windowControl.controlPort;
+    QString bind = g_windowControl.controlBind;
+    if (port == 0) {
+        port = settings.value("control/port", 0).toInt();
+        if (bind.isEmpty())
+            bind = settings.value("control/bind").toString().trimmed();
+    }
+    if (port <= 0 || port > 65535)
+        return nullptr;
+    const QHostAddress address(bind.isEmpty() ? QStringLiteral("127.0.0.1") : bind);
+    auto *control = new ControlServer(&engine, parent);
+    control->setOutputDefaults(
+        {g_windowControl.output,
+         {g_windowControl.outputSize.isValid(), g_windowControl.outputSize}});
+    QString error;
+    if (address.isNull() || !control->listen(address, quint16(port), &error)) {
+        if (address.isNull())
+            error = QStringLiteral("\"%1\" is not an IP address").arg(bind);
+        std::fprintf(stderr, "selvane: control: %s\n", qPrintable(error));
+        qWarning().noquote() << "ControlServer:" << error;
+        delete control;
+        return nullptr;
+    }
+    std::fprintf(stdout, "%s\n", qPrintable(control->startLine()));
+    std::fflush(stdout);
+    qInfo().noquote() << "ControlServer:" << control->startLine();
+    return control;
 }
 
 InterruptSignals::InterruptSignals(QObject *parent) : QObject(parent)

@@ -13,6 +13,7 @@ class QSocketNotifier;
 
 namespace selvane {
 
+class ControlServer;
 class Engine;
 
 // Reads a schedule file; false with the operator's reason. Warnings are for the operator too.
@@ -21,6 +22,13 @@ bool readScheduleFile(const QString &path, ProgramArrangement *arrangement, QStr
 
 // Volumes, the output size, overlays, the base channel and every channel's source (looping).
 void applyShowOptions(Engine &engine, const HeadlessOptions &options);
+
+// The window's remote control: --control-port and --control-bind of the command line (kept by
+// setWindowControlOptions before the window is made), else the "control/port" (0: off) and
+// "control/bind" settings. The start-up line goes to stdout and the log; a port that cannot be
+// had is told there too and the window goes on without it. Null when off.
+void setWindowControlOptions(const HeadlessOptions &show);
+ControlServer *startWindowControl(Engine &engine, QObject *parent);
 
 // The first SIGINT or SIGTERM is delivered as interrupted() on the GUI thread (through a pipe,
 // so the handler does nothing a signal handler may not); a second one ends the process at once

@@ -6,13 +6,14 @@ set -euo pipefail
 PACKAGES=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev qt6-multimedia-dev libqt6opengl6-dev qt6-tools-dev qt6-tools-dev-tools
+  qt6-httpserver-dev qt6-websockets-dev
   qt6-l10n-tools linguist-qt6
   libavformat-dev libavcodec-dev libavdevice-dev libavfilter-dev libavutil-dev libswscale-dev
   libswresample-dev ffmpeg
   libxcb1-dev libxcb-randr0-dev xvfb xauth x11-utils xdotool libgl1-mesa-dri
   fonts-dejavu-core fonts-noto-cjk
   pulseaudio pulseaudio-utils
-  nginx libnginx-mod-rtmp microsocks
+  nginx libnginx-mod-rtmp libnginx-mod-stream microsocks dante-server
   g++-mingw-w64-x86-64-posix time
 )
 

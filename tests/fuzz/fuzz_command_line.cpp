@@ -1,12 +1,14 @@
 // libFuzzer target: any list of arguments to the headless face (one per line of the input) is
 // read without a crash, a hang or undefined behaviour, and whatever it accepts can be used as it
 // stands: an output size that is even and in range, 30 or 60 fps, a bitrate in range, channels
-// 1 to 4, a base channel among them, overlays in the scene.
+// 1 to 4, a base channel among them, overlays in the scene, a control port from 1 and an address
+// to listen on that is one.
 
 #include "cli/CommandLine.h"
 
 #include <QByteArray>
 #include <QCommandLineParser>
+#include <QHostAddress>
 #include <QStringList>
 #include <cstdint>
 #include <cstdlib>
@@ -48,5 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     require(options.baseChannel >= 0 && options.baseChannel < 4);
     for (const auto &media : options.media)
         require(media.rect.width() > 0 && media.rect.height() > 0);
+    require(!parser.isSet("control-port") || options.controlPort >= 1);
+    require(options.controlBind.isEmpty() || !QHostAddress(options.controlBind).isNull());
     return 0;
 }

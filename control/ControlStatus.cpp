@@ -1,0 +1,198 @@
+#include "control/ControlStatus.h"
+
+#include "engine/Engine.h"
+
+#include <QJsonArray>
+#include <algorithm>
+#include <cmath>
+
+namespace selvane::control {
+
+namespace {
+
+double rounded(double value)
+{
+    return std::round(value * 10000.0) / 10000.0;
+}
+
+QJsonObject levelJson(const Level &level)
+{
+    return {{"peak", rounded(level.peak)}, {"rms", rounded(level.rms)}};
+}
+
+QJsonValue channelNumber(int channel)
+{
+    return channel >= 0 ? QJsonValue(channel + 1) : QJsonValue(QJsonValue::Null);
+}
+
+QJsonObject channelJson(const Engine &engine, int c, const ChannelStats &s)
+{
+    QJsonObject channel{{"number", c + 1},
+                        {"state", channelStateWord(s.state, s.live)},
+                        {"source", s.source},
+                        {"width", std::max(0, s.size.width())},
+                        {"height", std::max(0, s.size.height())},
+                        {"fps", rounded(s.fps)},
+                        {"positionMs", s.positionMs},
+                        {"durationMs", s.durationMs},
+                        {"live", s.live},
+                        {"loop", s.loop},
+                        {"framesDelivered", s.framesDelivered},
+                        {"framesDropped", s.framesDropped},
+                        {"reconnects", s.reconnects},
+                        {"volume", rounded(engine.channelVolume(c))},
+                        {"mute", engine.channelMuted(c)},
+                        {"audio", levelJson(s.audio)}};
+    if (s.lastError != SourceError::None)
+        channel.insert("error", sourceErrorLogText(s.lastError));
+    return channel;
+}
+
+QJsonObject outputJson(const OutputStats &o)
+{
+    QJsonArray targets;
+    for (int i = 0; i < o.targets.size(); ++i) {
+        const TargetStats &t = o.targets[i];
+        targets.append(QJsonObject{{"number", i + 1},
+                                   {"url", t.url},
+                                   {"status", t.status},
+                                   {"kbps", rounded(t.kbps)},
+                                   {"bytes", t.bytes},
+                                   {"reconnects", t.reconnects},
+                                   {"packetsDropped", t.packetsDropped}});
+    }
+    QJsonObject file{{"path", o.file.path}, {"bytes", o.file.bytes}, {"failed", o.file.failed}};
+    if (o.file.failed)
+        file.insert("reason", o.file.failureReason);
+    return {{"running", o.running},
+            {"stopping", o.stopping},
+            {"elapsedMs", o.elapsedMs},
+            {"encoder", o.encoder},
+            {"framesWritten", o.framesWritten},
+            {"kbps", rounded(o.kbps)},
+            {"encoderDrops", o.encoderDrops},
+            {"recording", o.recording},
+            {"file", file},
+            {"targets", targets}};
+}
+
+} // namespace
+
+QJsonObject overlaysJson(const Engine &engine)
+{
+    QJsonArray texts;
+    for (const TextOverlayData &text : engine.textOverlays())
+        texts.append(QJsonObject{{"id", text.id}, {"text", text.text}, {"enabled", text.enabled}});
+    QJsonArray media;
+    for (const MediaOverlayRecord &m : engine.mediaOverlays())
+        media.append(
+            QJsonObject{{"id", m.id},
+                        {"kind", m.kind == MediaOverlayRecord::OverlayVideo ? "video" : "image"},
+                        {"path", m.filePath},
+                        {"x", m.rect.x()},
+                        {"y", m.rect.y()},
+                        {"w", m.rect.width()},
+                        {"h", m.rect.height()},
+                        {"opacity", m.opacity},
+                        {"visible", m.visible}});
+    return {{"text", texts}, {"media", media}};
+}
+
+QJsonObject statusJson(const Engine &engine)
+{
+    const EngineStats stats = engine.stats();
+    QJsonArray channels;
+    for (int c = 0; c < kChannelCount; ++c)
+        channels.append(channelJson(engine, c, stats.channels[std::size_t(c)]));
+    const ProgramStats &p = stats.program;
+    const QJsonObject program{{"channel", channelNumber(p.channel)},
+                              {"still", p.still},
+                              {"width", std::max(0, p.size.width())},
+                              {"height", std::max(0, p.size.height())},
+                              {"fps", rounded(p.fps)},
+                              {"frames", p.frames},
+                              {"repeated", p.repeated},
+                              {"skippedTicks", p.skippedTicks},
+                              {"volume", rounded(engine.programVolume())},
+                              {"mute", engine.programMuted()},
+                              {"audio", levelJson(p.audio)}};
+    QJsonObject overlays = overlaysJson(engine);
+    QJsonObject overlayAudio;
+    for (auto it = stats.overlayAudio.cbegin(); it != stats.overlayAudio.cend(); ++it)
+        overlayAudio.insert(QString::number(it.key()), levelJson(it.value()));
+    overlays.insert("audio", overlayAudio);
+    const ProgramArrangement loaded = engine.schedule();
+    const QJsonObject schedule{{"running", stats.scheduleRunning},
+                               {"clip", stats.scheduleBaseClip},
+                               {"scheduleMs", stats.scheduleMs},
+                               {"sceneClips", loaded.sceneClips.size()},
+                               {"overlayClips", loaded.overlayClips.size()}};
+    return {{"program", program},
+            {"channels", channels},
+            {"overlays", overlays},
+            {"outputs", outputJson(stats.output)},
+            {"schedule", schedule}};
+}
+
+QJsonObject levelsJson(const EngineStats &stats)
+{
+    QJsonArray channels;
+    for (const ChannelStats &channel : stats.channels)
+        channels.append(levelJson(channel.audio));
+    QJsonObject overlays;
+    for (auto it = stats.overlayAudio.cbegin(); it != stats.overlayAudio.cend(); ++it)
+        overlays.insert(QString::number(it.key()), levelJson(it.value()));
+    return {{"type", "levels"},
+            {"program", levelJson(stats.program.audio)},
+            {"channels", channels},
+            {"overlays", overlays}};
+}
+
+QString addressProblemText(AddressProblem problem)
+{
+    switch (problem) {
+    case AddressProblem::None:
+        return {};
+    case AddressProblem::Empty:
+        return QStringLiteral("the address is empty");
+    case AddressProblem::UnknownScheme:
+        return QStringLiteral("no protocol of that name");
+    case AddressProblem::MissingHost:
+        return QStringLiteral("a network address without a host");
+    case AddressProblem::FileMissing:
+        return QStringLiteral("no readable file at this path");
+    case AddressProblem::BadTestSignal:
+        return QStringLiteral("the test signal's graph does not parse");
+    }
+    return {};
+}
+
+QString outputProblemText(const OutputCheck &check)
+{
+    switch (check.problem) {
+    case OutputProblem::None:
+        return {};
+    case OutputProblem::UnknownContainer:
+        return QStringLiteral("\"%1\" names no known container (use .mp4, .mkv, .mov, .ts ...)")
+            .arg(check.subject);
+    case OutputProblem::FolderMissing:
+        return QStringLiteral("the folder of \"%1\" does not exist").arg(check.subject);
+    case OutputProblem::FolderNotWritable:
+        return QStringLiteral("the folder of \"%1\" cannot be written").arg(check.subject);
+    case OutputProblem::BadTargetUrl:
+        return QStringLiteral("\"%1\" is not a stream URL such as rtmp://host/app/key")
+            .arg(check.subject);
+    case OutputProblem::NoTargetContainer:
+        return QStringLiteral("no container for \"%1\"; add #FORMAT (for example #flv or #mpegts)")
+            .arg(check.subject);
+    }
+    return {};
+}
+
+QString outputFailureWord(OutputFailure failure)
+{
+    return failure == OutputFailure::NotStarted ? QStringLiteral("notStarted")
+                                                : QStringLiteral("openFailed");
+}
+
+} // namespace selvane::control

@@ -1,0 +1,416 @@
+// The remote control against a real headless show (the selvane binary with --control-port):
+// cuts, overlays, outputs, stream reconnects and schedules driven over HTTP and followed over the
+// event WebSocket, each effect checked in the recording's colours or in the events; requests
+// that must be refused, refused with 4xx while the program keeps its frames; the token file.
+
+#include "TestSupport.h"
+
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QRandomGenerator>
+#include <QWebSocket>
+#include <QtTest>
+#include <functional>
+
+using namespace testsupport;
+
+namespace {
+
+const QString kBinary = QStringLiteral(SELVANE_BINARY);
+const QByteArray kToken = "test-token-4f1c9a7e2b";
+
+QString colourSource(const char *colour)
+{
+    return QStringLiteral("lavfi://color=c=%1:size=320x180:rate=30").arg(colour);
+}
+
+struct Answer
+{
+    int status = 0;
+    QByteArray body;
+    const QJsonObject json() const { return QJsonDocument::fromJson(body).object(); }
+};
+
+// The dominant colour every 0.2 s of a recording ('r', 'g', 'b'), repeats folded into one.
+QString colourRun(const QString &file)
+{
+    QProcess ffmpeg;
+    ffmpeg.start("ffmpeg", {"-v", "error", "-i", file, "-vf", "fps=5,scale=1:1:flags=area", "-f",
+                            "rawvideo", "-pix_fmt", "rgb24", "-"});
+    ffmpeg.waitForFinished(30000);
+    const QByteArray rgb = ffmpeg.readAllStandardOutput();
+    QString run;
+    for (qsizetype i = 0; i + 2 < rgb.size(); i += 3) {
+        const int c[3] = {uchar(rgb[i]), uchar(rgb[i + 1]), uchar(rgb[i + 2])};
+        for (int k = 0; k < 3; ++k)
+            if (c[k] > 150 && c[(k + 1) % 3] < 90 && c[(k + 2) % 3] < 90 &&
+                !run.endsWith(QChar("rgb"[k])))
+                run += QChar("rgb"[k]);
+    }
+    return run;
+}
+
+// A running show with the control port, its stdout kept line by line.
+class Show
+{
+public:
+    bool start(const QStringList &arguments, bool withToken = true)
+    {
+        m_port = freeTcpPort();
+        QProcessEnvironment env = m_home.environment();
+        if (withToken)
+            env.insert("SELVANE_CONTROL_TOKEN", QString::fromLatin1(kToken));
+        else
+            env.remove("SELVANE_CONTROL_TOKEN");
+        m_process.setProcessEnvironment(env);
+        m_process.start(kBinary,
+                        QStringList{"--headless", "--control-port", QString::number(m_port)} +
+                            arguments);
+        return m_process.waitForStarted() &&
+               waitForLine([](const QString &line) { return line.startsWith("control: "); });
+    }
+    bool waitForLine(const std::function<bool(const QString &)> &wanted, int timeoutMs = 10000)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        while (timer.elapsed() < timeoutMs) {
+            m_out += m_process.readAllStandardOutput();
+            for (const QByteArray &line : m_out.split('\n'))
+                if (wanted(QString::fromUtf8(line)))
+                    return true;
+            if (m_process.state() != QProcess::Running)
+                return false;
+            m_process.waitForReadyRead(100);
+        }
+        return false;
+    }
+    int stop()
+    {
+        ::kill(pid_t(m_process.processId()), SIGTERM);
+        m_process.waitForFinished(20000);
+        m_out += m_process.readAllStandardOutput();
+        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
+    }
+    QByteArray output() const { return m_out; }
+    QString url(const QString &path) const
+    {
+        return QStringLiteral("http://127.0.0.1:%1/api/v1/%2").arg(m_port).arg(path);
+    }
+    quint16 port() const { return m_port; }
+    const IsolatedHome &home() const { return m_home; }
+
+private:
+    IsolatedHome m_home;
+    QProcess m_process;
+    QByteArray m_out;
+    quint16 m_port = 0;
+};
+
+// The event WebSocket, every message kept.
+class Events : public QObject
+{
+public:
+    bool open(const Show &show, const QByteArray &token = kToken)
+    {
+        QNetworkRequest request(QUrl(show.url("events").replace("http:", "ws:")));
+        request.setRawHeader("Authorization", "Bearer " + token);
+        connect(&m_socket, &QWebSocket::textMessageReceived, this, [this](const QString &text) {
+            m_events << QJsonDocument::fromJson(text.toUtf8()).object();
+        });
+        m_socket.open(request);
+        return QTest::qWaitFor([&] { return m_socket.state() == QAbstractSocket::ConnectedState; },
+                               3000);
+    }
+    // Waits for an event of this type (that `also` accepts) after the first `from` events.
+    std::optional<QJsonObject> next(const QString &type, qsizetype *from,
+                                    const std::function<bool(const QJsonObject &)> &also = {},
+                                    int timeoutMs = 5000)
+    {
+        std::optional<QJsonObject> found;
+        (void)QTest::qWaitFor(
+            [&] {
+                for (qsizetype i = *from; i < m_events.size(); ++i) {
+                    if (m_events[i].value("type").toString() == type &&
+                        (!also || also(m_events[i]))) {
+                        found = m_events[i];
+                        *from = i + 1;
+                        return true;
+                    }
+                }
+                return false;
+            },
+            timeoutMs);
+        return found;
+    }
+    qsizetype count() const { return m_events.size(); }
+
+private:
+    QWebSocket m_socket;
+    QList<QJsonObject> m_events;
+};
+
+} // namespace
+
+class TestControl : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    Show m_show;
+    RtmpServer m_rtmp;
+    QNetworkAccessManager m_net;
+
+    Answer call(const QByteArray &method, const QString &path, const QByteArray &body = {},
+                const QByteArray &token = kToken)
+    {
+        QNetworkRequest request(m_show.url(path));
+        if (!token.isEmpty())
+            request.setRawHeader("Authorization", "Bearer " + token);
+        request.setHeader(QNetworkRequest::ContentTypeHeader, "application/json");
+        QNetworkReply *reply = m_net.sendCustomRequest(request, method, body);
+        QSignalSpy finished(reply, &QNetworkReply::finished);
+        finished.wait(10000);
+        Answer answer{reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(),
+                      reply->readAll()};
+        reply->deleteLater();
+        return answer;
+    }
+    Answer call(const QByteArray &method, const QString &path, const QJsonObject &body)
+    {
+        return call(method, path, QJsonDocument(body).toJson(QJsonDocument::Compact));
+    }
+    qint64 programFrames() { return call("GET", "status").json()["program"]["frames"].toInteger(); }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(runFfmpeg({"-f", "lavfi", "-i", "color=c=0x00ff00:size=320x180", "-frames:v", "1",
+                           m_dir.filePath("green.png")}));
+        QVERIFY(m_rtmp.start());
+        QVERIFY2(m_show.start({"--channel", "1=" + colourSource("red"), "--channel",
+                               "2=" + colourSource("blue"), "--encoder", "software", "--preset",
+                               "performance", "--duration", "120"}),
+                 m_show.output().constData());
+        // The start-up line says where the token is, never what it is.
+        QVERIFY(m_show.output().contains("token from SELVANE_CONTROL_TOKEN"));
+        QVERIFY(!m_show.output().contains(kToken));
+        QVERIFY(QTest::qWaitFor([&] { return programFrames() > 10; }, 5000));
+    }
+
+    void cutsOverlaysAndOutputsReachTheRecording()
+    {
+        Events events;
+        QVERIFY(events.open(m_show));
+        qsizetype at = 0;
+        QVERIFY(events.next("hello", &at));
+        const QString file = m_dir.filePath("show.mp4");
+        const QString dead = QStringLiteral("rtmp://127.0.0.1:%1/live/gone").arg(freeTcpPort());
+        const Answer started =
+            call("POST", "outputs/start",
+                 QJsonObject{{"record", file},
+                             {"streams", QJsonArray{m_rtmp.url("control"), dead}},
+                             {"size", "320x180"}});
+        QCOMPARE(started.status, 202);
+        QVERIFY(events.next("outputsStarted", &at));
+        QCOMPARE(call("POST", "outputs/start", QJsonObject{{"record", file}}).status, 409);
+
+        // Red (channel 1), then a cut to blue, then a green picture over the whole scene.
+        QTest::qWait(1500);
+        QCOMPARE(call("POST", "program/cut", QJsonObject{{"channel", 2}}).status, 200);
+        QVERIFY(events.next("cut", &at, [](const QJsonObject &e) { return e["channel"] == 2; }));
+        QTest::qWait(1500);
+        QCOMPARE(call("PUT", "overlays/media/5",
+                      QJsonObject{{"path", m_dir.filePath("green.png")},
+                                  {"kind", "image"},
+                                  {"x", 0},
+                                  {"y", 0},
+                                  {"w", 640},
+                                  {"h", 360}})
+                     .status,
+                 200);
+        QCOMPARE(call("PUT", "overlays/text/7",
+                      QJsonObject{{"text", "from the desk"}, {"fontPointSize", 40}})
+                     .status,
+                 200);
+        QVERIFY(events.next("overlays", &at, [](const QJsonObject &e) {
+            return e["text"].toArray().size() == 1 && e["media"].toArray().size() == 1;
+        }));
+        QTest::qWait(1000);
+        const Answer snapshot = call("GET", "program/snapshot.jpg");
+        QCOMPARE(snapshot.status, 200);
+        const QImage still = QImage::fromData(snapshot.body, "JPEG");
+        QCOMPARE(still.size(), QSize(640, 360));
+        const QColor centre = still.pixelColor(320, 250);
+        QVERIFY2(centre.green() > 200 && centre.red() < 60 && centre.blue() < 60,
+                 qPrintable(centre.name()));
+
+        // Reconnect now: the dead target tries again at once instead of after its backoff; a
+        // target that is online is not waiting.
+        const auto target2 = [](const QJsonObject &e) {
+            return e["target"] == 2;
+        };
+        QVERIFY(events.next("stream", &at, [&](const QJsonObject &e) {
+            return target2(e) && e["status"] == "reconnecting";
+        }));
+        QElapsedTimer sinceFailure;
+        sinceFailure.start();
+        QTest::qWait(300);
+        QCOMPARE(call("POST", "outputs/targets/2/reconnect").status, 200);
+        QVERIFY(events.next("stream", &at, target2, 1500));
+        QVERIFY2(sinceFailure.elapsed() < 1800, "the retry waited out its backoff");
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                return call("GET", "status").json()["outputs"]["targets"][0]["status"] == "online";
+            },
+            5000));
+        QCOMPARE(call("POST", "outputs/targets/1/reconnect").status, 409);
+        QCOMPARE(call("POST", "outputs/targets/3/reconnect").status, 404);
+
+        QCOMPARE(call("POST", "outputs/stop").status, 200);
+        QVERIFY(events.next("outputsStopped", &at));
+        QCOMPARE(colourRun(file), QString("rbg"));
+        QVERIFY(events.next("levels", &at));
+
+        QCOMPARE(call("DELETE", "overlays/media/5").status, 200);
+        QCOMPARE(call("DELETE", "overlays/text/7").status, 200);
+        QCOMPARE(call("DELETE", "overlays/text/7").status, 404);
+    }
+
+    void schedulesLoadStartAndStop()
+    {
+        Events events;
+        QVERIFY(events.open(m_show));
+        qsizetype at = 0;
+        // Schedule files count channels from 0.
+        const auto clip = [](const char *id, int startMs, int endMs, int channel) {
+            return QJsonObject{{"id", id},
+                               {"startMs", startMs},
+                               {"endMs", endMs},
+                               {"kind", "channel"},
+                               {"channel", channel}};
+        };
+        QJsonObject schedule{
+            {"format", "selvane_program_arrangement"},
+            {"version", 3},
+            {"sceneClips", QJsonArray{clip("first", 0, 1000, 0), clip("second", 1000, 0, 1)}}};
+        QCOMPARE(call("PUT", "schedule", QByteArray("{\"format\": ")).status, 400);
+        QJsonObject missing = schedule;
+        missing["sceneClips"] = QJsonArray{QJsonObject{
+            {"id", "pics"}, {"kind", "imageSequence"}, {"paths", m_dir.filePath("none.png")}}};
+        const Answer refused = call("PUT", "schedule", missing);
+        QCOMPARE(refused.status, 400);
+        QVERIFY(!refused.json()["error"].toString().isEmpty());
+
+        QCOMPARE(call("PUT", "schedule", schedule).status, 200);
+        QCOMPARE(call("POST", "schedule/start").status, 200);
+        QVERIFY(events.next("schedule", &at,
+                            [](const QJsonObject &e) { return e["running"] == true; }));
+        QVERIFY(events.next("scheduleClip", &at,
+                            [](const QJsonObject &e) { return e["id"] == "first"; }));
+        QVERIFY(events.next("scheduleClip", &at,
+                            [](const QJsonObject &e) { return e["id"] == "second"; }));
+        QCOMPARE(call("GET", "status").json()["program"]["channel"].toInt(), 2);
+        QCOMPARE(call("POST", "schedule/start").status, 409);
+        QCOMPARE(call("POST", "schedule/stop").status, 200);
+        QVERIFY(events.next("schedule", &at,
+                            [](const QJsonObject &e) { return e["running"] == false; }));
+        QCOMPARE(call("POST", "schedule/stop").status, 409);
+    }
+
+    void badRequestsAreRefusedWhileTheShowGoesOn()
+    {
+        const qint64 framesBefore = programFrames();
+        QElapsedTimer clock;
+        clock.start();
+        QCOMPARE(call("GET", "status", {}, "wrong-token-0000000000").status, 401);
+        QCOMPARE(call("GET", "status", {}, {}).status, 401);
+        QCOMPARE(call("POST", "program/cut", QByteArray("{\"channel\": 2,")).status, 400);
+        QCOMPARE(call("POST", "program/cut", QJsonObject{{"channel", "two"}}).status, 400);
+        QCOMPARE(call("POST", "program/cut", QJsonObject{{"channel", 5}}).status, 400);
+        QCOMPARE(call("PUT", "channels/7", QJsonObject{{"address", colourSource("red")}}).status,
+                 404);
+        QCOMPARE(call("PUT", "channels/3", QJsonObject{{"address", "nothing://x"}}).status, 400);
+        QCOMPARE(call("GET", "no/such/thing").status, 404);
+        QCOMPARE(call("DELETE", "overlays/media/42").status, 404);
+        QCOMPARE(call("PUT", "audio/overlays/42", QJsonObject{{"volume", 1}}).status, 404);
+        QCOMPARE(call("PUT", "audio/channels/1", QJsonObject{{"volume", 9}}).status, 400);
+        QCOMPARE(call("GET", "program/cut").status, 405);
+        QCOMPARE(call("POST", "outputs/stop").status, 409);
+        QCOMPARE(call("POST", "outputs/targets/1/reconnect").status, 404);
+        const Answer folder =
+            call("POST", "outputs/start", QJsonObject{{"record", "/no/such/folder/a.mp4"}});
+        QCOMPARE(folder.status, 400);
+        QVERIFY(folder.json()["error"].toString().contains("does not exist"));
+        QCOMPARE(call("PUT", "schedule", QByteArray(3 * 1024 * 1024, ' ')).status, 413);
+
+        // Bytes that are no HTTP at all, and a head without end, over a plain socket.
+        const auto raw = [&](const QByteArray &bytes) {
+            QTcpSocket socket;
+            socket.connectToHost("127.0.0.1", m_show.port());
+            socket.waitForConnected(3000);
+            socket.write(bytes);
+            QByteArray answer;
+            while (socket.waitForReadyRead(3000))
+                answer += socket.readAll();
+            return answer;
+        };
+        QByteArray noise(4096, Qt::Uninitialized);
+        for (char &c : noise)
+            c = char(QRandomGenerator::global()->bounded(256));
+        QVERIFY(raw(noise).startsWith("HTTP/1.1 4"));
+        QVERIFY(raw("GET /api/v1/status HTTP/1.1\r\nX-Pad: " + QByteArray(20000, 'a'))
+                    .startsWith("HTTP/1.1 431"));
+
+        Events intruder;
+        QVERIFY(!intruder.open(m_show, "wrong-token-0000000000"));
+
+        // The program never waited: its frames kept their rate all along.
+        const qint64 frames = programFrames() - framesBefore;
+        const qint64 expected = clock.elapsed() * 30 / 1000;
+        QVERIFY2(frames >= expected * 9 / 10,
+                 qPrintable(QStringLiteral("%1 frames, %2 expected").arg(frames).arg(expected)));
+    }
+
+    void cleanupTestCase()
+    {
+        QCOMPARE(m_show.stop(), 0);
+        QVERIFY(!m_show.output().contains(kToken));
+    }
+
+    void tokenIsMadeOnceAndKeptPrivate()
+    {
+        Show show;
+        QVERIFY(show.start({"--duration", "10"}, false));
+        const QString file = show.home().path("config/Ostrel/selvane_control_token");
+        QVERIFY2(show.output().contains(file.toUtf8()), show.output().constData());
+        QCOMPARE(QFile::permissions(file) & ~(QFile::ReadUser | QFile::WriteUser),
+                 QFile::ReadOwner | QFile::WriteOwner);
+        const QByteArray token = readAll(file).trimmed();
+        QVERIFY(token.size() >= 32);
+        QVERIFY(!show.output().contains(token));
+        QNetworkRequest request(show.url("status"));
+        request.setRawHeader("Authorization", "Bearer " + token);
+        QNetworkReply *reply = m_net.get(request);
+        QSignalSpy finished(reply, &QNetworkReply::finished);
+        QVERIFY(finished.wait(5000));
+        QCOMPARE(reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(), 200);
+        delete reply;
+        QCOMPARE(show.stop(), 0);
+
+        // Bad values are refused before anything starts.
+        for (const QStringList &bad :
+             {QStringList{"--control-port", "0"}, QStringList{"--control-port", "70000"},
+              QStringList{"--control-port", "80", "--control-bind", "x"}}) {
+            const ProcessResult r =
+                runProcess(kBinary, QStringList{"--headless"} + bad, show.home().environment());
+            QCOMPARE(r.exitCode, 1);
+        }
+    }
+};
+
+QTEST_MAIN(TestControl)
+#include "test_control.moc"

@@ -17,8 +17,10 @@
 #include "panels/OutputStatusView.h"
 #include "panels/PreviewCanvas.h"
 #include "panels/ProgramPreview.h"
+#include "panels/ProxyDialog.h"
 #include "panels/ScheduleWindow.h"
 #include "panels/SourceDialog.h"
+#include "panels/TextOverlayPanel.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -107,6 +109,8 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent)
     createDocks();
     createStatusBar();
     connectEngine();
+    // The remote control, when the command line or the "control/port" setting asks for it.
+    m_control = startWindowControl(*m_engine, this);
     // Without a window manager (a bare X server) maximising does nothing: take the screen.
     if (QScreen *screen = QGuiApplication::primaryScreen())
         setGeometry(screen->availableGeometry());
@@ -266,11 +270,13 @@ void MainWindow::createMenus()
     }
     m_exitAction->setShortcut(QKeySequence::Quit);
 
-    // The proxy settings come with their own dialog; until then the entry is not offered.
-    m_proxyAction->setVisible(false);
     m_drawingToolsAction->setCheckable(true);
 
     connect(m_exportDrawingAction, &QAction::triggered, this, &MainWindow::exportDrawing);
+    connect(m_proxyAction, &QAction::triggered, this, [this] {
+        ProxyDialog dialog(this);
+        dialog.exec();
+    });
     connect(m_schedulingAction, &QAction::triggered, this, [this] {
         ScheduleWindow *window = scheduleWindow();
         window->show();
@@ -323,6 +329,9 @@ void MainWindow::createDocks()
         case AudioMixerDock:
             body = m_mixerPanel;
             break;
+        case TextOverlayDock:
+            body = new TextOverlayPanel(m_engine, dockWidget);
+            break;
         case VideoOverlayDock:
             body = m_mediaPanel;
             break;
@@ -330,9 +339,6 @@ void MainWindow::createDocks()
             body = m_imagePanel;
             break;
         default:
-            // Text, media overlay and image playback panels come with their own work; the
-            // docks stay closed until then.
-            body = new QWidget(dockWidget);
             break;
         }
         int minimumWidth = 220;
@@ -491,10 +497,11 @@ void MainWindow::resetWorkspaceLayout()
         QDockWidget *dockWidget = m_docks[id];
         dockWidget->setFloating(false);
         addDockWidget(area, dockWidget);
-        dockWidget->setVisible(id != TextOverlayDock);
+        dockWidget->setVisible(true);
     }
     splitDockWidget(m_docks[OutputPreviewDock], m_docks[AudioMixerDock], Qt::Vertical);
-    tabifyDockWidget(m_docks[OutputSettingsDock], m_docks[VideoOverlayDock]);
+    tabifyDockWidget(m_docks[OutputSettingsDock], m_docks[TextOverlayDock]);
+    tabifyDockWidget(m_docks[TextOverlayDock], m_docks[VideoOverlayDock]);
     tabifyDockWidget(m_docks[VideoOverlayDock], m_docks[ImagePlaybackDock]);
     m_docks[OutputSettingsDock]->raise();
     resizeDocks({m_docks[OutputSettingsDock], m_docks[AudioMixerDock]}, {340, 400}, Qt::Horizontal);

@@ -7,7 +7,7 @@
 // (each refusal a warning box titled "Output"), and a clean end of the outputs when it closes.
 // Media behaviour lives in the engine.
 //
-// Owns: the engine, the preview scaler, every panel. GUI thread only. Emits
+// Owns: the engine, the preview scaler, every panel, the remote control. GUI thread only. Emits
 // programArrangementRunningChanged when the schedule starts or stops.
 
 #include "cli/CommandLine.h"
@@ -18,6 +18,7 @@
 namespace selvane {
 class AudioMixerPanel;
 class ChannelPanel;
+class ControlServer;
 class DrawingToolBar;
 class ImagePlaybackPanel;
 class MediaOverlayPanel;
@@ -126,6 +127,7 @@ private:
     bool m_chinese = false;
     bool m_closingForShutdown = false;
     selvane::Engine *m_engine = nullptr;
+    selvane::ControlServer *m_control = nullptr; // the remote control, when it is on
     selvane::PreviewImages *m_previews = nullptr;
     selvane::ProgramPreview *m_preview = nullptr;
     std::array<selvane::ChannelPanel *, 4> m_channels{};

@@ -12,13 +12,19 @@
 #include "engine/ScheduleControl.h"
 #include "engine/SlideShow.h"
 #include "media/FrameConvert.h"
+#include "net/ProxySettings.h"
+#include "net/SecretMask.h"
+#include "net/SocksTcpRelay.h"
 #include "output/VideoEncoderChoice.h"
 #include "schedule/ScheduleRunner.h"
 
 #include <QDebug>
+#include <QElapsedTimer>
 #include <QPainter>
+#include <QSettings>
 #include <QThread>
 #include <QTimer>
+#include <QUrl>
 #include <cmath>
 
 namespace selvane {
@@ -730,19 +736,7 @@ EngineStats Engine::stats() const
     return s;
 }
 
-} // namespace selvane
-
 // ---- network proxy ----
-
-#include "net/ProxySettings.h"
-#include "net/SecretMask.h"
-#include "net/SocksTcpRelay.h"
-
-#include <QElapsedTimer>
-#include <QSettings>
-#include <QUrl>
-
-namespace selvane {
 
 ProxyStatus Engine::proxyStatus()
 {

@@ -4,7 +4,7 @@
 // eraser and undo take it away and bring it back; slides from a folder play as the program and
 // Stop goes back to the channel.
 
-#include "TestSupport.h"
+#include "GuiSupport.h"
 #include "app/MainWindow.h"
 #include "engine/Engine.h"
 #include "panels/DrawingToolBar.h"
@@ -28,22 +28,6 @@ namespace {
 
 const QString kGrey =
     "lavfi://color=c=0x505050:size=640x360:rate=30[out0];anullsrc=r=48000:cl=stereo[out1]";
-
-template <typename T> T *named(QWidget *root, const QString &name)
-{
-    for (T *widget : root->findChildren<T *>())
-        if (widget->accessibleName() == name)
-            return widget;
-    return nullptr;
-}
-
-QImage frameAt(const QString &file, double seconds, const QString &png)
-{
-    QFile::remove(png);
-    if (!runFfmpeg({"-ss", QString::number(seconds), "-i", file, "-frames:v", "1", png}))
-        return {};
-    return QImage(png);
-}
 
 bool near(const QColor &c, int r, int g, int b, int tolerance = 45)
 {
@@ -235,17 +219,6 @@ private slots:
     }
 };
 
-int main(int argc, char *argv[])
-{
-    static IsolatedHome home;
-    qputenv("XDG_CONFIG_HOME", home.path("config").toUtf8());
-    qputenv("XDG_DATA_HOME", home.path("data").toUtf8());
-    qputenv("XDG_RUNTIME_DIR", home.path("run").toUtf8());
-    qputenv("HOME", home.path().toUtf8());
-    QApplication app(argc, argv);
-    QCoreApplication::setApplicationName("Selvane");
-    TestGraphicsPanels test;
-    return QTest::qExec(&test, argc, argv);
-}
+SELVANE_GUI_TEST_MAIN(TestGraphicsPanels)
 
 #include "test_graphics_panels.moc"

@@ -3,7 +3,7 @@
 // silence, both languages in every open panel, the layout; and the real executable under Xvfb
 // with a show and --start-outputs, ended by SIGTERM, with screenshots in both languages.
 
-#include "TestSupport.h"
+#include "GuiSupport.h"
 #include "app/Language.h"
 #include "app/MainWindow.h"
 #include "engine/Engine.h"
@@ -38,57 +38,6 @@ using selvane::Engine;
 using selvane::LevelMeter;
 using selvane::OutputSettingsPanel;
 // ---- helpers for driving the window as an operator ----
-
-template <typename T> T *named(QWidget *root, const QString &name)
-{
-    for (T *widget : root->findChildren<T *>())
-        if (widget->accessibleName() == name)
-            return widget;
-    return nullptr;
-}
-
-// Runs `act` on the next modal dialog as soon as it is shown (the caller then opens it).
-void onNextDialog(std::function<void(QDialog *)> act)
-{
-    auto *poll = new QTimer;
-    auto started = std::make_shared<QElapsedTimer>();
-    started->start();
-    QObject::connect(poll, &QTimer::timeout, [poll, act, started] {
-        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
-        if (dialog && dialog->isVisible()) {
-            poll->stop();
-            poll->deleteLater();
-            act(dialog);
-        } else if (started->elapsed() > 10000) {
-            poll->stop();
-            poll->deleteLater();
-        }
-    });
-    poll->start(20);
-}
-
-// The average colour of the recording's picture at `seconds` (negative: from the end).
-QColor averageColour(const QString &file, double seconds)
-{
-    QProcess ffmpeg;
-    QStringList args{"-v", "error"};
-    args << (seconds < 0 ? "-sseof" : "-ss") << QString::number(seconds) << "-i" << file
-         << "-frames:v"
-         << "1"
-         << "-vf"
-         << "scale=1:1:flags=area"
-         << "-f"
-         << "rawvideo"
-         << "-pix_fmt"
-         << "rgb24"
-         << "-";
-    ffmpeg.start("ffmpeg", args);
-    ffmpeg.waitForFinished(30000);
-    const QByteArray rgb = ffmpeg.readAllStandardOutput();
-    if (rgb.size() < 3)
-        return {};
-    return QColor(uchar(rgb[0]), uchar(rgb[1]), uchar(rgb[2]));
-}
 
 class UrlRecorder : public QObject
 {
@@ -549,18 +498,6 @@ private slots:
     }
 };
 
-int main(int argc, char *argv[])
-{
-    // Settings and the output folder live in a private home for the whole run.
-    static IsolatedHome home;
-    qputenv("XDG_CONFIG_HOME", home.path("config").toUtf8());
-    qputenv("XDG_DATA_HOME", home.path("data").toUtf8());
-    qputenv("XDG_RUNTIME_DIR", home.path("run").toUtf8());
-    qputenv("HOME", home.path().toUtf8());
-    QApplication app(argc, argv);
-    QCoreApplication::setApplicationName("Selvane");
-    TestMainWindow test;
-    return QTest::qExec(&test, argc, argv);
-}
+SELVANE_GUI_TEST_MAIN(TestMainWindow)
 
 #include "test_mainwindow.moc"

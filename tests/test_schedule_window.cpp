@@ -4,7 +4,7 @@
 // say; refusals (a duplicate id, a garbage file, no base clip) in their boxes with the rows kept.
 // Screenshots of the running window in both languages.
 
-#include "TestSupport.h"
+#include "GuiSupport.h"
 #include "app/Language.h"
 #include "engine/Engine.h"
 #include "panels/ScheduleTimeline.h"
@@ -32,32 +32,6 @@ const QString kRed =
     "lavfi://color=c=red:size=320x240:rate=30[out0];anullsrc=r=48000:cl=stereo[out1]";
 const QString kBlue =
     "lavfi://color=c=blue:size=320x240:rate=30[out0];anullsrc=r=48000:cl=stereo[out1]";
-
-template <typename T> T *named(QWidget *root, const QString &name)
-{
-    for (T *widget : root->findChildren<T *>())
-        if (widget->accessibleName() == name)
-            return widget;
-    return nullptr;
-}
-
-// Runs `act` on the next modal dialog as soon as it is shown (the caller then opens it).
-void onNextDialog(std::function<void(QDialog *)> act)
-{
-    auto *poll = new QTimer;
-    auto started = std::make_shared<QElapsedTimer>();
-    started->start();
-    QObject::connect(poll, &QTimer::timeout, [poll, act, started] {
-        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
-        if ((dialog && dialog->isVisible()) || started->elapsed() > 10000) {
-            poll->stop();
-            poll->deleteLater();
-            if (dialog)
-                act(dialog);
-        }
-    });
-    poll->start(20);
-}
 
 // Closes the next "scheduleMessage" box with `answer`; "title|text" of what it said.
 std::shared_ptr<QString> closeNextBox(QMessageBox::StandardButton answer = QMessageBox::Ok)
@@ -92,30 +66,6 @@ void typeDateTime(QDateTimeEdit *edit, const QDateTime &when)
         QTest::keyClicks(edit, parts[i]);
     }
     QTest::keyClick(edit, Qt::Key_Tab);
-}
-
-QColor averageColour(const QString &file, double seconds)
-{
-    QProcess ffmpeg;
-    QStringList args{"-v",
-                     "error",
-                     seconds < 0 ? "-sseof" : "-ss",
-                     QString::number(seconds),
-                     "-i",
-                     file,
-                     "-frames:v",
-                     "1",
-                     "-vf",
-                     "scale=1:1:flags=area",
-                     "-f",
-                     "rawvideo",
-                     "-pix_fmt",
-                     "rgb24",
-                     "-"};
-    ffmpeg.start("ffmpeg", args);
-    ffmpeg.waitForFinished(30000);
-    const QByteArray rgb = ffmpeg.readAllStandardOutput();
-    return rgb.size() < 3 ? QColor() : QColor(uchar(rgb[0]), uchar(rgb[1]), uchar(rgb[2]));
 }
 
 } // namespace
@@ -299,17 +249,6 @@ private slots:
     }
 };
 
-int main(int argc, char *argv[])
-{
-    static IsolatedHome home;
-    qputenv("XDG_CONFIG_HOME", home.path("config").toUtf8());
-    qputenv("XDG_DATA_HOME", home.path("data").toUtf8());
-    qputenv("XDG_RUNTIME_DIR", home.path("run").toUtf8());
-    qputenv("HOME", home.path().toUtf8());
-    QApplication app(argc, argv);
-    QCoreApplication::setApplicationName("Selvane");
-    TestScheduleWindow test;
-    return QTest::qExec(&test, argc, argv);
-}
+SELVANE_GUI_TEST_MAIN(TestScheduleWindow)
 
 #include "test_schedule_window.moc"

@@ -5,7 +5,7 @@
 // reach), refuses an eleventh text with a box, switches a text off from its row, and Cancel
 // leaves the text as it was. Screenshots in both languages.
 
-#include "TestSupport.h"
+#include "GuiSupport.h"
 #include "app/Language.h"
 #include "app/Theme.h"
 #include "engine/Engine.h"
@@ -32,32 +32,6 @@ namespace {
 const QString kGrey =
     "lavfi://color=c=0x404040:size=1280x720:rate=30[out0];anullsrc=r=48000:cl=stereo[out1]";
 const QColor kBox(20, 90, 220);
-
-template <typename T> T *named(QWidget *root, const QString &name)
-{
-    for (T *widget : root->findChildren<T *>())
-        if (widget->accessibleName() == name)
-            return widget;
-    return nullptr;
-}
-
-// Runs `act` on the next modal dialog of type T as soon as it is shown (the caller opens it).
-template <typename T> void onNextDialog(std::function<void(T *)> act)
-{
-    auto *poll = new QTimer;
-    auto started = std::make_shared<QElapsedTimer>();
-    started->start();
-    QObject::connect(poll, &QTimer::timeout, [poll, act, started] {
-        auto *dialog = qobject_cast<T *>(QApplication::activeModalWidget());
-        if ((dialog && dialog->isVisible()) || started->elapsed() > 10000) {
-            poll->stop();
-            poll->deleteLater();
-            if (dialog)
-                act(dialog);
-        }
-    });
-    poll->start(20);
-}
 
 bool near(const QColor &c, const QColor &want, int tolerance)
 {
@@ -361,5 +335,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestTextPanel)
+SELVANE_GUI_TEST_MAIN(TestTextPanel)
 #include "test_text_panel.moc"

@@ -1,6 +1,7 @@
 #include "app/Language.h"
 
 #include <QCoreApplication>
+#include <QLibraryInfo>
 #include <QSettings>
 #include <QTranslator>
 
@@ -8,7 +9,9 @@ namespace selvane {
 
 namespace {
 QTranslator *g_translator = nullptr;
-}
+// Qt's own texts (OK, Cancel, the file and colour dialogs), where the system has them.
+QTranslator *g_qtTranslator = nullptr;
+} // namespace
 
 bool isChineseLanguageCode(const QString &code)
 {
@@ -32,15 +35,24 @@ void storeLanguageFlag(bool chinese)
 bool installUiTranslator(bool chinese)
 {
     if (!chinese) {
-        if (g_translator) {
-            QCoreApplication::removeTranslator(g_translator);
-            delete g_translator;
-            g_translator = nullptr;
+        for (QTranslator **installed : {&g_translator, &g_qtTranslator}) {
+            if (*installed) {
+                QCoreApplication::removeTranslator(*installed);
+                delete *installed;
+                *installed = nullptr;
+            }
         }
         return true;
     }
     if (g_translator)
         return true;
+    auto *qt = new QTranslator(QCoreApplication::instance());
+    if (qt->load("qtbase_zh_CN", QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+        QCoreApplication::installTranslator(qt);
+        g_qtTranslator = qt;
+    } else {
+        delete qt;
+    }
     auto *translator = new QTranslator(QCoreApplication::instance());
     if (!translator->load(":/i18n/selvane_zh_CN.qm")) {
         delete translator;

@@ -217,6 +217,40 @@ private slots:
         QVERIFY(near(frameAt(file, end - 0.2, path("last.png")).pixelColor(320, 180), 0x50, 0x50,
                      0x50));
     }
+
+    // The graphics panels and the drawing tools in both languages, switched while open; the
+    // pictures stay beside the test for a person to look at.
+    void panelsInBothLanguages()
+    {
+        MainWindow w;
+        startShow(w);
+        w.mediaOverlayPanel()->addOverlay(MediaOverlayRecord::StillImage,
+                                          solidPng(path("logo.png"), Qt::green));
+        w.imagePlaybackPanel()->setFolder(QCoreApplication::applicationDirPath());
+        w.showDrawingTools(true);
+        QDir().mkpath("screenshots");
+        auto *startSlides = named<QPushButton>(w.imagePlaybackPanel(), "Start Slides");
+        QVERIFY(startSlides);
+        for (const bool chinese : {false, true}) {
+            w.setLanguage(chinese);
+            const QString start = chinese ? QString("开始播放图片") : QString("Start Slides");
+            QTRY_COMPARE(startSlides->text(), start);
+            const QString suffix = chinese ? "_zh.png" : "_en.png";
+            for (auto [name, id] : {std::pair<QString, MainWindow::DockId>{
+                                        "text_overlay", MainWindow::TextOverlayDock},
+                                    {"video_overlay", MainWindow::VideoOverlayDock},
+                                    {"image_playback", MainWindow::ImagePlaybackDock}}) {
+                w.dock(id)->raise();
+                QTest::qWait(100);
+                QVERIFY(w.dock(id)->grab().save("screenshots/" + name + suffix));
+            }
+            QVERIFY(w.drawingTools()->grab().save("screenshots/drawing_tools" + suffix));
+            w.dock(MainWindow::VideoOverlayDock)->raise();
+            QTest::qWait(100);
+            QVERIFY(w.grab().save("screenshots/window_graphics" + suffix));
+        }
+        w.setLanguage(false);
+    }
 };
 
 SELVANE_GUI_TEST_MAIN(TestGraphicsPanels)

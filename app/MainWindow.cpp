@@ -162,6 +162,7 @@ void MainWindow::createCentralArea()
     for (int c = 0; c < kChannelCount; ++c) {
         auto *panel = new ChannelPanel(c, row);
         m_channels[std::size_t(c)] = panel;
+        panel->setOnProgram(c == m_engine->programChannel());
         rowLayout->addWidget(panel);
         connect(panel, &ChannelPanel::chooseSourceRequested, this, [this, c] { chooseSource(c); });
         connect(panel, &ChannelPanel::clearRequested, this, [this, c] {
@@ -221,6 +222,10 @@ void MainWindow::connectEngine()
                     m_channels[std::size_t(channel)]->setError(text);
                 statusBar()->showMessage(tr("Channel %1: %2").arg(channel + 1).arg(text), 10000);
             });
+    connect(m_engine, &Engine::programChannelChanged, this, [this](int channel) {
+        for (int c = 0; c < kChannelCount; ++c)
+            m_channels[std::size_t(c)]->setOnProgram(c == channel);
+    });
     connect(m_engine, &Engine::outputsStarted, this, [this](QSize) {
         m_outputPanel->setOutputsRunning(true);
         m_preview->setTally(true);
@@ -568,7 +573,6 @@ void MainWindow::refreshStats()
     for (int c = 0; c < kChannelCount; ++c) {
         ChannelPanel *panel = m_channels[std::size_t(c)];
         panel->showStats(stats.channels[std::size_t(c)]);
-        panel->setOnProgram(c == stats.program.channel);
     }
     const int onAir = stats.program.channel;
     const bool noSource =
@@ -658,8 +662,6 @@ void MainWindow::take(int channel)
     if (channel < 0 || channel >= kChannelCount)
         return;
     m_engine->cutTo(channel);
-    for (int c = 0; c < kChannelCount; ++c)
-        m_channels[std::size_t(c)]->setOnProgram(c == channel);
 }
 
 // ---- outputs ----

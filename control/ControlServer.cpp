@@ -184,6 +184,11 @@ ControlServer::ControlServer(Engine *engine, QObject *parent) : QObject(parent),
                            {"detail", detail}});
             });
     connect(engine, &Engine::overlaysChanged, this, [this] { m_overlaysDirty = true; });
+    connect(engine, &Engine::programChannelChanged, this, [this](int channel) {
+        broadcast(
+            {{"type", "cut"},
+             {"channel", channel >= 0 ? QJsonValue(channel + 1) : QJsonValue(QJsonValue::Null)}});
+    });
     connect(engine, &Engine::programSizeChanged, this, [this](QSize size, bool fallback) {
         broadcast({{"type", "programSize"},
                    {"width", size.width()},
@@ -479,10 +484,6 @@ ControlServer::Reply ControlServer::execute(const ControlCommand &c, QTcpSocket 
         return ok({{"channel", channelNumber}});
     case Command::Cut:
         engine.cutTo(c.channel);
-        if (!m_clients.isEmpty() && m_lastProgramChannel != engine.programChannel()) {
-            m_lastProgramChannel = engine.programChannel();
-            broadcast({{"type", "cut"}, {"channel", channelNumber}});
-        }
         return ok({{"channel", channelNumber}});
     case Command::Snapshot: {
         if (m_snapshots.size() >= kMaxSnapshotWaits)
@@ -732,7 +733,6 @@ void ControlServer::onWebSocket()
         m_unsent[client] += client->sendTextMessage(QString::fromUtf8(hello));
     }
     if (!m_clients.isEmpty() && !m_tickTimer->isActive()) {
-        m_lastProgramChannel = m_engine ? m_engine->programChannel() : -1;
         m_overlaysDirty = false;
         m_tickTimer->start();
     }
@@ -760,13 +760,6 @@ void ControlServer::tick()
         return;
     }
     const EngineStats stats = m_engine->stats();
-    const int channel = m_engine->programChannel();
-    if (channel != m_lastProgramChannel) {
-        m_lastProgramChannel = channel;
-        broadcast(
-            {{"type", "cut"},
-             {"channel", channel >= 0 ? QJsonValue(channel + 1) : QJsonValue(QJsonValue::Null)}});
-    }
     if (m_overlaysDirty) {
         m_overlaysDirty = false;
         QJsonObject event = overlaysJson(*m_engine);

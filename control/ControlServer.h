@@ -121,7 +121,6 @@ private:
     QList<QWebSocket *> m_clients;
     QHash<QWebSocket *, qint64> m_unsent; // bytes queued for a client and not yet written
     QTimer *m_tickTimer = nullptr;
-    int m_lastProgramChannel = -2;
     bool m_overlaysDirty = false;
     struct OverlayVolumes
     {

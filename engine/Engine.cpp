@@ -91,6 +91,7 @@ Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBas
             m_stillSize = image.size();
             updateProgramSize();
         }
+        noteProgramChannel();
         emit slideShown(shown);
     });
 
@@ -257,6 +258,16 @@ void Engine::cutTo(int channel)
     m_switcher->cutTo(channel);
     m_feeds.setProgramChannel(channel);
     updateProgramSize();
+    noteProgramChannel();
+}
+
+void Engine::noteProgramChannel()
+{
+    const int channel = programChannel();
+    if (channel == m_announcedProgramChannel)
+        return;
+    m_announcedProgramChannel = channel;
+    emit programChannelChanged(channel);
 }
 
 void Engine::showImages(const QStringList &paths, int intervalMs, bool loop)
@@ -273,6 +284,7 @@ void Engine::showStill(const QImage &image)
     if (!image.isNull())
         m_stillSize = image.size();
     updateProgramSize();
+    noteProgramChannel();
 }
 
 void Engine::setOutputSize(const OutputSize &size)

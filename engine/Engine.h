@@ -202,6 +202,9 @@ signals:
     // The newest program picture and the channel it came from (-1: still); at most one waits.
     void programFrame(FrameTokenPtr frame, int channel);
     void programSizeChanged(QSize size, bool usedFallback);
+    // The channel on program changed (-1: a still, a slide or black), whoever cut: the window,
+    // the control API, the schedule.
+    void programChannelChanged(int channel);
     void outputsStarted(QSize size);
     void outputsStopped();
     void outputsFailed(selvane::OutputFailure failure);
@@ -219,6 +222,7 @@ private:
     void onOverlayPreviewsReady();
     void onChannelSizeChanged(int channel, QSize size);
     void updateProgramSize();
+    void noteProgramChannel();
     void openPendingOutputs();
     // Opens them when the program's size is known (given, or shown by its source).
     void openPendingOutputsOnceSized();
@@ -261,6 +265,7 @@ private:
     // Program size: the operator's choice, what is on air, and the lock while outputs run.
     OutputSize m_wantedSize;
     QSize m_stillSize;
+    int m_announcedProgramChannel = 0;
     QSize m_programSize;
     bool m_usedFallback = false;
     bool m_sizeLocked = false;

@@ -306,6 +306,7 @@ private slots:
         QVERIFY(!refused.json()["error"].toString().isEmpty());
 
         QCOMPARE(call("PUT", "schedule", schedule).status, 200);
+        qsizetype cuts = at;
         QCOMPARE(call("POST", "schedule/start").status, 200);
         QVERIFY(events.next("schedule", &at,
                             [](const QJsonObject &e) { return e["running"] == true; }));
@@ -314,6 +315,8 @@ private slots:
         QVERIFY(events.next("scheduleClip", &at,
                             [](const QJsonObject &e) { return e["id"] == "second"; }));
         QCOMPARE(call("GET", "status").json()["program"]["channel"].toInt(), 2);
+        // The schedule's cuts reach the clients like the operator's.
+        QVERIFY(events.next("cut", &cuts, [](const QJsonObject &e) { return e["channel"] == 2; }));
         QCOMPARE(call("POST", "schedule/start").status, 409);
         QCOMPARE(call("POST", "schedule/stop").status, 200);
         QVERIFY(events.next("schedule", &at,

@@ -1,7 +1,6 @@
 #include "compose/OverlayPainting.h"
 
 #include "compose/TextRender.h"
-#include "compose/VulkanCompositor.h"
 
 #include <QPolygonF>
 #include <algorithm>
@@ -10,8 +9,8 @@ namespace selvane {
 
 void paintDoodle(QPainter &painter, QSize size, const QList<DoodleStroke> &strokes)
 {
-    const double sx = size.width() / VulkanCompositor::kSceneWidth;
-    const double sy = size.height() / VulkanCompositor::kSceneHeight;
+    const double sx = size.width() / kSceneWidth;
+    const double sy = size.height() / kSceneHeight;
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing, true);
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);

@@ -18,6 +18,11 @@
 #include <functional>
 #include <memory>
 
+// The fixed scene in which overlay rectangles and drawing strokes are kept, whatever the
+// program's size.
+inline constexpr double kSceneWidth = 640.0;
+inline constexpr double kSceneHeight = 360.0;
+
 struct MediaOverlayRecord
 {
     enum Kind : qint32

@@ -1,5 +1,7 @@
 #include "compose/TextRender.h"
 
+#include "compose/OverlayScene.h"
+
 #include <QFontMetricsF>
 #include <QImage>
 #include <QPainterPath>
@@ -11,9 +13,6 @@
 namespace selvane {
 
 namespace {
-
-constexpr double kSceneWidth = 640.0;
-constexpr double kSceneHeight = 360.0;
 
 QFont scaledFont(const TextOverlayData &data, double sy)
 {

@@ -47,8 +47,8 @@ public:
     int overlayCount(const OverlayScene &scene) const;
 
     // The fixed scene in which overlay rectangles are kept.
-    static constexpr double kSceneWidth = 640.0;
-    static constexpr double kSceneHeight = 360.0;
+    static constexpr double kSceneWidth = ::kSceneWidth;
+    static constexpr double kSceneHeight = ::kSceneHeight;
     // Tiles of a text line: this wide, and at most this many kept per text.
     static constexpr int kTextTileWidth = 1024;
     static constexpr int kTextTilesKept = 8;

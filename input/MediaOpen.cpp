@@ -117,19 +117,10 @@ int probeStreams(AVFormatContext *context, Dictionary &probeOptions)
 
 } // namespace
 
-void ensureMediaLibrariesReady()
-{
-    static std::once_flag once;
-    std::call_once(once, [] {
-        avformat_network_init();
-        avdevice_register_all();
-    });
-}
-
 OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
                           const AVIOInterruptCB &interrupt)
 {
-    ensureMediaLibrariesReady();
+    ffsupport::ensureMediaLibrariesReady();
     OpenedInput result;
     QString address = sourceAddress;
     proxy::RelayRoute route;
@@ -266,7 +257,7 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
 OpenedInput openMicrophoneInput(const QString &addressOrName, bool isBareDeviceName,
                                 const AVIOInterruptCB &interrupt)
 {
-    ensureMediaLibrariesReady();
+    ffsupport::ensureMediaLibrariesReady();
     OpenedInput result;
     result.captureDevice = true;
     result.live = true;

@@ -51,7 +51,4 @@ OpenedInput openMainInput(const QString &address, bool separateAudio,
 OpenedInput openMicrophoneInput(const QString &addressOrName, bool isBareDeviceName,
                                 const AVIOInterruptCB &interrupt);
 
-// Network and device registration, once per process (both calls are idempotent).
-void ensureMediaLibrariesReady();
-
 } // namespace selvane

@@ -1,7 +1,7 @@
 #include "input/ScreenCapture.h"
 
-#include "input/MediaOpen.h"
 #include "input/SourceAddress.h"
+#include "media/FfmpegTypes.h"
 
 #include <QSize>
 #include <QUrl>
@@ -91,8 +91,8 @@ struct Display
         if (property == XCB_ATOM_NONE)
             return {};
         std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> reply(
-            xcb_get_property_reply(
-                c, xcb_get_property(c, 0, window, property, type, 0, longLength), nullptr),
+            xcb_get_property_reply(c, xcb_get_property(c, 0, window, property, type, 0, longLength),
+                                   nullptr),
             &std::free);
         if (!reply || reply->type == XCB_ATOM_NONE)
             return {};
@@ -153,8 +153,7 @@ WindowSizeWatch::~WindowSizeWatch() = default;
 std::optional<QSize> WindowSizeWatch::size()
 {
     const Display &d = m_connection->display;
-    if (!d.ok() || m_window == 0 || m_window > 0xffffffffULL ||
-        xcb_connection_has_error(d.c))
+    if (!d.ok() || m_window == 0 || m_window > 0xffffffffULL || xcb_connection_has_error(d.c))
         return std::nullopt;
     const std::optional<QRect> geometry = d.geometry(xcb_window_t(m_window));
     return geometry ? std::optional<QSize>(geometry->size()) : std::nullopt;
@@ -167,8 +166,7 @@ QList<CaptureMonitor> listCaptureMonitors()
     if (!d.ok())
         return monitors;
     std::unique_ptr<xcb_randr_get_monitors_reply_t, decltype(&std::free)> reply(
-        xcb_randr_get_monitors_reply(d.c, xcb_randr_get_monitors(d.c, d.screen->root, 1),
-                                     nullptr),
+        xcb_randr_get_monitors_reply(d.c, xcb_randr_get_monitors(d.c, d.screen->root, 1), nullptr),
         &std::free);
     if (reply) {
         for (auto it = xcb_randr_get_monitors_monitors_iterator(reply.get()); it.rem;
@@ -187,9 +185,9 @@ QList<CaptureMonitor> listCaptureMonitors()
         }
     }
     if (monitors.isEmpty())
-        monitors << CaptureMonitor{0, QStringLiteral("screen"),
-                                   QRect(0, 0, d.screen->width_in_pixels,
-                                         d.screen->height_in_pixels)};
+        monitors << CaptureMonitor{
+            0, QStringLiteral("screen"),
+            QRect(0, 0, d.screen->width_in_pixels, d.screen->height_in_pixels)};
     return monitors;
 }
 
@@ -224,8 +222,8 @@ QList<CaptureWindow> listCaptureWindows()
             continue;
         const QByteArray state = d.property(window, wmState, wmState, 2);
         constexpr uint32_t kIconicState = 3;
-        if (state.size() >= 4 && *reinterpret_cast<const uint32_t *>(state.constData()) ==
-                                     kIconicState)
+        if (state.size() >= 4 &&
+            *reinterpret_cast<const uint32_t *>(state.constData()) == kIconicState)
             continue;
         const QByteArray owner = d.property(window, XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW, 1);
         if (owner.size() >= 4) {
@@ -270,10 +268,9 @@ GrabInput grabInputFor(const QString &address, int framesPerSecond)
                               QByteArray(query.queryItemValue("cursor") == "0" ? "0" : "1")};
     if (classifySource(address) == SourceKind::WindowCapture) {
         const std::optional<quint64> handle = parseWindowHandle(query.queryItemValue("hwnd"));
-        const std::optional<QRect> geometry =
-            handle && *handle <= 0xffffffffULL && *handle != 0
-                ? d.geometry(xcb_window_t(*handle))
-                : std::nullopt;
+        const std::optional<QRect> geometry = handle && *handle <= 0xffffffffULL && *handle != 0
+                                                  ? d.geometry(xcb_window_t(*handle))
+                                                  : std::nullopt;
         if (!geometry || geometry->isEmpty()) {
             grab.error = SourceError::CaptureWindowInvalid;
             return grab;
@@ -292,18 +289,16 @@ GrabInput grabInputFor(const QString &address, int framesPerSecond)
         grab.size = area.size();
         grab.url += QStringLiteral("+%1,%2").arg(area.x()).arg(area.y()).toLatin1();
     }
-    grab.options << std::pair{QByteArray("video_size"),
-                              QStringLiteral("%1x%2")
-                                  .arg(grab.size.width())
-                                  .arg(grab.size.height())
-                                  .toLatin1()};
+    grab.options << std::pair{
+        QByteArray("video_size"),
+        QStringLiteral("%1x%2").arg(grab.size.width()).arg(grab.size.height()).toLatin1()};
     return grab;
 }
 
 QImage grabStill(const QString &address, QSize fit)
 {
     const GrabInput grab = grabInputFor(address);
-    ensureMediaLibrariesReady();
+    ffsupport::ensureMediaLibrariesReady();
     const AVInputFormat *format = av_find_input_format("x11grab");
     if (grab.error != SourceError::None || !format)
         return {};
@@ -324,8 +319,8 @@ QImage grabStill(const QString &address, QSize fit)
     if (packet && context->nb_streams > 0 && av_read_frame(context, packet) >= 0) {
         // x11grab hands whole pictures of packed 32-bit pixels, B G R x in memory.
         const AVCodecParameters *picture = context->streams[0]->codecpar;
-        const bool packed = picture->format == AV_PIX_FMT_BGR0 ||
-                            picture->format == AV_PIX_FMT_BGRA;
+        const bool packed =
+            picture->format == AV_PIX_FMT_BGR0 || picture->format == AV_PIX_FMT_BGRA;
         if (packed && packet->size >= picture->width * picture->height * 4)
             still = QImage(packet->data, picture->width, picture->height, picture->width * 4,
                            QImage::Format_RGB32)

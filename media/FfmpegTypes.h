@@ -6,7 +6,6 @@
 // object belongs to one thread at a time.
 
 #include <QString>
-
 #include <memory>
 
 extern "C" {
@@ -93,5 +92,8 @@ private:
 
 // "<call>: <FFmpeg's text for err>".
 QString errorText(const char *call, int err);
+
+// Network and device registration, once per process (idempotent, any thread).
+void ensureMediaLibrariesReady();
 
 } // namespace ffsupport

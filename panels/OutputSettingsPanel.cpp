@@ -56,14 +56,6 @@ QLabel *hint(QWidget *parent)
 
 } // namespace
 
-QString OutputSettingsPanel::TargetEntry::url() const
-{
-    const QString base = server.trimmed();
-    if (key.trimmed().isEmpty())
-        return base;
-    return (base.endsWith('/') ? base : base + "/") + key.trimmed();
-}
-
 QString OutputSettingsPanel::expandPattern(const QString &pattern)
 {
     const QDateTime now = QDateTime::currentDateTime();

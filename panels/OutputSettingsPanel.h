@@ -16,6 +16,7 @@
 // programGainChanged(linear) (the output gain), settingsChanged (any choice).
 
 #include "engine/EngineTypes.h"
+#include "panels/StreamTargetDialog.h"
 
 #include <QWidget>
 
@@ -35,15 +36,7 @@ class OutputSettingsPanel : public QWidget
     Q_OBJECT
 
 public:
-    struct TargetEntry
-    {
-        QString kind; // "RTMP", "RTMPS", "SRT", "HLS/HTTP", "Custom"
-        bool enabled = true;
-        QString server;
-        QString key;
-        // The server with the key as the last path element (when there is a key).
-        QString url() const;
-    };
+    using TargetEntry = StreamTargetEntry;
 
     explicit OutputSettingsPanel(QWidget *parent = nullptr);
 

@@ -13,8 +13,15 @@
 
 namespace selvane {
 
-StreamTargetDialog::StreamTargetDialog(QWidget *parent,
-                                       const OutputSettingsPanel::TargetEntry &entry)
+QString StreamTargetEntry::url() const
+{
+    const QString base = server.trimmed();
+    if (key.trimmed().isEmpty())
+        return base;
+    return (base.endsWith('/') ? base : base + "/") + key.trimmed();
+}
+
+StreamTargetDialog::StreamTargetDialog(QWidget *parent, const StreamTargetEntry &entry)
     : QDialog(parent)
 {
     setObjectName("streamTargetDialog");
@@ -63,7 +70,7 @@ StreamTargetDialog::StreamTargetDialog(QWidget *parent,
     connect(buttons, &QDialogButtonBox::rejected, this, &StreamTargetDialog::reject);
 }
 
-OutputSettingsPanel::TargetEntry StreamTargetDialog::entry() const
+StreamTargetEntry StreamTargetDialog::entry() const
 {
     return {m_kind->currentText(), m_enabled->isChecked(), m_server->text().trimmed(),
             m_key->text().trimmed()};
@@ -71,7 +78,7 @@ OutputSettingsPanel::TargetEntry StreamTargetDialog::entry() const
 
 void StreamTargetDialog::accept()
 {
-    const OutputSettingsPanel::TargetEntry e = entry();
+    const StreamTargetEntry e = entry();
     EncoderSettings check;
     check.streamTargets << Engine::parseStreamTarget(e.url());
     if (!e.server.isEmpty() && Engine::checkOutputs(check).ok()) {

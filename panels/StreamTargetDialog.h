@@ -3,9 +3,8 @@
 // Adds or edits one stream target: its kind, the server URL, the stream key (hidden until the
 // operator reveals it) and whether it is used. GUI thread only; modal.
 
-#include "panels/OutputSettingsPanel.h"
-
 #include <QDialog>
+#include <QString>
 
 class QCheckBox;
 class QComboBox;
@@ -15,13 +14,24 @@ class QPushButton;
 
 namespace selvane {
 
+// One stream target as the operator set it.
+struct StreamTargetEntry
+{
+    QString kind; // "RTMP", "RTMPS", "SRT", "HLS/HTTP", "Custom"
+    bool enabled = true;
+    QString server;
+    QString key;
+    // The server with the key as the last path element (when there is a key).
+    QString url() const;
+};
+
 class StreamTargetDialog : public QDialog
 {
     Q_OBJECT
 
 public:
-    StreamTargetDialog(QWidget *parent, const OutputSettingsPanel::TargetEntry &entry);
-    OutputSettingsPanel::TargetEntry entry() const;
+    StreamTargetDialog(QWidget *parent, const StreamTargetEntry &entry);
+    StreamTargetEntry entry() const;
 
     static QStringList kinds() { return {"RTMP", "RTMPS", "SRT", "HLS/HTTP", "Custom"}; }
 

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstring>
+#include <initializer_list>
 #include <memory>
 #include <system_error>
 
@@ -32,14 +33,18 @@ namespace selvane {
 
 namespace socks {
 
-Reply parseMethodReply(const std::uint8_t *data, std::size_t size)
+namespace {
+
+// A two-byte reply (version, code) whose version is one of `versions`.
+Reply parseTwoByteReply(const std::uint8_t *data, std::size_t size,
+                        std::initializer_list<std::uint8_t> versions, const char *problem)
 {
     Reply r;
     if (size < 1)
         return r;
-    if (data[0] != 0x05) {
+    if (std::find(versions.begin(), versions.end(), data[0]) == versions.end()) {
         r.parse = Parse::Invalid;
-        r.problem = "not a SOCKS5 proxy (wrong version in the greeting reply)";
+        r.problem = problem;
         return r;
     }
     if (size < 2)
@@ -50,23 +55,18 @@ Reply parseMethodReply(const std::uint8_t *data, std::size_t size)
     return r;
 }
 
+} // namespace
+
+Reply parseMethodReply(const std::uint8_t *data, std::size_t size)
+{
+    return parseTwoByteReply(data, size, {0x05},
+                             "not a SOCKS5 proxy (wrong version in the greeting reply)");
+}
+
 Reply parseAuthReply(const std::uint8_t *data, std::size_t size)
 {
-    Reply r;
-    if (size < 1)
-        return r;
     // Some proxies answer the sub-negotiation with version 5 instead of 1.
-    if (data[0] != 0x01 && data[0] != 0x05) {
-        r.parse = Parse::Invalid;
-        r.problem = "wrong version in the authentication reply";
-        return r;
-    }
-    if (size < 2)
-        return r;
-    r.code = data[1];
-    r.length = 2;
-    r.parse = Parse::Complete;
-    return r;
+    return parseTwoByteReply(data, size, {0x01, 0x05}, "wrong version in the authentication reply");
 }
 
 Reply parseConnectReply(const std::uint8_t *data, std::size_t size)

@@ -726,6 +726,7 @@ EngineStats Engine::stats() const
     s.program.framesWithoutOverlays = counters.withoutOverlays;
     for (int c = 0; c < kChannelCount; ++c) {
         s.channels[std::size_t(c)].picturesSkipped = counters.skippedPictures[std::size_t(c)];
+        s.channels[std::size_t(c)].repeatedTicks = counters.repeatedTicks[std::size_t(c)];
         s.channels[std::size_t(c)].reanchors = counters.reanchors[std::size_t(c)];
     }
     if (m_mixer)

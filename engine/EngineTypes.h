@@ -127,6 +127,7 @@ struct ChannelStats
     bool loop = false;
     bool deinterlacing = false; // interlaced pictures are being deinterlaced
     qint64 picturesSkipped = 0; // decoded but never on air: late, or a newer one was due
+    qint64 repeatedTicks = 0;   // program ticks that found no newer picture of the channel due
     qint64 reanchors = 0;       // times the channel was put on the program clock again
     qint64 reconnects = 0;      // times a network stream was lost and opened again
     SourceError lastError = SourceError::None;

@@ -168,91 +168,6 @@ void ProgramSwitcher::onTimer()
     scheduleNext();
 }
 
-qint64 ProgramSwitcher::liveEdgeUs(SourceFeed &feed, quint64 timeline, qint64 videoEdgeUs)
-{
-    // Everything up to the edge has arrived, sound and picture alike; sound that stopped
-    // coming long ago (a source without sound from here on) no longer holds the edge back.
-    qint64 audioEndUs = 0;
-    quint64 audioTimeline = 0;
-    if (feed.sound().end(&audioEndUs, &audioTimeline) && audioTimeline == timeline &&
-        audioEndUs > videoEdgeUs - kSoundGoneUs)
-        return std::min(videoEdgeUs, audioEndUs);
-    return videoEdgeUs;
-}
-
-void ProgramSwitcher::advance(SourceFeed &feed, SourceState &state, qint64 programUs)
-{
-    if (feed.generation() != state.generation) {
-        // Another source: its predecessor's picture and mapping no longer belong to it.
-        state.generation = feed.generation();
-        state.mapping = {};
-        state.current = {};
-        state.marginUs = kLiveLatencyUs;
-    }
-    FrameQueue &frames = feed.frames();
-    const bool live = feed.isLive();
-    // A live source goes on air a jitter margin after the newest instant it has delivered in
-    // full; what was queued before came in a burst and is passed over.
-    const auto joinOffset = [&](const FrameTokenPtr &front) {
-        if (!live)
-            return programUs - front->ptsUs;
-        const FrameTokenPtr back = frames.back();
-        const qint64 newest =
-            back && back->timeline == front->timeline ? back->ptsUs : front->ptsUs;
-        return programUs + state.marginUs - liveEdgeUs(feed, front->timeline, newest);
-    };
-    bool moved = false;
-    bool joining = false;
-    int taken = 0;
-    for (;;) {
-        const FrameTokenPtr front = frames.front();
-        if (!front)
-            break;
-        if (state.mapping.anchored && front->timeline < state.mapping.timeline) {
-            frames.pop(); // a picture of an earlier timeline (before a seek or a new source)
-            continue;
-        }
-        if (!state.mapping.anchored || front->timeline > state.mapping.timeline) {
-            // A new timeline starts with this picture: it goes on air now.
-            state.mapping = {true, front->timeline, joinOffset(front)};
-            moved = joining = true;
-        }
-        // A picture is on air from the tick nearest to its time.
-        const qint64 due = front->ptsUs + state.mapping.offsetUs;
-        if (due > programUs + m_halfPeriodUs)
-            break;
-        if (!joining && programUs - due > kLateLimitUs) {
-            // The source fell behind: it goes on from here, sound and picture alike.
-            state.mapping.offsetUs = joinOffset(front);
-            ++state.reanchors;
-            moved = joining = true;
-            continue;
-        }
-        if (taken > 0)
-            ++state.skipped; // a newer picture is due as well: the older one is never shown
-        state.current = frames.pop();
-        ++taken;
-    }
-    const FrameTokenPtr back = frames.back();
-    if (live && !joining && state.mapping.anchored && back &&
-        back->timeline == state.mapping.timeline) {
-        // A live source's edge stays between "just in time" and its ahead limit: sound that
-        // comes later than its pictures (transport streams mux it in bursts) makes room for
-        // itself, and a burst after a stall is caught up.
-        const qint64 edgeUs = liveEdgeUs(feed, back->timeline, back->ptsUs);
-        const qint64 aheadUs = edgeUs + state.mapping.offsetUs - programUs;
-        if (aheadUs < kLiveStarvingUs || aheadUs > kLiveAheadLimitUs) {
-            if (aheadUs < kLiveStarvingUs)
-                state.marginUs = std::min(2 * state.marginUs, kLiveMaxLatencyUs);
-            state.mapping.offsetUs = programUs + state.marginUs - edgeUs;
-            ++state.reanchors;
-            moved = true;
-        }
-    }
-    if (moved)
-        feed.setMapping(state.mapping);
-}
-
 FrameTokenPtr ProgramSwitcher::stillFrame(qint64 programUs)
 {
     QImage image;
@@ -315,15 +230,16 @@ FrameTokenPtr ProgramSwitcher::blackFrame(qint64 programUs)
 
 void ProgramSwitcher::tick(qint64 programUs)
 {
-    m_halfPeriodUs = std::llround(5e5 / m_tickFps);
+    m_periodUs = std::llround(1e6 / m_tickFps);
     bool channelsChanged = false;
     for (int c = 0; c < SourceFeeds::kChannels; ++c) {
         SourceState &state = m_channels[std::size_t(c)];
-        advance(m_feeds.channel(c), state, programUs);
-        if (state.current && state.current != state.previewed) {
-            state.previewed = state.current;
+        state.pacer.advance(m_feeds.channel(c), programUs, m_periodUs);
+        const FrameTokenPtr &current = state.pacer.current();
+        if (current && current != state.previewed) {
+            state.previewed = current;
             std::lock_guard lock(m_previewMutex);
-            m_channelPreviews[std::size_t(c)] = state.current;
+            m_channelPreviews[std::size_t(c)] = current;
             channelsChanged = true;
         }
     }
@@ -338,12 +254,13 @@ void ProgramSwitcher::tick(qint64 programUs)
             m_slotShownMedia[std::size_t(s)] = media;
             state = {};
         }
-        advance(m_feeds.overlaySlot(s), state, programUs);
-        if (media >= 0 && state.current && state.current != state.previewed) {
-            state.previewed = state.current;
-            m_compositor.setVideoPicture(media, state.current);
+        state.pacer.advance(m_feeds.overlaySlot(s), programUs, m_periodUs);
+        const FrameTokenPtr &current = state.pacer.current();
+        if (media >= 0 && current && current != state.previewed) {
+            state.previewed = current;
+            m_compositor.setVideoPicture(media, current);
             std::lock_guard lock(m_previewMutex);
-            m_overlayPreviews[std::size_t(s)] = {media, state.current};
+            m_overlayPreviews[std::size_t(s)] = {media, current};
             slotsChanged = true;
         }
     }
@@ -361,7 +278,7 @@ void ProgramSwitcher::tick(qint64 programUs)
         if (!base)
             base = m_lastBase; // no frame to draw it into yet: the picture holds
     } else if (channel >= 0 && channel < SourceFeeds::kChannels) {
-        base = m_channels[std::size_t(channel)].current;
+        base = m_channels[std::size_t(channel)].pacer.current();
         if (!base) {
             base = m_lastBase; // nothing from the new channel yet: the picture holds
             onAir = -1;
@@ -392,8 +309,10 @@ void ProgramSwitcher::tick(qint64 programUs)
         m_counters.repeated += repeated ? 1 : 0;
         m_counters.withoutOverlays += bare ? 1 : 0;
         for (int c = 0; c < SourceFeeds::kChannels; ++c) {
-            m_counters.skippedPictures[std::size_t(c)] = m_channels[std::size_t(c)].skipped;
-            m_counters.reanchors[std::size_t(c)] = m_channels[std::size_t(c)].reanchors;
+            const SourcePacer &pacer = m_channels[std::size_t(c)].pacer;
+            m_counters.skippedPictures[std::size_t(c)] = pacer.skipped();
+            m_counters.repeatedTicks[std::size_t(c)] = pacer.repeated();
+            m_counters.reanchors[std::size_t(c)] = pacer.reanchors();
         }
     }
     if (sink)

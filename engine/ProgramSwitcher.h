@@ -7,10 +7,8 @@
 // the previews. A slow, variable or silent source can neither slow nor stop the program: its
 // last picture is repeated until a newer one is due, and pictures that are late are skipped.
 //
-// Mapping: a source's first picture of a timeline is put on the program clock when it is
-// taken (a live source a jitter margin later); a source that falls too far behind is put on
-// again where it is, and a live source that runs too far ahead is brought closer. The mixer
-// reads the same mapping for the source's sound.
+// Each source's pictures are put on the ticks and its times on the program clock by its
+// SourcePacer; the mixer reads the same mapping for the source's sound.
 //
 // Threads: the switcher lives on the program thread, where ticks, composition and the hand-over
 // to the outputs run; the window never waits for any of it. Controls (cut, still, scene, size,
@@ -19,6 +17,7 @@
 
 #include "compose/OverlayScene.h"
 #include "compose/VulkanCompositor.h"
+#include "engine/SourcePacer.h"
 #include "media/FramePool.h"
 #include "media/SourceFeeds.h"
 
@@ -42,21 +41,6 @@ class ProgramSwitcher : public QObject
     Q_OBJECT
 
 public:
-    // A live source's pictures go on air this long after they arrive (jitter margin) at first;
-    // each time the source runs dry the margin doubles, up to its limit, so that a source that
-    // arrives steadily adds little delay and one that comes in bursts gets what it needs.
-    static constexpr qint64 kLiveLatencyUs = 50'000;
-    static constexpr qint64 kLiveMaxLatencyUs = 800'000;
-    // A live source whose delivered edge (the newest instant with both sound and picture)
-    // comes this close to the program time gets more margin; one this far ahead is brought
-    // closer.
-    static constexpr qint64 kLiveStarvingUs = 20'000;
-    static constexpr qint64 kLiveAheadLimitUs = 1'000'000;
-    // Sound that ended this long before the newest picture no longer counts for the edge.
-    static constexpr qint64 kSoundGoneUs = 2'000'000;
-    // A picture this late puts its source on the program clock again.
-    static constexpr qint64 kLateLimitUs = 250'000;
-
     // Receives every program frame with its program time (on the program thread).
     using OutputSink = std::function<void(const FrameTokenPtr &frame, qint64 programUs)>;
 
@@ -100,6 +84,7 @@ public:
         qint64 skippedTicks = 0; // ticks the program thread was too late for
         qint64 withoutOverlays = 0;
         std::array<qint64, SourceFeeds::kChannels> skippedPictures{}; // never shown: late
+        std::array<qint64, SourceFeeds::kChannels> repeatedTicks{};   // no newer picture due
         std::array<qint64, SourceFeeds::kChannels> reanchors{};       // put on the clock again
     };
     Counters counters() const;
@@ -112,21 +97,14 @@ signals:
 private:
     struct SourceState
     {
-        SourceMapping mapping;
-        FrameTokenPtr current;
+        SourcePacer pacer;
         FrameTokenPtr previewed;
-        qint64 skipped = 0;
-        qint64 reanchors = 0;
-        quint64 generation = 0; // the feed's source the state belongs to
-        qint64 marginUs = kLiveLatencyUs;
     };
 
     void onTimer();
     void scheduleNext();
     qint64 tickTimeUs(qint64 index) const;
     void tick(qint64 programUs);
-    void advance(SourceFeed &feed, SourceState &state, qint64 programUs);
-    static qint64 liveEdgeUs(SourceFeed &feed, quint64 timeline, qint64 videoEdgeUs);
     FrameTokenPtr stillFrame(qint64 programUs);
     // Black at the output size, until anything else has been on air.
     FrameTokenPtr blackFrame(qint64 programUs);
@@ -158,7 +136,7 @@ private:
     qint64 m_tickBaseUs = 0;
     qint64 m_tickIndex = 0;
     qint64 m_nextTickUs = 0;
-    qint64 m_halfPeriodUs = 16667;
+    qint64 m_periodUs = 33333;
     std::atomic<qint64> m_nextTickPublished{0};
     std::array<SourceState, SourceFeeds::kChannels> m_channels;
     std::array<SourceState, SourceFeeds::kOverlaySlots> m_slots;

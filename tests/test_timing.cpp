@@ -3,7 +3,7 @@
 // with timestamp jumps and loops, then measured in the recording; sources of every frame rate
 // into the 30 fps program; an interlaced source on air.
 
-#include "TestSupport.h"
+#include "LiveSupport.h"
 
 #include <QRegularExpression>
 #include <QtTest>
@@ -13,33 +13,6 @@ using namespace testsupport;
 namespace {
 
 const QString kBinary = QStringLiteral(SELVANE_BINARY);
-
-// An ffmpeg sender in real time, started again whenever it ends (an SRT peer that went away, a
-// listener not up yet), until stop() ends the whole process group.
-class Publisher
-{
-public:
-    ~Publisher() { stop(); }
-    void start(const QStringList &ffmpegArguments)
-    {
-        m_process.start("setsid", QStringList{"bash", "-c",
-                                              "while true; do ffmpeg -nostdin -v error \"$@\" "
-                                              ">/dev/null 2>&1; sleep 0.3; done",
-                                              "publisher"} +
-                                      ffmpegArguments);
-        m_process.waitForStarted(5000);
-    }
-    void stop()
-    {
-        if (m_process.state() == QProcess::NotRunning)
-            return;
-        ::kill(-pid_t(m_process.processId()), SIGKILL);
-        m_process.waitForFinished(5000);
-    }
-
-private:
-    QProcess m_process;
-};
 
 struct Run
 {

@@ -1,0 +1,130 @@
+// Pictures of a live source put on 30 fps program ticks, a minute at a time, with the source's
+// timestamps as real senders make them: rounded to the millisecond (FLV), jittered by the
+// sender's clock, at the program's rate, a little slower, twice as fast, or at 25 fps. Counts the
+// ticks that repeated a picture and the pictures never shown, and checks that the repeats of a
+// slower source come in an even pattern.
+
+#include "TestSupport.h"
+#include "engine/SourcePacer.h"
+
+#include <QRandomGenerator>
+#include <QtTest>
+
+using namespace selvane;
+using namespace testsupport;
+
+namespace {
+
+constexpr qint64 kTickUs = 33333;
+
+struct Outcome
+{
+    qint64 ticks = 0;
+    qint64 repeated = 0;
+    qint64 skipped = 0;
+    QList<qint64> repeatTicks; // the ticks that repeated, from the start of the count
+};
+
+// One minute of a live source whose picture n has source time stamp(n) and arrives when the
+// program clock reaches its true time (plus `arrivalUs`); counted after a settling second.
+Outcome run(double fps, const std::function<qint64(qint64 n, double trueUs)> &stamp,
+            qint64 arrivalUs = 0)
+{
+    FramePool pool(64, 16, 16);
+    SourceFeed feed;
+    feed.setLive(true);
+    feed.frames().setDepth(45);
+    SourcePacer pacer;
+    qint64 next = 0;
+    Outcome outcome;
+    qint64 repeatedBefore = 0, skippedBefore = 0;
+    const qint64 ticks = 61 * 30;
+    for (qint64 k = 0; k < ticks; ++k) {
+        const qint64 programUs = std::llround(double(k) * 1e6 / 30.0);
+        for (;; ++next) {
+            const double trueUs = double(next) * 1e6 / fps;
+            if (trueUs + double(arrivalUs) > double(programUs))
+                break;
+            FrameTokenPtr picture = solidFrame(pool, 16, 16, 128, stamp(next, trueUs));
+            feed.frames().push(std::move(picture), true);
+        }
+        pacer.advance(feed, programUs, kTickUs);
+        if (k == 30) {
+            repeatedBefore = pacer.repeated();
+            skippedBefore = pacer.skipped();
+        } else if (k > 30 && pacer.repeated() > repeatedBefore + outcome.repeated) {
+            outcome.repeatTicks << k - 30;
+        }
+        if (k > 30) {
+            outcome.ticks = k - 30;
+            outcome.repeated = pacer.repeated() - repeatedBefore;
+            outcome.skipped = pacer.skipped() - skippedBefore;
+        }
+    }
+    return outcome;
+}
+
+qint64 exact(qint64, double trueUs)
+{
+    return std::llround(trueUs);
+}
+
+qint64 milliseconds(qint64, double trueUs)
+{
+    return std::llround(trueUs / 1000.0) * 1000;
+}
+
+} // namespace
+
+class TestPacing : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void picturesKeepToTheTicks_data()
+    {
+        QTest::addColumn<double>("fps");
+        QTest::addColumn<bool>("rounded"); // FLV's millisecond timestamps
+        QTest::addColumn<int>("jitterUs"); // the sender's clock, at random within ±
+        QTest::newRow("30, exact") << 30.0 << false << 0;
+        QTest::newRow("30, milliseconds") << 30.0 << true << 0;
+        QTest::newRow("30, jittered 4 ms") << 30.0 << false << 4000;
+        QTest::newRow("29.97, milliseconds") << 30000.0 / 1001 << true << 0;
+        QTest::newRow("59.94, milliseconds") << 60000.0 / 1001 << true << 0;
+        QTest::newRow("60, milliseconds") << 60.0 << true << 0;
+        QTest::newRow("25, milliseconds") << 25.0 << true << 0;
+    }
+
+    void picturesKeepToTheTicks()
+    {
+        QFETCH(double, fps);
+        QFETCH(bool, rounded);
+        QFETCH(int, jitterUs);
+        QRandomGenerator random(7);
+        const auto stamp = [&](qint64 n, double trueUs) {
+            const qint64 jitter = jitterUs ? random.bounded(2 * jitterUs + 1) - jitterUs : 0;
+            return (rounded ? milliseconds(n, trueUs) : exact(n, trueUs)) + jitter;
+        };
+        // Arrival delays chosen so that the live margin puts pictures at every phase of a tick,
+        // the edge between two ticks included.
+        for (const qint64 arrivalUs : {0, 8333, 16667, 25000}) {
+            const Outcome o = run(fps, stamp, arrivalUs);
+            // What the rates imply: one picture a tick, the rest repeated or skipped.
+            const qint64 pictures = std::llround(double(o.ticks) * fps / 30.0);
+            const qint64 repeated = std::max<qint64>(0, o.ticks - pictures);
+            const qint64 skipped = std::max<qint64>(0, pictures - o.ticks);
+            QVERIFY2(std::abs(o.repeated - repeated) <= 1 && std::abs(o.skipped - skipped) <= 1,
+                     qPrintable(QStringLiteral("arrival +%1 us: %2 ticks, repeated %3, skipped %4")
+                                    .arg(arrivalUs)
+                                    .arg(o.ticks)
+                                    .arg(o.repeated)
+                                    .arg(o.skipped)));
+            // A slower source repeats evenly: 25 fps into 30 repeats every sixth tick.
+            for (qsizetype i = 2; fps == 25.0 && i < o.repeatTicks.size(); ++i)
+                QCOMPARE(o.repeatTicks[i] - o.repeatTicks[i - 1], 6);
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPacing)
+#include "test_pacing.moc"

@@ -774,7 +774,7 @@ bool MainWindow::loadShow(const HeadlessOptions &show, bool startOutputs, QStrin
             qWarning().noquote() << "MainWindow: schedule:" << warning;
         const arrangement::Validation check = m_engine->loadSchedule(arrangement);
         if (!check.ok) {
-            *error = check.title + ": " + check.message;
+            *error = show.scheduleFile + ": " + check.title + ": " + check.message;
             return false;
         }
     }

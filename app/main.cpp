@@ -152,7 +152,7 @@ int main(int argc, char *argv[])
         QCommandLineParser parser;
         selvane::configureCommandLine(parser);
         parser.process(app);
-        return selvane::checkScheduleFile(parser.value("check-schedule"));
+        return selvane::checkScheduleFile(parser);
     }
     case selvane::LaunchFace::Gui:
         break;

@@ -32,7 +32,8 @@ void configureCommandLine(QCommandLineParser &parser)
     parser.addOption(
         {"schedule", tr("Play this program schedule (JSON) into the outputs."), "FILE"});
     parser.addOption({"check-schedule",
-                      tr("Validate a program schedule and print it in the current format."),
+                      tr("Validate a program schedule and print it in the current format; "
+                         "with --channel options, warn of clips whose channel has no source."),
                       "FILE"});
     parser.addOption({"demo", tr("Run the built-in demo: test signals, a schedule, a ticker and "
                                  "an image overlay (no files needed).")});
@@ -96,8 +97,15 @@ void configureCommandLine(QCommandLineParser &parser)
                       tr("Address the remote control listens on (default 127.0.0.1)."), "ADDRESS"});
 }
 
-int checkScheduleFile(const QString &path)
+int checkScheduleFile(const QCommandLineParser &parser)
 {
+    const QString path = parser.value("check-schedule");
+    std::array<bool, 4> hasSource{};
+    for (const QString &value : parser.values("channel")) {
+        const int n = value.section('=', 0, 0).trimmed().toInt();
+        if (n >= 1 && n <= 4 && !value.section('=', 1).trimmed().isEmpty())
+            hasSource[std::size_t(n - 1)] = true;
+    }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         std::fprintf(stderr, "selvane: %s: %s\n",
@@ -110,17 +118,18 @@ int checkScheduleFile(const QString &path)
     QStringList warnings;
     const ProgramArrangement arrangement = arrangement::fromJson(file.readAll(), &error, &warnings);
     if (!error.isEmpty()) {
-        std::fprintf(stderr, "selvane: %s\n", qPrintable(error));
+        std::fprintf(stderr, "selvane: %s: %s\n", qPrintable(path), qPrintable(error));
         return 1;
     }
-    for (const QString &warning : warnings)
-        std::fprintf(stderr, "selvane: warning: %s\n", qPrintable(warning));
     const arrangement::Validation check = arrangement::validate(arrangement);
     if (!check.ok) {
-        std::fprintf(stderr, "selvane: %s: %s\n", qPrintable(check.title),
+        std::fprintf(stderr, "selvane: %s: %s: %s\n", qPrintable(path), qPrintable(check.title),
                      qPrintable(check.message));
         return 1;
     }
+    warnings += arrangement::unsourcedChannelWarnings(arrangement, hasSource);
+    for (const QString &warning : warnings)
+        std::fprintf(stderr, "selvane: warning: %s\n", qPrintable(warning));
     const QByteArray json = arrangement::toJson(arrangement);
     std::fwrite(json.constData(), 1, std::size_t(json.size()), stdout);
     std::fprintf(stderr, "%s\n",

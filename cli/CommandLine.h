@@ -70,8 +70,9 @@ LaunchFace launchFaceFor(const QStringList &arguments);
 void configureCommandLine(QCommandLineParser &parser);
 
 // --check-schedule: prints the normalised version-3 JSON on stdout and returns 0, or the reason
-// on stderr and returns 1.
-int checkScheduleFile(const QString &path);
+// on stderr and returns 1. Base clips of channels that no --channel option gives a source are
+// warnings.
+int checkScheduleFile(const QCommandLineParser &parser);
 
 // Reads the headless options of a parser that has processed the arguments. False with a reason
 // for the operator when a value is unusable.

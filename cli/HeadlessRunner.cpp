@@ -96,7 +96,9 @@ bool HeadlessRunner::loadSchedule()
     }
     const arrangement::Validation check = m_engine->loadSchedule(arrangement);
     if (!check.ok) {
-        std::fprintf(stderr, "selvane: %s: %s\n", qPrintable(check.title),
+        const QString where =
+            m_options.scheduleFile.isEmpty() ? QStringLiteral("--demo") : m_options.scheduleFile;
+        std::fprintf(stderr, "selvane: %s: %s: %s\n", qPrintable(where), qPrintable(check.title),
                      qPrintable(check.message));
         return false;
     }

@@ -55,11 +55,9 @@ bool parseTextOverlaySpec(const QString &text, int id, TextOverlayData *overlay,
         *error = tr("the text overlay needs some words, got \"%1\"").arg(text);
         return false;
     }
-    // A ticker longer than this would take hours to pass once; it is a mistake, not a show.
-    constexpr qsizetype kLongestText = 10000;
-    if (text.size() > kLongestText) {
+    if (text.size() > TextOverlayData::kMaxTextLength) {
         *error = tr("the text overlay takes at most %1 characters, got %2")
-                     .arg(kLongestText)
+                     .arg(TextOverlayData::kMaxTextLength)
                      .arg(text.size());
         return false;
     }

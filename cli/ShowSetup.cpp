@@ -56,6 +56,8 @@ bool readScheduleFile(const QString &path, ProgramArrangement *arrangement, QStr
         return false;
     }
     *arrangement = arrangement::fromJson(file.readAll(), error, warnings);
+    if (!error->isEmpty())
+        *error = path + ": " + *error; // where, then what
     return error->isEmpty();
 }
 

@@ -120,10 +120,18 @@ const TextOverlayData *OverlayManager::textOverlay(int id) const
     return nullptr;
 }
 
-void OverlayManager::setTextOverlay(const TextOverlayData &data)
+bool OverlayManager::setTextOverlay(const TextOverlayData &data)
 {
     if (data.id < 0)
-        return;
+        return false;
+    if (data.text.size() > TextOverlayData::kMaxTextLength) {
+        qWarning().noquote() << QStringLiteral("OverlayManager: text overlay %1 refused: %2 "
+                                               "characters, at most %3")
+                                    .arg(data.id)
+                                    .arg(data.text.size())
+                                    .arg(TextOverlayData::kMaxTextLength);
+        return false;
+    }
     auto scene = editableCopy();
     bool restart = false;
     bool stored = false;
@@ -141,7 +149,7 @@ void OverlayManager::setTextOverlay(const TextOverlayData &data)
                        << "— ignoring id" << data.id;
             emit textOverlaysChanged();
             emit overlayChanged();
-            return;
+            return false;
         }
         scene->texts.append(data);
         restart = true;
@@ -149,6 +157,7 @@ void OverlayManager::setTextOverlay(const TextOverlayData &data)
     if (restart)
         scene->scrollStartUs.insert(data.id, nowUs());
     publish(std::move(scene), true, false, false, false);
+    return true;
 }
 
 void OverlayManager::removeTextOverlay(int id)

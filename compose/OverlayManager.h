@@ -42,8 +42,9 @@ public:
     explicit OverlayManager(QObject *parent = nullptr);
     ~OverlayManager() override;
 
-    // Text overlays: insert or replace by id; the list order is the drawing order.
-    void setTextOverlay(const TextOverlayData &data);
+    // Text overlays: insert or replace by id; the list order is the drawing order. False (and a
+    // log line) for a text longer than TextOverlayData::kMaxTextLength or an eleventh overlay.
+    bool setTextOverlay(const TextOverlayData &data);
     void removeTextOverlay(int id);
     void clearTextOverlays();
     const QList<TextOverlayData> &textOverlays() const { return m_scene->texts; }

@@ -33,6 +33,9 @@ struct TextOverlayData
     static constexpr int kMinScrollTimes = 1;
     static constexpr int kMaxScrollTimes = 100;
     static constexpr int kMaxOpacity = 255;
+    // The longest text: a ticker longer than this would take hours to pass once, and shaping it
+    // would hold up the program. Every way a text comes in is held to it.
+    static constexpr int kMaxTextLength = 10000;
 
     // A new record sits 12 scene units from the left and top edges.
     static constexpr double kDefaultPosX = 12.0 / 640.0;

@@ -393,7 +393,7 @@ void checkTextFields(Fields &f)
     for (const char *key : {"enabled", "bold", "italic", "underline", "strikeOut",
                             "backgroundEnabled", "outline", "shadow", "scrollable"})
         f.boolean(key);
-    f.string("text", 100000);
+    f.string("text", TextOverlayData::kMaxTextLength);
     f.string("fontFamily", 200);
     for (const char *key : {"fontColor", "backgroundColor", "outlineColor", "shadowColor"})
         f.colour(key);

@@ -359,9 +359,9 @@ QSize Engine::overlayTargetSize(const MediaOverlayRecord &record) const
                              VulkanCompositor::kSceneHeight)};
 }
 
-void Engine::setTextOverlay(const TextOverlayData &text)
+bool Engine::setTextOverlay(const TextOverlayData &text)
 {
-    m_overlays->setTextOverlay(text);
+    return m_overlays->setTextOverlay(text);
 }
 void Engine::removeTextOverlay(int id)
 {

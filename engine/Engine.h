@@ -93,7 +93,8 @@ public:
     void setOutputSize(const OutputSize &size);
 
     // ---- overlays ----
-    void setTextOverlay(const TextOverlayData &text);
+    // False for a text longer than TextOverlayData::kMaxTextLength or beyond the overlay limit.
+    bool setTextOverlay(const TextOverlayData &text);
     void removeTextOverlay(int id);
     // An image or a (looping) video in a rectangle of the 640 x 360 scene.
     void setMediaOverlay(const MediaOverlayRecord &record);

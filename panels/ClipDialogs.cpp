@@ -294,6 +294,7 @@ OverlayClipDialog::OverlayClipDialog(QWidget *parent) : QDialog(parent)
     m_form->addRow(m_kindLabel, m_kind);
     m_textLabel = new QLabel(this);
     m_text = new QLineEdit(this);
+    m_text->setMaxLength(TextOverlayData::kMaxTextLength);
     m_form->addRow(m_textLabel, m_text);
     m_mediaLabel = new QLabel(this);
     m_mediaRow = fileRow(this, &m_media, &m_browseMedia);

@@ -495,7 +495,8 @@ bool ScheduleWindow::importFrom(const QString &path)
     QString error;
     const ProgramArrangement a = Engine::readSchedule(file.readAll(), &error);
     if (!error.isEmpty()) {
-        showMessage(QMessageBox::Warning, tr("Import"), error);
+        showMessage(QMessageBox::Warning, tr("Import"),
+                    QStringLiteral("%1\n\n%2").arg(QDir::toNativeSeparators(path), error));
         return false;
     }
     loadArrangement(a);
@@ -554,10 +555,19 @@ void ScheduleWindow::checkSchedule()
         showMessage(QMessageBox::Warning, check.title, check.message);
         return;
     }
-    showMessage(QMessageBox::Information, tr("Schedule Check"),
-                tr("Schedule check passed: %1 base clip(s), %2 overlay clip(s).")
-                    .arg(a.sceneClips.size())
-                    .arg(a.overlayClips.size()));
+    std::array<bool, 4> hasSource{};
+    const EngineStats stats = m_engine->stats();
+    for (std::size_t c = 0; c < hasSource.size(); ++c)
+        hasSource[c] = !stats.channels[c].source.isEmpty();
+    const QStringList warnings = arrangement::unsourcedChannelWarnings(a, hasSource);
+    const QString passed = tr("Schedule check passed: %1 base clip(s), %2 overlay clip(s).")
+                               .arg(a.sceneClips.size())
+                               .arg(a.overlayClips.size());
+    if (warnings.isEmpty())
+        showMessage(QMessageBox::Information, tr("Schedule Check"), passed);
+    else
+        showMessage(QMessageBox::Warning, tr("Schedule Check"),
+                    passed + "\n\n" + warnings.join('\n'));
 }
 
 void ScheduleWindow::startOrStop()

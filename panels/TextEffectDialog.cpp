@@ -1,6 +1,7 @@
 #include "panels/TextEffectDialog.h"
 
 #include "engine/Engine.h"
+#include "panels/BoundedTextEdit.h"
 #include "panels/TextPreviewWidget.h"
 
 #include <QCheckBox>
@@ -47,8 +48,18 @@ TextEffectDialog::TextEffectDialog(const TextOverlayData &data, QWidget *parent)
     resize(700, 600);
     m_showing = true; // until every field exists and shows the record
 
-    m_text = new QPlainTextEdit(this);
+    auto *text = new BoundedTextEdit(TextOverlayData::kMaxTextLength, this);
+    m_text = text;
     m_text->setTabChangesFocus(true);
+    m_limitNote = new QLabel(this);
+    m_limitNote->setWordWrap(true);
+    m_limitNote->hide();
+    text->whenCut = [this](qsizetype leftOut) {
+        m_limitNote->setText(tr("A text holds at most %1 characters: %2 characters were left out.")
+                                 .arg(TextOverlayData::kMaxTextLength)
+                                 .arg(leftOut));
+        m_limitNote->show();
+    };
     m_text->setFixedHeight(m_text->fontMetrics().lineSpacing() * 3 + 14);
 
     m_preview = new TextPreviewWidget(this);
@@ -164,6 +175,7 @@ TextEffectDialog::TextEffectDialog(const TextOverlayData &data, QWidget *parent)
 
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_text);
+    layout->addWidget(m_limitNote);
     layout->addLayout(top, 1);
     layout->addLayout(bottom);
     layout->addWidget(m_buttons);

@@ -71,6 +71,7 @@ private:
     bool m_showing = false; // fields are being filled: no echo into the record
 
     QPlainTextEdit *m_text = nullptr;
+    QLabel *m_limitNote = nullptr; // shown once a paste or typing went past the longest text
     TextPreviewWidget *m_preview = nullptr;
     QLabel *m_xLabel = nullptr;
     QLabel *m_yLabel = nullptr;

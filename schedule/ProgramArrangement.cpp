@@ -8,6 +8,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
+#include <algorithm>
+#include <cctype>
 
 namespace arrangement {
 
@@ -124,7 +126,75 @@ OverlayClip readOverlayClip(const QJsonObject &o, int version)
     return clip;
 }
 
+// What the reader expected where it stopped, in the operator's words.
+QString expectedText(QJsonParseError::ParseError error)
+{
+    switch (error) {
+    case QJsonParseError::UnterminatedObject:
+        return tr("an object is not closed: expected \",\" or \"}\"");
+    case QJsonParseError::MissingNameSeparator:
+        return tr("expected \":\" after a key");
+    case QJsonParseError::UnterminatedArray:
+        return tr("a list is not closed: expected \",\" or \"]\"");
+    case QJsonParseError::MissingValueSeparator:
+        return tr("expected \",\" between two values");
+    case QJsonParseError::IllegalValue:
+        return tr("expected a value: a string, a number, an object, a list, true, false or null");
+    case QJsonParseError::TerminationByNumber:
+        return tr("the text ends in the middle of a number");
+    case QJsonParseError::IllegalNumber:
+        return tr("a number that cannot be read");
+    case QJsonParseError::IllegalEscapeSequence:
+        return tr("an escape sequence JSON does not have");
+    case QJsonParseError::IllegalUTF8String:
+        return tr("text that is not UTF-8");
+    case QJsonParseError::UnterminatedString:
+        return tr("a string is not closed: expected \"");
+    case QJsonParseError::MissingObject:
+        return tr("expected an object ({...}) at the top");
+    case QJsonParseError::DeepNesting:
+        return tr("objects and lists nested too deep");
+    case QJsonParseError::DocumentTooLarge:
+        return tr("the document is too large");
+    case QJsonParseError::GarbageAtEnd:
+        return tr("more text after the end of the document");
+    default:
+        return tr("not JSON");
+    }
+}
+
 } // namespace
+
+QString parseErrorText(const QByteArray &bytes, const QJsonParseError &error)
+{
+    if (bytes.trimmed().isEmpty())
+        return tr("the file is empty: expected a schedule document ({...})");
+    // Line and column (in characters) of the byte offset where the reader stopped.
+    const qsizetype at = std::clamp<qsizetype>(error.offset, 0, bytes.size());
+    const qsizetype lineStart = bytes.lastIndexOf('\n', at - 1) + 1;
+    const qsizetype line = bytes.left(at).count('\n') + 1;
+    const qsizetype column = QString::fromUtf8(bytes.mid(lineStart, at - lineStart)).size() + 1;
+    QString text =
+        tr("line %1, column %2: %3").arg(line).arg(column).arg(expectedText(error.error));
+    qsizetype end = bytes.size(); // past the last character that is not white space
+    while (end > 0 && std::isspace(uchar(bytes[end - 1])))
+        --end;
+    if (at >= end && error.error != QJsonParseError::GarbageAtEnd)
+        text += tr(" (the text ends there: is the file cut short?)");
+    return text;
+}
+
+QStringList unsourcedChannelWarnings(const ProgramArrangement &a,
+                                     const std::array<bool, 4> &hasSource)
+{
+    QStringList warnings;
+    for (const SceneClip &c : a.sceneClips)
+        if (c.kind == SceneClip::Channel && !hasSource[std::size_t(std::clamp(c.channel, 0, 3))])
+            warnings << tr("Base clip %1 shows channel %2, which has no source.")
+                            .arg(c.id)
+                            .arg(c.channel + 1);
+    return warnings;
+}
 
 QStringList imagesInDirectory(const QString &directory)
 {
@@ -191,8 +261,9 @@ ProgramArrangement fromJson(const QByteArray &bytes, QString *error, QStringList
     const QJsonDocument document = QJsonDocument::fromJson(bytes, &parse);
     if (parse.error != QJsonParseError::NoError || !document.isObject()) {
         if (error)
-            *error = parse.error != QJsonParseError::NoError ? parse.errorString()
-                                                             : tr("the document is not an object");
+            *error = parse.error != QJsonParseError::NoError
+                         ? parseErrorText(bytes, parse)
+                         : tr("line 1, column 1: expected an object ({...}) at the top");
         return {};
     }
     const QJsonObject root = document.object();
@@ -267,6 +338,12 @@ Validation validate(const ProgramArrangement &a)
             return invalid(tr("End time must be later than start time."));
         if (c.kind == OverlayClip::Text && c.textData.text.isEmpty())
             return invalid(tr("Overlay text cannot be empty."));
+        if (c.kind == OverlayClip::Text && c.textData.text.size() > TextOverlayData::kMaxTextLength)
+            return invalid(tr("Overlay clip %1: its text has %2 characters; a text holds at most "
+                              "%3.")
+                               .arg(c.id)
+                               .arg(c.textData.text.size())
+                               .arg(TextOverlayData::kMaxTextLength));
         if (c.kind == OverlayClip::Image && c.path.isEmpty())
             return invalid(tr("Select an overlay image file."));
         if (c.kind == OverlayClip::Image && !fileExists(c.path))

@@ -12,6 +12,9 @@
 #include <QRectF>
 #include <QString>
 #include <QStringList>
+#include <array>
+
+struct QJsonParseError;
 
 struct SceneClip
 {
@@ -87,8 +90,17 @@ struct Validation
     QString title;
     QString message;
 };
+// Where a document that does not parse went wrong and what was expected there: "line 3,
+// column 7: expected \",\" between two values", in the operator's language.
+QString parseErrorText(const QByteArray &bytes, const QJsonParseError &error);
+
 // Checks the clips in order; media files and folders must exist on disk.
 Validation validate(const ProgramArrangement &arrangement);
+
+// Base clips that show a channel without a source (`hasSource` by channel 0..3), one warning
+// each: the schedule runs, but those clips show the channel's last picture or black.
+QStringList unsourcedChannelWarnings(const ProgramArrangement &arrangement,
+                                     const std::array<bool, 4> &hasSource);
 
 // The images of a folder that an image clip plays when it lists none, sorted by name.
 QStringList imagesInDirectory(const QString &directory);

@@ -3,7 +3,8 @@
 // event WebSocket, each effect checked in the recording's colours or in the events; requests
 // that must be refused, refused with 4xx while the program keeps its frames; the token file.
 
-#include "TestSupport.h"
+#include "LiveSupport.h"
+#include "compose/TextOverlayData.h"
 
 #include <QImage>
 #include <QJsonArray>
@@ -21,19 +22,12 @@ using namespace testsupport;
 namespace {
 
 const QString kBinary = QStringLiteral(SELVANE_BINARY);
-const QByteArray kToken = "test-token-4f1c9a7e2b";
+const QByteArray kToken = RemoteShow::kToken;
 
 QString colourSource(const char *colour)
 {
     return QStringLiteral("lavfi://color=c=%1:size=320x180:rate=30").arg(colour);
 }
-
-struct Answer
-{
-    int status = 0;
-    QByteArray body;
-    const QJsonObject json() const { return QJsonDocument::fromJson(body).object(); }
-};
 
 // The dominant colour every 0.2 s of a recording ('r', 'g', 'b'), repeats folded into one.
 QString colourRun(const QString &file)
@@ -54,67 +48,11 @@ QString colourRun(const QString &file)
     return run;
 }
 
-// A running show with the control port, its stdout kept line by line.
-class Show
-{
-public:
-    bool start(const QStringList &arguments, bool withToken = true)
-    {
-        m_port = freeTcpPort();
-        QProcessEnvironment env = m_home.environment();
-        if (withToken)
-            env.insert("SELVANE_CONTROL_TOKEN", QString::fromLatin1(kToken));
-        else
-            env.remove("SELVANE_CONTROL_TOKEN");
-        m_process.setProcessEnvironment(env);
-        m_process.start(kBinary,
-                        QStringList{"--headless", "--control-port", QString::number(m_port)} +
-                            arguments);
-        return m_process.waitForStarted() &&
-               waitForLine([](const QString &line) { return line.startsWith("control: "); });
-    }
-    bool waitForLine(const std::function<bool(const QString &)> &wanted, int timeoutMs = 10000)
-    {
-        QElapsedTimer timer;
-        timer.start();
-        while (timer.elapsed() < timeoutMs) {
-            m_out += m_process.readAllStandardOutput();
-            for (const QByteArray &line : m_out.split('\n'))
-                if (wanted(QString::fromUtf8(line)))
-                    return true;
-            if (m_process.state() != QProcess::Running)
-                return false;
-            m_process.waitForReadyRead(100);
-        }
-        return false;
-    }
-    int stop()
-    {
-        ::kill(pid_t(m_process.processId()), SIGTERM);
-        m_process.waitForFinished(20000);
-        m_out += m_process.readAllStandardOutput();
-        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
-    }
-    QByteArray output() const { return m_out; }
-    QString url(const QString &path) const
-    {
-        return QStringLiteral("http://127.0.0.1:%1/api/v1/%2").arg(m_port).arg(path);
-    }
-    quint16 port() const { return m_port; }
-    const IsolatedHome &home() const { return m_home; }
-
-private:
-    IsolatedHome m_home;
-    QProcess m_process;
-    QByteArray m_out;
-    quint16 m_port = 0;
-};
-
 // The event WebSocket, every message kept.
 class Events : public QObject
 {
 public:
-    bool open(const Show &show, const QByteArray &token = kToken)
+    bool open(const RemoteShow &show, const QByteArray &token = kToken)
     {
         QNetworkRequest request(QUrl(show.url("events").replace("http:", "ws:")));
         request.setRawHeader("Authorization", "Bearer " + token);
@@ -160,28 +98,17 @@ class TestControl : public QObject
     Q_OBJECT
 
     QTemporaryDir m_dir;
-    Show m_show;
+    RemoteShow m_show;
     RtmpServer m_rtmp;
-    QNetworkAccessManager m_net;
 
     Answer call(const QByteArray &method, const QString &path, const QByteArray &body = {},
                 const QByteArray &token = kToken)
     {
-        QNetworkRequest request(m_show.url(path));
-        if (!token.isEmpty())
-            request.setRawHeader("Authorization", "Bearer " + token);
-        request.setHeader(QNetworkRequest::ContentTypeHeader, "application/json");
-        QNetworkReply *reply = m_net.sendCustomRequest(request, method, body);
-        QSignalSpy finished(reply, &QNetworkReply::finished);
-        finished.wait(10000);
-        Answer answer{reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(),
-                      reply->readAll()};
-        reply->deleteLater();
-        return answer;
+        return m_show.call(method, path, body, token);
     }
     Answer call(const QByteArray &method, const QString &path, const QJsonObject &body)
     {
-        return call(method, path, QJsonDocument(body).toJson(QJsonDocument::Compact));
+        return m_show.call(method, path, body);
     }
     qint64 programFrames() { return call("GET", "status").json()["program"]["frames"].toInteger(); }
 
@@ -191,9 +118,9 @@ private slots:
         QVERIFY(runFfmpeg({"-f", "lavfi", "-i", "color=c=0x00ff00:size=320x180", "-frames:v", "1",
                            m_dir.filePath("green.png")}));
         QVERIFY(m_rtmp.start());
-        QVERIFY2(m_show.start({"--channel", "1=" + colourSource("red"), "--channel",
-                               "2=" + colourSource("blue"), "--encoder", "software", "--preset",
-                               "performance", "--duration", "120"}),
+        QVERIFY2(m_show.start(kBinary, {"--channel", "1=" + colourSource("red"), "--channel",
+                                        "2=" + colourSource("blue"), "--encoder", "software",
+                                        "--preset", "performance", "--duration", "120"}),
                  m_show.output().constData());
         // The start-up line says where the token is, never what it is.
         QVERIFY(m_show.output().contains("token from SELVANE_CONTROL_TOKEN"));
@@ -349,6 +276,22 @@ private slots:
         QCOMPARE(folder.status, 400);
         QVERIFY(folder.json()["error"].toString().contains("does not exist"));
         QCOMPARE(call("PUT", "schedule", QByteArray(3 * 1024 * 1024, ' ')).status, 413);
+        // Texts are held to the longest text the program shapes, as on the command line.
+        const QString tooLong(TextOverlayData::kMaxTextLength + 1, QChar('x'));
+        QCOMPARE(call("PUT", "overlays/text/3", QJsonObject{{"text", tooLong}}).status, 400);
+        const QJsonObject longClip{{"id", "ticker"},
+                                   {"overlayKind", "text"},
+                                   {"mediaType", "text"},
+                                   {"startMs", 0},
+                                   {"textData", QJsonObject{{"text", tooLong}}}};
+        const QJsonObject longSchedule{
+            {"format", "selvane_program_arrangement"},
+            {"version", 3},
+            {"sceneClips", QJsonArray{QJsonObject{{"id", "a"}, {"kind", "channel"}}}},
+            {"overlayClips", QJsonArray{longClip}}};
+        const Answer longText = call("PUT", "schedule", longSchedule);
+        QCOMPARE(longText.status, 400);
+        QVERIFY2(longText.json()["error"].toString().contains("ticker"), longText.body);
 
         // Bytes that are no HTTP at all, and a head without end, over a plain socket.
         const auto raw = [&](const QByteArray &bytes) {
@@ -386,8 +329,8 @@ private slots:
 
     void tokenIsMadeOnceAndKeptPrivate()
     {
-        Show show;
-        QVERIFY(show.start({"--duration", "10"}, false));
+        RemoteShow show;
+        QVERIFY(show.start(kBinary, {"--duration", "10"}, false));
         const QString file = show.home().path("config/Ostrel/selvane_control_token");
         QVERIFY2(show.output().contains(file.toUtf8()), show.output().constData());
         QCOMPARE(QFile::permissions(file) & ~(QFile::ReadUser | QFile::WriteUser),
@@ -395,13 +338,7 @@ private slots:
         const QByteArray token = readAll(file).trimmed();
         QVERIFY(token.size() >= 32);
         QVERIFY(!show.output().contains(token));
-        QNetworkRequest request(show.url("status"));
-        request.setRawHeader("Authorization", "Bearer " + token);
-        QNetworkReply *reply = m_net.get(request);
-        QSignalSpy finished(reply, &QNetworkReply::finished);
-        QVERIFY(finished.wait(5000));
-        QCOMPARE(reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(), 200);
-        delete reply;
+        QCOMPARE(show.call("GET", "status", {}, token).status, 200);
         QCOMPARE(show.stop(), 0);
 
         // Bad values are refused before anything starts.

@@ -180,10 +180,18 @@ private slots:
         const QString schedule = writeSchedule();
         IsolatedHome home;
         const ProcessResult ok =
-            runProcess(kBinary, {"--check-schedule", schedule}, home.environment());
+            runProcess(kBinary, {"--check-schedule", schedule, "--channel", "1=lavfi://testsrc2"},
+                       home.environment());
         QCOMPARE(ok.exitCode, 0);
         QCOMPARE(QJsonDocument::fromJson(ok.out).object().value("sceneClips").toArray().size(), 3);
         QVERIFY2(!ok.err.contains("warning"), ok.err.constData());
+        // Without a source for channel 1, its clip is a warning; the check still passes.
+        const ProcessResult unsourced =
+            runProcess(kBinary, {"--check-schedule", schedule}, home.environment());
+        QCOMPARE(unsourced.exitCode, 0);
+        QVERIFY2(unsourced.err.contains("warning: Base clip bars shows channel 1, which has no "
+                                        "source."),
+                 unsourced.err.constData());
 
         // A channel the file counts as 7 does not exist: the check says which one plays instead
         // (in the operator's numbering, 1 to 4) and still passes.
@@ -212,6 +220,47 @@ private slots:
             const ProcessResult bad = runProcess(kBinary, args, home.environment());
             QCOMPARE(bad.exitCode, 1);
             QVERIFY2(bad.err.contains("bars"), bad.err.constData()); // names the duplicate
+        }
+    }
+
+    void badFilesSayWhereAndWhat_data()
+    {
+        QTest::addColumn<QByteArray>("json");
+        QTest::addColumn<QString>("said"); // what the reason must name
+        QTest::newRow("empty") << QByteArray() << "the file is empty";
+        QTest::newRow("cut short")
+            << QByteArray("{\"format\": \"selvane_program_arrangement\",\n  \"sceneClips\": [")
+            << "line 2, column 18: a list is not closed";
+        QTest::newRow("garbage") << QByteArray("\n\nPK\x03\x04 not a schedule") << "line 3, column";
+        // A text of 50 MB: held to the longest text where it enters, before anything shapes it.
+        QByteArray huge =
+            "{\"format\": \"selvane_program_arrangement\", \"version\": 3, "
+            "\"sceneClips\": [{\"id\": \"a\", \"kind\": \"channel\", \"channel\": 0}], "
+            "\"overlayClips\": [{\"id\": \"ticker\", \"startMs\": 1000, "
+            "\"overlayKind\": \"text\", \"mediaType\": \"text\", \"textData\": {\"text\": \"";
+        huge += QByteArray(50 * 1024 * 1024, 'x') + "\"}}]}";
+        QTest::newRow("50 MB text") << huge << "Overlay clip ticker: its text has 52428800";
+    }
+
+    void badFilesSayWhereAndWhat()
+    {
+        QFETCH(QByteArray, json);
+        QFETCH(QString, said);
+        QFile file(path(QString(QTest::currentDataTag()).replace(' ', '_') + ".json"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(json);
+        file.close();
+        IsolatedHome home;
+        // Checked, and refused by a show, in seconds, naming the file and the place or clip.
+        for (const QStringList &args :
+             {QStringList{"--check-schedule", file.fileName()},
+              QStringList{"--headless", "--schedule", file.fileName(), "--channel",
+                          "1=lavfi://testsrc2=size=320x180", "--duration", "5"}}) {
+            const ProcessResult r = runProcess(kBinary, args, home.environment(), 30000);
+            QVERIFY2(r.finished, qPrintable(args.join(' ')));
+            QCOMPARE(r.exitCode, 1);
+            const QString err = QString::fromUtf8(r.err);
+            QVERIFY2(err.contains(file.fileName()) && err.contains(said), qPrintable(err));
         }
     }
 

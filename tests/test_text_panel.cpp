@@ -15,8 +15,10 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QColorDialog>
 #include <QComboBox>
+#include <QLabel>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPlainTextEdit>
@@ -227,6 +229,26 @@ private slots:
         QVERIFY2(entries >= 2, qPrintable(QString::number(entries)));
         dialog.reject();
         QCOMPARE(dialog.data(), start);
+    }
+
+    void aPastedBookIsCutToTheLongestText()
+    {
+        TextEffectDialog dialog(TextOverlayData{});
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+        auto *words = named<QPlainTextEdit>(&dialog, "Overlay text");
+        QTest::keyClicks(words, "News: ");
+        QGuiApplication::clipboard()->setText(QString(3 * TextOverlayData::kMaxTextLength, 'x'));
+        QTest::keySequence(words, QKeySequence::Paste);
+        QCOMPARE(words->toPlainText().size(), TextOverlayData::kMaxTextLength);
+        QVERIFY(words->toPlainText().startsWith("News: xxx"));
+        QTest::keyClicks(words, "more"); // typing stops at the limit too
+        QCOMPARE(words->toPlainText().size(), TextOverlayData::kMaxTextLength);
+        const QList<QLabel *> notes = dialog.findChildren<QLabel *>();
+        QVERIFY(std::any_of(notes.cbegin(), notes.cend(), [](const QLabel *l) {
+            return l->isVisible() && l->text().contains("at most 10000 characters");
+        }));
+        dialog.reject();
     }
 
     void listFollowsTheEngineAndKeepsItsLimits()

@@ -233,6 +233,9 @@ void HeadlessRunner::printProgress(bool final)
         if (file.failures > 0) {
             m_recordingFailed = true;
             m_recordingFailure = file.failureReason;
+            m_recordingResumes = file.resumes;
+            m_recordingFailedAtEnd = file.failed;
+            m_recordingPath = file.path;
         }
     }
     // Each channel's state; a source that could not be opened (or a stream that never
@@ -279,10 +282,22 @@ void HeadlessRunner::finish()
     }
     printProgress(true);
     if (m_recordingFailed && m_exitCode == 0) {
-        std::fprintf(stderr, "selvane: %s\n",
-                     qPrintable(tr("the recording failed during the run (%1); the streams went "
-                                   "on, and it went on in a new file once it could")
-                                    .arg(m_recordingFailure)));
+        // Say which happened: no new file at all, a new file that is whole, or one that failed
+        // again before the end.
+        const QString said =
+            m_recordingResumes == 0
+                ? tr("the recording failed during the run (%1) and no new file could be begun "
+                     "after it; the streams went on")
+                      .arg(m_recordingFailure)
+            : m_recordingFailedAtEnd
+                ? tr("the recording failed during the run (%1); it went on in a new file %2 "
+                     "time(s), but was failing again at the end; the streams went on")
+                      .arg(m_recordingFailure)
+                      .arg(m_recordingResumes)
+                : tr("the recording failed during the run (%1); the streams went on, and the "
+                     "recording went on in %2")
+                      .arg(m_recordingFailure, QDir::toNativeSeparators(m_recordingPath));
+        std::fprintf(stderr, "selvane: %s\n", qPrintable(said));
         m_exitCode = 3;
     }
     for (auto it = m_unopened.cbegin(); it != m_unopened.cend(); ++it)

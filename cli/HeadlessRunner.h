@@ -53,5 +53,8 @@ private:
     int m_exitCode = 0;
     bool m_recordingFailed = false; // at some point of the run
     QString m_recordingFailure;
+    int m_recordingResumes = 0;
+    bool m_recordingFailedAtEnd = false;
+    QString m_recordingPath;       // the file written last
     QMap<int, QString> m_unopened; // channel number: why its source never opened
 };

@@ -168,6 +168,7 @@ struct RecordingStats
     bool failed = false;
     QString failureReason;
     int failures = 0;
+    int resumes = 0; // times a new file was begun after a failure
 };
 
 struct OutputStats

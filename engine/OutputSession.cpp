@@ -209,8 +209,12 @@ OutputStats OutputSession::stats() const
     }
     for (const FfmpegEncoderSink::OutputStats &d : m_router->destinationStats()) {
         if (d.targetIndex < 0) {
-            out.file = {d.path.isEmpty() ? out.file.path : d.path, d.bytesWritten, d.failed,
-                        d.failureReason, d.failures};
+            out.file = {d.path.isEmpty() ? out.file.path : d.path,
+                        d.bytesWritten,
+                        d.failed,
+                        d.failureReason,
+                        d.failures,
+                        d.resumes};
             continue;
         }
         if (d.targetIndex >= out.targets.size())

@@ -467,6 +467,7 @@ std::vector<FfmpegEncoderSink::OutputStats> FfmpegEncoderSink::outputStats() con
         file.failed = m_recorder->failed();
         file.failureReason = m_recorder->failureReason();
         file.failures = m_recorder->failures();
+        file.resumes = m_recorder->resumes();
         stats.push_back(file);
     }
     for (const auto &target : m_targets) {

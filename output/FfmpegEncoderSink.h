@@ -67,6 +67,7 @@ public:
         bool failed = false;   // the recording cannot be written right now ...
         QString failureReason; // ... for this reason (the last one seen)
         int failures = 0;      // times it went from writing to failed
+        int resumes = 0;       // times a new file was begun after a failure
     };
     // Safe from any thread.
     std::vector<OutputStats> outputStats() const;

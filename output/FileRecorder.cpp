@@ -75,6 +75,7 @@ bool FileRecorder::open()
 {
     m_failed.store(false);
     m_failures.store(0);
+    m_resumes.store(0);
     QString path = m_basePath;
     if (m_segments.enabled) {
         m_segmentNumber = 1;
@@ -188,6 +189,7 @@ bool FileRecorder::tryResume()
         return false;
     }
     m_failed.store(false);
+    m_resumes.fetch_add(1);
     m_segmentOpenedAt = now();
     qInfo().noquote() << "FfmpegEncoderSink: recording resumed into" << currentPath();
     return true;

@@ -51,6 +51,7 @@ public:
     QString failureReason() const;
     // How many times the recording went from writing to failed since open().
     int failures() const { return m_failures.load(); }
+    int resumes() const { return m_resumes.load(); } // new files begun after a failure
     qint64 packetsWritten() const { return m_mux.packetsWritten(); }
     qint64 bytesWritten() const { return m_mux.bytesWritten(); }
     // Packets that never reached a file: not copyable, or handed over while it had failed.
@@ -91,6 +92,7 @@ private:
     // Written by the encode worker, read by observers on any thread.
     std::atomic<bool> m_failed{false};
     std::atomic<int> m_failures{0};
+    std::atomic<int> m_resumes{0};
     mutable std::mutex m_reasonMutex;
     QString m_reason;
     std::atomic<qint64> m_lost{0};

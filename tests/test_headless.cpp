@@ -266,9 +266,9 @@ private slots:
         QTest::qWait(1000); // connected and waiting before the show publishes
         QProcess run;
         run.setProcessEnvironment(home.environment());
-        run.start(kBinary, {"--headless", "--channel", kBars, "--duration", "14", "--bitrate",
-                            "4000", "--record", disk + "/show.mp4", "--stream",
-                            server.url("show")});
+        run.start(kBinary,
+                  {"--headless", "--channel", kBars, "--duration", "14", "--bitrate", "4000",
+                   "--record", disk + "/show.mp4", "--stream", server.url("show")});
         QTest::qWait(3000);
         {
             QFile filler(disk + "/filler");
@@ -284,7 +284,10 @@ private slots:
         const QByteArray err = run.readAllStandardError();
         QCOMPARE(run.exitCode(), 3);
         QVERIFY2(out.contains("recording failed (No space left on device)"), out.constData());
-        QVERIFY2(err.contains("recording failed during the run"), err.constData());
+        QVERIFY2(err.contains("recording failed during the run (No space left on device); the "
+                              "streams went on, and the recording went on in " +
+                              disk.toUtf8() + "/show_1.mp4"),
+                 err.constData());
         QVERIFY(reader.waitForFinished(15000)); // 4 s after the publisher has gone
 
         const QRegularExpression done("done: .* written (\\d+)  .*encoder-drops (\\d+)");
@@ -306,6 +309,24 @@ private slots:
         QVERIFY(first + resumed.stream("h264")->frames < written);
         qInfo("written %lld, streamed %lld, first file %lld, resumed file %lld", written, streamed,
               first, resumed.stream("h264")->frames);
+
+        // A disk that stays full: the exit says no new file was begun.
+        QProcess full;
+        full.setProcessEnvironment(home.environment());
+        full.start(kBinary, {"--headless", "--channel", kBars, "--duration", "5", "--bitrate",
+                             "4000", "--record", disk + "/again.mp4"});
+        QTest::qWait(1500);
+        {
+            QFile filler(disk + "/filler");
+            QVERIFY(filler.open(QIODevice::WriteOnly));
+            const QByteArray block(1 << 20, 'x');
+            while (filler.write(block) == block.size() && filler.flush()) {
+            }
+        }
+        QVERIFY(full.waitForFinished(30000));
+        QCOMPARE(full.exitCode(), 3);
+        const QByteArray fullErr = full.readAllStandardError();
+        QVERIFY2(fullErr.contains("no new file could be begun after it"), fullErr.constData());
     }
 
     void lostInputComesBackWhileTheProgramRunsOn()
@@ -316,10 +337,28 @@ private slots:
         QVERIFY(server.start());
         const quint16 port = server.port();
         auto publish = [&](QProcess &publisher) {
-            publisher.start("ffmpeg", {"-v", "error", "-nostdin", "-re", "-f", "lavfi", "-i",
-                                       "testsrc2=size=320x240:rate=30", "-f", "lavfi", "-i",
-                                       "sine=frequency=440", "-c:v", "libx264", "-preset",
-                                       "ultrafast", "-g", "30", "-c:a", "aac", "-f", "flv",
+            publisher.start("ffmpeg", {"-v",
+                                       "error",
+                                       "-nostdin",
+                                       "-re",
+                                       "-f",
+                                       "lavfi",
+                                       "-i",
+                                       "testsrc2=size=320x240:rate=30",
+                                       "-f",
+                                       "lavfi",
+                                       "-i",
+                                       "sine=frequency=440",
+                                       "-c:v",
+                                       "libx264",
+                                       "-preset",
+                                       "ultrafast",
+                                       "-g",
+                                       "30",
+                                       "-c:a",
+                                       "aac",
+                                       "-f",
+                                       "flv",
                                        server.url("in")});
             return publisher.waitForStarted();
         };
@@ -328,8 +367,8 @@ private slots:
         QTest::qWait(1500);
         QProcess run;
         run.setProcessEnvironment(home.environment());
-        run.start(kBinary, {"--headless", "--channel", "1=" + server.url("in"), "--duration",
-                            "16", "--size", "320x240", "--record", home.path("out.mp4")});
+        run.start(kBinary, {"--headless", "--channel", "1=" + server.url("in"), "--duration", "16",
+                            "--size", "320x240", "--record", home.path("out.mp4")});
         QTest::qWait(5000);
         server.stop();
         QTest::qWait(2500);
@@ -359,26 +398,26 @@ private slots:
         double soundStart = 0;
         QVERIFY(decodeAudio(home.path("out.mp4"), &sound, &soundStart));
         const double soundSeconds = double(sound.size()) / 48000;
-        QVERIFY2(qAbs(soundSeconds - written / 30.0) < 0.3, qPrintable(QString::number(soundSeconds)));
+        QVERIFY2(qAbs(soundSeconds - written / 30.0) < 0.3,
+                 qPrintable(QString::number(soundSeconds)));
         qInfo("written %lld frames, sound %.2f s", written, soundSeconds);
     }
 
     void everySourceRunsTheWholeShowOrIsReported_data()
     {
         QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("made");  // the ffmpeg input that makes it; empty: none
+        QTest::addColumn<QString>("made"); // the ffmpeg input that makes it; empty: none
         QTest::addColumn<int>("exitCode");
-        QTest::addColumn<int>("luma");      // the program's mean luma at the end (black: 0)
+        QTest::addColumn<int>("luma"); // the program's mean luma at the end (black: 0)
         QTest::addColumn<bool>("sound");
         const QString picture = "testsrc2=size=320x240";
         QTest::newRow("jpeg still") << "s.jpg" << picture << 0 << 120 << false;
         QTest::newRow("bmp still") << "s.bmp" << picture << 0 << 120 << false;
         QTest::newRow("webp still") << "s.webp" << picture << 0 << 120 << false;
-        QTest::newRow("sound alone") << "a.mp3" << "sine=frequency=440:duration=5" << 0 << 0
-                                     << true;
+        QTest::newRow("sound alone") << "a.mp3"
+                                     << "sine=frequency=440:duration=5" << 0 << 0 << true;
         QTest::newRow("missing file") << "missing.mp4" << QString() << 4 << 0 << false;
-        QTest::newRow("bad test signal") << "lavfi://nosuchfilter" << QString() << 4 << 0
-                                         << false;
+        QTest::newRow("bad test signal") << "lavfi://nosuchfilter" << QString() << 4 << 0 << false;
     }
 
     void everySourceRunsTheWholeShowOrIsReported()
@@ -395,14 +434,14 @@ private slots:
         if (!made.isEmpty()) {
             QStringList args{"-f", "lavfi", "-i", made};
             if (!file.endsWith(".mp3"))
-                args << "-frames:v" << "1";
+                args << "-frames:v"
+                     << "1";
             QVERIFY(runFfmpeg(args << source));
         }
-        const ProcessResult r =
-            runProcess(kBinary,
-                       {"--headless", "--channel", "1=" + source, "--duration", "2", "--record",
-                        home.path("out.mp4")},
-                       home.environment(), 60000);
+        const ProcessResult r = runProcess(kBinary,
+                                           {"--headless", "--channel", "1=" + source, "--duration",
+                                            "2", "--record", home.path("out.mp4")},
+                                           home.environment(), 60000);
         QCOMPARE(r.exitCode, exitCode);
         if (exitCode == 4)
             QVERIFY2(r.err.contains("channel 1: the source never opened"), r.err.constData());
@@ -418,7 +457,8 @@ private slots:
         qint64 sum = 0;
         for (char p : pixels)
             sum += uchar(p);
-        QVERIFY2(qAbs(sum / pixels.size() - luma) < 12, qPrintable(QString::number(sum / pixels.size())));
+        QVERIFY2(qAbs(sum / pixels.size() - luma) < 12,
+                 qPrintable(QString::number(sum / pixels.size())));
         std::vector<std::int16_t> samples;
         double start = 0;
         QVERIFY(decodeAudio(home.path("out.mp4"), &samples, &start));

@@ -4,12 +4,22 @@
 <context>
     <name>HeadlessRunner</name>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="281"/>
-        <source>the recording failed during the run (%1); the streams went on, and it went on in a new file once it could</source>
-        <translation>录制在运行中失败（%1）；推流未中断，录制在可写时已转入新文件继续</translation>
+        <location filename="../cli/HeadlessRunner.cpp" line="289"/>
+        <source>the recording failed during the run (%1) and no new file could be begun after it; the streams went on</source>
+        <translation>录制在运行中失败（%1），之后未能开始新文件；推流继续进行</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="290"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="293"/>
+        <source>the recording failed during the run (%1); it went on in a new file %2 time(s), but was failing again at the end; the streams went on</source>
+        <translation>录制在运行中失败（%1）；已在新文件中继续 %2 次，但结束时再次失败；推流继续进行</translation>
+    </message>
+    <message>
+        <location filename="../cli/HeadlessRunner.cpp" line="297"/>
+        <source>the recording failed during the run (%1); the streams went on, and the recording went on in %2</source>
+        <translation>录制在运行中失败（%1）；推流继续进行，录制已在 %2 中继续</translation>
+    </message>
+    <message>
+        <location filename="../cli/HeadlessRunner.cpp" line="307"/>
         <source>channel %1: the source never opened (%2)</source>
         <translation>通道 %1：源始终未能打开（%2）</translation>
     </message>
@@ -32,160 +42,160 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 • 确认推流密钥正确，且已在 YouTube Studio 中开启直播</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="222"/>
+        <location filename="../app/MainWindow.cpp" line="223"/>
         <source>Channel %1: %2</source>
         <translation>通道 %1：%2</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="417"/>
-        <location filename="../app/MainWindow.cpp" line="423"/>
-        <location filename="../app/MainWindow.cpp" line="435"/>
+        <location filename="../app/MainWindow.cpp" line="422"/>
+        <location filename="../app/MainWindow.cpp" line="428"/>
+        <location filename="../app/MainWindow.cpp" line="440"/>
         <source>Export Drawing</source>
         <translation>导出涂鸦</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="418"/>
+        <location filename="../app/MainWindow.cpp" line="423"/>
         <source>There is no drawing to export yet. Draw on the program preview with View -&gt; Drawing Tools.</source>
         <translation>还没有可导出的涂鸦。请通过“视图 -&gt; 涂鸦工具”在节目预览上绘制。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="424"/>
+        <location filename="../app/MainWindow.cpp" line="429"/>
         <source>PNG image (*.png)</source>
         <translation>PNG 图片 (*.png)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="436"/>
+        <location filename="../app/MainWindow.cpp" line="441"/>
         <source>Unable to write the file.</source>
         <translation>无法写入文件。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="439"/>
+        <location filename="../app/MainWindow.cpp" line="444"/>
         <source>Drawing exported to %1</source>
         <translation>涂鸦已导出到 %1</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="467"/>
+        <location filename="../app/MainWindow.cpp" line="472"/>
         <source>Output Settings</source>
         <translation>输出设置</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="469"/>
+        <location filename="../app/MainWindow.cpp" line="474"/>
         <source>Output Preview</source>
         <translation>输出预览</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="471"/>
+        <location filename="../app/MainWindow.cpp" line="476"/>
         <source>Audio Mixer</source>
         <translation>混音器</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="473"/>
+        <location filename="../app/MainWindow.cpp" line="478"/>
         <source>Text Overlay</source>
         <translation>文字叠加</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="475"/>
+        <location filename="../app/MainWindow.cpp" line="480"/>
         <source>Video Overlay</source>
         <translation>视频叠加</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="477"/>
+        <location filename="../app/MainWindow.cpp" line="482"/>
         <source>Image Playback</source>
         <translation>图片播放</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="531"/>
+        <location filename="../app/MainWindow.cpp" line="536"/>
         <source>&amp;File</source>
         <translation>文件(&amp;F)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="532"/>
+        <location filename="../app/MainWindow.cpp" line="537"/>
         <source>Export Drawing...</source>
         <translation>导出涂鸦...</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="533"/>
+        <location filename="../app/MainWindow.cpp" line="538"/>
         <source>Open Output Folder</source>
         <translation>打开输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="534"/>
+        <location filename="../app/MainWindow.cpp" line="539"/>
         <source>E&amp;xit</source>
         <translation>退出(&amp;X)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="535"/>
+        <location filename="../app/MainWindow.cpp" line="540"/>
         <source>&amp;View</source>
         <translation>视图(&amp;V)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="536"/>
+        <location filename="../app/MainWindow.cpp" line="541"/>
         <source>Drawing Tools</source>
         <translation>绘图工具</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="537"/>
+        <location filename="../app/MainWindow.cpp" line="542"/>
         <source>Reset Workspace Layout</source>
         <translation>重置工作区布局</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="538"/>
+        <location filename="../app/MainWindow.cpp" line="543"/>
         <source>&amp;Tools</source>
         <translation>工具(&amp;T)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="539"/>
+        <location filename="../app/MainWindow.cpp" line="544"/>
         <source>Program Scheduling...</source>
         <translation>节目编排...</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="540"/>
+        <location filename="../app/MainWindow.cpp" line="545"/>
         <source>Network Proxy...</source>
         <translation>网络代理...</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="541"/>
+        <location filename="../app/MainWindow.cpp" line="546"/>
         <source>&amp;Help</source>
         <translation>帮助(&amp;H)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="542"/>
+        <location filename="../app/MainWindow.cpp" line="547"/>
         <source>Language</source>
         <translation>语言</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="545"/>
-        <location filename="../app/MainWindow.cpp" line="842"/>
+        <location filename="../app/MainWindow.cpp" line="550"/>
+        <location filename="../app/MainWindow.cpp" line="844"/>
         <source>About Selvane</source>
         <translation>关于 Selvane</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="551"/>
+        <location filename="../app/MainWindow.cpp" line="556"/>
         <source>Program frame rate</source>
         <translation>节目帧率</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="552"/>
+        <location filename="../app/MainWindow.cpp" line="557"/>
         <source>Dropped frames</source>
         <translation>丢帧</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="553"/>
+        <location filename="../app/MainWindow.cpp" line="558"/>
         <source>CPU use</source>
         <translation>CPU 占用</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="554"/>
+        <location filename="../app/MainWindow.cpp" line="559"/>
         <source>Output bitrate</source>
         <translation>输出码率</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="555"/>
+        <location filename="../app/MainWindow.cpp" line="560"/>
         <source>Stream target status</source>
         <translation>推流目标状态</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="583"/>
+        <location filename="../app/MainWindow.cpp" line="587"/>
         <source>The recording failed: %1
 
 The streams go on. A new file is tried every second and the recording goes on there as soon as writing works.</source>
@@ -194,69 +204,69 @@ The streams go on. A new file is tried every second and the recording goes on th
 推流继续进行。每秒会尝试一个新文件，一旦可以写入，录制就在新文件中继续。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="606"/>
+        <location filename="../app/MainWindow.cpp" line="610"/>
         <source>%1 fps</source>
         <translation>%1 帧/秒</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="608"/>
+        <location filename="../app/MainWindow.cpp" line="612"/>
         <source>dropped: decoders %1, encoder %2</source>
         <translation>丢帧：解码 %1，编码 %2</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="609"/>
+        <location filename="../app/MainWindow.cpp" line="613"/>
         <source>CPU %1 %</source>
         <translation>CPU %1 %</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="609"/>
+        <location filename="../app/MainWindow.cpp" line="613"/>
         <source>CPU –</source>
         <translation>CPU –</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="610"/>
+        <location filename="../app/MainWindow.cpp" line="614"/>
         <source>%1 kbit/s</source>
         <translation>%1 kbit/s</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="611"/>
+        <location filename="../app/MainWindow.cpp" line="615"/>
         <source>outputs off</source>
         <translation>输出未开启</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="632"/>
+        <location filename="../app/MainWindow.cpp" line="636"/>
         <source>Target %1: %2</source>
         <translation>目标 %1：%2</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="649"/>
+        <location filename="../app/MainWindow.cpp" line="653"/>
         <source>Source</source>
         <translation>输入源</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="670"/>
+        <location filename="../app/MainWindow.cpp" line="672"/>
         <source>Output</source>
         <translation>输出</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="691"/>
+        <location filename="../app/MainWindow.cpp" line="693"/>
         <source>Please fill output file path or stream URL, and select at least one output target.</source>
         <translation>请填写输出文件路径或推流地址，并至少勾选一个输出目标。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="701"/>
+        <location filename="../app/MainWindow.cpp" line="703"/>
         <source>Stream %1 expects a %2:// URL.</source>
         <translation>推流 %1 需要 %2:// 地址。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="712"/>
+        <location filename="../app/MainWindow.cpp" line="714"/>
         <source>8K output uses HEVC. Standard RTMP services accept H.264 only.
 Use a HEVC-capable SRT destination or record to MP4/MKV.</source>
         <translation>8K 输出使用 HEVC 编码，标准 RTMP 服务只接受 H.264。
 请使用支持 HEVC 的 SRT 目标，或录制为 MP4/MKV。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="719"/>
+        <location filename="../app/MainWindow.cpp" line="721"/>
         <source>The selected 8K hardware HEVC encoder is unavailable. Update the GPU driver or choose a supported GPU.
 
 </source>
@@ -265,27 +275,27 @@ Use a HEVC-capable SRT destination or record to MP4/MKV.</source>
 </translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="816"/>
+        <location filename="../app/MainWindow.cpp" line="818"/>
         <source>Outputs are running</source>
         <translation>输出正在运行</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="817"/>
+        <location filename="../app/MainWindow.cpp" line="819"/>
         <source>Recording or streaming is running. Stop the outputs and close Selvane?</source>
         <translation>录制或推流正在进行。要停止输出并关闭 Selvane 吗？</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="837"/>
+        <location filename="../app/MainWindow.cpp" line="839"/>
         <source>Output Folder</source>
         <translation>输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="837"/>
+        <location filename="../app/MainWindow.cpp" line="839"/>
         <source>Unable to open the output folder.</source>
         <translation>无法打开输出文件夹。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="843"/>
+        <location filename="../app/MainWindow.cpp" line="845"/>
         <source>Selvane %1
 Live video mixer: four input channels, overlays, audio mixing, recording and live streaming.</source>
         <translation>Selvane %1
@@ -295,12 +305,12 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
 <context>
     <name>ProgramArrangement</name>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="104"/>
+        <location filename="../cli/CommandLine.cpp" line="112"/>
         <source>Unable to open the file.</source>
         <translation>无法打开文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="127"/>
+        <location filename="../cli/CommandLine.cpp" line="136"/>
         <source>Schedule check passed: %1 base clip(s), %2 overlay clip(s).</source>
         <translation>节目编排检查通过：%1 个基础片段，%2 个叠加片段。</translation>
     </message>
@@ -313,98 +323,198 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
 <context>
     <name>arrangement</name>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="77"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="79"/>
         <source>Base clip %1: channel %2 does not exist; channel %3 plays instead.</source>
         <translation>基础片段 %1：通道 %2 不存在，改为播放通道 %3。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="195"/>
-        <source>the document is not an object</source>
-        <translation>文档不是一个对象</translation>
+        <location filename="../schedule/ProgramArrangement.cpp" line="134"/>
+        <source>an object is not closed: expected &quot;,&quot; or &quot;}&quot;</source>
+        <translation>对象未闭合：应为 &quot;,&quot; 或 &quot;}&quot;</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="220"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="136"/>
+        <source>expected &quot;:&quot; after a key</source>
+        <translation>键后应为 &quot;:&quot;</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="138"/>
+        <source>a list is not closed: expected &quot;,&quot; or &quot;]&quot;</source>
+        <translation>列表未闭合：应为 &quot;,&quot; 或 &quot;]&quot;</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="140"/>
+        <source>expected &quot;,&quot; between two values</source>
+        <translation>两个值之间应为 &quot;,&quot;</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="142"/>
+        <source>expected a value: a string, a number, an object, a list, true, false or null</source>
+        <translation>应为一个值：字符串、数字、对象、列表、true、false 或 null</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="144"/>
+        <source>the text ends in the middle of a number</source>
+        <translation>文本在数字中间结束</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="146"/>
+        <source>a number that cannot be read</source>
+        <translation>无法读取的数字</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="148"/>
+        <source>an escape sequence JSON does not have</source>
+        <translation>JSON 中不存在的转义序列</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="150"/>
+        <source>text that is not UTF-8</source>
+        <translation>不是 UTF-8 的文本</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="152"/>
+        <source>a string is not closed: expected &quot;</source>
+        <translation>字符串未闭合：应为 &quot;</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="154"/>
+        <source>expected an object ({...}) at the top</source>
+        <translation>顶层应为一个对象（{...}）</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="156"/>
+        <source>objects and lists nested too deep</source>
+        <translation>对象和列表嵌套过深</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="158"/>
+        <source>the document is too large</source>
+        <translation>文档过大</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="160"/>
+        <source>more text after the end of the document</source>
+        <translation>文档结束后还有多余的文本</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="162"/>
+        <source>not JSON</source>
+        <translation>不是 JSON</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="171"/>
+        <source>the file is empty: expected a schedule document ({...})</source>
+        <translation>文件为空：应为节目编排文档（{...}）</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="178"/>
+        <source>line %1, column %2: %3</source>
+        <translation>第 %1 行，第 %2 列：%3</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="183"/>
+        <source> (the text ends there: is the file cut short?)</source>
+        <translation>（文本在此结束：文件是否被截断？）</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="193"/>
+        <source>Base clip %1 shows channel %2, which has no source.</source>
+        <translation>基础片段 %1 显示通道 %2，但该通道没有信号源。</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="266"/>
+        <source>line 1, column 1: expected an object ({...}) at the top</source>
+        <translation>第 1 行，第 1 列：顶层应为一个对象（{...}）</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="291"/>
         <source>Invalid Schedule</source>
         <translation>无效的节目编排</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="223"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="294"/>
         <source>Missing Media</source>
         <translation>媒体缺失</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="243"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="314"/>
         <source>Every base clip needs an ID.</source>
         <translation>每个基础片段都需要 ID。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="245"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="316"/>
         <source>Duplicate base clip ID: %1</source>
         <translation>基础片段 ID 重复：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="248"/>
-        <location filename="../schedule/ProgramArrangement.cpp" line="267"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="319"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="338"/>
         <source>End time must be later than start time.</source>
         <translation>结束时间必须晚于开始时间。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="250"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="321"/>
         <source>Select an image directory.</source>
         <translation>请选择图片目录。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="252"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="323"/>
         <source>Select a video for the channel.</source>
         <translation>请为通道选择视频。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="254"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="325"/>
         <source>Base video was not found: %1</source>
         <translation>找不到基础视频：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="257"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="328"/>
         <source>Image directory was not found: %1</source>
         <translation>找不到图片目录：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="262"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="333"/>
         <source>Every overlay clip needs an ID.</source>
         <translation>每个叠加片段都需要 ID。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="264"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="335"/>
         <source>Duplicate overlay clip ID: %1</source>
         <translation>叠加片段 ID 重复：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="269"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="340"/>
         <source>Overlay text cannot be empty.</source>
         <translation>叠加文字不能为空。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="271"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="342"/>
+        <source>Overlay clip %1: its text has %2 characters; a text holds at most %3.</source>
+        <translation>叠加片段 %1：文本有 %2 个字符；文本最多 %3 个字符。</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="348"/>
         <source>Select an overlay image file.</source>
         <translation>请选择叠加图片文件。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="273"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="350"/>
         <source>Overlay image was not found: %1</source>
         <translation>找不到叠加图片：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="275"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="352"/>
         <source>Select an overlay video.</source>
         <translation>请选择叠加视频。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="277"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="354"/>
         <source>Overlay video was not found: %1</source>
         <translation>找不到叠加视频：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="280"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="357"/>
         <source>Add at least one valid base clip.</source>
         <translation>请至少添加一个有效的基础片段。</translation>
     </message>
@@ -427,262 +537,262 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
         <translation>将此节目编排（JSON）播出到输出。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="35"/>
-        <source>Validate a program schedule and print it in the current format.</source>
-        <translation>校验节目编排并以当前格式输出。</translation>
-    </message>
-    <message>
-        <location filename="../cli/CommandLine.cpp" line="37"/>
+        <location filename="../cli/CommandLine.cpp" line="38"/>
         <source>Run the built-in demo: test signals, a schedule, a ticker and an image overlay (no files needed).</source>
         <translation>运行内置演示：测试信号、节目编排、滚动字幕和图片叠加（无需任何文件）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="40"/>
+        <location filename="../cli/CommandLine.cpp" line="41"/>
         <source>Load a source into input channel N (1-4): a file path, a network URL, a capture address or lavfi://GRAPH. Repeatable.</source>
         <translation>为输入通道 N（1-4）加载信号源：文件路径、网络地址、采集地址或 lavfi://GRAPH。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="44"/>
+        <location filename="../cli/CommandLine.cpp" line="45"/>
         <source>Give channel N (1-4) the sound of this microphone (a PulseAudio source by name or description) instead of its own. Repeatable.</source>
         <translation>让通道 N（1-4）使用此麦克风（按名称或描述指定的 PulseAudio 源）的声音代替其自身声音。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="47"/>
+        <location filename="../cli/CommandLine.cpp" line="48"/>
         <source>Channel (1-4) that forms the program picture. Default 1.</source>
         <translation>构成节目画面的通道（1-4），默认 1。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="49"/>
+        <location filename="../cli/CommandLine.cpp" line="50"/>
         <source>Stop after this many seconds (default: until Ctrl+C).</source>
         <translation>运行指定秒数后停止（默认：直到 Ctrl+C）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="51"/>
+        <location filename="../cli/CommandLine.cpp" line="52"/>
         <source>Window: start the recording and streams of the show at once (without --headless they wait for the Start button).</source>
         <translation>窗口模式：立即开始节目的录制与推流（不加此项时等待按下“开始输出”）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="54"/>
+        <location filename="../cli/CommandLine.cpp" line="55"/>
         <source>Preview (speaker) volume of channel N, linear, e.g. 1=0.5. Repeatable.</source>
         <translation>通道 N 的预览（扬声器）音量，线性，例如 1=0.5。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="57"/>
+        <location filename="../cli/CommandLine.cpp" line="58"/>
         <source>Volume of the program channel in the program mix, linear (default 1).</source>
         <translation>节目通道在节目混音中的音量，线性（默认 1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="60"/>
+        <location filename="../cli/CommandLine.cpp" line="61"/>
         <source>Program bus gain for recording and streaming, in percent (default 100).</source>
         <translation>录制与推流的节目总线增益，百分比（默认 100）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="63"/>
+        <location filename="../cli/CommandLine.cpp" line="64"/>
         <source>Show a scrolling ticker with these words. Repeatable.</source>
         <translation>显示滚动字幕。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="65"/>
+        <location filename="../cli/CommandLine.cpp" line="66"/>
         <source>Show a picture in the rectangle x,y,w,h of the 640x360 scene. Repeatable.</source>
         <translation>在 640x360 场景的矩形 x,y,w,h 中显示图片。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="68"/>
+        <location filename="../cli/CommandLine.cpp" line="69"/>
         <source>Play a video (looping) in the rectangle x,y,w,h of the 640x360 scene. Repeatable.</source>
         <translation>在 640x360 场景的矩形 x,y,w,h 中循环播放视频。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="72"/>
+        <location filename="../cli/CommandLine.cpp" line="73"/>
         <source>Record the program to this file (MP4, MKV, MOV, TS ...).</source>
         <translation>将节目录制到此文件（MP4、MKV、MOV、TS……）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="74"/>
+        <location filename="../cli/CommandLine.cpp" line="75"/>
         <source>Start a new recording file at a keyframe after this many minutes.</source>
         <translation>录制满指定分钟后在关键帧处开始新文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="78"/>
+        <location filename="../cli/CommandLine.cpp" line="79"/>
         <source>Start a new recording file at a keyframe once a file reaches this many GiB.</source>
         <translation>文件达到指定 GiB 后在关键帧处开始新文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="80"/>
+        <location filename="../cli/CommandLine.cpp" line="81"/>
         <source>Publish the program to this URL (rtmp://, rtmps://, srt://, udp:// ...); #FORMAT picks the container (flv, mpegts). Repeatable.</source>
         <translation>将节目推流到此地址（rtmp://、rtmps://、srt://、udp://……）；#FORMAT 指定封装格式（flv、mpegts）。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="84"/>
+        <location filename="../cli/CommandLine.cpp" line="85"/>
         <source>Output size, e.g. 1280x720 (default: same as the program).</source>
         <translation>输出尺寸，例如 1280x720（默认：与节目相同）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="85"/>
+        <location filename="../cli/CommandLine.cpp" line="86"/>
         <source>Output frame rate: 30 or 60 (default 30).</source>
         <translation>输出帧率：30 或 60（默认 30）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="86"/>
+        <location filename="../cli/CommandLine.cpp" line="87"/>
         <source>Video bitrate in kbit/s (default: automatic).</source>
         <translation>视频码率，kbit/s（默认：自动）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="88"/>
+        <location filename="../cli/CommandLine.cpp" line="89"/>
         <source>Video encoder: auto, hardware or software (default auto).</source>
         <translation>视频编码器：auto、hardware 或 software（默认 auto）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="90"/>
+        <location filename="../cli/CommandLine.cpp" line="91"/>
         <source>Quality preset: performance, balanced or quality (default balanced).</source>
         <translation>质量预设：performance、balanced 或 quality（默认 balanced）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="93"/>
+        <location filename="../cli/CommandLine.cpp" line="94"/>
         <source>Serve the remote control API (HTTP and WebSocket) on this port.</source>
         <translation>在此端口上提供远程控制 API（HTTP 和 WebSocket）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="96"/>
+        <location filename="../cli/CommandLine.cpp" line="97"/>
         <source>Address the remote control listens on (default 127.0.0.1).</source>
         <translation>远程控制监听的地址（默认 127.0.0.1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="176"/>
+        <location filename="../cli/CommandLine.cpp" line="185"/>
         <source>--record expects a file path</source>
         <translation>--record 需要文件路径</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="186"/>
+        <location filename="../cli/CommandLine.cpp" line="195"/>
         <source>--%1 expects a positive number, got &quot;%2&quot;</source>
         <translation>--%1 需要正数，收到 &quot;%2&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="197"/>
+        <location filename="../cli/CommandLine.cpp" line="206"/>
         <source>segment limits need --record</source>
         <translation>分段限制需要 --record</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="218"/>
+        <location filename="../cli/CommandLine.cpp" line="227"/>
         <source>--stream expects a URL such as rtmp://host/app/key, got &quot;%1&quot;</source>
         <translation>--stream 需要类似 rtmp://host/app/key 的地址，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="239"/>
+        <location filename="../cli/CommandLine.cpp" line="248"/>
         <source>--size expects an even width and height, got &quot;%1&quot;</source>
         <translation>--size 的宽和高必须是偶数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="326"/>
+        <location filename="../cli/CommandLine.cpp" line="335"/>
         <source>--control-port expects a port from 1 to 65535, got &quot;%1&quot;</source>
         <translation>--control-port 需要 1 到 65535 之间的端口，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="335"/>
+        <location filename="../cli/CommandLine.cpp" line="344"/>
         <source>--control-bind expects an IP address such as 127.0.0.1 or ::1, got &quot;%1&quot;</source>
         <translation>--control-bind 需要 IP 地址（如 127.0.0.1 或 ::1），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="363"/>
+        <location filename="../cli/CommandLine.cpp" line="372"/>
         <source>overlay &quot;%1&quot;: &quot;%2&quot; is not a file that can be read</source>
         <translation>叠加 &quot;%1&quot;：&quot;%2&quot; 不是可读取的文件</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="207"/>
+        <location filename="../cli/CommandLine.cpp" line="216"/>
         <source>--record: &quot;%1&quot; names no known container (use .mp4, .mkv, .mov, .ts ...)</source>
         <translation>--record: &quot;%1&quot; 不是已知的容器格式（请用 .mp4、.mkv、.mov、.ts 等）</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="211"/>
+        <location filename="../cli/CommandLine.cpp" line="35"/>
+        <source>Validate a program schedule and print it in the current format; with --channel options, warn of clips whose channel has no source.</source>
+        <translation>校验节目编排并以当前格式输出；配合 --channel 选项时，对通道没有信号源的片段给出警告。</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="220"/>
         <source>--record: the folder of &quot;%1&quot; does not exist</source>
         <translation>--record: &quot;%1&quot; 所在的文件夹不存在</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="214"/>
+        <location filename="../cli/CommandLine.cpp" line="223"/>
         <source>--record: the folder of &quot;%1&quot; cannot be written</source>
         <translation>--record: &quot;%1&quot; 所在的文件夹无法写入</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="221"/>
+        <location filename="../cli/CommandLine.cpp" line="230"/>
         <source>--stream: no container for &quot;%1&quot;; add #FORMAT (for example #flv or #mpegts)</source>
         <translation>--stream: 无法确定 &quot;%1&quot; 的容器格式；请加上 #格式（例如 #flv 或 #mpegts）</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="233"/>
+        <location filename="../cli/CommandLine.cpp" line="242"/>
         <source>--size expects WIDTHxHEIGHT, got &quot;%1&quot;</source>
         <translation>--size 需要 宽x高，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="247"/>
+        <location filename="../cli/CommandLine.cpp" line="256"/>
         <source>--fps expects 30 or 60, got &quot;%1&quot;</source>
         <translation>--fps 需要 30 或 60，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="256"/>
+        <location filename="../cli/CommandLine.cpp" line="265"/>
         <source>--bitrate expects kbit/s from 100 to 400000, got &quot;%1&quot;</source>
         <translation>--bitrate 需要 100 到 400000 之间的 kbit/s，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="265"/>
+        <location filename="../cli/CommandLine.cpp" line="274"/>
         <source>--encoder expects auto, hardware or software, got &quot;%1&quot;</source>
         <translation>--encoder 需要 auto、hardware 或 software，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="275"/>
+        <location filename="../cli/CommandLine.cpp" line="284"/>
         <source>--preset expects performance, balanced or quality, got &quot;%1&quot;</source>
         <translation>--preset 需要 performance、balanced 或 quality，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="293"/>
+        <location filename="../cli/CommandLine.cpp" line="302"/>
         <source>--volume expects N=V with N from 1 to 4 and V from 0 to 4, got &quot;%1&quot;</source>
         <translation>--volume 需要 N=V（N 为 1 到 4，V 为 0 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="303"/>
+        <location filename="../cli/CommandLine.cpp" line="312"/>
         <source>--program-volume expects a number from 0 to 4, got &quot;%1&quot;</source>
         <translation>--program-volume 需要 0 到 4 之间的数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="312"/>
+        <location filename="../cli/CommandLine.cpp" line="321"/>
         <source>--gain expects a percentage from 0 to 1000, got &quot;%1&quot;</source>
         <translation>--gain 需要 0 到 1000 之间的百分比，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="371"/>
+        <location filename="../cli/CommandLine.cpp" line="380"/>
         <source>at most %1 image and video overlays</source>
         <translation>图片与视频叠加最多 %1 个</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="392"/>
+        <location filename="../cli/CommandLine.cpp" line="401"/>
         <source>--channel expects N=ADDRESS with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--channel 需要 N=地址（N 为 1 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="403"/>
+        <location filename="../cli/CommandLine.cpp" line="412"/>
         <source>--microphone expects N=NAME with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--microphone 需要 N=名称，N 为 1 到 4，收到的是“%1”</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="414"/>
+        <location filename="../cli/CommandLine.cpp" line="423"/>
         <source>--base expects a channel from 1 to 4, got &quot;%1&quot;</source>
         <translation>--base 需要 1 到 4 的通道，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="423"/>
+        <location filename="../cli/CommandLine.cpp" line="432"/>
         <source>--duration expects a positive number of seconds, got &quot;%1&quot;</source>
         <translation>--duration 需要正的秒数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="434"/>
+        <location filename="../cli/CommandLine.cpp" line="443"/>
         <source>--demo brings its own schedule; leave out --schedule</source>
         <translation>--demo 自带节目编排；请去掉 --schedule</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="447"/>
+        <location filename="../cli/CommandLine.cpp" line="456"/>
         <source>--headless needs at least one --channel</source>
         <translation>--headless 至少需要一个 --channel</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="451"/>
+        <location filename="../cli/CommandLine.cpp" line="460"/>
         <source>the base channel %1 has no source</source>
         <translation>基础通道 %1 没有信号源</translation>
     </message>
@@ -692,32 +802,32 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
         <translation>文字叠加需要内容，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/OverlaySpecs.cpp" line="61"/>
+        <location filename="../cli/OverlaySpecs.cpp" line="59"/>
         <source>the text overlay takes at most %1 characters, got %2</source>
         <translation>文字叠加最多 %1 个字符，实际为 %2</translation>
     </message>
     <message>
-        <location filename="../cli/OverlaySpecs.cpp" line="75"/>
+        <location filename="../cli/OverlaySpecs.cpp" line="73"/>
         <source>overlay &quot;%1&quot;: expected PATH@x,y,w,h (a rectangle in the 640x360 scene)</source>
         <translation>叠加 &quot;%1&quot;：需要 路径@x,y,w,h（640x360 场景中的矩形）</translation>
     </message>
     <message>
-        <location filename="../cli/OverlaySpecs.cpp" line="81"/>
+        <location filename="../cli/OverlaySpecs.cpp" line="79"/>
         <source>overlay &quot;%1&quot;: the path before &apos;@&apos; is empty</source>
         <translation>叠加 &quot;%1&quot;：&apos;@&apos; 前的路径为空</translation>
     </message>
     <message>
-        <location filename="../cli/OverlaySpecs.cpp" line="86"/>
+        <location filename="../cli/OverlaySpecs.cpp" line="84"/>
         <source>overlay &quot;%1&quot;: expected four numbers x,y,w,h after &apos;@&apos;</source>
         <translation>叠加 &quot;%1&quot;：&apos;@&apos; 后需要四个数 x,y,w,h</translation>
     </message>
     <message>
-        <location filename="../cli/OverlaySpecs.cpp" line="94"/>
+        <location filename="../cli/OverlaySpecs.cpp" line="92"/>
         <source>overlay &quot;%1&quot;: &quot;%2&quot; is not a number</source>
         <translation>叠加 &quot;%1&quot;：&quot;%2&quot; 不是数字</translation>
     </message>
     <message>
-        <location filename="../cli/OverlaySpecs.cpp" line="99"/>
+        <location filename="../cli/OverlaySpecs.cpp" line="97"/>
         <source>overlay &quot;%1&quot;: width and height must be positive</source>
         <translation>叠加 &quot;%1&quot;：宽和高必须为正</translation>
     </message>
@@ -1675,309 +1785,309 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
 <context>
     <name>selvane::OutputSettingsPanel</name>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="417"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="409"/>
         <source>Recording folder</source>
         <translation>录制文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="438"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="430"/>
         <source>8K requires hardware HEVC encoding</source>
         <translation>8K 需要硬件 HEVC 编码</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="442"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="434"/>
         <source>8K60 uses the Performance preset to maintain real-time output</source>
         <translation>8K60 使用“性能”预设以保持实时输出</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="527"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="519"/>
         <source>failed: %1</source>
         <translation>失败：%1</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="530"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="522"/>
         <source>recording %1  %2  %3 MB</source>
         <translation>录制中 %1  %2  %3 MB</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="536"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="528"/>
         <source>stopped</source>
         <translation>已停止</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="553"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="545"/>
         <source>&lt;b&gt;Recording&lt;/b&gt;</source>
         <translation>&lt;b&gt;录制&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="554"/>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="555"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="546"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="547"/>
         <source>Record to file</source>
         <translation>录制到文件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="556"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="548"/>
         <source>Folder and file name; {date} and {time} become the start time</source>
         <translation>文件夹和文件名；{date} 和 {time} 会替换为开始时间</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="557"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="549"/>
         <source>Browse…</source>
         <translation>浏览…</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="558"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="550"/>
         <source>Choose the recording folder</source>
         <translation>选择录制文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="559"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="551"/>
         <source>Container:</source>
         <translation>封装格式：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="560"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="552"/>
         <source>Container</source>
         <translation>封装格式</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="561"/>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="562"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="553"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="554"/>
         <source>Segment recording</source>
         <translation>分段录制</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="555"/>
         <source> min</source>
         <translation> 分钟</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="564"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="556"/>
         <source>Segment minutes</source>
         <translation>分段时长</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="565"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="557"/>
         <source> GiB</source>
         <translation> GiB</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="558"/>
         <source>Segment size</source>
         <translation>分段大小</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="567"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="559"/>
         <source>Start a new file at a keyframe when either limit is reached</source>
         <translation>达到任一限制时，在关键帧处开始新文件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="568"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="560"/>
         <source>Recording state</source>
         <translation>录制状态</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="569"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="561"/>
         <source>&lt;b&gt;Stream targets&lt;/b&gt;</source>
         <translation>&lt;b&gt;推流目标&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="571"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
         <source>All enabled destinations share one encoder to minimize CPU/GPU load.</source>
         <translation>所有启用的目标共用一个编码器，以降低 CPU/GPU 负载。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="572"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="564"/>
         <source>On</source>
         <translation>启用</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="572"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="564"/>
         <source>Kind</source>
         <translation>类型</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="572"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="564"/>
         <source>Address</source>
         <translation>地址</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="572"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="564"/>
         <source>Status</source>
         <translation>状态</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="573"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="565"/>
         <source>Add</source>
         <translation>添加</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="574"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
         <source>Edit</source>
         <translation>编辑</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="575"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="567"/>
         <source>Edit Target</source>
         <translation>编辑目标</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="576"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="568"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="577"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="569"/>
         <source>&lt;b&gt;Encoding&lt;/b&gt;</source>
         <translation>&lt;b&gt;编码&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="578"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="570"/>
         <source>Resolution:</source>
         <translation>分辨率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="579"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="571"/>
         <source>Same as Program</source>
         <translation>与节目相同</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="581"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="573"/>
         <source>%1 (%2 x %3)</source>
         <translation>%1（%2 x %3）</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="586"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="578"/>
         <source>Recording/stream output resolution; &apos;Same as Program&apos; follows current canvas size.</source>
         <translation>录制/推流输出分辨率；“与节目相同”跟随当前画布尺寸。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="587"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="579"/>
         <source>Output resolution</source>
         <translation>输出分辨率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="588"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="580"/>
         <source>Frame rate:</source>
         <translation>帧率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="589"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="581"/>
         <source>Frame rate</source>
         <translation>帧率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="590"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="582"/>
         <source>Bitrate:</source>
         <translation>码率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="591"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="583"/>
         <source>Video bitrate</source>
         <translation>视频码率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="592"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="584"/>
         <source>Automatic</source>
         <translation>自动</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="593"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="585"/>
         <source>The bitrate follows the preset and the picture size</source>
         <translation>码率跟随预设和画面尺寸</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="594"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="586"/>
         <source>Automatic bitrate</source>
         <translation>自动码率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="595"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="587"/>
         <source>Encoder:</source>
         <translation>编码器：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="596"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="588"/>
         <source>Auto</source>
         <translation>自动</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="597"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="589"/>
         <source>Hardware</source>
         <translation>硬件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="598"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="590"/>
         <source>Software</source>
         <translation>软件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="599"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="591"/>
         <source>Encoder mode</source>
         <translation>编码模式</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="600"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="592"/>
         <source>Preset:</source>
         <translation>预设：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="601"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="593"/>
         <source>Performance</source>
         <translation>性能</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="602"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="594"/>
         <source>Balanced</source>
         <translation>均衡</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="603"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="595"/>
         <source>Quality</source>
         <translation>质量</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="604"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="596"/>
         <source>Quality preset</source>
         <translation>质量预设</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="605"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="597"/>
         <source>Keyframe interval:</source>
         <translation>关键帧间隔：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="606"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="598"/>
         <source>Keyframe interval</source>
         <translation>关键帧间隔</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="607"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="599"/>
         <source>Output Gain:</source>
         <translation>输出增益：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="608"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="600"/>
         <source>Output Gain</source>
         <translation>输出增益</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="609"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="601"/>
         <source>Adjusts the program gain for recording and streaming only. It does not affect channel mixing or monitoring.</source>
         <translation>仅调整录制和推流的节目增益，不影响通道混音和监听。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="611"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="603"/>
         <source>Recording and streaming use the effective canvas resolution. The resolution is locked while output is active.</source>
         <translation>录制和推流使用实际画布分辨率。输出进行时分辨率被锁定。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="614"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="606"/>
         <source>Start Outputs</source>
         <translation>开始输出</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="615"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="607"/>
         <source>Stop Outputs</source>
         <translation>停止输出</translation>
     </message>
@@ -2043,144 +2153,144 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
 <context>
     <name>selvane::OverlayClipDialog</name>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="401"/>
+        <location filename="../panels/ClipDialogs.cpp" line="402"/>
         <source>Choose the Overlay Video</source>
         <translation>选择叠加视频</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="401"/>
+        <location filename="../panels/ClipDialogs.cpp" line="402"/>
         <source>Choose the Overlay Image</source>
         <translation>选择叠加图片</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="403"/>
+        <location filename="../panels/ClipDialogs.cpp" line="404"/>
         <source>Videos (*.mp4 *.mov *.mkv *.avi *.flv *.ts *.webm);;All files (*)</source>
         <translation>视频 (*.mp4 *.mov *.mkv *.avi *.flv *.ts *.webm);;所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="404"/>
+        <location filename="../panels/ClipDialogs.cpp" line="405"/>
         <source>Images (*.png *.jpg *.jpeg *.bmp *.webp *.gif);;All files (*)</source>
         <translation>图片 (*.png *.jpg *.jpeg *.bmp *.webp *.gif);;所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="418"/>
+        <location filename="../panels/ClipDialogs.cpp" line="419"/>
         <source>Overlay Clip</source>
         <translation>叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="419"/>
+        <location filename="../panels/ClipDialogs.cpp" line="420"/>
         <source>ID:</source>
         <translation>ID：</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="420"/>
+        <location filename="../panels/ClipDialogs.cpp" line="421"/>
         <source>Clip ID</source>
         <translation>片段 ID</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="421"/>
+        <location filename="../panels/ClipDialogs.cpp" line="422"/>
         <source>Kind:</source>
         <translation>类型：</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="422"/>
+        <location filename="../panels/ClipDialogs.cpp" line="423"/>
         <source>Overlay kind</source>
         <translation>叠加类型</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="423"/>
+        <location filename="../panels/ClipDialogs.cpp" line="424"/>
         <source>Text</source>
         <translation>文字</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="424"/>
+        <location filename="../panels/ClipDialogs.cpp" line="425"/>
         <source>Image</source>
         <translation>图片</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="425"/>
+        <location filename="../panels/ClipDialogs.cpp" line="426"/>
         <source>Video</source>
         <translation>视频</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="426"/>
+        <location filename="../panels/ClipDialogs.cpp" line="427"/>
         <source>Text:</source>
         <translation>文字：</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="427"/>
+        <location filename="../panels/ClipDialogs.cpp" line="428"/>
         <source>Overlay text</source>
         <translation>叠加文字</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="428"/>
+        <location filename="../panels/ClipDialogs.cpp" line="429"/>
         <source>File:</source>
         <translation>文件：</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="429"/>
+        <location filename="../panels/ClipDialogs.cpp" line="430"/>
         <source>Media file</source>
         <translation>媒体文件</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="430"/>
+        <location filename="../panels/ClipDialogs.cpp" line="431"/>
         <source>Browse...</source>
         <translation>浏览...</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="431"/>
+        <location filename="../panels/ClipDialogs.cpp" line="432"/>
         <source>Browse for the media file</source>
         <translation>浏览媒体文件</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="432"/>
+        <location filename="../panels/ClipDialogs.cpp" line="433"/>
         <source>X, Y, W, H:</source>
         <translation>X、Y、宽、高：</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="433"/>
+        <location filename="../panels/ClipDialogs.cpp" line="434"/>
         <source>The rectangle as fractions of the canvas width and height.</source>
         <translation>矩形位置与大小，以画布宽度和高度的比例表示。</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="434"/>
+        <location filename="../panels/ClipDialogs.cpp" line="435"/>
         <source>X</source>
         <translation>X</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="435"/>
+        <location filename="../panels/ClipDialogs.cpp" line="436"/>
         <source>Y</source>
         <translation>Y</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="436"/>
+        <location filename="../panels/ClipDialogs.cpp" line="437"/>
         <source>Width</source>
         <translation>宽度</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="437"/>
+        <location filename="../panels/ClipDialogs.cpp" line="438"/>
         <source>Height</source>
         <translation>高度</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="438"/>
+        <location filename="../panels/ClipDialogs.cpp" line="439"/>
         <source>Opacity:</source>
         <translation>不透明度：</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="439"/>
+        <location filename="../panels/ClipDialogs.cpp" line="440"/>
         <source>Opacity</source>
         <translation>不透明度</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="441"/>
         <location filename="../panels/ClipDialogs.cpp" line="442"/>
+        <location filename="../panels/ClipDialogs.cpp" line="443"/>
         <source>OK</source>
         <translation>确定</translation>
     </message>
     <message>
-        <location filename="../panels/ClipDialogs.cpp" line="443"/>
         <location filename="../panels/ClipDialogs.cpp" line="444"/>
+        <location filename="../panels/ClipDialogs.cpp" line="445"/>
         <source>Cancel</source>
         <translation>取消</translation>
     </message>
@@ -2509,7 +2619,7 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
     <name>selvane::ScheduleWindow</name>
     <message>
         <location filename="../panels/ScheduleWindow.cpp" line="333"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="690"/>
         <source>Clear Overlay Clips</source>
         <translation>清空叠加片段</translation>
     </message>
@@ -2520,7 +2630,7 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
     </message>
     <message>
         <location filename="../panels/ScheduleWindow.cpp" line="336"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="684"/>
         <source>Clear Base Clips</source>
         <translation>清空基础片段</translation>
     </message>
@@ -2577,7 +2687,7 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
     </message>
     <message>
         <location filename="../panels/ScheduleWindow.cpp" line="457"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="696"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="706"/>
         <source>Base %1  |  Overlay %2</source>
         <translation>基础 %1  |  叠加 %2</translation>
     </message>
@@ -2594,7 +2704,7 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
     <message>
         <location filename="../panels/ScheduleWindow.cpp" line="492"/>
         <location filename="../panels/ScheduleWindow.cpp" line="498"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="681"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="691"/>
         <source>Import</source>
         <translation>导入</translation>
     </message>
@@ -2604,252 +2714,253 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
         <translation>无法打开该文件。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="509"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="543"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="682"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="510"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="544"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="692"/>
         <source>Export</source>
         <translation>导出</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="510"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="511"/>
         <source>There are no valid clips to export. Check the validation messages.</source>
         <translation>没有可导出的有效片段。请查看校验提示。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="527"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="528"/>
         <source>Export Program Schedule</source>
         <translation>导出节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="529"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="530"/>
         <source>JSON (*.json)</source>
         <translation>JSON (*.json)</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="543"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="544"/>
         <source>Unable to write the file.</source>
         <translation>无法写入该文件。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="557"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="567"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="569"/>
         <source>Schedule Check</source>
         <translation>编排检查</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="558"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="563"/>
         <source>Schedule check passed: %1 base clip(s), %2 overlay clip(s).</source>
         <translation>节目编排检查通过：%1 个基础片段，%2 个叠加片段。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="571"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="582"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="651"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="652"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="581"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="592"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="661"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="662"/>
         <source>Program Schedule</source>
         <translation>节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="572"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="582"/>
         <source>Add at least one valid base clip.</source>
         <translation>请至少添加一个有效的基础片段。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="653"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
         <source>Timeline origin:</source>
         <translation>时间轴起点：</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="654"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="664"/>
         <source>Timeline origin</source>
         <translation>时间轴起点</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="655"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="665"/>
         <source>Clip times are measured from this date and time.</source>
         <translation>片段时间从此日期时间起算。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="656"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="666"/>
         <source>&lt;b&gt;Base Clips&lt;/b&gt;</source>
         <translation>&lt;b&gt;基础片段&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="657"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="667"/>
         <source>Base clips</source>
         <translation>基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="659"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
         <source>ID</source>
         <translation>ID</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="659"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
         <source>Source</source>
         <translation>来源</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="659"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
         <source>Start</source>
         <translation>开始</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="659"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
         <source>End</source>
         <translation>结束</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="659"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
         <source>Details</source>
         <translation>详情</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="660"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
         <source>&lt;b&gt;Overlay Clips&lt;/b&gt;</source>
         <translation>&lt;b&gt;叠加片段&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="661"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="671"/>
         <source>Overlay clips</source>
         <translation>叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
         <source>Kind</source>
         <translation>类型</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="675"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="679"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="685"/>
         <source>Add...</source>
         <translation>添加...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="679"/>
         <source>Add Base Clip</source>
         <translation>添加基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="676"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="686"/>
         <source>Edit...</source>
         <translation>编辑...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
         <source>Edit Base Clip</source>
         <translation>编辑基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="671"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="677"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="681"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="687"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="671"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="681"/>
         <source>Remove Base Clip</source>
         <translation>删除基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="672"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="678"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="682"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="688"/>
         <source>Move Up</source>
         <translation>上移</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="672"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="682"/>
         <source>Move Base Clip Up</source>
         <translation>上移基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="679"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="683"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="689"/>
         <source>Move Down</source>
         <translation>下移</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="683"/>
         <source>Move Base Clip Down</source>
         <translation>下移基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="684"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="690"/>
         <source>Clear</source>
         <translation>清空</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="675"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="685"/>
         <source>Add Overlay Clip</source>
         <translation>添加叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="676"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="686"/>
         <source>Edit Overlay Clip</source>
         <translation>编辑叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="677"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="687"/>
         <source>Remove Overlay Clip</source>
         <translation>删除叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="678"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="688"/>
         <source>Move Overlay Clip Up</source>
         <translation>上移叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="679"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="689"/>
         <source>Move Overlay Clip Down</source>
         <translation>下移叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="681"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="691"/>
         <source>Import...</source>
         <translation>导入...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="682"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="692"/>
         <source>Export...</source>
         <translation>导出...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="683"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="693"/>
         <source>Check</source>
         <translation>检查</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="684"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="694"/>
         <source>Stop Schedule</source>
         <translation>停止节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="684"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="694"/>
         <source>Start Schedule</source>
         <translation>开始节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="687"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="697"/>
         <source>RUNNING</source>
         <translation>运行中</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="687"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="697"/>
         <source>READY</source>
         <translation>就绪</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="688"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="698"/>
         <source>Schedule state</source>
         <translation>编排状态</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="694"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="704"/>
         <source>Clip count</source>
         <translation>片段数量</translation>
     </message>
@@ -3126,74 +3237,74 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
 <context>
     <name>selvane::StreamTargetDialog</name>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="21"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="28"/>
         <source>Stream target</source>
         <translation>推流目标</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="25"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="32"/>
         <source>Target kind</source>
         <translation>目标类型</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="28"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="35"/>
         <source>Server URL</source>
         <translation>服务器地址</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="32"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="39"/>
         <source>Stream key</source>
         <translation>推流密钥</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="33"/>
-        <location filename="../panels/StreamTargetDialog.cpp" line="38"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="40"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="45"/>
         <source>Show</source>
         <translation>显示</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="35"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="42"/>
         <source>Show the stream key</source>
         <translation>显示推流密钥</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="38"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="45"/>
         <source>Hide</source>
         <translation>隐藏</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="40"/>
-        <location filename="../panels/StreamTargetDialog.cpp" line="42"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="47"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="49"/>
         <source>Use this target</source>
         <translation>使用此目标</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="51"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="58"/>
         <source>OK</source>
         <translation>确定</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="53"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="60"/>
         <source>Cancel</source>
         <translation>取消</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="56"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="63"/>
         <source>Kind:</source>
         <translation>类型：</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="57"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="64"/>
         <source>Server:</source>
         <translation>服务器：</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="58"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="65"/>
         <source>Stream key:</source>
         <translation>推流密钥：</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="81"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="88"/>
         <source>Enter a server URL such as rtmp://host/app or srt://host:port.</source>
         <translation>请填写服务器地址，例如 rtmp://host/app 或 srt://host:port。</translation>
     </message>
@@ -3201,292 +3312,297 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
 <context>
     <name>selvane::TextEffectDialog</name>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="325"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="58"/>
+        <source>A text holds at most %1 characters: %2 characters were left out.</source>
+        <translation>文本最多 %1 个字符：有 %2 个字符未被保留。</translation>
+    </message>
+    <message>
+        <location filename="../panels/TextEffectDialog.cpp" line="337"/>
         <source>Text Color</source>
         <translation>文字颜色</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="330"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="342"/>
         <source>Background Color</source>
         <translation>背景颜色</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="335"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="347"/>
         <source>Shadow Color</source>
         <translation>阴影颜色</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="340"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="352"/>
         <source>Outline Color</source>
         <translation>描边颜色</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="384"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="396"/>
         <source>Text Effects</source>
         <translation>文字效果</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="385"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="397"/>
         <source>Type the text to show on the program</source>
         <translation>输入要在节目上显示的文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="386"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="398"/>
         <source>Overlay text</source>
         <translation>叠加文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="387"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="399"/>
         <source>X:</source>
         <translation>X：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="388"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="400"/>
         <source>Y:</source>
         <translation>Y：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="389"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="401"/>
         <source>Text X</source>
         <translation>文字 X</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="390"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="402"/>
         <source>Text Y</source>
         <translation>文字 Y</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="391"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="403"/>
         <source>Position of the text&apos;s top-left corner in the 640 x 360 scene, whatever the output size.</source>
         <translation>文字左上角在 640 x 360 场景中的位置，与输出尺寸无关。</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="396"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="408"/>
         <source>Font Style</source>
         <translation>字体样式</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="401"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="413"/>
         <source>Font:</source>
         <translation>字体：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="402"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="414"/>
         <source>Size:</source>
         <translation>字号：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="403"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="415"/>
         <source>Font</source>
         <translation>字体</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="404"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="416"/>
         <source>Font size</source>
         <translation>字号</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="405"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="417"/>
         <source>Bold</source>
         <translation>粗体</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="406"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="418"/>
         <source>Italic</source>
         <translation>斜体</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="407"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="419"/>
         <source>Underline</source>
         <translation>下划线</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="408"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="420"/>
         <source>Strikeout</source>
         <translation>删除线</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="415"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="427"/>
         <source>Colors &amp; Effects</source>
         <translation>颜色与效果</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="416"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="428"/>
         <source>Text color:</source>
         <translation>文字颜色：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="417"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="429"/>
         <source>Text color</source>
         <translation>文字颜色</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="418"/>
-        <location filename="../panels/TextEffectDialog.cpp" line="419"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="430"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="431"/>
         <source>Background</source>
         <translation>背景</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="420"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="432"/>
         <source>Background color</source>
         <translation>背景颜色</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="421"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="433"/>
         <source>Padding:</source>
         <translation>边距：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="422"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="434"/>
         <source>Background padding</source>
         <translation>背景边距</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="423"/>
-        <location filename="../panels/TextEffectDialog.cpp" line="424"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="435"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="436"/>
         <source>Shadow</source>
         <translation>阴影</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="425"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="437"/>
         <source>Shadow color</source>
         <translation>阴影颜色</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="426"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="438"/>
         <source>Offset:</source>
         <translation>偏移：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="427"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="439"/>
         <source>Shadow offset X</source>
         <translation>阴影偏移 X</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="428"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="440"/>
         <source>Shadow offset Y</source>
         <translation>阴影偏移 Y</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="429"/>
-        <location filename="../panels/TextEffectDialog.cpp" line="430"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="441"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="442"/>
         <source>Outline</source>
         <translation>描边</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="431"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="443"/>
         <source>Outline color</source>
         <translation>描边颜色</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="432"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="444"/>
         <source>Width:</source>
         <translation>宽度：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="433"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="445"/>
         <source>Outline width</source>
         <translation>描边宽度</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="434"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="446"/>
         <source>Opacity:</source>
         <translation>不透明度：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="435"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="447"/>
         <source>Opacity</source>
         <translation>不透明度</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="436"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="448"/>
         <source>Opacity value</source>
         <translation>不透明度数值</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="437"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="449"/>
         <source>In units of the 640 x 360 scene; scaled with the output.</source>
         <translation>以 640 x 360 场景为单位，随输出尺寸缩放。</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="443"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="455"/>
         <source>Scroll</source>
         <translation>滚动</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="444"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="456"/>
         <source>Enable</source>
         <translation>启用</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="445"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="457"/>
         <source>Scroll text</source>
         <translation>滚动文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="446"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="458"/>
         <source>Direction:</source>
         <translation>方向：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="447"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="459"/>
         <source>Passes:</source>
         <translation>次数：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="448"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="460"/>
         <source>Speed:</source>
         <translation>速度：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="449"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="461"/>
         <source>None</source>
         <translation>无</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="450"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="462"/>
         <source>Left to Right</source>
         <translation>从左到右</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="451"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="463"/>
         <source>Right to Left</source>
         <translation>从右到左</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="452"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="464"/>
         <source>Scroll direction</source>
         <translation>滚动方向</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="453"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="465"/>
         <source>Scroll passes</source>
         <translation>滚动次数</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="455"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="467"/>
         <source>Number of complete passes. After the last pass, the text remains off-screen.</source>
         <translation>完整滚动的次数。最后一次滚动结束后，文字停留在画面之外。</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="456"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="468"/>
         <source>Scroll speed</source>
         <translation>滚动速度</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="457"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="469"/>
         <source>Scroll speed (higher is faster).</source>
         <translation>滚动速度（数值越大越快）。</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="459"/>
-        <location filename="../panels/TextEffectDialog.cpp" line="460"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="471"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="472"/>
         <source>OK</source>
         <translation>确定</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="461"/>
-        <location filename="../panels/TextEffectDialog.cpp" line="462"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="473"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="474"/>
         <source>Cancel</source>
         <translation>取消</translation>
     </message>

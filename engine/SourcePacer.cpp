@@ -88,7 +88,11 @@ void SourcePacer::advance(SourceFeed &feed, qint64 programUs, qint64 periodUs)
     }
     if (taken == 0 && m_current)
         ++m_repeated;
-    const FrameTokenPtr back = frames.back();
+    // The newest picture delivered: the queue's last, or the one on air when the queue ran
+    // empty (a picture that comes late leaves it so, and the margin must grow for it).
+    FrameTokenPtr back = frames.back();
+    if (!back)
+        back = m_current;
     if (live && !joining && m_mapping.anchored && back && back->timeline == m_mapping.timeline) {
         // A live source's edge stays between "just in time" and its ahead limit: sound that
         // comes later than its pictures (transport streams mux it in bursts) makes room for

@@ -30,6 +30,8 @@ public:
     // arrives steadily adds little delay and one that comes in bursts gets what it needs.
     static constexpr qint64 kLiveLatencyUs = 50'000;
     static constexpr qint64 kLiveMaxLatencyUs = 800'000;
+    static_assert(kLiveMaxLatencyUs < SourceFeed::kLiveQueueSpanUs,
+                  "a live source's queue holds its longest margin");
     // A live source whose delivered edge (the newest instant with both sound and picture)
     // comes this close to the program time gets more margin; one this far ahead is brought
     // closer.

@@ -132,7 +132,15 @@ bool DecodeRun::open(const QString &source, bool separateAudio)
         return false;
     }
     m_timelineId = m_host.timeline();
-    m_host.opened(m_input.durationMs, m_input.live, m_realTime);
+    double fps = 0.0;
+    if (videoIndex >= 0) {
+        const AVRational rate = m_videoStream->avg_frame_rate.num > 0
+                                    ? m_videoStream->avg_frame_rate
+                                    : m_videoStream->r_frame_rate;
+        if (rate.num > 0 && rate.den > 0)
+            fps = av_q2d(rate);
+    }
+    m_host.opened(m_input.durationMs, m_input.live, m_realTime, fps);
 
     // A live camera whose microphone shares its input has a reader of its own, so that the
     // device is drained while pictures are converted.

@@ -62,7 +62,8 @@ public:
     // `live`: the source has no end and cannot seek. `realTime`: it also delivers at its own pace
     // (a camera, a stream pushed at us) and must be read whatever the program takes; a live
     // source read in segments (HLS, DASH) waits for the program like a file instead.
-    virtual void opened(qint64 durationMs, bool live, bool realTime) = 0;
+    // `fps`: the source's picture rate as its stream tells it (0 when it does not).
+    virtual void opened(qint64 durationMs, bool live, bool realTime, double fps) = 0;
     virtual void videoInfo(QSize coded, QSize display) = 0;
     virtual void deinterlacing() = 0;
     virtual void failed(SourceError error, const QString &detail) = 0;

@@ -1,9 +1,8 @@
 #include "input/FFmpegVideoDecoder.h"
 
-#include "input/ScreenCapture.h"
-
 #include "input/DecodeRun.h"
 #include "input/MicrophoneRun.h"
+#include "input/ScreenCapture.h"
 #include "input/SourceAddress.h"
 #include "media/LogThrottle.h"
 #include "media/SourceFeeds.h"
@@ -11,13 +10,18 @@
 #include <QDebug>
 #include <QUrl>
 #include <QUrlQuery>
+#include <algorithm>
 #include <chrono>
+#include <cmath>
 
 using namespace selvane;
 
 namespace {
 constexpr int kFileQueueDepth = 6;
+// At least this many pictures of a live source are queued, and as many as its rate brings in
+// SourceFeed::kLiveQueueSpanUs, so that the longest jitter margin fits at any rate.
 constexpr int kLiveQueueDepth = 45;
+constexpr double kFastestCountedFps = 240.0;
 constexpr auto kWindowWatchInterval = std::chrono::milliseconds(250);
 } // namespace
 
@@ -120,7 +124,7 @@ public:
             m_decoder.m_deinterlacing.store(true);
     }
 
-    void opened(qint64 durationMs, bool live, bool realTime) override
+    void opened(qint64 durationMs, bool live, bool realTime, double fps) override
     {
         m_decoder.m_durationMs.store(durationMs);
         m_decoder.m_live.store(live);
@@ -131,7 +135,10 @@ public:
             // A file runs this far ahead of the program; a real-time source holds its jitter
             // margin, and so does a segmented stream (HLS, DASH): it is read ahead like a file,
             // but opening each segment and reloading the playlist stall its reads.
-            m_decoder.m_feed->frames().setDepth(live ? kLiveQueueDepth : kFileQueueDepth);
+            const int spanDepth = int(std::ceil(std::min(fps, kFastestCountedFps) *
+                                                double(SourceFeed::kLiveQueueSpanUs) / 1e6));
+            m_decoder.m_feed->frames().setDepth(live ? std::max(kLiveQueueDepth, spanDepth)
+                                                     : kFileQueueDepth);
         }
     }
 
@@ -407,8 +414,7 @@ bool FFmpegVideoDecoder::runOnce(const QString &source, const QString &audioSour
 }
 
 bool FFmpegVideoDecoder::runAttempt(const QString &source, const QString &audioSource,
-                                    quint64 generation, bool retrying, bool logFailure,
-                                    bool *again)
+                                    quint64 generation, bool retrying, bool logFailure, bool *again)
 {
     *again = false;
     Run host(*this, generation, retrying, logFailure);

@@ -30,6 +30,10 @@ struct SourceMapping
 class SourceFeed
 {
 public:
+    // A live source's queue holds this long of its pictures, whatever its rate: room for the
+    // longest jitter margin the program keeps, and for the burst that follows a stall.
+    static constexpr qint64 kLiveQueueSpanUs = 1'500'000;
+
     FrameQueue &frames() { return m_frames; }
     TimedSampleQueue &sound() { return m_sound; }
     const FrameQueue &frames() const { return m_frames; }

@@ -26,9 +26,11 @@ struct Outcome
 };
 
 // One minute of a live source whose picture n has source time stamp(n) and arrives when the
-// program clock reaches its true time (plus `arrivalUs`); counted after a settling second.
+// program clock reaches its true time (plus `arrivalUs`; every tenth picture `stallUs` later
+// still, with the pictures behind it waiting for it, as on a network that stalls now and then);
+// counted after a settling second.
 Outcome run(double fps, const std::function<qint64(qint64 n, double trueUs)> &stamp,
-            qint64 arrivalUs = 0)
+            qint64 arrivalUs, qint64 stallUs)
 {
     FramePool pool(64, 16, 16);
     SourceFeed feed;
@@ -36,6 +38,7 @@ Outcome run(double fps, const std::function<qint64(qint64 n, double trueUs)> &st
     feed.frames().setDepth(45);
     SourcePacer pacer;
     qint64 next = 0;
+    double lastArrivalUs = 0;
     Outcome outcome;
     qint64 repeatedBefore = 0, skippedBefore = 0;
     const qint64 ticks = 61 * 30;
@@ -43,8 +46,11 @@ Outcome run(double fps, const std::function<qint64(qint64 n, double trueUs)> &st
         const qint64 programUs = std::llround(double(k) * 1e6 / 30.0);
         for (;; ++next) {
             const double trueUs = double(next) * 1e6 / fps;
-            if (trueUs + double(arrivalUs) > double(programUs))
+            const double heldUs =
+                std::max(lastArrivalUs, trueUs + double(next % 10 == 5 ? stallUs : 0));
+            if (heldUs + double(arrivalUs) > double(programUs))
                 break;
+            lastArrivalUs = heldUs;
             FrameTokenPtr picture = solidFrame(pool, 16, 16, 128, stamp(next, trueUs));
             feed.frames().push(std::move(picture), true);
         }
@@ -86,13 +92,15 @@ private slots:
         QTest::addColumn<double>("fps");
         QTest::addColumn<bool>("rounded"); // FLV's millisecond timestamps
         QTest::addColumn<int>("jitterUs"); // the sender's clock, at random within ±
-        QTest::newRow("30, exact") << 30.0 << false << 0;
-        QTest::newRow("30, milliseconds") << 30.0 << true << 0;
-        QTest::newRow("30, jittered 4 ms") << 30.0 << false << 4000;
-        QTest::newRow("29.97, milliseconds") << 30000.0 / 1001 << true << 0;
-        QTest::newRow("59.94, milliseconds") << 60000.0 / 1001 << true << 0;
-        QTest::newRow("60, milliseconds") << 60.0 << true << 0;
-        QTest::newRow("25, milliseconds") << 25.0 << true << 0;
+        QTest::addColumn<int>("stallUs");  // every tenth picture held back this long
+        QTest::newRow("30, exact") << 30.0 << false << 0 << 0;
+        QTest::newRow("30, milliseconds") << 30.0 << true << 0 << 0;
+        QTest::newRow("30, jittered 4 ms") << 30.0 << false << 4000 << 0;
+        QTest::newRow("29.97, milliseconds") << 30000.0 / 1001 << true << 0 << 0;
+        QTest::newRow("59.94, milliseconds") << 60000.0 / 1001 << true << 0 << 0;
+        QTest::newRow("60, milliseconds") << 60.0 << true << 0 << 0;
+        QTest::newRow("25, milliseconds") << 25.0 << true << 0 << 0;
+        QTest::newRow("30, stalls of 150 ms") << 30.0 << true << 0 << 150000;
     }
 
     void picturesKeepToTheTicks()
@@ -100,6 +108,7 @@ private slots:
         QFETCH(double, fps);
         QFETCH(bool, rounded);
         QFETCH(int, jitterUs);
+        QFETCH(int, stallUs);
         QRandomGenerator random(7);
         const auto stamp = [&](qint64 n, double trueUs) {
             const qint64 jitter = jitterUs ? random.bounded(2 * jitterUs + 1) - jitterUs : 0;
@@ -108,7 +117,7 @@ private slots:
         // Arrival delays chosen so that the live margin puts pictures at every phase of a tick,
         // the edge between two ticks included.
         for (const qint64 arrivalUs : {0, 8333, 16667, 25000}) {
-            const Outcome o = run(fps, stamp, arrivalUs);
+            const Outcome o = run(fps, stamp, arrivalUs, stallUs);
             // What the rates imply: one picture a tick, the rest repeated or skipped.
             const qint64 pictures = std::llround(double(o.ticks) * fps / 30.0);
             const qint64 repeated = std::max<qint64>(0, o.ticks - pictures);

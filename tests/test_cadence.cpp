@@ -4,7 +4,7 @@
 // skipped pictures are counted. A source as fast as the program shows every picture once; a
 // slower or faster one repeats or skips only as often as the two rates imply.
 //
-// SELVANE_CADENCE_SECONDS sets the length of each window (default 12; scripts/cadence.sh runs a
+// SELVANE_CADENCE_SECONDS sets the length of each window (default 8; scripts/cadence.sh runs a
 // minute).
 
 #include "LiveSupport.h"
@@ -21,7 +21,7 @@ const char *const kKinds[] = {"rtmp", "srt", "udp", "hls"};
 
 struct Sample
 {
-    qint64 ticks = 0;
+    qint64 ticks = 0; // program frames
     std::array<qint64, 4> pictures{}, repeated{}, skipped{}, reanchors{};
 };
 
@@ -44,7 +44,7 @@ Sample sample(RemoteShow &show)
 int windowSeconds()
 {
     const int seconds = qEnvironmentVariableIntValue("SELVANE_CADENCE_SECONDS");
-    return seconds > 0 ? seconds : 12;
+    return seconds > 0 ? seconds : 8;
 }
 
 } // namespace
@@ -53,37 +53,54 @@ class TestCadence : public QObject
 {
     Q_OBJECT
 
-    // Repeated ticks and skipped pictures of each channel between two samples, against what the
-    // sender's rate and the ticks imply (segmented sources arrive in bursts, so what arrived in
-    // the window says less than the rate). Returns false, with the figures, when a channel
-    // strays by more than a few.
-    bool steady(const Sample &from, const Sample &to, const QStringList &rates, const char *when)
+    // Repeated ticks and skipped pictures of each channel over a window of steady running,
+    // against what the sender's rate and the ticks imply (segmented sources arrive in bursts, so
+    // what arrived says less than the rate). A window in which a channel was put on the clock
+    // again (its margin grew: a loaded machine) says nothing of its cadence: that channel is
+    // judged on a later window. False, with the figures, when a channel strays by more than a
+    // few.
+    bool steady(RemoteShow &show, const QStringList &rates, const char *when)
     {
-        const qint64 ticks = to.ticks - from.ticks;
-        bool ok = ticks > 0;
-        for (std::size_t c = 0; c < 4; ++c) {
-            const qint64 delivered = to.pictures[c] - from.pictures[c];
-            const QStringList fraction = rates[int(c)].split('/');
-            const double rate = fraction.value(0).toDouble() / fraction.value(1, "1").toDouble();
-            const qint64 pictures = std::llround(double(ticks) * rate / 30.0);
-            const qint64 repeated = to.repeated[c] - from.repeated[c];
-            const qint64 skipped = to.skipped[c] - from.skipped[c];
-            const qint64 wantRepeated = std::max<qint64>(0, ticks - pictures);
-            const qint64 wantSkipped = std::max<qint64>(0, pictures - ticks);
-            const double perMinute = 60.0 * 30.0 / double(std::max<qint64>(1, ticks));
-            qInfo("%s %s at %s fps, %s: %lld ticks, %lld pictures, repeated %lld (%.0f a minute, "
-                  "rates imply %lld), skipped %lld (%.0f a minute, rates imply %lld), put on the "
-                  "clock again %lld times",
-                  QTest::currentDataTag(), kKinds[c], qPrintable(rates[int(c)]), when, ticks,
-                  pictures, repeated, repeated * perMinute, wantRepeated, skipped,
-                  skipped * perMinute, wantSkipped, to.reanchors[c] - from.reanchors[c]);
-            // A few for the edges of the window: a picture in flight when a sample is taken.
-            constexpr qint64 kSlack = 4;
-            if (delivered < ticks / 2 || std::abs(repeated - wantRepeated) > kSlack ||
-                std::abs(skipped - wantSkipped) > kSlack)
-                ok = false;
+        std::array<bool, 4> judged{}, ok{};
+        for (int window = 0;
+             window < 5 && !std::all_of(judged.begin(), judged.end(), [](bool j) { return j; });
+             ++window) {
+            const Sample from = sample(show);
+            QTest::qWait(windowSeconds() * 1000);
+            const Sample to = sample(show);
+            const qint64 ticks = to.ticks - from.ticks;
+            for (std::size_t c = 0; c < 4; ++c) {
+                if (judged[c] || to.reanchors[c] != from.reanchors[c])
+                    continue;
+                judged[c] = true;
+                const qint64 delivered = to.pictures[c] - from.pictures[c];
+                const QStringList fraction = rates[int(c)].split('/');
+                const double rate =
+                    fraction.value(0).toDouble() / fraction.value(1, "1").toDouble();
+                const qint64 pictures = std::llround(double(ticks) * rate / 30.0);
+                const qint64 repeated = to.repeated[c] - from.repeated[c];
+                const qint64 skipped = to.skipped[c] - from.skipped[c];
+                const qint64 wantRepeated = std::max<qint64>(0, ticks - pictures);
+                const qint64 wantSkipped = std::max<qint64>(0, pictures - ticks);
+                const double perMinute = 60.0 * 30.0 / double(std::max<qint64>(1, ticks));
+                qInfo("%s %s at %s fps, %s (window %d): %lld ticks, %lld pictures, repeated %lld "
+                      "(%.0f a minute, rates imply %lld), skipped %lld (%.0f a minute, rates "
+                      "imply %lld)",
+                      QTest::currentDataTag(), kKinds[c], qPrintable(rates[int(c)]), when,
+                      window + 1, ticks, pictures, repeated, repeated * perMinute, wantRepeated,
+                      skipped, skipped * perMinute, wantSkipped);
+                // A few for the edges of the window: a picture in flight when a sample is taken.
+                constexpr qint64 kSlack = 4;
+                ok[c] = ticks > 0 && delivered >= ticks / 2 &&
+                        std::abs(repeated - wantRepeated) <= kSlack &&
+                        std::abs(skipped - wantSkipped) <= kSlack;
+            }
         }
-        return ok;
+        for (std::size_t c = 0; c < 4; ++c)
+            if (!judged[c])
+                qInfo("%s %s: put on the clock again in every window", QTest::currentDataTag(),
+                      kKinds[c]);
+        return std::all_of(ok.begin(), ok.end(), [](bool o) { return o; });
     }
 
 private slots:
@@ -159,21 +176,13 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(allDelivering(), 30000);
         QTest::qWait(3000); // the live margins settle
 
-        const int seconds = windowSeconds();
-        const Sample a = sample(show);
-        QTest::qWait(seconds * 1000);
-        const Sample b = sample(show);
-        const bool first = steady(a, b, rates, "steady");
-
+        const bool first = steady(show, rates, "steady");
         // The RTMP publisher goes and comes back (nginx keeps the reader's session).
+        const qint64 before = sample(show).pictures[0];
         senders[0].restartSender();
-        const qint64 before = b.pictures[0];
         QTRY_VERIFY_WITH_TIMEOUT(sample(show).pictures[0] > before + 90, 20000);
         QTest::qWait(3000);
-        const Sample c = sample(show);
-        QTest::qWait(seconds * 1000);
-        const Sample d = sample(show);
-        const bool second = steady(c, d, rates, "after the RTMP publisher restarted");
+        const bool second = steady(show, rates, "after the RTMP publisher restarted");
         QVERIFY(first);
         QVERIFY(second);
         QCOMPARE(show.stop(), 0);

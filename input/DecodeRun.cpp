@@ -158,14 +158,14 @@ int DecodeRun::nextPacket(AVPacket *packet)
         return m_queue.take(packet, true, [this] { return m_host.cancelled(); });
     if (m_queue.take(packet, false) == 0)
         return 0;
-    return av_read_frame(m_input.context.get(), packet);
+    return m_input.read(packet);
 }
 
 void DecodeRun::readerLoop()
 {
     ffsupport::PacketPtr packet(av_packet_alloc());
     while (packet && !m_host.cancelled()) {
-        const int err = av_read_frame(m_input.context.get(), packet.get());
+        const int err = m_input.read(packet.get());
         if (err == AVERROR(EAGAIN)) {
             std::this_thread::sleep_for(kTryAgainSleep);
             continue;
@@ -380,7 +380,7 @@ bool DecodeRun::readAheadOnce()
     if (m_useReader || m_readAheadEnded || m_black || m_queue.size() >= kReadAheadPackets)
         return false;
     AVPacket *packet = m_readAheadPacket.get();
-    const int err = av_read_frame(m_input.context.get(), packet);
+    const int err = m_input.read(packet);
     if (err == AVERROR(EAGAIN))
         return false;
     if (err < 0) {
@@ -406,8 +406,13 @@ void DecodeRun::seekTo(qint64 positionMs, bool newTimeline)
         m_videoStream->start_time != AV_NOPTS_VALUE ? m_videoStream->start_time : 0;
     const int64_t ts = av_rescale_q(targetUs, AV_TIME_BASE_Q, m_videoStream->time_base) + startTs;
     AVFormatContext *format = m_input.context.get();
-    if (av_seek_frame(format, m_videoStream->index, ts, AVSEEK_FLAG_BACKWARD) < 0)
+    if (m_input.graph) {
+        // A generator has no place to seek to: it starts over (a loop, or any seek).
+        if (!m_input.graph->restart())
+            qWarning("FFmpegVideoDecoder: the test signal did not start again");
+    } else if (av_seek_frame(format, m_videoStream->index, ts, AVSEEK_FLAG_BACKWARD) < 0) {
         av_seek_frame(format, -1, targetUs, AVSEEK_FLAG_BACKWARD);
+    }
     if (m_video.context)
         avcodec_flush_buffers(m_video.context.get());
     if (m_audioCodec)

@@ -162,6 +162,19 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
     const QString lower = address.toLower();
     const SourceKind kind = classifySource(address);
     int err = 0;
+    if (kind == SourceKind::TestSignal) {
+        // A generator: its graph is built here and read as a source of its own (no stream
+        // probe: the graph's outputs tell everything).
+        QString why;
+        result.graph =
+            TestSignalGraph::open(testSignalGraph(address).toUtf8(), result.context.get(), &why);
+        if (!result.graph) {
+            qWarning().noquote() << "FFmpegVideoDecoder: test signal:" << why;
+            result.context.reset();
+            result.error = SourceError::OpenFailed;
+        }
+        return result;
+    }
     if (kind == SourceKind::DisplayCapture || kind == SourceKind::WindowCapture) {
         const GrabInput grab = grabInputFor(address);
         const AVInputFormat *format = av_find_input_format("x11grab");
@@ -214,12 +227,7 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
         }
     } else {
         const AVInputFormat *format = nullptr;
-        QByteArray url = address.toUtf8();
-        if (classifySource(address) == SourceKind::TestSignal) {
-            format = av_find_input_format("lavfi");
-            url = testSignalGraph(address).toUtf8();
-            openOptions.reset();
-        }
+        const QByteArray url = address.toUtf8();
         if (lower.startsWith("rtmp://") || lower.startsWith("rtmps://") ||
             lower.startsWith("rtmpt://")) {
             probeOptions.set("analyzeduration", "10000000");

@@ -16,6 +16,7 @@
 // address that names both is opened as a separate audio input beside the camera.
 
 #include "input/SourceError.h"
+#include "input/TestSignalGraph.h"
 #include "media/FfmpegTypes.h"
 
 #include <QString>
@@ -38,6 +39,14 @@ struct OpenedInput
     bool captureDevice = false;
     // Linux: the microphone named in the same capture address, to be opened separately.
     QString deviceMicrophone;
+    // A test signal's graph: the source of the context's packets.
+    std::unique_ptr<TestSignalGraph> graph;
+
+    // The next packet, from the demuxer or the test signal's graph.
+    int read(AVPacket *packet)
+    {
+        return graph ? graph->read(packet) : av_read_frame(context.get(), packet);
+    }
 };
 
 // The main address of a channel or overlay (display and window capture excluded).

@@ -4,6 +4,7 @@
 #include "app/Language.h"
 #include "app/OperatorTexts.h"
 #include "app/Theme.h"
+#include "app/UpdateNotice.h"
 #include "cli/ShowSetup.h"
 #include "engine/Engine.h"
 #include "engine/PreviewImages.h"
@@ -45,6 +46,7 @@
 #include <QSettings>
 #include <QShortcut>
 #include <QSplitter>
+#include <QStandardPaths>
 #include <QStatusBar>
 #include <QTimer>
 #include <QUrl>
@@ -463,6 +465,18 @@ void MainWindow::createStatusBar()
     m_dropsLabel = makeLabel("statusDrops");
     m_cpuLabel = makeLabel("statusCpu");
     m_bitrateLabel = makeLabel("statusBitrate");
+
+    // A newer version is looked for once, when the window starts, where the settings say.
+    const QString manifest =
+        QSettings("Ostrel", "Selvane").value(UpdateCheck::kManifestUrlKey).toString().trimmed();
+    if (!manifest.isEmpty()) {
+        auto *updates = new UpdateCheck(QStringLiteral(SELVANE_VERSION_STRING), this);
+        QString folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
+        if (folder.isEmpty())
+            folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+        statusBar()->addWidget(new UpdateNotice(updates, folder, this));
+        updates->check(QUrl(manifest));
+    }
 }
 
 QString MainWindow::dockTitle(DockId id)

@@ -5,7 +5,6 @@
 #include "app/OperatorTexts.h"
 #include "app/Theme.h"
 #include "app/UpdateNotice.h"
-#include "cli/ShowSetup.h"
 #include "engine/Engine.h"
 #include "engine/PreviewImages.h"
 #include "panels/AudioMixerPanel.h"
@@ -22,6 +21,7 @@
 #include "panels/ScheduleWindow.h"
 #include "panels/SourceDialog.h"
 #include "panels/TextOverlayPanel.h"
+#include "show/ShowLoader.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -111,8 +111,6 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent)
     createDocks();
     createStatusBar();
     connectEngine();
-    // The remote control, when the command line or the "control/port" setting asks for it.
-    m_control = startWindowControl(*m_engine, this);
     // Without a window manager (a bare X server) maximising does nothing: take the screen.
     if (QScreen *screen = QGuiApplication::primaryScreen())
         setGeometry(screen->availableGeometry());
@@ -777,23 +775,13 @@ void MainWindow::stopOutputsAndWait(int limitMs)
     m_outputPanel->setOutputsRunning(false);
 }
 
-bool MainWindow::loadShow(const HeadlessOptions &show, bool startOutputs, QString *error)
+bool MainWindow::loadShow(const ShowOptions &show, bool startOutputs, QString *error)
 {
-    if (!show.scheduleFile.isEmpty()) {
-        ProgramArrangement arrangement;
-        QStringList warnings;
-        if (!readScheduleFile(show.scheduleFile, &arrangement, error, &warnings))
-            return false;
-        for (const QString &warning : warnings)
-            qWarning().noquote() << "MainWindow: schedule:" << warning;
-        const arrangement::Validation check = m_engine->loadSchedule(arrangement);
-        if (!check.ok) {
-            *error = show.scheduleFile + ": " + check.title + ": " + check.message;
-            return false;
-        }
-    }
-    applyShowOptions(*m_engine, show);
-    if (!show.scheduleFile.isEmpty() && !m_engine->startSchedule(error))
+    QStringList warnings;
+    const bool loaded = selvane::loadShow(*m_engine, show, &warnings, error);
+    for (const QString &warning : warnings)
+        qWarning().noquote() << "MainWindow: schedule:" << warning;
+    if (!loaded)
         return false;
     if (show.output.fileEnabled)
         m_outputPanel->setRecording(true, show.output.filePath);

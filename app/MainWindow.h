@@ -7,10 +7,10 @@
 // (each refusal a warning box titled "Output"), and a clean end of the outputs when it closes.
 // Media behaviour lives in the engine.
 //
-// Owns: the engine, the preview scaler, every panel, the remote control. GUI thread only. Emits
+// Owns: the engine, the preview scaler, every panel. GUI thread only. Emits
 // programArrangementRunningChanged when the schedule starts or stops.
 
-#include "cli/CommandLine.h"
+#include "show/ShowOptions.h"
 
 #include <QMainWindow>
 #include <array>
@@ -18,7 +18,6 @@
 namespace selvane {
 class AudioMixerPanel;
 class ChannelPanel;
-class ControlServer;
 class DrawingToolBar;
 class ImagePlaybackPanel;
 class MediaOverlayPanel;
@@ -79,7 +78,7 @@ public:
     // Puts a show of the command line on the engine (channels, base, overlays, volumes, a
     // schedule) and shows its outputs in the output panel; `startOutputs` starts them at once.
     // False with the operator's reason when the show cannot be loaded.
-    bool loadShow(const selvane::HeadlessOptions &show, bool startOutputs, QString *error);
+    bool loadShow(const selvane::ShowOptions &show, bool startOutputs, QString *error);
 
     // Ends the outputs cleanly (trailers written) and closes without asking: SIGTERM.
     void closeForShutdown();
@@ -127,7 +126,6 @@ private:
     bool m_chinese = false;
     bool m_closingForShutdown = false;
     selvane::Engine *m_engine = nullptr;
-    selvane::ControlServer *m_control = nullptr; // the remote control, when it is on
     selvane::PreviewImages *m_previews = nullptr;
     selvane::ProgramPreview *m_preview = nullptr;
     std::array<selvane::ChannelPanel *, 4> m_channels{};

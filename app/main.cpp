@@ -8,7 +8,8 @@
 #include "app/SingleInstance.h"
 #include "cli/CommandLine.h"
 #include "cli/HeadlessRunner.h"
-#include "cli/ShowSetup.h"
+#include "control/WindowControl.h"
+#include "show/InterruptSignals.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -50,9 +51,9 @@ int runHeadless(int argc, char *argv[])
     QCommandLineParser parser;
     selvane::configureCommandLine(parser);
     parser.process(app);
-    selvane::HeadlessOptions options;
+    selvane::ShowOptions options;
     QString error;
-    if (!selvane::readHeadlessOptions(parser, &options, &error)) {
+    if (!selvane::readShowOptions(parser, &options, &error)) {
         std::fprintf(stderr, "selvane: %s\n", qPrintable(error));
         return 1;
     }
@@ -77,9 +78,9 @@ int runGui(int argc, char *argv[])
     QCommandLineParser parser;
     selvane::configureCommandLine(parser);
     parser.process(*app);
-    selvane::HeadlessOptions show;
+    selvane::ShowOptions show;
     QString optionError;
-    if (!selvane::readHeadlessOptions(parser, &show, &optionError)) {
+    if (!selvane::readShowOptions(parser, &show, &optionError)) {
         std::fprintf(stderr, "selvane: %s\n", qPrintable(optionError));
         return 1;
     }
@@ -101,9 +102,14 @@ int runGui(int argc, char *argv[])
         return 1;
     }
 
-    selvane::setWindowControlOptions(show);
     auto window = std::make_unique<MainWindow>();
     MainWindow *windowPtr = window.get();
+    // The remote control, when the command line or the "control/port" setting asks for it.
+    selvane::startWindowControl(*window->engine(),
+                                {show.controlPort,
+                                 show.controlBind,
+                                 {show.output, {show.outputSize.isValid(), show.outputSize}}},
+                                windowPtr);
     if (show.hasShow()) {
         QString error;
         if (!window->loadShow(show, show.startOutputs, &error)) {

@@ -175,7 +175,7 @@ LaunchFace launchFaceFor(const QStringList &arguments)
 
 namespace {
 
-bool readOutputOptions(const QCommandLineParser &parser, HeadlessOptions *options, QString *error)
+bool readOutputOptions(const QCommandLineParser &parser, ShowOptions *options, QString *error)
 {
     EncoderSettings &out = options->output;
     if (parser.isSet("record")) {
@@ -290,7 +290,7 @@ bool readOutputOptions(const QCommandLineParser &parser, HeadlessOptions *option
     return true;
 }
 
-bool readAudioOptions(const QCommandLineParser &parser, HeadlessOptions *options, QString *error)
+bool readAudioOptions(const QCommandLineParser &parser, ShowOptions *options, QString *error)
 {
     for (const QString &value : parser.values("volume")) {
         const qsizetype eq = value.indexOf('=');
@@ -326,7 +326,7 @@ bool readAudioOptions(const QCommandLineParser &parser, HeadlessOptions *options
     return true;
 }
 
-bool readControlOptions(const QCommandLineParser &parser, HeadlessOptions *options, QString *error)
+bool readControlOptions(const QCommandLineParser &parser, ShowOptions *options, QString *error)
 {
     if (parser.isSet("control-port")) {
         bool ok = false;
@@ -351,7 +351,7 @@ bool readControlOptions(const QCommandLineParser &parser, HeadlessOptions *optio
     return true;
 }
 
-bool readOverlayOptions(const QCommandLineParser &parser, HeadlessOptions *options, QString *error)
+bool readOverlayOptions(const QCommandLineParser &parser, ShowOptions *options, QString *error)
 {
     int textId = 1;
     for (const QString &words : parser.values("text")) {
@@ -385,7 +385,7 @@ bool readOverlayOptions(const QCommandLineParser &parser, HeadlessOptions *optio
 
 } // namespace
 
-bool readHeadlessOptions(const QCommandLineParser &parser, HeadlessOptions *options, QString *error)
+bool readShowOptions(const QCommandLineParser &parser, ShowOptions *options, QString *error)
 {
     const auto channelNumber = [](const QString &text, bool *ok) {
         const int n = text.trimmed().toInt(ok);

@@ -4,7 +4,7 @@
 // runs the same engine without a window (see HeadlessRunner). Plain functions, called on the
 // main thread before and while the application object exists.
 
-#include "engine/EngineTypes.h"
+#include "show/ShowOptions.h"
 
 #include <QMap>
 #include <QSize>
@@ -23,46 +23,6 @@ enum class LaunchFace
     CheckSchedule, // --check-schedule FILE: validate and print the normalised arrangement
 };
 
-struct HeadlessOptions
-{
-    QMap<int, QString> channels;    // channel index 0..3 -> source address
-    QMap<int, QString> microphones; // channel index 0..3 -> "dshow://capture?audio=NAME"
-    int baseChannel = 0;            // 0..3
-    double durationSeconds = 0;     // 0: until interrupted
-
-    // Audio: preview volume per channel (linear), the program channel's volume in the program
-    // mix, and the program bus gain for the outputs.
-    QMap<int, double> channelVolumes;
-    double programVolume = 1.0;
-    double programGainPercent = 100.0;
-
-    // A schedule file to play, or the built-in demo (test signals, a schedule, overlays).
-    QString scheduleFile;
-    bool demo = false;
-
-    // Overlays drawn over the program.
-    QList<TextOverlayData> texts;
-    QList<MediaOverlayRecord> media;
-
-    // Outputs: started when a recording or a stream target is given.
-    EncoderSettings output;
-    QSize outputSize; // empty: same as the program
-    bool hasOutputs() const { return output.fileEnabled || !output.streamTargets.isEmpty(); }
-    // The window starts the outputs at once only when asked (the headless face always does).
-    bool startOutputs = false;
-
-    // The remote control (control/): its port (0: off, the window then follows its
-    // "control/port" setting) and the address it listens on.
-    quint16 controlPort = 0;
-    QString controlBind; // empty: 127.0.0.1
-    // Whether the command line gave a show at all (the window then loads it).
-    bool hasShow() const
-    {
-        return !channels.isEmpty() || !scheduleFile.isEmpty() || !texts.isEmpty() ||
-               !media.isEmpty() || hasOutputs();
-    }
-};
-
 // Decides, before any application object exists, which face the arguments ask for.
 LaunchFace launchFaceFor(const QStringList &arguments);
 
@@ -74,9 +34,8 @@ void configureCommandLine(QCommandLineParser &parser);
 // warnings.
 int checkScheduleFile(const QCommandLineParser &parser);
 
-// Reads the headless options of a parser that has processed the arguments. False with a reason
+// Reads the show options of a parser that has processed the arguments. False with a reason
 // for the operator when a value is unusable.
-bool readHeadlessOptions(const QCommandLineParser &parser, HeadlessOptions *options,
-                         QString *error);
+bool readShowOptions(const QCommandLineParser &parser, ShowOptions *options, QString *error);
 
 } // namespace selvane

@@ -43,9 +43,12 @@ bool buildDemoShow(const QString &folder, DemoShow *show, QString *error)
         return false;
     }
     show->channels = {
-        {0, "lavfi://testsrc2=size=1280x720:rate=30[out0];sine=frequency=1000:sample_rate=48000[out1]"},
-        {1, "lavfi://smptehdbars=size=1280x720:rate=30[out0];sine=frequency=440:sample_rate=48000[out1]"},
-        {2, "lavfi://testsrc=size=1280x720:rate=30[out0];sine=frequency=660:sample_rate=48000[out1]"},
+        {0, "lavfi://"
+            "testsrc2=size=1280x720:rate=30[out0];sine=frequency=1000:sample_rate=48000[out1]"},
+        {1, "lavfi://"
+            "smptehdbars=size=1280x720:rate=30[out0];sine=frequency=440:sample_rate=48000[out1]"},
+        {2,
+         "lavfi://testsrc=size=1280x720:rate=30[out0];sine=frequency=660:sample_rate=48000[out1]"},
     };
     ProgramArrangement &a = show->arrangement;
     a = ProgramArrangement{};
@@ -79,7 +82,8 @@ bool buildDemoShow(const QString &folder, DemoShow *show, QString *error)
     ticker.id = "ticker";
     ticker.kind = OverlayClip::Text;
     ticker.startMs = 1000;
-    ticker.textData.text = "Selvane demo  —  four channels, overlays, audio, recording and streaming";
+    ticker.textData.text =
+        "Selvane demo  —  four channels, overlays, audio, recording and streaming";
     ticker.textData.fontFamily = "DejaVu Sans";
     ticker.textData.fontPointSize = 22;
     ticker.textData.bold = true;

@@ -1,9 +1,10 @@
 #include "cli/HeadlessRunner.h"
 
 #include "cli/DemoShow.h"
-#include "cli/ShowSetup.h"
 #include "control/ControlServer.h"
 #include "engine/Engine.h"
+#include "show/InterruptSignals.h"
+#include "show/ShowLoader.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -60,7 +61,7 @@ QString failureText(OutputFailure failure)
 } // namespace
 } // namespace selvane
 
-HeadlessRunner::HeadlessRunner(const HeadlessOptions &options, QObject *parent)
+HeadlessRunner::HeadlessRunner(const ShowOptions &options, QObject *parent)
     : QObject(parent), m_options(options)
 {
 }

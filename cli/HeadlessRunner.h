@@ -26,7 +26,7 @@ class HeadlessRunner : public QObject
     Q_OBJECT
 
 public:
-    explicit HeadlessRunner(const selvane::HeadlessOptions &options, QObject *parent = nullptr);
+    explicit HeadlessRunner(const selvane::ShowOptions &options, QObject *parent = nullptr);
     ~HeadlessRunner() override;
 
     // Runs until the duration has passed or an interrupt arrives; returns the exit code.
@@ -38,7 +38,7 @@ private:
     bool startControl();
     void finish();
 
-    selvane::HeadlessOptions m_options;
+    selvane::ShowOptions m_options;
     selvane::Engine *m_engine = nullptr;
     selvane::ControlServer *m_control = nullptr; // --control-port
     bool m_commandLineOutputsPending = false;    // the outputs of the command line, not yet open

@@ -31,9 +31,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     selvane::configureCommandLine(parser);
     if (!parser.parse(arguments))
         return 0;
-    selvane::HeadlessOptions options;
+    selvane::ShowOptions options;
     QString error;
-    if (!selvane::readHeadlessOptions(parser, &options, &error)) {
+    if (!selvane::readShowOptions(parser, &options, &error)) {
         require(!error.isEmpty());
         return 0;
     }

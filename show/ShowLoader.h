@@ -1,0 +1,25 @@
+#pragma once
+
+// What both faces do with a show of the command line: read its schedule file, put the channels,
+// overlays and volumes on the engine, and start the schedule. GUI thread only.
+
+#include "show/ShowOptions.h"
+
+#include <QStringList>
+
+namespace selvane {
+
+class Engine;
+
+// Reads a schedule file; false with the operator's reason. Warnings are for the operator too.
+bool readScheduleFile(const QString &path, ProgramArrangement *arrangement, QString *error,
+                      QStringList *warnings);
+
+// Volumes, the output size, overlays, the base channel and every channel's source (looping).
+void applyShowOptions(Engine &engine, const ShowOptions &options);
+
+// The whole show: its schedule read and checked (warnings handed back), the options applied,
+// the schedule started. False with the operator's reason, naming the file, when it cannot be.
+bool loadShow(Engine &engine, const ShowOptions &options, QStringList *warnings, QString *error);
+
+} // namespace selvane

@@ -9,7 +9,6 @@
 #include <QFileInfo>
 #include <QStandardPaths>
 #include <QTimer>
-
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -110,7 +109,10 @@ void closeFileLocked()
     g_file->fd = -1;
 }
 
-std::string numberedPath(int k) { return g_filePath + "." + std::to_string(k); }
+std::string numberedPath(int k)
+{
+    return g_filePath + "." + std::to_string(k);
+}
 
 void shiftOldFiles()
 {
@@ -424,7 +426,10 @@ void redirectStderr()
     g_reader = std::thread(stderrReaderLoop);
 }
 
-void shutdownAtExit() { shutdownLogSink(); }
+void shutdownAtExit()
+{
+    shutdownLogSink();
+}
 
 } // namespace
 
@@ -432,7 +437,8 @@ QString logDirectoryPath()
 {
     const QString location = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
     if (!location.isEmpty()) {
-        const QString dir = QDir(location).filePath(QStringLiteral("Ostrel/%1/logs").arg("Selvane"));
+        const QString dir =
+            QDir(location).filePath(QStringLiteral("Ostrel/%1/logs").arg("Selvane"));
         if (QDir().mkpath(dir))
             return dir;
     }
@@ -519,8 +525,8 @@ void initLogSink()
 
     if (!g_exitHookRegistered.test_and_set())
         std::atexit(shutdownAtExit);
-    QObject::connect(app, &QCoreApplication::aboutToQuit, app, [] { shutdownLogSink(); },
-                     Qt::DirectConnection);
+    QObject::connect(
+        app, &QCoreApplication::aboutToQuit, app, [] { shutdownLogSink(); }, Qt::DirectConnection);
 
     qInfo().noquote() << "selvane log file:" << g_filePathText;
     // Components that initialise FFmpeg later (the multimedia backend among them) may install

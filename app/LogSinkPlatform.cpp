@@ -51,9 +51,18 @@ extern "C" void onConsoleSignal(int signalNumber)
 
 #ifdef _WIN32
 
-int stderrDescriptor() { return _fileno(stderr); }
-int duplicateDescriptor(int fd) { return _dup(fd); }
-bool replaceDescriptor(int fromFd, int toFd) { return _dup2(fromFd, toFd) == 0; }
+int stderrDescriptor()
+{
+    return _fileno(stderr);
+}
+int duplicateDescriptor(int fd)
+{
+    return _dup(fd);
+}
+bool replaceDescriptor(int fromFd, int toFd)
+{
+    return _dup2(fromFd, toFd) == 0;
+}
 void closeDescriptor(int fd)
 {
     if (fd >= 0)
@@ -90,7 +99,10 @@ std::int64_t writeDescriptor(int fd, const char *data, std::size_t size)
     return _write(fd, data, static_cast<unsigned>(size));
 }
 
-void debugOutput(const char *textWithLf) { OutputDebugStringA(textWithLf); }
+void debugOutput(const char *textWithLf)
+{
+    OutputDebugStringA(textWithLf);
+}
 
 int openTruncate(const std::string &path)
 {
@@ -106,7 +118,9 @@ int openAppend(const std::string &path)
 
 std::int64_t descriptorSize(int fd)
 {
-    struct _stat64 st {};
+    struct _stat64 st
+    {
+    };
     if (_fstat64(fd, &st) != 0)
         return 0;
     return st.st_size;
@@ -114,11 +128,16 @@ std::int64_t descriptorSize(int fd)
 
 bool fileExists(const std::string &path)
 {
-    struct _stat64 st {};
+    struct _stat64 st
+    {
+    };
     return _stat64(path.c_str(), &st) == 0;
 }
 
-bool removeFile(const std::string &path) { return std::remove(path.c_str()) == 0; }
+bool removeFile(const std::string &path)
+{
+    return std::remove(path.c_str()) == 0;
+}
 bool renameFile(const std::string &from, const std::string &to)
 {
     return std::rename(from.c_str(), to.c_str()) == 0;
@@ -138,11 +157,20 @@ void installConsoleHandler(void (*flush)())
 
 #else // POSIX
 
-int stderrDescriptor() { return fileno(stderr); }
+int stderrDescriptor()
+{
+    return fileno(stderr);
+}
 
-int duplicateDescriptor(int fd) { return fcntl(fd, F_DUPFD_CLOEXEC, 0); }
+int duplicateDescriptor(int fd)
+{
+    return fcntl(fd, F_DUPFD_CLOEXEC, 0);
+}
 
-bool replaceDescriptor(int fromFd, int toFd) { return dup2(fromFd, toFd) >= 0; }
+bool replaceDescriptor(int fromFd, int toFd)
+{
+    return dup2(fromFd, toFd) >= 0;
+}
 
 void closeDescriptor(int fd)
 {
@@ -210,7 +238,9 @@ int openAppend(const std::string &path)
 
 std::int64_t descriptorSize(int fd)
 {
-    struct stat st {};
+    struct stat st
+    {
+    };
     if (fstat(fd, &st) != 0)
         return 0;
     return st.st_size;
@@ -218,11 +248,16 @@ std::int64_t descriptorSize(int fd)
 
 bool fileExists(const std::string &path)
 {
-    struct stat st {};
+    struct stat st
+    {
+    };
     return ::stat(path.c_str(), &st) == 0;
 }
 
-bool removeFile(const std::string &path) { return ::unlink(path.c_str()) == 0; }
+bool removeFile(const std::string &path)
+{
+    return ::unlink(path.c_str()) == 0;
+}
 
 bool renameFile(const std::string &from, const std::string &to)
 {
@@ -232,7 +267,9 @@ bool renameFile(const std::string &from, const std::string &to)
 void installAbortHandler(void (*flush)())
 {
     g_abortFlush = flush;
-    struct sigaction action {};
+    struct sigaction action
+    {
+    };
     action.sa_handler = onAbortSignal;
     sigemptyset(&action.sa_mask);
     sigaction(SIGABRT, &action, nullptr);
@@ -241,7 +278,9 @@ void installAbortHandler(void (*flush)())
 void installConsoleHandler(void (*flush)())
 {
     g_consoleFlush = flush;
-    struct sigaction action {};
+    struct sigaction action
+    {
+    };
     action.sa_handler = onConsoleSignal;
     sigemptyset(&action.sa_mask);
     for (int signalNumber : {SIGINT, SIGTERM, SIGHUP})

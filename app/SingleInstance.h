@@ -6,7 +6,6 @@
 // two users of one machine never share or block each other's lock. GUI thread only.
 
 #include <QString>
-
 #include <functional>
 
 class QLocalServer;

@@ -8,7 +8,6 @@
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <QtTest>
-
 #include <functional>
 
 namespace {
@@ -32,10 +31,9 @@ class TestArrangement : public QObject
 private slots:
     void rejectedDocuments()
     {
-        for (const QByteArray &bytes :
-             {QByteArray(R"({"version":3,"sceneClips":[{"id":"a"}]})"),
-              QByteArray(R"({"format":"other","sceneClips":[]})"), QByteArray("[1,2]"),
-              QByteArray("{\"format\":")}) {
+        for (const QByteArray &bytes : {QByteArray(R"({"version":3,"sceneClips":[{"id":"a"}]})"),
+                                        QByteArray(R"({"format":"other","sceneClips":[]})"),
+                                        QByteArray("[1,2]"), QByteArray("{\"format\":")}) {
             QString error;
             const ProgramArrangement a = arrangement::fromJson(bytes, &error);
             QVERIFY2(!error.isEmpty(), bytes.constData());
@@ -57,7 +55,8 @@ private slots:
               {"id":"t","overlayKind":"text"},
               {"id":"m1","mediaType":"video","overlayKind":"text"},
               {"id":"m2","mediaType":"photo"}
-            ])"), &error);
+            ])"),
+                                                           &error);
         QVERIFY2(error.isEmpty(), qPrintable(error));
         QCOMPARE(a.sceneClips.size(), 3);
         QCOMPARE(a.sceneClips[0].startMs, 1500);
@@ -69,10 +68,11 @@ private slots:
         QVERIFY(!a.overlayClips[0].textData.text.isEmpty()); // a caption, never an empty text
 
         // Version 2 kept rectangles in pixels of a 1920 x 1080 canvas.
-        const ProgramArrangement v2 = arrangement::fromJson(
-            document(R"("sceneClips":[],"overlayClips":[
-                     {"id":"b","mediaType":"image","x":960,"y":0,"w":1920,"h":540}])", 2),
-            &error);
+        const ProgramArrangement v2 =
+            arrangement::fromJson(document(R"("sceneClips":[],"overlayClips":[
+                     {"id":"b","mediaType":"image","x":960,"y":0,"w":1920,"h":540}])",
+                                           2),
+                                  &error);
         QCOMPARE(QRectF(v2.overlayClips[0].x, v2.overlayClips[0].y, v2.overlayClips[0].w,
                         v2.overlayClips[0].h),
                  QRectF(0.5, 0, 1.0, 0.5));
@@ -86,7 +86,8 @@ private slots:
             QFile(QDir(slides).filePath(name)).open(QIODevice::WriteOnly);
         QString error;
         const ProgramArrangement a = arrangement::fromJson(
-            document(QStringLiteral(R"("sceneClips":[{"id":"s","kind":"imagePlay","imageDirectory":"%1"}])")
+            document(QStringLiteral(
+                         R"("sceneClips":[{"id":"s","kind":"imagePlay","imageDirectory":"%1"}])")
                          .arg(slides)),
             &error);
         QStringList names;
@@ -140,21 +141,36 @@ private slots:
         };
         QVERIFY(arrangement::validate(valid()).ok);
         const QList<std::pair<QString, std::function<void(ProgramArrangement &)>>> breaks{
-            {"a", [](ProgramArrangement &a) { a.sceneClips << a.sceneClips[0]; }},
-            {QString(), [](ProgramArrangement &a) { a.sceneClips[0].startMs = 1000; }},
+            {"a",
+             [](ProgramArrangement &a) {
+                 a.sceneClips << a.sceneClips[0];
+             }},
+            {QString(),
+             [](ProgramArrangement &a) {
+                 a.sceneClips[0].startMs = 1000;
+             }},
             {absent,
              [&](ProgramArrangement &a) {
                  a.sceneClips[0].kind = SceneClip::SceneVideo;
                  a.sceneClips[0].sceneVideoPath = absent;
              }},
-            {"t", [](ProgramArrangement &a) { a.overlayClips << a.overlayClips[0]; }},
-            {QString(), [](ProgramArrangement &a) { a.overlayClips[0].textData.text.clear(); }},
+            {"t",
+             [](ProgramArrangement &a) {
+                 a.overlayClips << a.overlayClips[0];
+             }},
+            {QString(),
+             [](ProgramArrangement &a) {
+                 a.overlayClips[0].textData.text.clear();
+             }},
             {absent,
              [&](ProgramArrangement &a) {
                  a.overlayClips[0].kind = OverlayClip::Image;
                  a.overlayClips[0].path = absent;
              }},
-            {QString(), [](ProgramArrangement &a) { a.sceneClips.clear(); }},
+            {QString(),
+             [](ProgramArrangement &a) {
+                 a.sceneClips.clear();
+             }},
         };
         for (const auto &[named, brk] : breaks) {
             ProgramArrangement a = valid();

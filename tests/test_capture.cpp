@@ -6,7 +6,6 @@
 // lists the window, shows a picture of it and writes its address.
 
 #include "TestSupport.h"
-
 #include "engine/Engine.h"
 #include "panels/SourceDialog.h"
 
@@ -17,7 +16,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QtTest>
-
 #include <cmath>
 
 using namespace selvane;
@@ -110,8 +108,8 @@ private slots:
             }
         m_display = QString(":%1").arg(display);
         // -noreset: the server must not restart whenever its last client leaves.
-        m_server.start(xvfb, {m_display, "-screen", "0", "1280x720x24", "-nolisten", "tcp",
-                              "-noreset"});
+        m_server.start(xvfb,
+                       {m_display, "-screen", "0", "1280x720x24", "-nolisten", "tcp", "-noreset"});
         QVERIFY(m_server.waitForStarted(5000));
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(QString("/tmp/.X11-unix/X%1").arg(display)), 10000);
         qputenv("DISPLAY", m_display.toLatin1());
@@ -145,8 +143,8 @@ private slots:
 
         // The window alone, at its own size.
         const QString windowFile = path("window.mp4");
-        ProcessResult r = record(QString("wgc://capture?hwnd=0x%1").arg(handle, 0, 16), 2.5,
-                                 windowFile);
+        ProcessResult r =
+            record(QString("wgc://capture?hwnd=0x%1").arg(handle, 0, 16), 2.5, windowFile);
         QVERIFY2(r.exitCode == 0, (r.out + r.err).right(2000).constData());
         QImage picture = frameAt(windowFile, 1.5, path("window.png"));
         QCOMPARE(picture.size(), QSize(320, 240));
@@ -244,12 +242,11 @@ private slots:
         env.insert("XDG_RUNTIME_DIR", pulse.environment().value("XDG_RUNTIME_DIR"));
         env.insert("HOME", pulse.environment().value("HOME"));
         const QString file = path("microphone.mp4");
-        const ProcessResult r = runProcess(
-            kBinary,
-            {"--headless", "--channel",
-             "1=desktop://capture?monitor=0",
-             "--microphone", "1=ShowMic", "--record", file, "--duration", "5"},
-            env, 60000);
+        const ProcessResult r =
+            runProcess(kBinary,
+                       {"--headless", "--channel", "1=desktop://capture?monitor=0", "--microphone",
+                        "1=ShowMic", "--record", file, "--duration", "5"},
+                       env, 60000);
         tone.kill();
         tone.waitForFinished(3000);
         QVERIFY2(r.exitCode == 0, (r.out + r.err).right(2000).constData());

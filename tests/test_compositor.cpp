@@ -114,7 +114,8 @@ private slots:
         std::vector<FrameWriter> held;
         for (int i = 0; i < 3; ++i)
             held.push_back(programPool.acquire());
-        QCOMPARE(compositor.compose(base, overlays.scene().get()), base); // the base rather than no frame
+        QCOMPARE(compositor.compose(base, overlays.scene().get()),
+                 base); // the base rather than no frame
         held.pop_back();
         const FrameTokenPtr program = compositor.compose(base, overlays.scene().get());
         QVERIFY(program != base);
@@ -182,8 +183,8 @@ private slots:
             overlays.setTextOverlay(data);
             // The doodle is the top layer: a stroke through the box's top padding (y 52..54).
             overlays.setDoodleLayer({DoodleStroke{kMagenta, 2, {{0, 53}, {640, 53}}}});
-            const QImage image =
-                viewOf(compositor.compose(baseFrame(basePool, 640 * f, 360 * f), overlays.scene().get()));
+            const QImage image = viewOf(
+                compositor.compose(baseFrame(basePool, 640 * f, 360 * f), overlays.scene().get()));
             const QRect box = boundsOf(image, kYellow);
             // Inside the box, below the stroke: colours mixed at their edges are left out.
             const QRect inner = box.adjusted(2, 57 * f - box.top(), -2, -2);

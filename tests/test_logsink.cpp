@@ -11,7 +11,6 @@
 #include <QRegularExpression>
 #include <QThread>
 #include <QtTest>
-
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -24,7 +23,10 @@ using namespace testsupport;
 
 namespace {
 
-const char *testContextName(void *) { return "testctx"; }
+const char *testContextName(void *)
+{
+    return "testctx";
+}
 AVClass makeTestClass()
 {
     AVClass avClass{};
@@ -39,7 +41,10 @@ struct TestContext
     const AVClass *avClass = &kTestClass;
 };
 
-QByteArray currentLogFile() { return readAll(selvane::logFilePath()); }
+QByteArray currentLogFile()
+{
+    return readAll(selvane::logFilePath());
+}
 
 // Waits for `needle` to appear in the live log file; returns the milliseconds it took or -1.
 qint64 waitForInLog(const QByteArray &needle, int timeoutMs)
@@ -139,10 +144,18 @@ private slots:
         QTest::addColumn<QString>("variable");
         QTest::addColumn<QString>("value");
         QTest::addColumn<QString>("expected"); // "bytes files queue level"
-        QTest::newRow("files 33 ignored") << "SELVANE_LOG_MAX_FILES" << "33" << "20971520 5 20000 24";
-        QTest::newRow("queue 999 ignored") << "SELVANE_LOG_QUEUE_MAX" << "999" << "20971520 5 20000 24";
-        QTest::newRow("queue beyond 32 bits") << "SELVANE_LOG_QUEUE_MAX" << "4294967296" << "20971520 5 20000 24";
-        QTest::newRow("bytes 64-bit") << "SELVANE_LOG_MAX_BYTES" << "8589934592" << "8589934592 5 20000 24";
+        QTest::newRow("files 33 ignored") << "SELVANE_LOG_MAX_FILES"
+                                          << "33"
+                                          << "20971520 5 20000 24";
+        QTest::newRow("queue 999 ignored") << "SELVANE_LOG_QUEUE_MAX"
+                                           << "999"
+                                           << "20971520 5 20000 24";
+        QTest::newRow("queue beyond 32 bits") << "SELVANE_LOG_QUEUE_MAX"
+                                              << "4294967296"
+                                              << "20971520 5 20000 24";
+        QTest::newRow("bytes 64-bit") << "SELVANE_LOG_MAX_BYTES"
+                                      << "8589934592"
+                                      << "8589934592 5 20000 24";
     }
 
     void environmentAcceptanceRules()
@@ -165,8 +178,7 @@ private slots:
         QCOMPARE(r.exitCode, 0);
         const QStringList files = logFiles(home);
         QCOMPARE(files.size(), 1);
-        const QList<QByteArray> lines =
-            readAll(QDir(home.logDir()).filePath(files[0])).split('\n');
+        const QList<QByteArray> lines = readAll(QDir(home.logDir()).filePath(files[0])).split('\n');
         QVERIFY2(lines.value(0).startsWith("selvane log file: ") &&
                      lines.value(0).endsWith(files[0].toUtf8()),
                  lines.value(0).constData());
@@ -177,9 +189,10 @@ private slots:
         // FFmpeg lines carry the context prefix; lines above the level are dropped.
         bool prefixed = false;
         for (const QByteArray &line : lines)
-            prefixed = prefixed || QRegularExpression("^\\[testctx @ 0x[0-9a-f]+\\] ff-error-line 7$")
-                                       .match(QString::fromUtf8(line))
-                                       .hasMatch();
+            prefixed =
+                prefixed || QRegularExpression("^\\[testctx @ 0x[0-9a-f]+\\] ff-error-line 7$")
+                                .match(QString::fromUtf8(line))
+                                .hasMatch();
         QVERIFY(prefixed);
         QVERIFY(!readAll(QDir(home.logDir()).filePath(files[0])).contains("ff-info-hidden"));
         QVERIFY(lines.contains("stderr-full-line"));
@@ -216,8 +229,8 @@ private slots:
     void rotationKeepsTheConfiguredNumberOfFiles()
     {
         IsolatedHome home;
-        const ProcessResult r = child(home, "rotate",
-                                      {{"SELVANE_LOG_MAX_BYTES", "1000"}, {"SELVANE_LOG_MAX_FILES", "3"}});
+        const ProcessResult r = child(
+            home, "rotate", {{"SELVANE_LOG_MAX_BYTES", "1000"}, {"SELVANE_LOG_MAX_FILES", "3"}});
         QCOMPARE(r.exitCode, 0);
         const QStringList files = logFiles(home);
         QCOMPARE(files.size(), 3);

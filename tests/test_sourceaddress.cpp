@@ -41,7 +41,8 @@ private slots:
         QTest::addColumn<QString>("address");
         QTest::addColumn<int>("kind");
         QTest::newRow("window") << "WGC://capture?hwnd=1" << int(SourceKind::WindowCapture);
-        QTest::newRow("display") << "desktop://capture?monitor=1" << int(SourceKind::DisplayCapture);
+        QTest::newRow("display") << "desktop://capture?monitor=1"
+                                 << int(SourceKind::DisplayCapture);
         QTest::newRow("camera") << "DSHOW://capture?video=Cam" << int(SourceKind::CaptureDevice);
         QTest::newRow("microphone only is no device")
             << "dshow://capture?audio=Mic" << int(SourceKind::NetworkStream);
@@ -73,7 +74,6 @@ private slots:
         QVERIFY(!isLiveSource("https://host/clip.mp4", context));
         QVERIFY(!isLiveSource("http://host/clip.mp4", nullptr));
         avformat_free_context(context);
-
     }
 
     void openOptionsPerKind()
@@ -121,8 +121,8 @@ int main(int argc, char *argv[])
 {
     static testsupport::IsolatedHome home;
     qputenv("XDG_CONFIG_HOME", home.path("config").toUtf8());
-    for (const char *name : {"http_proxy", "https_proxy", "HTTP_PROXY", "HTTPS_PROXY", "all_proxy",
-                             "ALL_PROXY"})
+    for (const char *name :
+         {"http_proxy", "https_proxy", "HTTP_PROXY", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"})
         qunsetenv(name);
     QCoreApplication app(argc, argv);
     TestSourceAddress test;

@@ -7,7 +7,6 @@
 #include <QLocalSocket>
 #include <QThread>
 #include <QtTest>
-
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>

@@ -78,16 +78,6 @@ qint64 processCpuUs()
 #endif
 }
 
-QString startFailureText()
-{
-    return QCoreApplication::translate(
-        "MainWindow",
-        "Unable to start stream/output.\n\nIf the log shows RTMP_Connect0 / 10060, the PC "
-        "cannot TCP-reach the server (common for YouTube rtmp://:1935). Try:\n• Use a VPN/proxy "
-        "in TUN mode\n• Or paste rtmps://… (YouTube supports RTMPS on port 443)\n• Confirm the "
-        "stream key and that Live is enabled in YouTube Studio");
-}
-
 } // namespace
 
 MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent)
@@ -234,11 +224,12 @@ void MainWindow::connectEngine()
         m_outputPanel->setOutputsRunning(false);
         m_preview->setTally(false);
     });
-    connect(m_engine, &Engine::outputsFailed, this, [this](OutputFailure failure) {
-        qWarning().noquote() << "programOutputTransportFailed:" << outputFailureText(failure);
+    connect(m_engine, &Engine::outputsFailed, this, [this](const Problem &problem) {
+        qWarning().noquote() << "programOutputTransportFailed:"
+                             << problemText(problem, ProblemLanguage::English);
         m_outputPanel->setOutputsRunning(false);
         m_preview->setTally(false);
-        refuse(startFailureText());
+        refuse(problemText(problem));
     });
     connect(m_engine, &Engine::streamStatusChanged, this, [this](int index, const QString &status) {
         m_outputPanel->setTargetStatus(index, status);
@@ -314,6 +305,13 @@ void MainWindow::createDocks()
     connect(m_outputPanel, &OutputSettingsPanel::programGainChanged, this,
             [this](float gain) { m_engine->setProgramGain(gain); });
     m_engine->setProgramGain(float(m_outputPanel->gainPercent() / 100.0));
+    // What the panel shows is what the next start uses: the engine checks sources against it,
+    // and the remote control starts with it.
+    const auto prepare = [this] {
+        m_engine->setPreparedOutputs(m_outputPanel->settings());
+    };
+    connect(m_outputPanel, &OutputSettingsPanel::settingsChanged, this, prepare);
+    prepare();
 
     for (int i = 0; i < DockCount; ++i) {
         auto *dockWidget = new QDockWidget(this);
@@ -660,13 +658,12 @@ void MainWindow::chooseSource(int channel)
     if (dialog.exec() != QDialog::Accepted)
         return;
     const SourceChoice choice = dialog.choice();
-    QString message;
-    if (Engine::isSourceSameAsOutput(choice.address, m_outputPanel->settings().encoder, &message)) {
-        QMessageBox::warning(this, tr("Source"), message);
+    if (const Problem problem =
+            m_engine->setChannelSource(channel, choice.address, choice.audioSource)) {
+        QMessageBox::warning(this, tr("Source"), problemText(problem));
         return;
     }
     m_channels[std::size_t(channel)]->setError({});
-    m_engine->setChannelSource(channel, choice.address, choice.audioSource);
 }
 
 void MainWindow::take(int channel)
@@ -694,19 +691,8 @@ bool MainWindow::startOutputs()
 
 bool MainWindow::startOutputsWith(const OutputSettings &requested, bool fromPanel)
 {
-    if (m_engine->outputsActive())
-        return false;
-    OutputSettings settings = requested;
-    EncoderSettings &encoder = settings.encoder;
-    encoder.filePath = encoder.filePath.trimmed();
-    if (encoder.filePath.isEmpty())
-        encoder.fileEnabled = false;
-    if (!encoder.fileEnabled && encoder.streamTargets.isEmpty()) {
-        refuse(tr("Please fill output file path or stream URL, and select at least one output "
-                  "target."));
-        return false;
-    }
     if (fromPanel) {
+        // An entry made as RTMP must hold an rtmp:// address: what the dialog's kind promised.
         for (const OutputSettingsPanel::TargetEntry &target : m_outputPanel->targets()) {
             if (!target.enabled || (target.kind != "RTMP" && target.kind != "RTMPS"))
                 continue;
@@ -717,35 +703,11 @@ bool MainWindow::startOutputsWith(const OutputSettings &requested, bool fromPane
             }
         }
     }
-    const QSize outputSize =
-        settings.size.explicitSize ? settings.size.size : m_engine->programSize();
-    const bool eightK = outputSize.width() > 4096 || outputSize.height() > 4096;
-    if (eightK) {
-        for (const StreamTarget &target : encoder.streamTargets) {
-            if (isFlvTarget(target.url, target.formatName)) {
-                refuse(tr("8K output uses HEVC. Standard RTMP services accept H.264 only.\nUse a "
-                          "HEVC-capable SRT destination or record to MP4/MKV."));
-                return false;
-            }
-        }
-        QString detail;
-        if (!Engine::canEncodeEightK(&detail)) {
-            refuse(tr("The selected 8K hardware HEVC encoder is unavailable. Update the GPU "
-                      "driver or choose a supported GPU.\n\n") +
-                   detail);
-            return false;
-        }
-    }
+    OutputSettings settings = requested;
     // A recording folder the operator typed is made, as a file manager would.
-    if (encoder.fileEnabled)
-        QDir().mkpath(QFileInfo(encoder.filePath).absolutePath());
-    const OutputCheck check = Engine::checkOutputs(encoder);
-    if (!check.ok()) {
-        refuse(outputProblemText(check));
-        return false;
-    }
-    if (!m_engine->startOutputs(settings)) {
-        refuse(startFailureText());
+    settings.makeRecordingFolder = true;
+    if (const Problem problem = m_engine->startOutputs(settings)) {
+        refuse(problemText(problem));
         return false;
     }
     m_outputPanel->setOutputsRunning(true);

@@ -60,38 +60,4 @@ QString sourceErrorText(SourceError error)
     return {};
 }
 
-QString outputFailureText(OutputFailure failure)
-{
-    switch (failure) {
-    case OutputFailure::NotStarted:
-    case OutputFailure::OpenFailed:
-        return tr("Unable to start stream/output.");
-    }
-    return {};
-}
-
-QString outputProblemText(const OutputCheck &check)
-{
-    switch (check.problem) {
-    case OutputProblem::None:
-        return {};
-    case OutputProblem::UnknownContainer:
-        return tr("The recording file \"%1\" names no known container (use .mp4, .mkv, .mov, "
-                  ".ts ...).")
-            .arg(check.subject);
-    case OutputProblem::FolderMissing:
-        return tr("The folder of the recording file \"%1\" does not exist.").arg(check.subject);
-    case OutputProblem::FolderNotWritable:
-        return tr("The folder of the recording file \"%1\" cannot be written.").arg(check.subject);
-    case OutputProblem::BadTargetUrl:
-        return tr("The stream target \"%1\" is not a URL such as rtmp://host/app/key.")
-            .arg(check.subject);
-    case OutputProblem::NoTargetContainer:
-        return tr("No container is known for the stream target \"%1\"; add #FORMAT (for "
-                  "example #flv or #mpegts).")
-            .arg(check.subject);
-    }
-    return {};
-}
-
 } // namespace selvane

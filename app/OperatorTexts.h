@@ -10,8 +10,5 @@
 namespace selvane {
 
 QString sourceErrorText(SourceError error);
-QString outputFailureText(OutputFailure failure);
-// Why outputs cannot start with these settings (Engine::checkOutputs).
-QString outputProblemText(const OutputCheck &check);
 
 } // namespace selvane

@@ -105,11 +105,7 @@ int runGui(int argc, char *argv[])
     auto window = std::make_unique<MainWindow>();
     MainWindow *windowPtr = window.get();
     // The remote control, when the command line or the "control/port" setting asks for it.
-    selvane::startWindowControl(*window->engine(),
-                                {show.controlPort,
-                                 show.controlBind,
-                                 {show.output, {show.outputSize.isValid(), show.outputSize}}},
-                                windowPtr);
+    selvane::startWindowControl(*window->engine(), {show.controlPort, show.controlBind}, windowPtr);
     if (show.hasShow()) {
         QString error;
         if (!window->loadShow(show, show.startOutputs, &error)) {

@@ -208,30 +208,6 @@ bool readOutputOptions(const QCommandLineParser &parser, ShowOptions *options, Q
     }
     for (const QString &value : parser.values("stream"))
         out.streamTargets << Engine::parseStreamTarget(value);
-    const OutputCheck check = Engine::checkOutputs(out);
-    switch (check.problem) {
-    case OutputProblem::None:
-        break;
-    case OutputProblem::UnknownContainer:
-        *error = tr("--record: \"%1\" names no known container (use .mp4, .mkv, .mov, .ts ...)")
-                     .arg(check.subject);
-        return false;
-    case OutputProblem::FolderMissing:
-        *error = tr("--record: the folder of \"%1\" does not exist").arg(check.subject);
-        return false;
-    case OutputProblem::FolderNotWritable:
-        *error = tr("--record: the folder of \"%1\" cannot be written").arg(check.subject);
-        return false;
-    case OutputProblem::BadTargetUrl:
-        *error =
-            tr("--stream expects a URL such as rtmp://host/app/key, got \"%1\"").arg(check.subject);
-        return false;
-    case OutputProblem::NoTargetContainer:
-        *error = tr("--stream: no container for \"%1\"; add #FORMAT (for example #flv or "
-                    "#mpegts)")
-                     .arg(check.subject);
-        return false;
-    }
     if (parser.isSet("size")) {
         const QStringList parts = parser.value("size").toLower().split('x');
         bool okW = false;
@@ -286,6 +262,17 @@ bool readOutputOptions(const QCommandLineParser &parser, ShowOptions *options, Q
             return false;
         }
         out.qualityPreset = preset;
+    }
+    // The engine's checks, before anything starts (an output that is not given is no problem).
+    const Problem problem = Engine::checkOutputSettings(
+        {out, {options->outputSize.isValid(), options->outputSize}}, options->outputSize);
+    if (problem && problem.kind != ProblemKind::NothingToWrite) {
+        const bool recording = problem.kind == ProblemKind::RecordingUnknownContainer ||
+                               problem.kind == ProblemKind::RecordingFolderMissing ||
+                               problem.kind == ProblemKind::RecordingFolderNotWritable;
+        *error = (recording ? QStringLiteral("--record: ") : QStringLiteral("--stream: ")) +
+                 problemText(problem);
+        return false;
     }
     return true;
 }

@@ -48,16 +48,6 @@ QString tr(const char *text)
     return QCoreApplication::translate("selvane", text);
 }
 
-QString failureText(OutputFailure failure)
-{
-    switch (failure) {
-    case OutputFailure::NotStarted:
-    case OutputFailure::OpenFailed:
-        return tr("outputs could not start (see the log for the reason)");
-    }
-    return {};
-}
-
 } // namespace
 } // namespace selvane
 
@@ -114,8 +104,6 @@ bool HeadlessRunner::loadSchedule()
 bool HeadlessRunner::startControl()
 {
     m_control = new ControlServer(m_engine, this);
-    m_control->setOutputDefaults(
-        {m_options.output, {m_options.outputSize.isValid(), m_options.outputSize}});
     const QHostAddress address(m_options.controlBind.isEmpty() ? QStringLiteral("127.0.0.1")
                                                                : m_options.controlBind);
     QString error;
@@ -158,8 +146,8 @@ int HeadlessRunner::run()
                      output.recording ? qPrintable(file) : "");
         std::fflush(stdout);
     });
-    connect(m_engine, &Engine::outputsFailed, this, [this](OutputFailure failure) {
-        std::fprintf(stderr, "selvane: %s\n", qPrintable(failureText(failure)));
+    connect(m_engine, &Engine::outputsFailed, this, [this](const Problem &problem) {
+        std::fprintf(stderr, "selvane: %s\n", qPrintable(problemText(problem)));
         // Outputs the remote control started fail alone; the show goes on.
         if (m_control && !std::exchange(m_commandLineOutputsPending, false))
             return;
@@ -177,9 +165,18 @@ int HeadlessRunner::run()
             return 1;
         }
     }
-    if (m_options.hasOutputs())
-        m_commandLineOutputsPending = m_engine->startOutputs(
-            {m_options.output, {m_options.outputSize.isValid(), m_options.outputSize}});
+    // What the command line gives is also what the remote control starts without settings.
+    m_engine->setPreparedOutputs(
+        {m_options.output, {m_options.outputSize.isValid(), m_options.outputSize}});
+    if (m_options.hasOutputs()) {
+        if (const Problem problem = m_engine->startOutputs()) {
+            std::fprintf(stderr, "selvane: %s\n", qPrintable(problemText(problem)));
+            m_exitCode = 2;
+            QTimer::singleShot(0, this, [this] { finish(); });
+        } else {
+            m_commandLineOutputsPending = true;
+        }
+    }
     m_clock.start();
     m_progressTimer = new QTimer(this);
     connect(m_progressTimer, &QTimer::timeout, this, [this] { printProgress(false); });

@@ -208,8 +208,12 @@ ControlServer::ControlServer(Engine *engine, QObject *parent) : QObject(parent),
     connect(engine, &Engine::outputsStopped, this, [this] {
         broadcast({{"type", "outputsStopped"}});
     });
-    connect(engine, &Engine::outputsFailed, this, [this](OutputFailure failure) {
-        broadcast({{"type", "outputsFailed"}, {"reason", outputFailureWord(failure)}});
+    connect(engine, &Engine::outputsFailed, this, [this](const Problem &problem) {
+        broadcast({{"type", "outputsFailed"},
+                   {"reason", problem.kind == ProblemKind::EightKNoHardwareEncoder
+                                  ? "eightKNoHardwareEncoder"
+                                  : "openFailed"},
+                   {"message", problemText(problem, ProblemLanguage::English)}});
     });
     connect(engine, &Engine::streamStatusChanged, this, [this](int index, const QString &status) {
         broadcast({{"type", "stream"}, {"target", index + 1}, {"status", status}});
@@ -447,6 +451,11 @@ ControlServer::Reply ControlServer::execute(const ControlCommand &c, QTcpSocket 
     const auto ok = [](QJsonObject object = {}) {
         return Reply{200, okBody(std::move(object))};
     };
+    // The engine's refusals, in its own words.
+    const auto refused = [&failed](const Problem &problem, const QString &field = {}) {
+        return failed(httpStatusFor(problem),
+                      field + problemText(problem, ProblemLanguage::English));
+    };
     const QJsonValue channelNumber = c.channel + 1;
     const auto hasSource = [&] {
         return !engine.stats().channels[std::size_t(c.channel)].source.isEmpty();
@@ -455,16 +464,11 @@ ControlServer::Reply ControlServer::execute(const ControlCommand &c, QTcpSocket 
     case Command::Status:
         return {200, json(statusJson(engine))};
     case Command::SetChannel: {
-        const AddressProblem problem = Engine::checkSourceAddress(c.address);
-        if (problem != AddressProblem::None)
-            return failed(400, QStringLiteral("\"address\": %1").arg(addressProblemText(problem)));
-        QString same;
-        for (const std::optional<OutputSettings> &outputs :
-             {std::optional(m_outputDefaults), m_lastOutputs})
-            if (outputs && Engine::isSourceSameAsOutput(c.address, outputs->encoder, &same))
-                return failed(409, same);
+        if (const Problem bad = Engine::checkSourceAddress(c.address))
+            return refused(bad, QStringLiteral("\"address\": "));
+        if (const Problem problem = engine.setChannelSource(c.channel, c.address))
+            return refused(problem);
         engine.setChannelLoop(c.channel, c.loop);
-        engine.setChannelSource(c.channel, c.address);
         return ok({{"channel", channelNumber}});
     }
     case Command::ClearChannel:
@@ -474,7 +478,7 @@ ControlServer::Reply ControlServer::execute(const ControlCommand &c, QTcpSocket 
     case Command::ResumeChannel:
     case Command::SeekChannel:
         if (!hasSource())
-            return failed(409, QStringLiteral("channel %1 has no source").arg(c.channel + 1));
+            return refused({ProblemKind::ChannelHasNoSource, {}, c.channel + 1});
         if (c.command == Command::PauseChannel)
             engine.pauseChannel(c.channel);
         else if (c.command == Command::ResumeChannel)
@@ -494,49 +498,22 @@ ControlServer::Reply ControlServer::execute(const ControlCommand &c, QTcpSocket 
         later.deferred = true;
         return later;
     }
-    case Command::SetText: {
-        const QList<TextOverlayData> texts = engine.textOverlays();
-        const bool known = std::any_of(texts.cbegin(), texts.cend(),
-                                       [&](const TextOverlayData &t) { return t.id == c.id; });
-        if (!known && texts.size() >= OverlayScene::kMaxTextOverlays)
-            return failed(
-                409,
-                QStringLiteral("at most %1 text overlays").arg(OverlayScene::kMaxTextOverlays));
-        engine.setTextOverlay(c.text);
+    case Command::SetText:
+        if (const Problem problem = engine.setTextOverlay(c.text))
+            return refused(problem, QStringLiteral("\"text\": "));
         return ok({{"id", c.id}});
-    }
-    case Command::SetMedia: {
-        const QFileInfo file(c.media.filePath);
-        if (!file.isFile() || !file.isReadable())
-            return failed(400,
-                          QStringLiteral("\"path\": no readable file at %1").arg(c.media.filePath));
-        const QList<MediaOverlayRecord> media = engine.mediaOverlays();
-        const bool known = std::any_of(media.cbegin(), media.cend(),
-                                       [&](const MediaOverlayRecord &m) { return m.id == c.id; });
-        if (!known && media.size() >= OverlayScene::kMaxMediaOverlays)
-            return failed(409, QStringLiteral("at most %1 image and video overlays")
-                                   .arg(OverlayScene::kMaxMediaOverlays));
-        engine.setMediaOverlay(c.media);
+    case Command::SetMedia:
+        if (const Problem problem = engine.setMediaOverlay(c.media))
+            return refused(problem, QStringLiteral("\"path\": "));
         return ok({{"id", c.id}});
-    }
     case Command::RemoveText:
     case Command::RemoveMedia: {
-        bool known = false;
-        if (c.command == Command::RemoveText) {
-            for (const TextOverlayData &text : engine.textOverlays())
-                known = known || text.id == c.id;
-        } else {
-            for (const MediaOverlayRecord &media : engine.mediaOverlays())
-                known = known || media.id == c.id;
-        }
-        if (!known)
-            return failed(404, QStringLiteral("no overlay with id %1").arg(c.id));
-        if (c.command == Command::RemoveText) {
-            engine.removeTextOverlay(c.id);
-        } else {
-            engine.removeMediaOverlay(c.id);
+        const Problem problem = c.command == Command::RemoveText ? engine.removeTextOverlay(c.id)
+                                                                 : engine.removeMediaOverlay(c.id);
+        if (problem)
+            return refused(problem);
+        if (c.command == Command::RemoveMedia)
             m_overlayVolumes.remove(c.id);
-        }
         return ok({{"id", c.id}});
     }
     case Command::ChannelAudio:
@@ -622,24 +599,9 @@ ControlServer::Reply ControlServer::startOutputs(const ControlCommand &c)
     const auto failed = [](int status, const QString &message) {
         return Reply{status, json({{"error", message}, {"status", status}})};
     };
-    if (engine.outputsActive())
-        return failed(409, QStringLiteral("the outputs are already running"));
-    const OutputSettings settings = applyOutputRequest(c.outputs, m_outputDefaults);
-    if (!settings.hasDestination())
-        return failed(400, QStringLiteral("nothing to write: give \"record\" or \"streams\""));
-    const OutputCheck check = Engine::checkOutputs(settings.encoder);
-    if (!check.ok())
-        return failed(400, outputProblemText(check));
-    const EngineStats stats = engine.stats();
-    for (const ChannelStats &channel : stats.channels) {
-        QString message;
-        if (!channel.source.isEmpty() &&
-            Engine::isSourceSameAsOutput(channel.source, settings.encoder, &message))
-            return failed(400, message);
-    }
-    if (!engine.startOutputs(settings))
-        return failed(409, QStringLiteral("the outputs could not be started"));
-    m_lastOutputs = settings;
+    const OutputSettings settings = applyOutputRequest(c.outputs, engine.preparedOutputs());
+    if (const Problem problem = engine.startOutputs(settings))
+        return failed(httpStatusFor(problem), problemText(problem, ProblemLanguage::English));
     QJsonArray targets;
     for (const StreamTarget &target : settings.encoder.streamTargets)
         targets.append(target.formatName.isEmpty() ? QJsonValue(QJsonValue::Null)

@@ -62,7 +62,6 @@ public:
     // "control: listening on http://ADDRESS:PORT/api/v1 (token in FILE)"; never the token.
     QString startLine() const;
     // What POST /outputs/start uses for the fields a request leaves out (the show's own).
-    void setOutputDefaults(const OutputSettings &settings) { m_outputDefaults = settings; }
 
 private:
     class Gate;
@@ -107,8 +106,6 @@ private:
     QHostAddress m_address;
     bool m_closed = false;
     int m_connections = 0;
-    OutputSettings m_outputDefaults;
-    std::optional<OutputSettings> m_lastOutputs; // what the API started last
 
     struct SnapshotWait
     {

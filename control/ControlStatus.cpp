@@ -151,51 +151,22 @@ QJsonObject levelsJson(const EngineStats &stats)
             {"overlays", overlays}};
 }
 
-QString addressProblemText(AddressProblem problem)
+int httpStatusFor(const Problem &problem)
 {
-    switch (problem) {
-    case AddressProblem::None:
-        return {};
-    case AddressProblem::Empty:
-        return QStringLiteral("the address is empty");
-    case AddressProblem::UnknownScheme:
-        return QStringLiteral("no protocol of that name");
-    case AddressProblem::MissingHost:
-        return QStringLiteral("a network address without a host");
-    case AddressProblem::FileMissing:
-        return QStringLiteral("no readable file at this path");
-    case AddressProblem::BadTestSignal:
-        return QStringLiteral("the test signal's graph does not parse");
+    switch (problem.kind) {
+    case ProblemKind::OutputsActive:
+    case ProblemKind::SourceIsRecording:
+    case ProblemKind::SourceIsTarget:
+    case ProblemKind::TooManyTexts:
+    case ProblemKind::TooManyMedia:
+    case ProblemKind::ChannelHasNoSource:
+        return 409;
+    case ProblemKind::NoSuchOverlay:
+    case ProblemKind::ChannelOutOfRange:
+        return 404;
+    default:
+        return 400;
     }
-    return {};
-}
-
-QString outputProblemText(const OutputCheck &check)
-{
-    switch (check.problem) {
-    case OutputProblem::None:
-        return {};
-    case OutputProblem::UnknownContainer:
-        return QStringLiteral("\"%1\" names no known container (use .mp4, .mkv, .mov, .ts ...)")
-            .arg(check.subject);
-    case OutputProblem::FolderMissing:
-        return QStringLiteral("the folder of \"%1\" does not exist").arg(check.subject);
-    case OutputProblem::FolderNotWritable:
-        return QStringLiteral("the folder of \"%1\" cannot be written").arg(check.subject);
-    case OutputProblem::BadTargetUrl:
-        return QStringLiteral("\"%1\" is not a stream URL such as rtmp://host/app/key")
-            .arg(check.subject);
-    case OutputProblem::NoTargetContainer:
-        return QStringLiteral("no container for \"%1\"; add #FORMAT (for example #flv or #mpegts)")
-            .arg(check.subject);
-    }
-    return {};
-}
-
-QString outputFailureWord(OutputFailure failure)
-{
-    return failure == OutputFailure::NotStarted ? QStringLiteral("notStarted")
-                                                : QStringLiteral("openFailed");
 }
 
 } // namespace selvane::control

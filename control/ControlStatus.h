@@ -5,6 +5,7 @@
 // refusals. Plain functions on Engine API values; GUI thread (they read the engine).
 
 #include "engine/EngineTypes.h"
+#include "engine/Problem.h"
 
 #include <QJsonObject>
 #include <QString>
@@ -20,9 +21,10 @@ QJsonObject statusJson(const Engine &engine);
 QJsonObject levelsJson(const EngineStats &stats);
 QJsonObject overlaysJson(const Engine &engine);
 
-QString addressProblemText(AddressProblem problem);
-QString outputProblemText(const OutputCheck &check);
-QString outputFailureWord(OutputFailure failure);
+// The HTTP status of a refusal: 409 for what is refused now (the outputs run, a limit is
+// reached, a source would read an output), 404 for what does not exist, 400 for a request
+// that cannot be right.
+int httpStatusFor(const Problem &problem);
 
 } // namespace control
 } // namespace selvane

@@ -25,7 +25,6 @@ ControlServer *startWindowControl(Engine &engine, const WindowControlOptions &op
         return nullptr;
     const QHostAddress address(bind.isEmpty() ? QStringLiteral("127.0.0.1") : bind);
     auto *control = new ControlServer(&engine, parent);
-    control->setOutputDefaults(options.outputDefaults);
     QString error;
     if (address.isNull() || !control->listen(address, quint16(port), &error)) {
         if (address.isNull())

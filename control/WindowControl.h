@@ -18,9 +18,8 @@ class Engine;
 
 struct WindowControlOptions
 {
-    quint16 port = 0;              // 0: the settings decide
-    QString bind;                  // empty: the settings', else 127.0.0.1
-    OutputSettings outputDefaults; // what a start without settings of its own uses
+    quint16 port = 0; // 0: the settings decide
+    QString bind;     // empty: the settings', else 127.0.0.1
 };
 
 // Null when off or when the port cannot be had.

@@ -11,6 +11,7 @@
 #include "engine/ResolutionPolicy.h"
 #include "engine/ScheduleControl.h"
 #include "engine/SlideShow.h"
+#include "engine/SourceChecks.h"
 #include "media/FrameConvert.h"
 #include "net/ProxySettings.h"
 #include "net/SecretMask.h"
@@ -19,7 +20,9 @@
 #include "schedule/ScheduleRunner.h"
 
 #include <QDebug>
+#include <QDir>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QPainter>
 #include <QSettings>
 #include <QThread>
@@ -41,6 +44,36 @@ int pixelsAtLeastOne(double value)
 }
 
 } // namespace
+
+// The schedule's hands: the engine's own operations.
+class Engine::Hands : public ScheduleHands
+{
+public:
+    explicit Hands(Engine &engine) : m_engine(engine) {}
+    void cutTo(int channel) override { m_engine.cutTo(channel); }
+    void showImages(const QStringList &paths, int intervalMs, bool loop) override
+    {
+        m_engine.showImages(paths, intervalMs, loop);
+    }
+    void showBlack() override { m_engine.showBlack(); }
+    void playOnChannel(int channel, const QString &address, bool loop) override
+    {
+        m_engine.setChannelLoop(channel, loop);
+        m_engine.setChannelSource(channel, address);
+    }
+    void hold(int channel) override { m_engine.pauseChannel(channel); }
+    void release(int channel) override { m_engine.resumeChannel(channel); }
+    void setTextOverlay(const TextOverlayData &text) override { m_engine.setTextOverlay(text); }
+    void removeTextOverlay(int id) override { m_engine.removeTextOverlay(id); }
+    void setMediaOverlay(const MediaOverlayRecord &record) override
+    {
+        m_engine.setMediaOverlay(record);
+    }
+    void removeMediaOverlay(int id) override { m_engine.removeMediaOverlay(id); }
+
+private:
+    Engine &m_engine;
+};
 
 Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBase, 1920, 1080)
 {
@@ -107,14 +140,16 @@ Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBas
         m_channels->setHeldByConsumers(m_output->queueDepth());
         emit outputsStarted(size);
     });
-    connect(m_output, &OutputSession::failed, this, [this](OutputFailure failure) {
+    connect(m_output, &OutputSession::failed, this, [this](const Problem &problem) {
         if (!m_output->isActive()) {
             m_sizeLocked = false;
+            m_runningOutputs = {};
             updateProgramSize();
         }
-        emit outputsFailed(failure);
+        emit outputsFailed(problem);
     });
     connect(m_output, &OutputSession::stopped, this, [this] {
+        m_runningOutputs = {};
         m_programPool.setHeldByConsumers(0);
         m_channels->setHeldByConsumers(0);
         m_sizeLocked = false;
@@ -123,39 +158,8 @@ Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBas
         emit outputsStopped();
     });
 
-    ScheduleControl::Operations operations;
-    operations.cutTo = [this](int channel) {
-        cutTo(channel);
-    };
-    operations.showImages = [this](const QStringList &paths, int intervalMs, bool loop) {
-        showImages(paths, intervalMs, loop);
-    };
-    operations.showBlack = [this] {
-        showBlack();
-    };
-    operations.playOnChannel = [this](int channel, const QString &address, bool loop) {
-        setChannelLoop(channel, loop);
-        setChannelSource(channel, address);
-    };
-    operations.hold = [this](int channel) {
-        pauseChannel(channel);
-    };
-    operations.release = [this](int channel) {
-        resumeChannel(channel);
-    };
-    operations.setTextOverlay = [this](const TextOverlayData &text) {
-        setTextOverlay(text);
-    };
-    operations.removeTextOverlay = [this](int id) {
-        removeTextOverlay(id);
-    };
-    operations.setMediaOverlay = [this](const MediaOverlayRecord &record) {
-        setMediaOverlay(record);
-    };
-    operations.removeMediaOverlay = [this](int id) {
-        removeMediaOverlay(id);
-    };
-    m_scheduleControl = new ScheduleControl(std::move(operations), this);
+    m_scheduleHands = std::make_unique<Hands>(*this);
+    m_scheduleControl = new ScheduleControl(*m_scheduleHands, this);
     connect(this, &Engine::slideShown, m_scheduleControl, &ScheduleControl::onSlideShown);
     connect(this, &Engine::programFrame, m_scheduleControl, &ScheduleControl::onProgramFrame);
     m_schedule = new ScheduleRunner(m_scheduleControl, this);
@@ -188,6 +192,12 @@ Engine::~Engine()
 {
     if (m_schedule->isRunning())
         m_schedule->stop();
+    // The runner and its hands go before the engine they act on.
+    delete m_schedule;
+    m_schedule = nullptr;
+    delete m_scheduleControl;
+    m_scheduleControl = nullptr;
+    m_scheduleHands.reset();
     m_slides->stop();
     shutdownAudio();
     // Trailers are written before anything else goes.
@@ -207,13 +217,17 @@ Engine::~Engine()
 
 // ---- channels ----
 
-void Engine::setChannelSource(int channel, const QString &address, const QString &audioAddress)
+Problem Engine::setChannelSource(int channel, const QString &address, const QString &audioAddress)
 {
     if (!ChannelSet::isChannel(channel))
-        return;
+        return {ProblemKind::ChannelOutOfRange, {}, channel + 1};
+    for (const EncoderSettings *outputs : {&m_preparedOutputs.encoder, &m_runningOutputs})
+        if (const Problem same = sourceIsOutput(address, *outputs))
+            return same;
     m_channels->setSource(channel, address, audioAddress);
     if (channel == programChannel())
         updateProgramSize();
+    return {};
 }
 
 void Engine::pauseChannel(int channel)
@@ -270,10 +284,31 @@ void Engine::noteProgramChannel()
     emit programChannelChanged(channel);
 }
 
-void Engine::showImages(const QStringList &paths, int intervalMs, bool loop)
+Problem Engine::showImages(const QStringList &paths, int intervalMs, bool loop)
 {
+    if (paths.isEmpty())
+        return ProblemKind::NoImages;
+    if (!m_slides->isPlaying())
+        m_channelBeforeImages = programChannel();
     m_feeds.setProgramChannel(-1);
     m_slides->play(paths, intervalMs, loop);
+    return {};
+}
+
+void Engine::stopImages()
+{
+    if (!m_slides->isPlaying())
+        return;
+    // Back to what was on air before the slides.
+    if (m_channelBeforeImages >= 0)
+        cutTo(m_channelBeforeImages);
+    else
+        showBlack();
+}
+
+bool Engine::isShowingImages() const
+{
+    return m_slides->isPlaying();
 }
 
 void Engine::showStill(const QImage &image)
@@ -359,24 +394,104 @@ QSize Engine::overlayTargetSize(const MediaOverlayRecord &record) const
                              VulkanCompositor::kSceneHeight)};
 }
 
-bool Engine::setTextOverlay(const TextOverlayData &text)
+Problem Engine::setTextOverlay(const TextOverlayData &text)
 {
-    return m_overlays->setTextOverlay(text);
-}
-void Engine::removeTextOverlay(int id)
-{
-    m_overlays->removeTextOverlay(id);
+    if (text.text.trimmed().isEmpty())
+        return ProblemKind::TextEmpty;
+    if (text.text.size() > TextOverlayData::kMaxTextLength)
+        return {ProblemKind::TextTooLong, {}, text.text.size()};
+    if (!m_overlays->textOverlay(text.id))
+        if (const Problem full = roomForTextOverlay())
+            return full;
+    m_overlays->setTextOverlay(text);
+    return {};
 }
 
-void Engine::setMediaOverlay(const MediaOverlayRecord &record)
+Problem Engine::roomForTextOverlay() const
 {
+    if (m_overlays->textOverlays().size() >= OverlayScene::kMaxTextOverlays)
+        return {ProblemKind::TooManyTexts, {}, OverlayScene::kMaxTextOverlays};
+    return {};
+}
+
+Problem Engine::roomForMediaOverlay() const
+{
+    if (m_overlays->mediaOverlays().size() >= OverlayScene::kMaxMediaOverlays)
+        return {ProblemKind::TooManyMedia, {}, OverlayScene::kMaxMediaOverlays};
+    return {};
+}
+
+int Engine::addTextOverlay(TextOverlayData text, Problem *problem)
+{
+    const QList<TextOverlayData> texts = m_overlays->textOverlays();
+    int id = 1;
+    while (m_overlays->textOverlay(id))
+        ++id;
+    text.id = id;
+    int top = 0;
+    for (const TextOverlayData &other : texts)
+        top = std::max(top, other.zIndex);
+    text.zIndex = top + 1; // a new text lies over the others
+    const Problem refused =
+        id < kFirstScheduleOverlayId
+            ? setTextOverlay(text)
+            : Problem{ProblemKind::TooManyTexts, {}, OverlayScene::kMaxTextOverlays};
+    if (problem)
+        *problem = refused;
+    return refused ? -1 : id;
+}
+
+Problem Engine::removeTextOverlay(int id)
+{
+    if (!m_overlays->textOverlay(id))
+        return {ProblemKind::NoSuchOverlay, {}, id};
+    m_overlays->removeTextOverlay(id);
+    return {};
+}
+
+int Engine::addMediaOverlay(MediaOverlayRecord::Kind kind, const QString &path, Problem *problem)
+{
+    const QList<MediaOverlayRecord> records = m_overlays->mediaOverlays();
+    int id = 1;
+    while (m_overlays->mediaOverlay(id))
+        ++id;
+    MediaOverlayRecord record;
+    record.id = id;
+    record.kind = kind;
+    record.filePath = path;
+    // A quarter of the scene's width in the top right corner, 16:9, clear of the edge; each
+    // next one a step lower and to the left, so that none hides another.
+    const double w = VulkanCompositor::kSceneWidth / 4.0;
+    const double h = w * 9 / 16;
+    const double step = 12.0 * double(records.size());
+    record.rect = QRectF(VulkanCompositor::kSceneWidth - w - 16 - step, 16 + step, w, h);
+    record.loop = true;
+    const Problem refused = setMediaOverlay(record);
+    if (problem)
+        *problem = refused;
+    return refused ? -1 : id;
+}
+
+Problem Engine::setMediaOverlay(const MediaOverlayRecord &record)
+{
+    // A picture is a file; a video may be any source a channel may have (a test signal too).
+    const QFileInfo file(record.filePath);
+    if (record.kind == MediaOverlayRecord::OverlayVideo) {
+        if (const Problem bad = checkSourceAddress(record.filePath))
+            return bad.kind == ProblemKind::AddressFileMissing
+                       ? Problem{ProblemKind::OverlayFileMissing, record.filePath}
+                       : bad;
+    } else if (!file.isFile() || !file.isReadable()) {
+        return {ProblemKind::OverlayFileMissing, record.filePath};
+    }
     const MediaOverlayRecord *before = m_overlays->mediaOverlay(record.id);
+    if (!before)
+        if (const Problem full = roomForMediaOverlay())
+            return full;
     const bool wasVideo = before && before->kind == MediaOverlayRecord::OverlayVideo;
     const bool samePlayback =
         wasVideo && before->filePath == record.filePath && before->loop == record.loop;
     m_overlays->setMediaOverlay(record);
-    if (!m_overlays->mediaOverlay(record.id))
-        return; // refused: the overlay limit
     if (record.kind == MediaOverlayRecord::OverlayVideo) {
         if (samePlayback)
             m_overlaySlots->setTargetSize(record.id, overlayTargetSize(record));
@@ -386,13 +501,17 @@ void Engine::setMediaOverlay(const MediaOverlayRecord &record)
     } else if (wasVideo) {
         m_overlaySlots->stop(record.id);
     }
+    return {};
 }
 
-void Engine::removeMediaOverlay(int id)
+Problem Engine::removeMediaOverlay(int id)
 {
+    if (!m_overlays->mediaOverlay(id))
+        return {ProblemKind::NoSuchOverlay, {}, id};
     m_overlaySlots->stop(id);
     m_overlays->removeMediaOverlay(id);
     m_overlayAudio.remove(id);
+    return {};
 }
 
 void Engine::setDoodle(const QList<DoodleStroke> &strokes)
@@ -551,10 +670,32 @@ void Engine::applyOverlayAudio(int mediaId)
 
 // ---- outputs ----
 
-bool Engine::startOutputs(const OutputSettings &settings)
+void Engine::setPreparedOutputs(const OutputSettings &settings)
 {
-    if (!settings.hasDestination() || m_output->isActive() || m_pendingOutputs)
-        return false;
+    m_preparedOutputs = settings;
+}
+
+Problem Engine::startOutputs(const OutputSettings &requested)
+{
+    if (outputsActive())
+        return ProblemKind::OutputsActive;
+    OutputSettings settings = requested;
+    EncoderSettings &encoder = settings.encoder;
+    encoder.filePath = encoder.filePath.trimmed();
+    encoder.fileEnabled = encoder.fileEnabled && !encoder.filePath.isEmpty();
+    if (const Problem problem = checkOutputSettings(settings, m_programSize))
+        return problem;
+    for (int c = 0; c < kChannelCount; ++c)
+        if (const Problem same = sourceIsOutput(m_channels->source(c), encoder))
+            return same;
+    const EightKRules rules = eightKRules(settings, m_programSize);
+    if (rules.hardwareForced)
+        encoder.encoderMode = EncoderSettings::Hardware;
+    if (rules.performanceForced)
+        encoder.qualityPreset = EncoderSettings::Performance;
+    if (settings.makeRecordingFolder && encoder.fileEnabled)
+        QDir().mkpath(QFileInfo(encoder.filePath).absolutePath());
+    m_runningOutputs = encoder;
     m_pendingOutputs = settings;
     // The program runs (black until a picture comes), so the outputs open at once when the
     // size is given, or as soon as the program's source shows its size; a source that has
@@ -566,7 +707,7 @@ bool Engine::startOutputs(const OutputSettings &settings)
         if (request == m_outputRequests)
             openPendingOutputs();
     });
-    return true;
+    return {};
 }
 
 void Engine::openPendingOutputsOnceSized()
@@ -605,6 +746,7 @@ void Engine::openPendingOutputs()
 void Engine::stopOutputs()
 {
     m_pendingOutputs.reset();
+    m_runningOutputs = {};
     m_output->stop();
 }
 
@@ -616,19 +758,6 @@ bool Engine::reconnectTargetNow(int index)
 bool Engine::outputsActive() const
 {
     return m_pendingOutputs.has_value() || m_output->isActive();
-}
-
-bool Engine::canEncodeEightK(QString *detail)
-{
-    EncoderSettings probe;
-    probe.encoderMode = EncoderSettings::Hardware;
-    probe.qualityPreset = EncoderSettings::Performance;
-    encoder::OpenedEncoder opened;
-    if (encoder::openVideoEncoder(probe, 7680, 4320, false, &opened) && opened.hardware)
-        return true;
-    *detail = QStringLiteral("no hardware HEVC encoder (NVENC, QSV, AMF, VAAPI) opens at 7680 x "
-                             "4320 on this machine");
-    return false;
 }
 
 // ---- schedule ----

@@ -15,6 +15,7 @@
 // changes return at once. (The destructor is the exception: it stops and joins everything.)
 
 #include "engine/EngineTypes.h"
+#include "engine/Problem.h"
 #include "media/FramePool.h"
 #include "media/ProgramClock.h"
 #include "media/SourceFeeds.h"
@@ -23,6 +24,7 @@
 #include <QHash>
 #include <QImage>
 #include <QObject>
+#include <memory>
 #include <optional>
 
 class OverlayManager;
@@ -49,8 +51,11 @@ public:
     ~Engine() override;
 
     // ---- channels (0..3) ----
-    // An empty address clears the channel. `audioAddress`: a separate microphone.
-    void setChannelSource(int channel, const QString &address, const QString &audioAddress = {});
+    // An empty address clears the channel. `audioAddress`: a separate microphone. Refused when
+    // the channel does not exist, or when the source would read what the outputs (running, or
+    // prepared for the next start) write. An address that cannot be opened is not refused: the
+    // channel's state and error say why.
+    Problem setChannelSource(int channel, const QString &address, const QString &audioAddress = {});
     void clearChannel(int channel) { setChannelSource(channel, QString()); }
     void pauseChannel(int channel);
     void resumeChannel(int channel);
@@ -70,16 +75,18 @@ public:
     // One picture of a display or window address, fitted into `fit`; blocks for one grab, so
     // call it off the window thread.
     static QImage captureStill(const QString &address, QSize fit);
-    static AddressProblem checkSourceAddress(const QString &address);
-    // True (with the operator's message) when `source` would read what these outputs write: the
-    // recording file or a stream target. Capture devices never conflict.
-    static bool isSourceSameAsOutput(const QString &source, const EncoderSettings &outputs,
-                                     QString *message);
+    // What is wrong with an address as typed: an unknown protocol, a network address without a
+    // host, no readable file, a test signal that does not parse. An empty address is not wrong
+    // (it clears a channel).
+    static Problem checkSourceAddress(const QString &address);
 
     // ---- the program picture ----
     void cutTo(int channel);
-    // Still pictures: a slideshow of image files, one picture, or black.
-    void showImages(const QStringList &paths, int intervalMs, bool loop);
+    // Still pictures: a slideshow of image files, one picture, or black. A slideshow remembers
+    // the channel on air before it, and stopImages() goes back to it (black when none was).
+    Problem showImages(const QStringList &paths, int intervalMs, bool loop);
+    void stopImages();
+    bool isShowingImages() const;
     void showStill(const QImage &image);
     void showBlack() { showStill(QImage()); }
     // The channel on air, or -1 for still pictures.
@@ -93,12 +100,29 @@ public:
     void setOutputSize(const OutputSize &size);
 
     // ---- overlays ----
-    // False for a text longer than TextOverlayData::kMaxTextLength or beyond the overlay limit.
-    bool setTextOverlay(const TextOverlayData &text);
-    void removeTextOverlay(int id);
-    // An image or a (looping) video in a rectangle of the 640 x 360 scene.
-    void setMediaOverlay(const MediaOverlayRecord &record);
-    void removeMediaOverlay(int id);
+    // Ids below kFirstScheduleOverlayId are the operator's; the schedule's overlays have the
+    // ids from there on, and the operator's panels leave them be.
+    static constexpr int kFirstScheduleOverlayId = 1000;
+    static bool isScheduleOverlay(int id) { return id >= kFirstScheduleOverlayId; }
+    // A text overlay, inserted or replaced by id. Refused: no words, more than
+    // TextOverlayData::kMaxTextLength characters, an eleventh overlay.
+    Problem setTextOverlay(const TextOverlayData &text);
+    // A new text overlay of the operator's, over the others, under the first free id; the id,
+    // or -1 with the problem.
+    int addTextOverlay(TextOverlayData text, Problem *problem = nullptr);
+    Problem removeTextOverlay(int id);
+    // An image or a (looping) video in a rectangle of the 640 x 360 scene, inserted or replaced
+    // by id. Refused: no readable file, a fifth overlay.
+    Problem setMediaOverlay(const MediaOverlayRecord &record);
+    // A new picture or video of the operator's, a quarter of the scene wide in its top right
+    // corner (each next one a step lower and to the left), looping; the id, or -1 with the
+    // problem.
+    int addMediaOverlay(MediaOverlayRecord::Kind kind, const QString &path,
+                        Problem *problem = nullptr);
+    Problem removeMediaOverlay(int id);
+    // Whether one more overlay may be added now (a panel asks before it opens its dialog).
+    Problem roomForTextOverlay() const;
+    Problem roomForMediaOverlay() const;
     void setDoodle(const QList<DoodleStroke> &strokes);
     void setDoodleVisible(bool visible);
     QList<TextOverlayData> textOverlays() const;
@@ -145,23 +169,37 @@ public:
     // ---- outputs ----
     // A stream target as the operator types it ("URL" or "URL#FORMAT").
     static StreamTarget parseStreamTarget(const QString &text);
-    // What would keep these outputs from working, checked before anything starts.
-    static OutputCheck checkOutputs(const EncoderSettings &settings);
-    // Starts recording and streaming with these settings. The outputs open at once when the
-    // size is given, else when the program's source shows its size, at most a second later
-    // (then at the fallback size); the program is black until a picture comes. The result comes
-    // as outputsStarted or outputsFailed. False when nothing is to be written or outputs are
-    // already active.
-    bool startOutputs(const OutputSettings &settings);
+    // The 8K rules: above 4096 pixels a side the encoder is hardware HEVC, and at 59 fps and more
+    // the preset is Performance, so that 8K keeps real time. startOutputs applies them; a face
+    // shows them.
+    struct EightKRules
+    {
+        bool eightK = false;
+        bool hardwareForced = false;    // the encoder choice becomes Hardware
+        bool performanceForced = false; // the preset becomes Performance
+    };
+    static EightKRules eightKRules(const OutputSettings &settings, QSize programSize);
+    // What keeps these settings from starting, whatever the engine's state: nothing to write,
+    // the recording's container and folder, the targets, 8K over FLV.
+    static Problem checkOutputSettings(const OutputSettings &settings, QSize programSize);
+    // The settings the next start uses when none are given (the window's output panel, the
+    // command line's, the remote control's defaults); sources are checked against them too.
+    void setPreparedOutputs(const OutputSettings &settings);
+    OutputSettings preparedOutputs() const { return m_preparedOutputs; }
+    // Starts recording and streaming with these settings, after every check above and against
+    // the channels' sources. The outputs open at once when the size is given, else when the
+    // program's source shows its size, at most a second later (then at the fallback size); the
+    // program is black until a picture comes. What only opening finds (an encoder that does not
+    // open, 8K without a hardware HEVC encoder) comes as outputsFailed; success as
+    // outputsStarted.
+    Problem startOutputs(const OutputSettings &settings);
+    Problem startOutputs() { return startOutputs(m_preparedOutputs); }
     // Stops them; trailers are written before outputsStopped.
     void stopOutputs();
     // Stream target `index` (0-based) that is waiting to reconnect tries again now instead of
     // waiting out its backoff; false when it is not waiting (online, or no such target).
     bool reconnectTargetNow(int index);
     bool outputsActive() const;
-    // Whether a hardware HEVC encoder opens at 8K (what 8K outputs need); the reason when not.
-    // It opens one for a moment: call it when an 8K start is asked for, not on a timer.
-    static bool canEncodeEightK(QString *detail);
 
     // ---- schedule ----
     // The schedule file: read (an empty arrangement and `error` set when it is not one),
@@ -208,7 +246,7 @@ signals:
     void programChannelChanged(int channel);
     void outputsStarted(QSize size);
     void outputsStopped();
-    void outputsFailed(selvane::OutputFailure failure);
+    void outputsFailed(selvane::Problem problem);
     void streamStatusChanged(int index, QString status);
     void scheduleRunningChanged(bool running);
     // Text or media overlays or the doodle changed (by any caller: a panel, the schedule).
@@ -242,6 +280,8 @@ private:
     OverlaySlots *m_overlaySlots = nullptr;
     SlideShow *m_slides = nullptr;
     OutputSession *m_output = nullptr;
+    class Hands;
+    std::unique_ptr<Hands> m_scheduleHands;
     ScheduleControl *m_scheduleControl = nullptr;
     ScheduleRunner *m_schedule = nullptr;
     ProgramArrangement m_arrangement;
@@ -273,6 +313,9 @@ private:
     bool m_haveSize = false;
     double m_outputFps = 30.0;
     std::optional<OutputSettings> m_pendingOutputs;
+    OutputSettings m_preparedOutputs;
+    EncoderSettings m_runningOutputs; // while outputs run: what they write
+    int m_channelBeforeImages = -1;
     quint64 m_outputRequests = 0;
     static constexpr int kOutputSizeWaitMs = 1000;
 

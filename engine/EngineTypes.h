@@ -40,13 +40,6 @@ enum class ChannelState
 // source delivering), "playing", "paused", "ended", "failed", "reconnecting".
 QString channelStateWord(ChannelState state, bool live);
 
-// Why the outputs did not start, or stopped on their own.
-enum class OutputFailure
-{
-    NotStarted, // the encoder or the recording folder refused the start
-    OpenFailed, // no output could be opened
-};
-
 // The output's picture size: the program's own (with 1920 x 1080 until one is known), or an
 // explicit size.
 struct OutputSize
@@ -56,18 +49,13 @@ struct OutputSize
 };
 
 // One output start: recording, stream targets, encoding and the picture size.
-// The first thing that keeps outputs from working, and what it concerns (a path or a target).
-struct OutputCheck
-{
-    OutputProblem problem = OutputProblem::None;
-    QString subject;
-    bool ok() const { return problem == OutputProblem::None; }
-};
-
 struct OutputSettings
 {
     EncoderSettings encoder;
     OutputSize size;
+    // The recording's folder is made when it does not exist (as a file manager makes the
+    // folder one types), instead of refusing the start.
+    bool makeRecordingFolder = false;
     bool hasDestination() const
     {
         return (encoder.fileEnabled && !encoder.filePath.trimmed().isEmpty()) ||
@@ -99,17 +87,6 @@ struct AudioOutputDevice
     QByteArray id;
     QString description;
     bool isDefault = false;
-};
-
-// Why a typed address cannot be a channel's source.
-enum class AddressProblem
-{
-    None,
-    Empty,
-    UnknownScheme, // "xyz://…": no protocol of that name
-    MissingHost,   // a network URL without a host
-    FileMissing,   // a local path that names no readable file
-    BadTestSignal, // "lavfi://…" whose graph does not parse
 };
 
 struct ChannelStats
@@ -255,4 +232,3 @@ struct ProxyTestResult
 } // namespace selvane
 
 Q_DECLARE_METATYPE(selvane::ChannelState)
-Q_DECLARE_METATYPE(selvane::OutputFailure)

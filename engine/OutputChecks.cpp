@@ -2,6 +2,7 @@
 // engine, and the command line reader (and its fuzzer) link them alone.
 
 #include "engine/Engine.h"
+#include "output/VideoEncoderChoice.h"
 
 namespace selvane {
 
@@ -10,18 +11,65 @@ StreamTarget Engine::parseStreamTarget(const QString &text)
     return selvane::parseStreamTarget(text);
 }
 
-OutputCheck Engine::checkOutputs(const EncoderSettings &settings)
+namespace {
+
+ProblemKind kindOf(OutputProblem problem)
 {
-    if (settings.fileEnabled && !settings.filePath.trimmed().isEmpty()) {
-        const OutputProblem problem = recordingProblem(settings.filePath.trimmed());
-        if (problem != OutputProblem::None)
-            return {problem, settings.filePath.trimmed()};
+    switch (problem) {
+    case OutputProblem::None:
+        break;
+    case OutputProblem::UnknownContainer:
+        return ProblemKind::RecordingUnknownContainer;
+    case OutputProblem::FolderMissing:
+        return ProblemKind::RecordingFolderMissing;
+    case OutputProblem::FolderNotWritable:
+        return ProblemKind::RecordingFolderNotWritable;
+    case OutputProblem::BadTargetUrl:
+        return ProblemKind::TargetBadUrl;
+    case OutputProblem::NoTargetContainer:
+        return ProblemKind::TargetNoContainer;
     }
-    for (const StreamTarget &target : settings.streamTargets) {
+    return ProblemKind::None;
+}
+
+} // namespace
+
+Engine::EightKRules Engine::eightKRules(const OutputSettings &settings, QSize programSize)
+{
+    const QSize size = settings.size.explicitSize ? settings.size.size : programSize;
+    EightKRules rules;
+    rules.eightK = encoder::isEightK(size.width(), size.height());
+    rules.hardwareForced =
+        rules.eightK && settings.encoder.encoderMode != EncoderSettings::Hardware;
+    rules.performanceForced = rules.eightK && settings.encoder.fps >= 59.0 &&
+                              settings.encoder.qualityPreset != EncoderSettings::Performance;
+    return rules;
+}
+
+Problem Engine::checkOutputSettings(const OutputSettings &settings, QSize programSize)
+{
+    const EncoderSettings &encoder = settings.encoder;
+    if (!settings.hasDestination())
+        return ProblemKind::NothingToWrite;
+    const QString path = encoder.filePath.trimmed();
+    if (encoder.fileEnabled && !path.isEmpty()) {
+        OutputProblem problem = recordingProblem(path);
+        // A folder that is to be made when the outputs start is no reason to refuse them.
+        if (problem == OutputProblem::FolderMissing && settings.makeRecordingFolder)
+            problem = OutputProblem::None;
+        if (problem != OutputProblem::None)
+            return {kindOf(problem), path};
+    }
+    for (const StreamTarget &target : encoder.streamTargets) {
         const OutputProblem problem = streamTargetProblem(target);
         if (problem != OutputProblem::None)
-            return {problem, maskStreamUrl(target.url)};
+            return {kindOf(problem), maskStreamUrl(target.url)};
     }
+    // 8K is HEVC, and FLV carries H.264 only.
+    if (eightKRules(settings, programSize).eightK)
+        for (const StreamTarget &target : encoder.streamTargets)
+            if (isFlvTarget(target.url, target.formatName))
+                return {ProblemKind::EightKFlvTarget, maskStreamUrl(target.url)};
     return {};
 }
 

@@ -3,6 +3,7 @@
 #include "audio/PreviewAudioMixer.h"
 #include "engine/ProgramSwitcher.h"
 #include "output/OutputRouter.h"
+#include "output/VideoEncoderChoice.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -14,7 +15,7 @@ namespace selvane {
 OutputSession::OutputSession(ProgramSwitcher &switcher, QObject *parent)
     : QObject(parent), m_switcher(switcher)
 {
-    qRegisterMetaType<selvane::OutputFailure>("selvane::OutputFailure");
+    qRegisterMetaType<selvane::Problem>("selvane::Problem");
 }
 
 OutputSession::~OutputSession()
@@ -96,7 +97,17 @@ void OutputSession::onStarted(std::shared_ptr<OutputRouter> router, bool ok)
 {
     if (!ok) {
         m_state = State::Idle;
-        emit failed(OutputFailure::NotStarted);
+        // At 8K the encoder is hardware HEVC or nothing: that is what did not open.
+        if (encoder::isEightK(m_size.width(), m_size.height()))
+            emit failed({ProblemKind::EightKNoHardwareEncoder,
+                         {},
+                         0,
+                         QStringLiteral("no hardware HEVC encoder (NVENC, QSV, AMF, VAAPI) opens "
+                                        "at %1 x %2 on this machine")
+                             .arg(m_size.width())
+                             .arg(m_size.height())});
+        else
+            emit failed(ProblemKind::OutputsNotOpened);
         return;
     }
     m_router = std::move(router);
@@ -130,7 +141,7 @@ void OutputSession::onRouterFailure()
     if (m_state != State::Running)
         return;
     stop();
-    emit failed(OutputFailure::OpenFailed);
+    emit failed(ProblemKind::OutputsNotOpened);
 }
 
 void OutputSession::stop()

@@ -11,6 +11,7 @@
 // is emitted there. The router's callbacks arrive from its workers and are posted here.
 
 #include "engine/EngineTypes.h"
+#include "engine/Problem.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -52,7 +53,7 @@ public:
 
 signals:
     void started(QSize size);
-    void failed(selvane::OutputFailure failure);
+    void failed(selvane::Problem problem);
     void stopped();
     void streamStatusChanged(int index, QString status);
 

@@ -6,8 +6,8 @@
 
 namespace selvane {
 
-ScheduleControl::ScheduleControl(Operations operations, QObject *parent)
-    : QObject(parent), m_do(std::move(operations))
+ScheduleControl::ScheduleControl(ScheduleHands &hands, QObject *parent)
+    : QObject(parent), m_do(hands)
 {
 }
 

@@ -3,8 +3,8 @@
 // The schedule runner's hands on the engine: it puts a channel, a slideshow, a video clip or
 // black on air, and shows and removes overlays by clip id, through the engine operations it is
 // given. Video clips play on input channel 4 (index 3), which the schedule owns while such a
-// clip is the base (and from its preroll on). Reports media progress back to the runner (slides shown, video position),
-// as the engine tells it. GUI thread only.
+// clip is the base (and from its preroll on). Reports media progress back to the runner (slides
+// shown, video position), as the engine tells it. GUI thread only. The hands outlive it.
 
 #include "compose/OverlayScene.h"
 #include "media/FrameToken.h"
@@ -12,9 +12,27 @@
 
 #include <QHash>
 #include <QObject>
-#include <functional>
 
 namespace selvane {
+
+// What the schedule may do to the program: a few of the engine's own operations, and no more.
+class ScheduleHands
+{
+public:
+    virtual ~ScheduleHands() = default;
+    virtual void cutTo(int channel) = 0;
+    virtual void showImages(const QStringList &paths, int intervalMs, bool loop) = 0;
+    virtual void showBlack() = 0;
+    // An empty address clears the channel.
+    virtual void playOnChannel(int channel, const QString &address, bool loop) = 0;
+    // Holds a channel's player at its current picture, and lets it play on.
+    virtual void hold(int channel) = 0;
+    virtual void release(int channel) = 0;
+    virtual void setTextOverlay(const TextOverlayData &text) = 0;
+    virtual void removeTextOverlay(int id) = 0;
+    virtual void setMediaOverlay(const MediaOverlayRecord &record) = 0;
+    virtual void removeMediaOverlay(int id) = 0;
+};
 
 class ScheduleControl : public QObject, public ProgramControl
 {
@@ -23,24 +41,7 @@ class ScheduleControl : public QObject, public ProgramControl
 public:
     static constexpr int kSceneVideoChannel = 3;
 
-    // The engine operations the schedule uses.
-    struct Operations
-    {
-        std::function<void(int channel)> cutTo;
-        std::function<void(const QStringList &paths, int intervalMs, bool loop)> showImages;
-        std::function<void()> showBlack;
-        // An empty address clears the channel.
-        std::function<void(int channel, const QString &address, bool loop)> playOnChannel;
-        // Holds a channel's player at its current picture, and lets it play on.
-        std::function<void(int channel)> hold;
-        std::function<void(int channel)> release;
-        std::function<void(const TextOverlayData &text)> setTextOverlay;
-        std::function<void(int id)> removeTextOverlay;
-        std::function<void(const MediaOverlayRecord &record)> setMediaOverlay;
-        std::function<void(int id)> removeMediaOverlay;
-    };
-
-    explicit ScheduleControl(Operations operations, QObject *parent = nullptr);
+    explicit ScheduleControl(ScheduleHands &hands, QObject *parent = nullptr);
     void setRunner(ScheduleRunner *runner) { m_runner = runner; }
 
     // What the engine reports: a slide went on air; a program picture left the switcher.
@@ -64,7 +65,7 @@ private:
     void stopVideo();
     int overlayIdFor(const QString &clipId, bool text);
 
-    Operations m_do;
+    ScheduleHands &m_do;
     ScheduleRunner *m_runner = nullptr;
     bool m_slides = false;
     int m_slideIntervalMs = 2000;

@@ -2,6 +2,8 @@
 // cameras and microphones, the address itself, and the guard against reading the program's own
 // output.
 
+#include "engine/SourceChecks.h"
+
 #include "engine/Engine.h"
 #include "input/CaptureDevices.h"
 #include "input/ScreenCapture.h"
@@ -119,66 +121,57 @@ QImage Engine::captureStill(const QString &address, QSize fit)
     return grabStill(address, fit);
 }
 
-AddressProblem Engine::checkSourceAddress(const QString &typed)
+Problem Engine::checkSourceAddress(const QString &typed)
 {
     const QString address = typed.trimmed();
     if (address.isEmpty())
-        return AddressProblem::Empty;
+        return ProblemKind::AddressEmpty;
     switch (classifySource(address)) {
     case SourceKind::WindowCapture:
     case SourceKind::DisplayCapture:
     case SourceKind::CaptureDevice:
-        return AddressProblem::None;
+        return {};
     case SourceKind::TestSignal:
-        return graphParses(testSignalGraph(address)) ? AddressProblem::None
-                                                     : AddressProblem::BadTestSignal;
+        if (graphParses(testSignalGraph(address)))
+            return {};
+        return {ProblemKind::AddressBadTestSignal, address};
     case SourceKind::NetworkStream: {
         const QUrl url(address);
         const QString scheme = address.section("://", 0, 0);
         if (!knownInputProtocol(scheme))
-            return AddressProblem::UnknownScheme;
+            return {ProblemKind::AddressUnknownScheme, address};
         if (url.host().isEmpty() && scheme.compare("file", Qt::CaseInsensitive) != 0)
-            return AddressProblem::MissingHost;
-        return AddressProblem::None;
+            return {ProblemKind::AddressMissingHost, address};
+        return {};
     }
     case SourceKind::LocalFile: {
         const QString path = address.startsWith("file:", Qt::CaseInsensitive)
                                  ? QUrl(address).toLocalFile()
                                  : address;
         const QFileInfo info(path);
-        return info.isFile() && info.isReadable() ? AddressProblem::None
-                                                  : AddressProblem::FileMissing;
+        if (info.isFile() && info.isReadable())
+            return {};
+        return {ProblemKind::AddressFileMissing, address};
     }
     }
-    return AddressProblem::None;
+    return {};
 }
 
-bool Engine::isSourceSameAsOutput(const QString &source, const EncoderSettings &outputs,
-                                  QString *message)
+Problem sourceIsOutput(const QString &source, const EncoderSettings &outputs)
 {
     if (source.trimmed().isEmpty())
-        return false;
+        return {};
     for (const char *capture : {"dshow://", "desktop://", "wgc://"})
         if (source.startsWith(QLatin1String(capture), Qt::CaseInsensitive))
-            return false;
+            return {};
     const QString wanted = normalised(source);
-    // These four texts exist in Chinese only and are shown as they are.
     if (outputs.fileEnabled && !outputs.filePath.trimmed().isEmpty() &&
-        normalised(outputs.filePath) == wanted) {
-        *message = isLocal(outputs.filePath)
-                       ? QStringLiteral("输入源不能与当前录制的输出文件相同。")
-                       : QStringLiteral("输入源不能与当前录制的输出地址相同。");
-        return true;
-    }
-    for (const StreamTarget &target : outputs.streamTargets) {
-        if (normalised(target.url) == wanted) {
-            *message = isLocal(target.url)
-                           ? QStringLiteral("输入源不能与已勾选的推流地址（文件目标）相同。")
-                           : QStringLiteral("输入源不能与已勾选的推流地址相同。");
-            return true;
-        }
-    }
-    return false;
+        normalised(outputs.filePath) == wanted)
+        return {ProblemKind::SourceIsRecording, source, isLocal(outputs.filePath) ? 1 : 0};
+    for (const StreamTarget &target : outputs.streamTargets)
+        if (normalised(target.url) == wanted)
+            return {ProblemKind::SourceIsTarget, source, isLocal(target.url) ? 1 : 0};
+    return {};
 }
 
 } // namespace selvane

@@ -104,7 +104,6 @@ Family familyFor(int width, int height)
     return isEightK(width, height) ? Family::Hevc : Family::H264;
 }
 
-bool isEightK(int width, int height) { return width > frames::kHevcAboveSide || height > frames::kHevcAboveSide; }
 
 qint64 automaticBitrateKbps(double fps, int width, int height)
 {

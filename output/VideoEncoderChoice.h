@@ -6,6 +6,7 @@
 // Called on encode worker threads; the process-wide memory has its own mutex, held only while
 // it is read or updated, never while an encoder opens.
 
+#include "media/FrameSizes.h"
 #include "media/FfmpegTypes.h"
 #include "output/EncoderSettings.h"
 
@@ -21,7 +22,10 @@ enum class Family
 
 // HEVC when either side is above 4096 (what the operator sees as "8K"), H.264 otherwise.
 Family familyFor(int width, int height);
-bool isEightK(int width, int height);
+inline bool isEightK(int width, int height)
+{
+    return width > frames::kHevcAboveSide || height > frames::kHevcAboveSide;
+}
 
 // kbit/s: max(fps, 1) x W x H x 0.00012 rounded, at least 2500, capped by picture size.
 qint64 automaticBitrateKbps(double fps, int width, int height);

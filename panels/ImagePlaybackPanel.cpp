@@ -151,16 +151,14 @@ void ImagePlaybackPanel::refreshList()
 
 void ImagePlaybackPanel::start()
 {
-    if (m_paths.isEmpty()) {
-        m_status->setText(tr("Choose a folder or images first."));
+    if (const Problem problem = m_engine->showImages(m_paths, qRound(m_interval->value() * 1000),
+                                                     m_loop->isChecked())) {
+        m_status->setText(problemText(problem));
         return;
     }
-    if (!m_playing)
-        m_returnChannel = m_engine->programChannel();
     m_playing = true;
     m_slideOnAir = false;
     m_shown = 0;
-    m_engine->showImages(m_paths, qRound(m_interval->value() * 1000), m_loop->isChecked());
     showProgress();
 }
 
@@ -169,11 +167,7 @@ void ImagePlaybackPanel::stop()
     if (!m_playing)
         return;
     m_playing = false;
-    // Back to what was on air before the slides.
-    if (m_returnChannel >= 0)
-        m_engine->cutTo(m_returnChannel);
-    else
-        m_engine->showBlack();
+    m_engine->stopImages(); // back to what was on air before the slides
     showProgress();
 }
 

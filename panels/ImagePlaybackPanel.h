@@ -54,7 +54,6 @@ private:
     bool m_playing = false;
     bool m_slideOnAir = false; // a slide of this start has been put on air
     int m_shown = 0;
-    int m_returnChannel = -1;
 
     QLabel *m_heading = nullptr;
     QListWidget *m_list = nullptr;

@@ -22,7 +22,6 @@ namespace selvane {
 namespace {
 
 // Overlays the schedule shows have ids from here on; the panel's own stay below.
-constexpr int kFirstScheduleId = 1000;
 constexpr int kLiveMoveMs = 40; // a dragged frame reaches the program 25 times a second
 const char *const kDirectoryKey = "source/lastMediaDirectory";
 
@@ -132,7 +131,7 @@ MediaOverlayPanel::MediaOverlayPanel(Engine *engine, QWidget *parent)
 
 bool MediaOverlayPanel::editable(const MediaOverlayRecord &record) const
 {
-    return record.id < kFirstScheduleId;
+    return !Engine::isScheduleOverlay(record.id);
 }
 
 const MediaOverlayRecord *MediaOverlayPanel::find(int id) const
@@ -261,35 +260,12 @@ void MediaOverlayPanel::moveOverlay(int id, QRectF rect, bool finished)
 
 int MediaOverlayPanel::addOverlay(MediaOverlayRecord::Kind kind, const QString &path)
 {
-    const QList<MediaOverlayRecord> records = m_engine->mediaOverlays();
-    if (records.size() >= OverlayScene::kMaxMediaOverlays) {
-        refuse(tr("At most %1 image or video overlays can be shown at once. Remove one first.")
-                   .arg(OverlayScene::kMaxMediaOverlays));
+    Problem problem;
+    const int id = m_engine->addMediaOverlay(kind, path, &problem);
+    if (problem) {
+        refuse(problemText(problem));
         return -1;
     }
-    if (!QFileInfo(path).isFile()) {
-        refuse(tr("The file was not found: %1").arg(path));
-        return -1;
-    }
-    int id = 1;
-    auto used = [&records](int candidate) {
-        return std::any_of(records.cbegin(), records.cend(),
-                           [candidate](const auto &r) { return r.id == candidate; });
-    };
-    while (used(id))
-        ++id;
-    MediaOverlayRecord record;
-    record.id = id;
-    record.kind = kind;
-    record.filePath = path;
-    // A quarter of the scene's width in the top right corner, 16:9, clear of the edge.
-    const QSizeF scene = Engine::sceneSize();
-    const double w = scene.width() / 4;
-    const double h = w * 9 / 16;
-    const double step = 12.0 * (records.size());
-    record.rect = QRectF(scene.width() - w - 16 - step, 16 + step, w, h);
-    record.loop = true;
-    m_engine->setMediaOverlay(record);
     refresh();
     select(id);
     return id;

@@ -421,15 +421,17 @@ QSize OutputSettingsPanel::chosenSize() const
 
 void OutputSettingsPanel::applyEightKRules()
 {
-    const QSize size = chosenSize();
-    const bool eightK = size.width() > 4096 || size.height() > 4096;
+    // The engine's rules, shown where the operator chooses: the choices it forces are made here
+    // too, so that the panel shows what will run.
+    const OutputSettings chosen = settings();
+    const Engine::EightKRules rules = Engine::eightKRules(chosen, {});
     QStringList hints;
-    if (eightK) {
-        if (m_encoder->currentIndex() != EncoderSettings::Hardware)
+    if (rules.eightK) {
+        if (rules.hardwareForced)
             m_encoder->setCurrentIndex(EncoderSettings::Hardware);
         hints << tr("8K requires hardware HEVC encoding");
-        if (m_fps->currentData().toDouble() >= 59.0) {
-            if (m_preset->currentIndex() != EncoderSettings::Performance)
+        if (chosen.encoder.fps >= 59.0) {
+            if (rules.performanceForced)
                 m_preset->setCurrentIndex(EncoderSettings::Performance);
             hints << tr("8K60 uses the Performance preset to maintain real-time output");
         }

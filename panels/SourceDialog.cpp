@@ -344,25 +344,6 @@ void SourceDialog::requestCapturePreview()
     });
 }
 
-QString SourceDialog::problemText(int problem) const
-{
-    switch (static_cast<AddressProblem>(problem)) {
-    case AddressProblem::None:
-        return {};
-    case AddressProblem::Empty:
-        return tr("Enter a file or an address first.");
-    case AddressProblem::UnknownScheme:
-        return tr("This kind of address is not known (use rtmp://, rtsp://, srt://, http:// …).");
-    case AddressProblem::MissingHost:
-        return tr("The address names no server.");
-    case AddressProblem::FileMissing:
-        return tr("No readable file at this path.");
-    case AddressProblem::BadTestSignal:
-        return tr("The test signal cannot be made.");
-    }
-    return {};
-}
-
 void SourceDialog::accept()
 {
     SourceChoice choice;
@@ -410,9 +391,8 @@ void SourceDialog::accept()
     case KindCount:
         break;
     }
-    const AddressProblem problem = Engine::checkSourceAddress(choice.address);
-    if (problem != AddressProblem::None) {
-        m_error->setText(problemText(int(problem)));
+    if (const Problem problem = Engine::checkSourceAddress(choice.address)) {
+        m_error->setText(problemText(problem));
         m_error->show();
         return;
     }

@@ -67,7 +67,6 @@ private:
     void refreshCaptures();
     // Asks for a picture of the chosen display or window, off the window thread.
     void requestCapturePreview();
-    QString problemText(int problem) const;
 
     int m_channelNumber = 1;
     SourceChoice m_choice;

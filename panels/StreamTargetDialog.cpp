@@ -79,9 +79,9 @@ StreamTargetEntry StreamTargetDialog::entry() const
 void StreamTargetDialog::accept()
 {
     const StreamTargetEntry e = entry();
-    EncoderSettings check;
-    check.streamTargets << Engine::parseStreamTarget(e.url());
-    if (!e.server.isEmpty() && Engine::checkOutputs(check).ok()) {
+    OutputSettings check;
+    check.encoder.streamTargets << Engine::parseStreamTarget(e.url());
+    if (!e.server.isEmpty() && !Engine::checkOutputSettings(check, {})) {
         QDialog::accept();
         return;
     }

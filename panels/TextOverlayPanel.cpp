@@ -17,7 +17,6 @@ namespace selvane {
 namespace {
 
 // Texts a schedule shows have ids from here on; the panel's own stay below.
-constexpr int kFirstScheduleId = 1000;
 // A duplicate lands this many scene units right of and below its original.
 constexpr double kDuplicateStep = 12.0;
 
@@ -73,7 +72,7 @@ TextOverlayPanel::TextOverlayPanel(Engine *engine, QWidget *parent)
 
 bool TextOverlayPanel::editable(int id) const
 {
-    return id >= 0 && id < kFirstScheduleId;
+    return id >= 0 && !Engine::isScheduleOverlay(id);
 }
 
 int TextOverlayPanel::selectedId() const
@@ -174,29 +173,10 @@ void TextOverlayPanel::onItemChanged(QListWidgetItem *item)
 
 bool TextOverlayPanel::roomForOne()
 {
-    if (m_engine->textOverlays().size() < OverlayScene::kMaxTextOverlays)
-        return true;
-    refuse(tr("At most %1 text overlays can be shown at once. Remove one first.")
-               .arg(OverlayScene::kMaxTextOverlays));
-    return false;
-}
-
-int TextOverlayPanel::freeId() const
-{
-    const QList<TextOverlayData> texts = m_engine->textOverlays();
-    for (int id = 1; id < kFirstScheduleId; ++id)
-        if (std::none_of(texts.cbegin(), texts.cend(),
-                         [id](const TextOverlayData &text) { return text.id == id; }))
-            return id;
-    return -1;
-}
-
-int TextOverlayPanel::topZIndex() const
-{
-    int top = 0;
-    for (const TextOverlayData &text : m_engine->textOverlays())
-        top = std::max(top, text.zIndex);
-    return top;
+    const Problem full = m_engine->roomForTextOverlay();
+    if (full)
+        refuse(problemText(full));
+    return !full;
 }
 
 bool TextOverlayPanel::runDialog(TextOverlayData &text)
@@ -214,16 +194,15 @@ void TextOverlayPanel::addText()
     if (!roomForOne())
         return;
     TextOverlayData text;
-    text.id = freeId();
-    text.zIndex = topZIndex() + 1; // a new text lies over the others
     if (!runDialog(text))
         return;
-    // Another caller may have filled the list while the dialog was open.
-    if (!roomForOne())
-        return;
-    text.id = freeId();
-    m_engine->setTextOverlay(text);
-    select(text.id);
+    // Another caller may have filled the list while the dialog was open: the engine says.
+    Problem problem;
+    const int id = m_engine->addTextOverlay(text, &problem);
+    if (problem)
+        refuse(problemText(problem));
+    else
+        select(id);
 }
 
 void TextOverlayPanel::editSelected()
@@ -239,12 +218,10 @@ void TextOverlayPanel::editSelected()
     if (!runDialog(text))
         return;
     // Removed meanwhile: it comes back only when there is room for it.
-    const QList<TextOverlayData> now = m_engine->textOverlays();
-    const bool present = std::any_of(now.cbegin(), now.cend(),
-                                     [id](const TextOverlayData &t) { return t.id == id; });
-    if (!present && !roomForOne())
+    if (const Problem problem = m_engine->setTextOverlay(text)) {
+        refuse(problemText(problem));
         return;
-    m_engine->setTextOverlay(text);
+    }
     select(id);
 }
 
@@ -256,12 +233,14 @@ void TextOverlayPanel::duplicateSelected()
     for (TextOverlayData text : m_texts)
         if (text.id == id) {
             const QSizeF scene = Engine::sceneSize();
-            text.id = freeId();
-            text.zIndex = topZIndex() + 1;
             text.posX = std::min(1.0, text.posX + kDuplicateStep / scene.width());
             text.posY = std::min(1.0, text.posY + kDuplicateStep / scene.height());
-            m_engine->setTextOverlay(text);
-            select(text.id);
+            Problem problem;
+            const int copy = m_engine->addTextOverlay(text, &problem);
+            if (problem)
+                refuse(problemText(problem));
+            else
+                select(copy);
             return;
         }
 }

@@ -50,8 +50,6 @@ private:
     void onItemChanged(QListWidgetItem *item);
     bool editable(int id) const;
     bool roomForOne();
-    int freeId() const;
-    int topZIndex() const;
     // Runs the dialog on `text`; true with the edited record in `text` when accepted.
     bool runDialog(TextOverlayData &text);
     void refuse(const QString &message);

@@ -5,6 +5,7 @@
 // recordings read back with ffprobe, solid pictures from a pool, captured warnings, and the
 // flash-and-beep analysis that measures how far sound is from its picture.
 
+#include "engine/Problem.h"
 #include "media/FramePool.h"
 
 #include <QColor>
@@ -543,3 +544,12 @@ private:
 };
 
 } // namespace testsupport
+
+namespace selvane {
+// A refusal in a failed comparison: its English words.
+inline char *toString(const Problem &problem)
+{
+    return qstrdup(problem ? qPrintable(problemText(problem, ProblemLanguage::English))
+                           : "no problem");
+}
+} // namespace selvane

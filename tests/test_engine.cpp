@@ -60,7 +60,7 @@ class TestEngine : public QObject
         settings.encoder.filePath = QDir(m_dir.path()).filePath(name);
         settings.encoder.qualityPreset = EncoderSettings::Performance;
         QSignalSpy started(&engine, &Engine::outputsStarted);
-        if (!engine.startOutputs(settings) || !started.wait(10000))
+        if (engine.startOutputs(settings) || !started.wait(10000))
             return {};
         return settings.encoder.filePath;
     }

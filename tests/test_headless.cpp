@@ -108,7 +108,7 @@ private slots:
         QTest::newRow("unwritable folder")
             << bars + QStringList{"--record", "/proc/a.mp4"} << "cannot be written";
         QTest::newRow("target without host")
-            << bars + QStringList{"--stream", "rtmp:/live"} << "--stream expects a URL";
+            << bars + QStringList{"--stream", "rtmp:/live"} << "is not a URL such as";
         QTest::newRow("odd size") << bars + QStringList{"--size", "641x361"} << "even width";
         QTest::newRow("missing overlay file")
             << bars + QStringList{"--image", "/nonexistent.png@0,0,10,10"}

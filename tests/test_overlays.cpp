@@ -2,10 +2,10 @@
 // generations, scroll clock, scenes that never change once published) and the command-line
 // overlay specs.
 
+#include "TestSupport.h"
 #include "cli/OverlaySpecs.h"
 #include "compose/OverlayManager.h"
 #include "compose/TextOverlayData.h"
-#include "TestSupport.h"
 
 #include <QJsonDocument>
 #include <QTemporaryDir>

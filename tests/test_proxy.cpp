@@ -507,7 +507,7 @@ private slots:
                 [&](int index, const QString &word) { words[index] << word; });
         WarningCapture warnings;
         engine.setChannelSource(0, kSignal);
-        QVERIFY(engine.startOutputs(output));
+        QCOMPARE(engine.startOutputs(output), selvane::Problem());
         const auto triedTwice = [&] {
             for (int i = 0; i < replies.size(); ++i)
                 if (words[i].count("reconnecting") < 2)

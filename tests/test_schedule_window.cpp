@@ -151,7 +151,7 @@ private slots:
         settings.encoder.filePath = dir.filePath("show.mp4");
         settings.encoder.qualityPreset = EncoderSettings::Performance;
         QSignalSpy started(&engine, &Engine::outputsStarted);
-        QVERIFY(engine.startOutputs(settings));
+        QCOMPARE(engine.startOutputs(settings), selvane::Problem());
         QVERIFY(started.wait(10000));
         QTest::mouseClick(named<QPushButton>(&w, "Start Schedule"), Qt::LeftButton);
         auto *state = named<QLabel>(&w, "Schedule state");

@@ -8,7 +8,6 @@
 
 #include <QElapsedTimer>
 #include <QtTest>
-
 #include <csignal>
 
 using namespace testsupport;
@@ -32,8 +31,8 @@ QByteArray probeStream(const QString &url)
     probe.setProcessChannelMode(QProcess::MergedChannels);
     // FLV announces its streams with their first packets: analyse long enough to see a picture.
     probe.start("ffprobe", {"-v", "error", "-rw_timeout", "5000000", "-analyzeduration", "10000000",
-                            "-probesize", "20000000", "-show_entries", "stream=codec_name",
-                            "-of", "csv=p=0", url});
+                            "-probesize", "20000000", "-show_entries", "stream=codec_name", "-of",
+                            "csv=p=0", url});
     // The event loop keeps running meanwhile: program pictures are composed on this thread.
     QElapsedTimer waited;
     waited.start();
@@ -47,10 +46,10 @@ QByteArray probeStream(const QString &url)
     return probe.readAll();
 }
 
-#define VERIFY_STREAM_READABLE(url)                                                            \
-    do {                                                                                       \
-        const QByteArray seen = probeStream(url);                                              \
-        QVERIFY2(seen.contains("h264") && seen.contains("aac"), seen.constData());            \
+#define VERIFY_STREAM_READABLE(url)                                                                \
+    do {                                                                                           \
+        const QByteArray seen = probeStream(url);                                                  \
+        QVERIFY2(seen.contains("h264") && seen.contains("aac"), seen.constData());                 \
     } while (false)
 
 } // namespace
@@ -71,17 +70,19 @@ private slots:
         QElapsedTimer clock;
         clock.start();
         QList<StatusEvent> events;
-        connect(&engine, &Engine::streamStatusChanged, this,
-                [&](int index, const QString &word) { events.append({clock.elapsed(), index, word}); });
+        connect(&engine, &Engine::streamStatusChanged, this, [&](int index, const QString &word) {
+            events.append({clock.elapsed(), index, word});
+        });
         OutputSettings output;
         EncoderSettings &settings = output.encoder;
         settings.fileEnabled = true;
         settings.filePath = QDir(m_dir.path()).filePath("restart.mp4");
-        settings.streamTargets << StreamTarget{server.url("a"), "flv"} << StreamTarget{server.url("b"), "flv"};
+        settings.streamTargets << StreamTarget{server.url("a"), "flv"}
+                               << StreamTarget{server.url("b"), "flv"};
         settings.qualityPreset = EncoderSettings::Performance;
         engine.setChannelSource(0, kSignal);
         QSignalSpy started(&engine, &Engine::outputsStarted);
-        QVERIFY(engine.startOutputs(output));
+        QCOMPARE(engine.startOutputs(output), selvane::Problem());
         QVERIFY(started.wait(10000));
         QCOMPARE(started.at(0).at(0).toSize(), QSize(640, 360));
         const qint64 startedMs = clock.elapsed();
@@ -146,8 +147,9 @@ private slots:
         Engine engine;
         engine.startAudio();
         QList<StatusEvent> events;
-        connect(&engine, &Engine::streamStatusChanged, this,
-                [&](int index, const QString &word) { events.append({0, index, word}); });
+        connect(&engine, &Engine::streamStatusChanged, this, [&](int index, const QString &word) {
+            events.append({0, index, word});
+        });
         OutputSettings output;
         EncoderSettings &settings = output.encoder;
         settings.fileEnabled = true;
@@ -157,7 +159,7 @@ private slots:
         settings.qualityPreset = EncoderSettings::Performance;
         settings.bitrateKbps = 4000;
         engine.setChannelSource(0, kSignal);
-        QVERIFY(engine.startOutputs(output));
+        QCOMPARE(engine.startOutputs(output), selvane::Problem());
         QTRY_VERIFY_WITH_TIMEOUT(events.size() >= 4, 10000); // both connecting and online
         QTest::qWait(1000);
         ::kill(pid_t(receiver.processId()), SIGSTOP);

@@ -156,7 +156,7 @@ private slots:
         settings.encoder.filePath = QDir(m_dir.path()).filePath("text.mp4");
         settings.encoder.qualityPreset = EncoderSettings::Performance;
         QSignalSpy started(&engine, &Engine::outputsStarted);
-        QVERIFY(engine.startOutputs(settings));
+        QCOMPARE(engine.startOutputs(settings), selvane::Problem());
         QVERIFY(started.wait(10000));
         QTest::qWait(2000);
         QSignalSpy stopped(&engine, &Engine::outputsStopped);

@@ -4,22 +4,22 @@
 <context>
     <name>HeadlessRunner</name>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="289"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="288"/>
         <source>the recording failed during the run (%1) and no new file could be begun after it; the streams went on</source>
         <translation>录制在运行中失败（%1），之后未能开始新文件；推流继续进行</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="293"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="292"/>
         <source>the recording failed during the run (%1); it went on in a new file %2 time(s), but was failing again at the end; the streams went on</source>
         <translation>录制在运行中失败（%1）；已在新文件中继续 %2 次，但结束时再次失败；推流继续进行</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="297"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="296"/>
         <source>the recording failed during the run (%1); the streams went on, and the recording went on in %2</source>
         <translation>录制在运行中失败（%1）；推流继续进行，录制已在 %2 中继续</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="307"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="306"/>
         <source>channel %1: the source never opened (%2)</source>
         <translation>通道 %1：源始终未能打开（%2）</translation>
     </message>
@@ -27,7 +27,296 @@
 <context>
     <name>MainWindow</name>
     <message>
-        <location filename="../app/MainWindow.cpp" line="81"/>
+        <location filename="../app/MainWindow.cpp" line="214"/>
+        <source>Channel %1: %2</source>
+        <translation>通道 %1：%2</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="419"/>
+        <location filename="../app/MainWindow.cpp" line="425"/>
+        <location filename="../app/MainWindow.cpp" line="437"/>
+        <source>Export Drawing</source>
+        <translation>导出涂鸦</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="420"/>
+        <source>There is no drawing to export yet. Draw on the program preview with View -&gt; Drawing Tools.</source>
+        <translation>还没有可导出的涂鸦。请通过“视图 -&gt; 涂鸦工具”在节目预览上绘制。</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="426"/>
+        <source>PNG image (*.png)</source>
+        <translation>PNG 图片 (*.png)</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="438"/>
+        <source>Unable to write the file.</source>
+        <translation>无法写入文件。</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="441"/>
+        <source>Drawing exported to %1</source>
+        <translation>涂鸦已导出到 %1</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="481"/>
+        <source>Output Settings</source>
+        <translation>输出设置</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="483"/>
+        <source>Output Preview</source>
+        <translation>输出预览</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="485"/>
+        <source>Audio Mixer</source>
+        <translation>混音器</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="487"/>
+        <source>Text Overlay</source>
+        <translation>文字叠加</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="489"/>
+        <source>Video Overlay</source>
+        <translation>视频叠加</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="491"/>
+        <source>Image Playback</source>
+        <translation>图片播放</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="545"/>
+        <source>&amp;File</source>
+        <translation>文件(&amp;F)</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="546"/>
+        <source>Export Drawing...</source>
+        <translation>导出涂鸦...</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="547"/>
+        <source>Open Output Folder</source>
+        <translation>打开输出文件夹</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="548"/>
+        <source>E&amp;xit</source>
+        <translation>退出(&amp;X)</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="549"/>
+        <source>&amp;View</source>
+        <translation>视图(&amp;V)</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="550"/>
+        <source>Drawing Tools</source>
+        <translation>绘图工具</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="551"/>
+        <source>Reset Workspace Layout</source>
+        <translation>重置工作区布局</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="552"/>
+        <source>&amp;Tools</source>
+        <translation>工具(&amp;T)</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="553"/>
+        <source>Program Scheduling...</source>
+        <translation>节目编排...</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="554"/>
+        <source>Network Proxy...</source>
+        <translation>网络代理...</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="555"/>
+        <source>&amp;Help</source>
+        <translation>帮助(&amp;H)</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="556"/>
+        <source>Language</source>
+        <translation>语言</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="559"/>
+        <location filename="../app/MainWindow.cpp" line="807"/>
+        <source>About Selvane</source>
+        <translation>关于 Selvane</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="565"/>
+        <source>Program frame rate</source>
+        <translation>节目帧率</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="566"/>
+        <source>Dropped frames</source>
+        <translation>丢帧</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="567"/>
+        <source>CPU use</source>
+        <translation>CPU 占用</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="568"/>
+        <source>Output bitrate</source>
+        <translation>输出码率</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="569"/>
+        <source>Stream target status</source>
+        <translation>推流目标状态</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="596"/>
+        <source>The recording failed: %1
+
+The streams go on. A new file is tried every second and the recording goes on there as soon as writing works.</source>
+        <translation>录制失败：%1
+
+推流继续进行。每秒会尝试一个新文件，一旦可以写入，录制就在新文件中继续。</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="619"/>
+        <source>%1 fps</source>
+        <translation>%1 帧/秒</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="621"/>
+        <source>dropped: decoders %1, encoder %2</source>
+        <translation>丢帧：解码 %1，编码 %2</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="622"/>
+        <source>CPU %1 %</source>
+        <translation>CPU %1 %</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="622"/>
+        <source>CPU –</source>
+        <translation>CPU –</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="623"/>
+        <source>%1 kbit/s</source>
+        <translation>%1 kbit/s</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="624"/>
+        <source>outputs off</source>
+        <translation>输出未开启</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="645"/>
+        <source>Target %1: %2</source>
+        <translation>目标 %1：%2</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="662"/>
+        <source>Source</source>
+        <translation>输入源</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="680"/>
+        <source>Output</source>
+        <translation>输出</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="700"/>
+        <source>Stream %1 expects a %2:// URL.</source>
+        <translation>推流 %1 需要 %2:// 地址。</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="781"/>
+        <source>Outputs are running</source>
+        <translation>输出正在运行</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="782"/>
+        <source>Recording or streaming is running. Stop the outputs and close Selvane?</source>
+        <translation>录制或推流正在进行。要停止输出并关闭 Selvane 吗？</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="802"/>
+        <source>Output Folder</source>
+        <translation>输出文件夹</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="802"/>
+        <source>Unable to open the output folder.</source>
+        <translation>无法打开输出文件夹。</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="808"/>
+        <source>Selvane %1
+Live video mixer: four input channels, overlays, audio mixing, recording and live streaming.</source>
+        <translation>Selvane %1
+直播视频混合器：四路输入、叠加、混音、录制与直播推流。</translation>
+    </message>
+</context>
+<context>
+    <name>Problem</name>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="20"/>
+        <source>Please fill output file path or stream URL, and select at least one output target.</source>
+        <translation>请填写输出文件路径或推流地址，并至少勾选一个输出目标。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="23"/>
+        <source>The outputs are already running.</source>
+        <translation>输出已在运行。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="25"/>
+        <source>The recording file &quot;%1&quot; names no known container (use .mp4, .mkv, .mov, .ts ...).</source>
+        <translation>录制文件“%1”的扩展名不是已知的封装格式（请使用 .mp4、.mkv、.mov、.ts 等）。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="29"/>
+        <source>The folder of the recording file &quot;%1&quot; does not exist.</source>
+        <translation>录制文件“%1”所在的文件夹不存在。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="33"/>
+        <source>The folder of the recording file &quot;%1&quot; cannot be written.</source>
+        <translation>录制文件“%1”所在的文件夹无法写入。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="37"/>
+        <source>The stream target &quot;%1&quot; is not a URL such as rtmp://host/app/key.</source>
+        <translation>推流目标“%1”不是有效地址（例如 rtmp://host/app/key）。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="41"/>
+        <source>No container is known for the stream target &quot;%1&quot;; add #FORMAT (for example #flv or #mpegts).</source>
+        <translation>无法确定推流目标“%1”的封装格式；请加上 #格式（例如 #flv 或 #mpegts）。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="46"/>
+        <source>8K output uses HEVC. Standard RTMP services accept H.264 only.
+Use a HEVC-capable SRT destination or record to MP4/MKV.</source>
+        <translation>8K 输出使用 HEVC 编码，标准 RTMP 服务只接受 H.264。
+请使用支持 HEVC 的 SRT 目标，或录制为 MP4/MKV。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="50"/>
+        <source>The selected 8K hardware HEVC encoder is unavailable. Update the GPU driver or choose a supported GPU.</source>
+        <translation>所选的 8K 硬件 HEVC 编码器不可用。请更新显卡驱动或选择受支持的显卡。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="55"/>
         <source>Unable to start stream/output.
 
 If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (common for YouTube rtmp://:1935). Try:
@@ -42,264 +331,69 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 • 确认推流密钥正确，且已在 YouTube Studio 中开启直播</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="223"/>
-        <source>Channel %1: %2</source>
-        <translation>通道 %1：%2</translation>
+        <location filename="../engine/ProblemText.cpp" line="70"/>
+        <source>There is no channel %1: channels are 1 to 4.</source>
+        <translation>没有通道 %1：通道为 1 到 4。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="422"/>
-        <location filename="../app/MainWindow.cpp" line="428"/>
-        <location filename="../app/MainWindow.cpp" line="440"/>
-        <source>Export Drawing</source>
-        <translation>导出涂鸦</translation>
+        <location filename="../engine/ProblemText.cpp" line="73"/>
+        <source>The address is empty.</source>
+        <translation>地址为空。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="423"/>
-        <source>There is no drawing to export yet. Draw on the program preview with View -&gt; Drawing Tools.</source>
-        <translation>还没有可导出的涂鸦。请通过“视图 -&gt; 涂鸦工具”在节目预览上绘制。</translation>
+        <location filename="../engine/ProblemText.cpp" line="75"/>
+        <source>&quot;%1&quot; names no protocol this system has.</source>
+        <translation>“%1”所用的协议本系统不支持。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="429"/>
-        <source>PNG image (*.png)</source>
-        <translation>PNG 图片 (*.png)</translation>
+        <location filename="../engine/ProblemText.cpp" line="78"/>
+        <source>&quot;%1&quot; is a network address without a host.</source>
+        <translation>“%1”是没有主机的网络地址。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="441"/>
-        <source>Unable to write the file.</source>
-        <translation>无法写入文件。</translation>
+        <location filename="../engine/ProblemText.cpp" line="82"/>
+        <source>There is no readable file at &quot;%1&quot;.</source>
+        <translation>“%1”处没有可读取的文件。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="444"/>
-        <source>Drawing exported to %1</source>
-        <translation>涂鸦已导出到 %1</translation>
+        <location filename="../engine/ProblemText.cpp" line="85"/>
+        <source>The test signal&apos;s graph in &quot;%1&quot; does not parse.</source>
+        <translation>“%1”中的测试信号滤镜图无法解析。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="472"/>
-        <source>Output Settings</source>
-        <translation>输出设置</translation>
+        <location filename="../engine/ProblemText.cpp" line="89"/>
+        <source>Channel %1 has no source.</source>
+        <translation>通道 %1 没有信号源。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="474"/>
-        <source>Output Preview</source>
-        <translation>输出预览</translation>
+        <location filename="../engine/ProblemText.cpp" line="91"/>
+        <source>The text overlay needs some words.</source>
+        <translation>文字叠加需要填写文字。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="476"/>
-        <source>Audio Mixer</source>
-        <translation>混音器</translation>
+        <location filename="../engine/ProblemText.cpp" line="93"/>
+        <source>A text holds at most %1 characters; this one has %2.</source>
+        <translation>文字最多 %1 个字符；此文字有 %2 个字符。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="478"/>
-        <source>Text Overlay</source>
-        <translation>文字叠加</translation>
+        <location filename="../engine/ProblemText.cpp" line="98"/>
+        <source>At most %1 text overlays can be shown.</source>
+        <translation>最多可显示 %1 个文字叠加。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="480"/>
-        <source>Video Overlay</source>
-        <translation>视频叠加</translation>
+        <location filename="../engine/ProblemText.cpp" line="101"/>
+        <source>At most %1 image and video overlays can be shown.</source>
+        <translation>最多可显示 %1 个图片和视频叠加。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="482"/>
-        <source>Image Playback</source>
-        <translation>图片播放</translation>
+        <location filename="../engine/ProblemText.cpp" line="105"/>
+        <source>There is no overlay %1.</source>
+        <translation>没有叠加 %1。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="536"/>
-        <source>&amp;File</source>
-        <translation>文件(&amp;F)</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="537"/>
-        <source>Export Drawing...</source>
-        <translation>导出涂鸦...</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="538"/>
-        <source>Open Output Folder</source>
-        <translation>打开输出文件夹</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="539"/>
-        <source>E&amp;xit</source>
-        <translation>退出(&amp;X)</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="540"/>
-        <source>&amp;View</source>
-        <translation>视图(&amp;V)</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="541"/>
-        <source>Drawing Tools</source>
-        <translation>绘图工具</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="542"/>
-        <source>Reset Workspace Layout</source>
-        <translation>重置工作区布局</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="543"/>
-        <source>&amp;Tools</source>
-        <translation>工具(&amp;T)</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="544"/>
-        <source>Program Scheduling...</source>
-        <translation>节目编排...</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="545"/>
-        <source>Network Proxy...</source>
-        <translation>网络代理...</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="546"/>
-        <source>&amp;Help</source>
-        <translation>帮助(&amp;H)</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="547"/>
-        <source>Language</source>
-        <translation>语言</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="550"/>
-        <location filename="../app/MainWindow.cpp" line="844"/>
-        <source>About Selvane</source>
-        <translation>关于 Selvane</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="556"/>
-        <source>Program frame rate</source>
-        <translation>节目帧率</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="557"/>
-        <source>Dropped frames</source>
-        <translation>丢帧</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="558"/>
-        <source>CPU use</source>
-        <translation>CPU 占用</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="559"/>
-        <source>Output bitrate</source>
-        <translation>输出码率</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="560"/>
-        <source>Stream target status</source>
-        <translation>推流目标状态</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="587"/>
-        <source>The recording failed: %1
-
-The streams go on. A new file is tried every second and the recording goes on there as soon as writing works.</source>
-        <translation>录制失败：%1
-
-推流继续进行。每秒会尝试一个新文件，一旦可以写入，录制就在新文件中继续。</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="610"/>
-        <source>%1 fps</source>
-        <translation>%1 帧/秒</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="612"/>
-        <source>dropped: decoders %1, encoder %2</source>
-        <translation>丢帧：解码 %1，编码 %2</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="613"/>
-        <source>CPU %1 %</source>
-        <translation>CPU %1 %</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="613"/>
-        <source>CPU –</source>
-        <translation>CPU –</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="614"/>
-        <source>%1 kbit/s</source>
-        <translation>%1 kbit/s</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="615"/>
-        <source>outputs off</source>
-        <translation>输出未开启</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="636"/>
-        <source>Target %1: %2</source>
-        <translation>目标 %1：%2</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="653"/>
-        <source>Source</source>
-        <translation>输入源</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="672"/>
-        <source>Output</source>
-        <translation>输出</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="693"/>
-        <source>Please fill output file path or stream URL, and select at least one output target.</source>
-        <translation>请填写输出文件路径或推流地址，并至少勾选一个输出目标。</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="703"/>
-        <source>Stream %1 expects a %2:// URL.</source>
-        <translation>推流 %1 需要 %2:// 地址。</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="714"/>
-        <source>8K output uses HEVC. Standard RTMP services accept H.264 only.
-Use a HEVC-capable SRT destination or record to MP4/MKV.</source>
-        <translation>8K 输出使用 HEVC 编码，标准 RTMP 服务只接受 H.264。
-请使用支持 HEVC 的 SRT 目标，或录制为 MP4/MKV。</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="721"/>
-        <source>The selected 8K hardware HEVC encoder is unavailable. Update the GPU driver or choose a supported GPU.
-
-</source>
-        <translation>所选的 8K 硬件 HEVC 编码器不可用。请更新显卡驱动或选择受支持的显卡。
-
-</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="818"/>
-        <source>Outputs are running</source>
-        <translation>输出正在运行</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="819"/>
-        <source>Recording or streaming is running. Stop the outputs and close Selvane?</source>
-        <translation>录制或推流正在进行。要停止输出并关闭 Selvane 吗？</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="839"/>
-        <source>Output Folder</source>
-        <translation>输出文件夹</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="839"/>
-        <source>Unable to open the output folder.</source>
-        <translation>无法打开输出文件夹。</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="845"/>
-        <source>Selvane %1
-Live video mixer: four input channels, overlays, audio mixing, recording and live streaming.</source>
-        <translation>Selvane %1
-直播视频混合器：四路输入、叠加、混音、录制与直播推流。</translation>
+        <location filename="../engine/ProblemText.cpp" line="107"/>
+        <source>Choose a folder or images first.</source>
+        <translation>请先选择文件夹或图片。</translation>
     </message>
 </context>
 <context>
@@ -667,34 +761,24 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
         <translation>分段限制需要 --record</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="227"/>
-        <source>--stream expects a URL such as rtmp://host/app/key, got &quot;%1&quot;</source>
-        <translation>--stream 需要类似 rtmp://host/app/key 的地址，收到 &quot;%1&quot;</translation>
-    </message>
-    <message>
-        <location filename="../cli/CommandLine.cpp" line="248"/>
+        <location filename="../cli/CommandLine.cpp" line="224"/>
         <source>--size expects an even width and height, got &quot;%1&quot;</source>
         <translation>--size 的宽和高必须是偶数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="335"/>
+        <location filename="../cli/CommandLine.cpp" line="323"/>
         <source>--control-port expects a port from 1 to 65535, got &quot;%1&quot;</source>
         <translation>--control-port 需要 1 到 65535 之间的端口，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="344"/>
+        <location filename="../cli/CommandLine.cpp" line="332"/>
         <source>--control-bind expects an IP address such as 127.0.0.1 or ::1, got &quot;%1&quot;</source>
         <translation>--control-bind 需要 IP 地址（如 127.0.0.1 或 ::1），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="372"/>
+        <location filename="../cli/CommandLine.cpp" line="360"/>
         <source>overlay &quot;%1&quot;: &quot;%2&quot; is not a file that can be read</source>
         <translation>叠加 &quot;%1&quot;：&quot;%2&quot; 不是可读取的文件</translation>
-    </message>
-    <message>
-        <location filename="../cli/CommandLine.cpp" line="216"/>
-        <source>--record: &quot;%1&quot; names no known container (use .mp4, .mkv, .mov, .ts ...)</source>
-        <translation>--record: &quot;%1&quot; 不是已知的容器格式（请用 .mp4、.mkv、.mov、.ts 等）</translation>
     </message>
     <message>
         <location filename="../cli/CommandLine.cpp" line="35"/>
@@ -702,97 +786,82 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
         <translation>校验节目编排并以当前格式输出；配合 --channel 选项时，对通道没有信号源的片段给出警告。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="220"/>
-        <source>--record: the folder of &quot;%1&quot; does not exist</source>
-        <translation>--record: &quot;%1&quot; 所在的文件夹不存在</translation>
-    </message>
-    <message>
-        <location filename="../cli/CommandLine.cpp" line="223"/>
-        <source>--record: the folder of &quot;%1&quot; cannot be written</source>
-        <translation>--record: &quot;%1&quot; 所在的文件夹无法写入</translation>
-    </message>
-    <message>
-        <location filename="../cli/CommandLine.cpp" line="230"/>
-        <source>--stream: no container for &quot;%1&quot;; add #FORMAT (for example #flv or #mpegts)</source>
-        <translation>--stream: 无法确定 &quot;%1&quot; 的容器格式；请加上 #格式（例如 #flv 或 #mpegts）</translation>
-    </message>
-    <message>
-        <location filename="../cli/CommandLine.cpp" line="242"/>
+        <location filename="../cli/CommandLine.cpp" line="218"/>
         <source>--size expects WIDTHxHEIGHT, got &quot;%1&quot;</source>
         <translation>--size 需要 宽x高，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="256"/>
+        <location filename="../cli/CommandLine.cpp" line="232"/>
         <source>--fps expects 30 or 60, got &quot;%1&quot;</source>
         <translation>--fps 需要 30 或 60，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="265"/>
+        <location filename="../cli/CommandLine.cpp" line="241"/>
         <source>--bitrate expects kbit/s from 100 to 400000, got &quot;%1&quot;</source>
         <translation>--bitrate 需要 100 到 400000 之间的 kbit/s，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="274"/>
+        <location filename="../cli/CommandLine.cpp" line="250"/>
         <source>--encoder expects auto, hardware or software, got &quot;%1&quot;</source>
         <translation>--encoder 需要 auto、hardware 或 software，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="284"/>
+        <location filename="../cli/CommandLine.cpp" line="260"/>
         <source>--preset expects performance, balanced or quality, got &quot;%1&quot;</source>
         <translation>--preset 需要 performance、balanced 或 quality，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="302"/>
+        <location filename="../cli/CommandLine.cpp" line="290"/>
         <source>--volume expects N=V with N from 1 to 4 and V from 0 to 4, got &quot;%1&quot;</source>
         <translation>--volume 需要 N=V（N 为 1 到 4，V 为 0 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="312"/>
+        <location filename="../cli/CommandLine.cpp" line="300"/>
         <source>--program-volume expects a number from 0 to 4, got &quot;%1&quot;</source>
         <translation>--program-volume 需要 0 到 4 之间的数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="321"/>
+        <location filename="../cli/CommandLine.cpp" line="309"/>
         <source>--gain expects a percentage from 0 to 1000, got &quot;%1&quot;</source>
         <translation>--gain 需要 0 到 1000 之间的百分比，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="380"/>
+        <location filename="../cli/CommandLine.cpp" line="368"/>
         <source>at most %1 image and video overlays</source>
         <translation>图片与视频叠加最多 %1 个</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="401"/>
+        <location filename="../cli/CommandLine.cpp" line="389"/>
         <source>--channel expects N=ADDRESS with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--channel 需要 N=地址（N 为 1 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="412"/>
+        <location filename="../cli/CommandLine.cpp" line="400"/>
         <source>--microphone expects N=NAME with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--microphone 需要 N=名称，N 为 1 到 4，收到的是“%1”</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="423"/>
+        <location filename="../cli/CommandLine.cpp" line="411"/>
         <source>--base expects a channel from 1 to 4, got &quot;%1&quot;</source>
         <translation>--base 需要 1 到 4 的通道，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="432"/>
+        <location filename="../cli/CommandLine.cpp" line="420"/>
         <source>--duration expects a positive number of seconds, got &quot;%1&quot;</source>
         <translation>--duration 需要正的秒数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="443"/>
+        <location filename="../cli/CommandLine.cpp" line="431"/>
         <source>--demo brings its own schedule; leave out --schedule</source>
         <translation>--demo 自带节目编排；请去掉 --schedule</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="456"/>
+        <location filename="../cli/CommandLine.cpp" line="444"/>
         <source>--headless needs at least one --channel</source>
         <translation>--headless 至少需要一个 --channel</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="460"/>
+        <location filename="../cli/CommandLine.cpp" line="448"/>
         <source>the base channel %1 has no source</source>
         <translation>基础通道 %1 没有信号源</translation>
     </message>
@@ -927,42 +996,7 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
         <translation>信号源已中断。</translation>
     </message>
     <message>
-        <location filename="../app/OperatorTexts.cpp" line="68"/>
-        <source>Unable to start stream/output.</source>
-        <translation>无法启动推流/输出。</translation>
-    </message>
-    <message>
-        <location filename="../app/OperatorTexts.cpp" line="79"/>
-        <source>The recording file &quot;%1&quot; names no known container (use .mp4, .mkv, .mov, .ts ...).</source>
-        <translation>录制文件“%1”的扩展名不是已知的封装格式（请使用 .mp4、.mkv、.mov、.ts 等）。</translation>
-    </message>
-    <message>
-        <location filename="../app/OperatorTexts.cpp" line="83"/>
-        <source>The folder of the recording file &quot;%1&quot; does not exist.</source>
-        <translation>录制文件“%1”所在的文件夹不存在。</translation>
-    </message>
-    <message>
-        <location filename="../app/OperatorTexts.cpp" line="85"/>
-        <source>The folder of the recording file &quot;%1&quot; cannot be written.</source>
-        <translation>录制文件“%1”所在的文件夹无法写入。</translation>
-    </message>
-    <message>
-        <location filename="../app/OperatorTexts.cpp" line="87"/>
-        <source>The stream target &quot;%1&quot; is not a URL such as rtmp://host/app/key.</source>
-        <translation>推流目标“%1”不是有效地址（例如 rtmp://host/app/key）。</translation>
-    </message>
-    <message>
-        <location filename="../app/OperatorTexts.cpp" line="90"/>
-        <source>No container is known for the stream target &quot;%1&quot;; add #FORMAT (for example #flv or #mpegts).</source>
-        <translation>无法确定推流目标“%1”的封装格式；请加上 #格式（例如 #flv 或 #mpegts）。</translation>
-    </message>
-    <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="55"/>
-        <source>outputs could not start (see the log for the reason)</source>
-        <translation>输出无法启动（原因见日志）</translation>
-    </message>
-    <message>
-        <location filename="../cli/ShowSetup.cpp" line="55"/>
+        <location filename="../show/ShowLoader.cpp" line="15"/>
         <source>Unable to open the file. %1</source>
         <translation>无法打开文件。%1</translation>
     </message>
@@ -1468,112 +1502,107 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
         <source>Images (*.png *.jpg *.jpeg *.bmp *.webp);;All files (*)</source>
         <translation>图片 (*.png *.jpg *.jpeg *.bmp *.webp);;所有文件 (*)</translation>
     </message>
-    <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="155"/>
-        <source>Choose a folder or images first.</source>
-        <translation>请先选择文件夹或图片。</translation>
-    </message>
     <message numerus="yes">
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="199"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="193"/>
         <source>%n image(s), not on air</source>
         <translation>
             <numerusform>%n 张图片，未播出</numerusform>
         </translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="204"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="198"/>
         <source>On air: image %1 of %2</source>
         <translation>播出中：第 %1 张，共 %2 张</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="217"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="211"/>
         <source>Still images as the program picture, one after another.</source>
         <translation>依次将静态图片作为节目画面。</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="218"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="212"/>
         <source>Slides</source>
         <translation>图片列表</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="219"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="213"/>
         <source>Choose Folder...</source>
         <translation>选择文件夹...</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="220"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="214"/>
         <source>Choose Folder</source>
         <translation>选择文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="221"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="215"/>
         <source>Add Images...</source>
         <translation>添加图片...</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="222"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="216"/>
         <source>Add Images</source>
         <translation>添加图片</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="223"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="217"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="224"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="218"/>
         <source>Remove Images</source>
         <translation>删除图片</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="225"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="219"/>
         <source>Clear</source>
         <translation>清除</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="226"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="220"/>
         <source>Clear Images</source>
         <translation>清空图片</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="227"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="221"/>
         <source>Each image:</source>
         <translation>每张图片：</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="228"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="222"/>
         <source> s</source>
         <translation> 秒</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="229"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="223"/>
         <source>Slide interval</source>
         <translation>图片间隔</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="230"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="224"/>
         <source>Loop</source>
         <translation>循环</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="231"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="225"/>
         <source>Loop slides</source>
         <translation>循环播放图片</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="232"/>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="233"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="226"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="227"/>
         <source>Start Slides</source>
         <translation>开始播放图片</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="234"/>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="235"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="228"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="229"/>
         <source>Stop Slides</source>
         <translation>停止播放图片</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="236"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="230"/>
         <source>Slide status</source>
         <translation>图片播放状态</translation>
     </message>
@@ -1581,203 +1610,193 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
 <context>
     <name>selvane::MediaOverlayPanel</name>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="170"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="169"/>
         <source>Video</source>
         <translation>视频</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="170"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="169"/>
         <source>Image</source>
         <translation>图片</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="173"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="172"/>
         <source> (hidden)</source>
         <translation>（隐藏）</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="177"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="176"/>
         <source>  [schedule]</source>
         <translation>  [节目编排]</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="266"/>
-        <source>At most %1 image or video overlays can be shown at once. Remove one first.</source>
-        <translation>最多可同时显示 %1 个图片或视频叠加。请先删除一个。</translation>
-    </message>
-    <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="271"/>
-        <source>The file was not found: %1</source>
-        <translation>找不到文件：%1</translation>
-    </message>
-    <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="303"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="279"/>
         <source>Images (*.png *.jpg *.jpeg *.bmp *.webp *.gif);;All files (*)</source>
         <translation>图片 (*.png *.jpg *.jpeg *.bmp *.webp *.gif);;所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="304"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="280"/>
         <source>Videos (*.mp4 *.mov *.mkv *.avi *.webm *.ts *.flv *.m4v);;All files (*)</source>
         <translation>视频 (*.mp4 *.mov *.mkv *.avi *.webm *.ts *.flv *.m4v);;所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="306"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="282"/>
         <source>Choose an Image</source>
         <translation>选择图片</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="306"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="282"/>
         <source>Choose a Video</source>
         <translation>选择视频</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="321"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="297"/>
         <source>Choose a File</source>
         <translation>选择文件</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="321"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="297"/>
         <source>All files (*)</source>
         <translation>所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="340"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="316"/>
         <source>Video Overlay</source>
         <translation>视频叠加</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="355"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="331"/>
         <source>Pictures and videos over the program (at most %1).</source>
         <translation>叠加在节目上的图片和视频（最多 %1 个）。</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="357"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="333"/>
         <source>Media overlays</source>
         <translation>媒体叠加</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="358"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="334"/>
         <source>Add Image...</source>
         <translation>添加图片...</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="359"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="335"/>
         <source>Add Image</source>
         <translation>添加图片</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="360"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="336"/>
         <source>Add Video...</source>
         <translation>添加视频...</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="361"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="337"/>
         <source>Add Video</source>
         <translation>添加视频</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="362"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="338"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="363"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="339"/>
         <source>Remove Overlay</source>
         <translation>删除叠加</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="364"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="340"/>
         <source>File...</source>
         <translation>文件...</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="365"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="341"/>
         <source>Overlay file</source>
         <translation>叠加文件</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="366"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="342"/>
         <source>X</source>
         <translation>X</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="367"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="343"/>
         <source>Y</source>
         <translation>Y</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="368"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="344"/>
         <source>Width</source>
         <translation>宽度</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="369"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="345"/>
         <source>Height</source>
         <translation>高度</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="370"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="346"/>
         <source>Opacity</source>
         <translation>不透明度</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="377"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="353"/>
         <source>File:</source>
         <translation>文件：</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="378"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="354"/>
         <source>Position:</source>
         <translation>位置：</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="379"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="355"/>
         <source>Size:</source>
         <translation>大小：</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="380"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="356"/>
         <source>Opacity:</source>
         <translation>不透明度：</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="381"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="357"/>
         <source>X </source>
         <translation>X </translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="382"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="358"/>
         <source>Y </source>
         <translation>Y </translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="383"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="359"/>
         <source>W </source>
         <translation>宽 </translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="384"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="360"/>
         <source>H </source>
         <translation>高 </translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="385"/>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="386"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="361"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="362"/>
         <source>Visible</source>
         <translation>可见</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="387"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="363"/>
         <source>Loop</source>
         <translation>循环</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="388"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="364"/>
         <source>Loop video</source>
         <translation>循环播放视频</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="389"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="365"/>
         <source>Places are in the 640 x 360 scene, whatever the output size. Drag the chosen overlay&apos;s frame on the program preview to move it; pull a corner or an edge to resize it. A video&apos;s sound is set on its strip in the audio mixer.</source>
         <translation>位置以 640 x 360 场景为准，与输出分辨率无关。在节目预览上拖动所选叠加的边框可移动它；拖动角或边可调整大小。视频的声音在混音器中它的通道条上调节。</translation>
     </message>
@@ -1790,304 +1809,304 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
         <translation>录制文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="430"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="432"/>
         <source>8K requires hardware HEVC encoding</source>
         <translation>8K 需要硬件 HEVC 编码</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="434"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="436"/>
         <source>8K60 uses the Performance preset to maintain real-time output</source>
         <translation>8K60 使用“性能”预设以保持实时输出</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="519"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="521"/>
         <source>failed: %1</source>
         <translation>失败：%1</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="522"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="524"/>
         <source>recording %1  %2  %3 MB</source>
         <translation>录制中 %1  %2  %3 MB</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="528"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="530"/>
         <source>stopped</source>
         <translation>已停止</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="545"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="547"/>
         <source>&lt;b&gt;Recording&lt;/b&gt;</source>
         <translation>&lt;b&gt;录制&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="546"/>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="547"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="548"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="549"/>
         <source>Record to file</source>
         <translation>录制到文件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="548"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="550"/>
         <source>Folder and file name; {date} and {time} become the start time</source>
         <translation>文件夹和文件名；{date} 和 {time} 会替换为开始时间</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="549"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="551"/>
         <source>Browse…</source>
         <translation>浏览…</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="550"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="552"/>
         <source>Choose the recording folder</source>
         <translation>选择录制文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="551"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="553"/>
         <source>Container:</source>
         <translation>封装格式：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="552"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="554"/>
         <source>Container</source>
         <translation>封装格式</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="553"/>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="554"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="555"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="556"/>
         <source>Segment recording</source>
         <translation>分段录制</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="555"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="557"/>
         <source> min</source>
         <translation> 分钟</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="556"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="558"/>
         <source>Segment minutes</source>
         <translation>分段时长</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="557"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="559"/>
         <source> GiB</source>
         <translation> GiB</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="558"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="560"/>
         <source>Segment size</source>
         <translation>分段大小</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="559"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="561"/>
         <source>Start a new file at a keyframe when either limit is reached</source>
         <translation>达到任一限制时，在关键帧处开始新文件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="560"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="562"/>
         <source>Recording state</source>
         <translation>录制状态</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="561"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
         <source>&lt;b&gt;Stream targets&lt;/b&gt;</source>
         <translation>&lt;b&gt;推流目标&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="565"/>
         <source>All enabled destinations share one encoder to minimize CPU/GPU load.</source>
         <translation>所有启用的目标共用一个编码器，以降低 CPU/GPU 负载。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="564"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
         <source>On</source>
         <translation>启用</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="564"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
         <source>Kind</source>
         <translation>类型</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="564"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
         <source>Address</source>
         <translation>地址</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="564"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
         <source>Status</source>
         <translation>状态</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="565"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="567"/>
         <source>Add</source>
         <translation>添加</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="568"/>
         <source>Edit</source>
         <translation>编辑</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="567"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="569"/>
         <source>Edit Target</source>
         <translation>编辑目标</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="568"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="570"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="569"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="571"/>
         <source>&lt;b&gt;Encoding&lt;/b&gt;</source>
         <translation>&lt;b&gt;编码&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="570"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="572"/>
         <source>Resolution:</source>
         <translation>分辨率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="571"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="573"/>
         <source>Same as Program</source>
         <translation>与节目相同</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="573"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="575"/>
         <source>%1 (%2 x %3)</source>
         <translation>%1（%2 x %3）</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="578"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="580"/>
         <source>Recording/stream output resolution; &apos;Same as Program&apos; follows current canvas size.</source>
         <translation>录制/推流输出分辨率；“与节目相同”跟随当前画布尺寸。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="579"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="581"/>
         <source>Output resolution</source>
         <translation>输出分辨率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="580"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="582"/>
         <source>Frame rate:</source>
         <translation>帧率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="581"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="583"/>
         <source>Frame rate</source>
         <translation>帧率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="582"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="584"/>
         <source>Bitrate:</source>
         <translation>码率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="583"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="585"/>
         <source>Video bitrate</source>
         <translation>视频码率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="584"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="586"/>
         <source>Automatic</source>
         <translation>自动</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="585"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="587"/>
         <source>The bitrate follows the preset and the picture size</source>
         <translation>码率跟随预设和画面尺寸</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="586"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="588"/>
         <source>Automatic bitrate</source>
         <translation>自动码率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="587"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="589"/>
         <source>Encoder:</source>
         <translation>编码器：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="588"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="590"/>
         <source>Auto</source>
         <translation>自动</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="589"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="591"/>
         <source>Hardware</source>
         <translation>硬件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="590"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="592"/>
         <source>Software</source>
         <translation>软件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="591"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="593"/>
         <source>Encoder mode</source>
         <translation>编码模式</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="592"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="594"/>
         <source>Preset:</source>
         <translation>预设：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="593"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="595"/>
         <source>Performance</source>
         <translation>性能</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="594"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="596"/>
         <source>Balanced</source>
         <translation>均衡</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="595"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="597"/>
         <source>Quality</source>
         <translation>质量</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="596"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="598"/>
         <source>Quality preset</source>
         <translation>质量预设</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="597"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="599"/>
         <source>Keyframe interval:</source>
         <translation>关键帧间隔：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="598"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="600"/>
         <source>Keyframe interval</source>
         <translation>关键帧间隔</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="599"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="601"/>
         <source>Output Gain:</source>
         <translation>输出增益：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="600"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="602"/>
         <source>Output Gain</source>
         <translation>输出增益</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="601"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="603"/>
         <source>Adjusts the program gain for recording and streaming only. It does not affect channel mixing or monitoring.</source>
         <translation>仅调整录制和推流的节目增益，不影响通道混音和监听。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="603"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="605"/>
         <source>Recording and streaming use the effective canvas resolution. The resolution is locked while output is active.</source>
         <translation>录制和推流使用实际画布分辨率。输出进行时分辨率被锁定。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="606"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="608"/>
         <source>Start Outputs</source>
         <translation>开始输出</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="607"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="609"/>
         <source>Stop Outputs</source>
         <translation>停止输出</translation>
     </message>
@@ -2989,7 +3008,7 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
     </message>
     <message>
         <location filename="../panels/SourceDialog.cpp" line="283"/>
-        <location filename="../panels/SourceDialog.cpp" line="469"/>
+        <location filename="../panels/SourceDialog.cpp" line="449"/>
         <source>(No microphone)</source>
         <translation>（不使用麦克风）</translation>
     </message>
@@ -3035,201 +3054,176 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
     </message>
     <message>
         <location filename="../panels/SourceDialog.cpp" line="321"/>
-        <location filename="../panels/SourceDialog.cpp" line="439"/>
+        <location filename="../panels/SourceDialog.cpp" line="419"/>
         <source>Window</source>
         <translation>窗口</translation>
     </message>
     <message>
         <location filename="../panels/SourceDialog.cpp" line="321"/>
-        <location filename="../panels/SourceDialog.cpp" line="438"/>
+        <location filename="../panels/SourceDialog.cpp" line="418"/>
         <source>Display</source>
         <translation>显示器</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="353"/>
-        <source>Enter a file or an address first.</source>
-        <translation>请先填写文件或地址。</translation>
-    </message>
-    <message>
-        <location filename="../panels/SourceDialog.cpp" line="355"/>
-        <source>This kind of address is not known (use rtmp://, rtsp://, srt://, http:// …).</source>
-        <translation>不认识这种地址（请使用 rtmp://、rtsp://、srt://、http:// 等）。</translation>
-    </message>
-    <message>
-        <location filename="../panels/SourceDialog.cpp" line="357"/>
-        <source>The address names no server.</source>
-        <translation>地址中没有服务器。</translation>
-    </message>
-    <message>
-        <location filename="../panels/SourceDialog.cpp" line="359"/>
-        <source>No readable file at this path.</source>
-        <translation>此路径下没有可读取的文件。</translation>
-    </message>
-    <message>
-        <location filename="../panels/SourceDialog.cpp" line="361"/>
-        <source>The test signal cannot be made.</source>
-        <translation>无法生成该测试信号。</translation>
-    </message>
-    <message>
-        <location filename="../panels/SourceDialog.cpp" line="381"/>
+        <location filename="../panels/SourceDialog.cpp" line="362"/>
         <source>No camera is available; connect one and press Refresh.</source>
         <translation>没有可用的摄像头；请连接后点“刷新设备”。</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="400"/>
+        <location filename="../panels/SourceDialog.cpp" line="381"/>
         <source>No window to capture; open it and press Refresh.</source>
         <translation>没有可采集的窗口；请打开窗口后点刷新。</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="401"/>
+        <location filename="../panels/SourceDialog.cpp" line="382"/>
         <source>No display to capture.</source>
         <translation>没有可采集的显示器。</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="432"/>
+        <location filename="../panels/SourceDialog.cpp" line="412"/>
         <source>Select source - Channel %1</source>
         <translation>选择源 - 通道 %1</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="433"/>
+        <location filename="../panels/SourceDialog.cpp" line="413"/>
         <source>Source type:</source>
         <translation>源类型：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="434"/>
+        <location filename="../panels/SourceDialog.cpp" line="414"/>
         <source>Local file</source>
         <translation>本地文件</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="435"/>
+        <location filename="../panels/SourceDialog.cpp" line="415"/>
         <source>URL / network stream</source>
         <translation>URL / 网络流</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="436"/>
+        <location filename="../panels/SourceDialog.cpp" line="416"/>
         <source>Test signal</source>
         <translation>测试信号</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="437"/>
+        <location filename="../panels/SourceDialog.cpp" line="417"/>
         <source>Camera / microphone</source>
         <translation>摄像头 / 麦克风</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="444"/>
+        <location filename="../panels/SourceDialog.cpp" line="424"/>
         <source>Address:</source>
         <translation>地址：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="445"/>
+        <location filename="../panels/SourceDialog.cpp" line="425"/>
         <source>Browse…</source>
         <translation>浏览…</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="446"/>
+        <location filename="../panels/SourceDialog.cpp" line="426"/>
         <source>Browse for a media file</source>
         <translation>浏览媒体文件</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="447"/>
+        <location filename="../panels/SourceDialog.cpp" line="427"/>
         <source>Signal:</source>
         <translation>信号：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="450"/>
+        <location filename="../panels/SourceDialog.cpp" line="430"/>
         <source>Bars and tone</source>
         <translation>彩条和测试音</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="450"/>
+        <location filename="../panels/SourceDialog.cpp" line="430"/>
         <source>Moving pattern</source>
         <translation>动态图案</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="450"/>
+        <location filename="../panels/SourceDialog.cpp" line="430"/>
         <source>Colour</source>
         <translation>纯色</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="452"/>
+        <location filename="../panels/SourceDialog.cpp" line="432"/>
         <source>Test signal preset</source>
         <translation>测试信号预设</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="453"/>
+        <location filename="../panels/SourceDialog.cpp" line="433"/>
         <source>Colour:</source>
         <translation>颜色：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="456"/>
+        <location filename="../panels/SourceDialog.cpp" line="436"/>
         <source>Red</source>
         <translation>红</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="456"/>
+        <location filename="../panels/SourceDialog.cpp" line="436"/>
         <source>Green</source>
         <translation>绿</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="456"/>
+        <location filename="../panels/SourceDialog.cpp" line="436"/>
         <source>Blue</source>
         <translation>蓝</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="456"/>
+        <location filename="../panels/SourceDialog.cpp" line="436"/>
         <source>White</source>
         <translation>白</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="456"/>
+        <location filename="../panels/SourceDialog.cpp" line="436"/>
         <source>Black</source>
         <translation>黑</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="456"/>
+        <location filename="../panels/SourceDialog.cpp" line="436"/>
         <source>Grey</source>
         <translation>灰</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="458"/>
+        <location filename="../panels/SourceDialog.cpp" line="438"/>
         <source>Test signal colour</source>
         <translation>测试信号颜色</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="459"/>
+        <location filename="../panels/SourceDialog.cpp" line="439"/>
         <source>Camera:</source>
         <translation>摄像头：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="460"/>
+        <location filename="../panels/SourceDialog.cpp" line="440"/>
         <source>Camera</source>
         <translation>摄像头</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="440"/>
-        <location filename="../panels/SourceDialog.cpp" line="461"/>
+        <location filename="../panels/SourceDialog.cpp" line="420"/>
+        <location filename="../panels/SourceDialog.cpp" line="441"/>
         <source>Microphone:</source>
         <translation>麦克风：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="441"/>
-        <location filename="../panels/SourceDialog.cpp" line="462"/>
+        <location filename="../panels/SourceDialog.cpp" line="421"/>
+        <location filename="../panels/SourceDialog.cpp" line="442"/>
         <source>Microphone</source>
         <translation>麦克风</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="463"/>
-        <location filename="../panels/SourceDialog.cpp" line="464"/>
+        <location filename="../panels/SourceDialog.cpp" line="443"/>
+        <location filename="../panels/SourceDialog.cpp" line="444"/>
         <source>Refresh devices</source>
         <translation>刷新设备</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="465"/>
+        <location filename="../panels/SourceDialog.cpp" line="445"/>
         <source>OK</source>
         <translation>确定</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="466"/>
+        <location filename="../panels/SourceDialog.cpp" line="446"/>
         <source>Cancel</source>
         <translation>取消</translation>
     </message>
@@ -3610,72 +3604,67 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
 <context>
     <name>selvane::TextOverlayPanel</name>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="137"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="136"/>
         <source>(no text)</source>
         <translation>（无文字）</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="139"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="138"/>
         <source>  [schedule]</source>
         <translation>  [节目编排]</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="179"/>
-        <source>At most %1 text overlays can be shown at once. Remove one first.</source>
-        <translation>最多同时显示 %1 个文字叠加。请先删除一个。</translation>
-    </message>
-    <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="279"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="258"/>
         <source>Text Overlay</source>
         <translation>文字叠加</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="294"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="273"/>
         <source>Texts over the program (at most %1). Tick a text to show it; double-click it to edit.</source>
         <translation>叠加在节目上的文字（最多 %1 个）。勾选文字即显示；双击可编辑。</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="297"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="276"/>
         <source>Text overlays</source>
         <translation>文字叠加列表</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="298"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="277"/>
         <source>Add...</source>
         <translation>添加...</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="299"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="278"/>
         <source>Add Text</source>
         <translation>添加文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="300"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="279"/>
         <source>Edit...</source>
         <translation>编辑...</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="301"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="280"/>
         <source>Edit Text</source>
         <translation>编辑文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="302"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="281"/>
         <source>Duplicate</source>
         <translation>复制</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="303"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="282"/>
         <source>Duplicate Text</source>
         <translation>复制文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="304"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="283"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="305"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="284"/>
         <source>Remove Text</source>
         <translation>删除文字</translation>
     </message>
@@ -3701,6 +3690,77 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
         <location filename="../panels/TextPreviewWidget.cpp" line="342"/>
         <source>X:%1 Y:%2</source>
         <translation>X:%1 Y:%2</translation>
+    </message>
+</context>
+<context>
+    <name>selvane::UpdateCheck</name>
+    <message>
+        <location filename="../app/UpdateCheck.cpp" line="182"/>
+        <source>the download is larger than the manifest says</source>
+        <translation>下载内容比清单所述更大</translation>
+    </message>
+    <message>
+        <location filename="../app/UpdateCheck.cpp" line="206"/>
+        <source>the download has %1 bytes, the manifest says %2</source>
+        <translation>下载内容为 %1 字节，清单所述为 %2 字节</translation>
+    </message>
+    <message>
+        <location filename="../app/UpdateCheck.cpp" line="212"/>
+        <source>the download&apos;s SHA-256 is not the one the manifest gives</source>
+        <translation>下载内容的 SHA-256 与清单给出的不一致</translation>
+    </message>
+</context>
+<context>
+    <name>selvane::UpdateNotice</name>
+    <message>
+        <location filename="../app/UpdateNotice.cpp" line="63"/>
+        <source>the installer did not start</source>
+        <translation>安装程序未能启动</translation>
+    </message>
+    <message>
+        <location filename="../app/UpdateNotice.cpp" line="85"/>
+        <source>Try Again</source>
+        <translation>重试</translation>
+    </message>
+    <message>
+        <location filename="../app/UpdateNotice.cpp" line="85"/>
+        <source>Download</source>
+        <translation>下载</translation>
+    </message>
+    <message>
+        <location filename="../app/UpdateNotice.cpp" line="86"/>
+        <source>Download the update</source>
+        <translation>下载更新</translation>
+    </message>
+    <message>
+        <location filename="../app/UpdateNotice.cpp" line="87"/>
+        <source>Update download progress</source>
+        <translation>更新下载进度</translation>
+    </message>
+    <message>
+        <location filename="../app/UpdateNotice.cpp" line="92"/>
+        <source>Selvane %1 is available.</source>
+        <translation>Selvane %1 已发布。</translation>
+    </message>
+    <message>
+        <location filename="../app/UpdateNotice.cpp" line="95"/>
+        <source>Downloading Selvane %1...</source>
+        <translation>正在下载 Selvane %1...</translation>
+    </message>
+    <message>
+        <location filename="../app/UpdateNotice.cpp" line="99"/>
+        <source>The installer of Selvane %1 has started.</source>
+        <translation>Selvane %1 的安装程序已启动。</translation>
+    </message>
+    <message>
+        <location filename="../app/UpdateNotice.cpp" line="102"/>
+        <source>The installer of Selvane %1 for Windows is at %2.</source>
+        <translation>Selvane %1 的 Windows 安装程序位于 %2。</translation>
+    </message>
+    <message>
+        <location filename="../app/UpdateNotice.cpp" line="106"/>
+        <source>The update was not downloaded: %1</source>
+        <translation>更新未下载：%1</translation>
     </message>
 </context>
 </TS>

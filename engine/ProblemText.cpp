@@ -1,0 +1,111 @@
+#include "compose/TextOverlayData.h"
+#include "engine/Problem.h"
+
+#include <QCoreApplication>
+
+namespace selvane {
+
+QString problemText(const Problem &p, ProblemLanguage language)
+{
+    const auto say = [language](const char *text) {
+        return language == ProblemLanguage::English ? QString::fromUtf8(text)
+                                                    : QCoreApplication::translate("Problem", text);
+    };
+    const bool local = p.number == 1;
+    switch (p.kind) {
+    case ProblemKind::None:
+        return {};
+    case ProblemKind::NothingToWrite:
+        return say(QT_TRANSLATE_NOOP("Problem", "Please fill output file path or stream URL, and "
+                                                "select at least one output target."));
+    case ProblemKind::OutputsActive:
+        return say(QT_TRANSLATE_NOOP("Problem", "The outputs are already running."));
+    case ProblemKind::RecordingUnknownContainer:
+        return say(QT_TRANSLATE_NOOP("Problem", "The recording file \"%1\" names no known "
+                                                "container (use .mp4, .mkv, .mov, .ts ...)."))
+            .arg(p.subject);
+    case ProblemKind::RecordingFolderMissing:
+        return say(QT_TRANSLATE_NOOP("Problem",
+                                     "The folder of the recording file \"%1\" does not exist."))
+            .arg(p.subject);
+    case ProblemKind::RecordingFolderNotWritable:
+        return say(QT_TRANSLATE_NOOP("Problem",
+                                     "The folder of the recording file \"%1\" cannot be written."))
+            .arg(p.subject);
+    case ProblemKind::TargetBadUrl:
+        return say(QT_TRANSLATE_NOOP("Problem", "The stream target \"%1\" is not a URL such as "
+                                                "rtmp://host/app/key."))
+            .arg(p.subject);
+    case ProblemKind::TargetNoContainer:
+        return say(QT_TRANSLATE_NOOP("Problem", "No container is known for the stream target "
+                                                "\"%1\"; add #FORMAT (for example #flv or "
+                                                "#mpegts)."))
+            .arg(p.subject);
+    case ProblemKind::EightKFlvTarget:
+        return say(QT_TRANSLATE_NOOP("Problem", "8K output uses HEVC. Standard RTMP services "
+                                                "accept H.264 only.\nUse a HEVC-capable SRT "
+                                                "destination or record to MP4/MKV."));
+    case ProblemKind::EightKNoHardwareEncoder:
+        return say(QT_TRANSLATE_NOOP("Problem", "The selected 8K hardware HEVC encoder is "
+                                                "unavailable. Update the GPU driver or choose a "
+                                                "supported GPU.")) +
+               (p.detail.isEmpty() ? QString() : "\n\n" + p.detail);
+    case ProblemKind::OutputsNotOpened:
+        return say(QT_TRANSLATE_NOOP(
+                   "Problem",
+                   "Unable to start stream/output.\n\nIf the log shows RTMP_Connect0 / 10060, the "
+                   "PC cannot TCP-reach the server (common for YouTube rtmp://:1935). Try:\n• Use "
+                   "a VPN/proxy in TUN mode\n• Or paste rtmps://… (YouTube supports RTMPS on port "
+                   "443)\n• Confirm the stream key and that Live is enabled in YouTube Studio")) +
+               (p.detail.isEmpty() ? QString() : "\n\n" + p.detail);
+    // These four guard messages exist in Chinese only and are shown as they are.
+    case ProblemKind::SourceIsRecording:
+        return local ? QStringLiteral("输入源不能与当前录制的输出文件相同。")
+                     : QStringLiteral("输入源不能与当前录制的输出地址相同。");
+    case ProblemKind::SourceIsTarget:
+        return local ? QStringLiteral("输入源不能与已勾选的推流地址（文件目标）相同。")
+                     : QStringLiteral("输入源不能与已勾选的推流地址相同。");
+    case ProblemKind::ChannelOutOfRange:
+        return say(QT_TRANSLATE_NOOP("Problem", "There is no channel %1: channels are 1 to 4."))
+            .arg(p.number);
+    case ProblemKind::AddressEmpty:
+        return say(QT_TRANSLATE_NOOP("Problem", "The address is empty."));
+    case ProblemKind::AddressUnknownScheme:
+        return say(QT_TRANSLATE_NOOP("Problem", "\"%1\" names no protocol this system has."))
+            .arg(p.subject);
+    case ProblemKind::AddressMissingHost:
+        return say(QT_TRANSLATE_NOOP("Problem", "\"%1\" is a network address without a host."))
+            .arg(p.subject);
+    case ProblemKind::AddressFileMissing:
+    case ProblemKind::OverlayFileMissing:
+        return say(QT_TRANSLATE_NOOP("Problem", "There is no readable file at \"%1\"."))
+            .arg(p.subject);
+    case ProblemKind::AddressBadTestSignal:
+        return say(QT_TRANSLATE_NOOP("Problem", "The test signal's graph in \"%1\" does not "
+                                                "parse."))
+            .arg(p.subject);
+    case ProblemKind::ChannelHasNoSource:
+        return say(QT_TRANSLATE_NOOP("Problem", "Channel %1 has no source.")).arg(p.number);
+    case ProblemKind::TextEmpty:
+        return say(QT_TRANSLATE_NOOP("Problem", "The text overlay needs some words."));
+    case ProblemKind::TextTooLong:
+        return say(QT_TRANSLATE_NOOP("Problem",
+                                     "A text holds at most %1 characters; this one has %2."))
+            .arg(TextOverlayData::kMaxTextLength)
+            .arg(p.number);
+    case ProblemKind::TooManyTexts:
+        return say(QT_TRANSLATE_NOOP("Problem", "At most %1 text overlays can be shown."))
+            .arg(p.number);
+    case ProblemKind::TooManyMedia:
+        return say(QT_TRANSLATE_NOOP("Problem", "At most %1 image and video overlays can be "
+                                                "shown."))
+            .arg(p.number);
+    case ProblemKind::NoSuchOverlay:
+        return say(QT_TRANSLATE_NOOP("Problem", "There is no overlay %1.")).arg(p.number);
+    case ProblemKind::NoImages:
+        return say(QT_TRANSLATE_NOOP("Problem", "Choose a folder or images first."));
+    }
+    return {};
+}
+
+} // namespace selvane

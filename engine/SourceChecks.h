@@ -1,0 +1,14 @@
+#pragma once
+
+// The guard against a source that reads what the outputs write (a loop of the program into
+// itself): the recording file or a stream target, compared as normalised paths and URLs.
+// Capture devices never conflict. Any thread.
+
+#include "engine/Problem.h"
+#include "output/EncoderSettings.h"
+
+namespace selvane {
+
+Problem sourceIsOutput(const QString &source, const EncoderSettings &outputs);
+
+} // namespace selvane

@@ -1,11 +1,8 @@
-// What the operator types or picks as a source, checked before a channel takes it: the system's
-// cameras and microphones, the address itself, and the guard against reading the program's own
-// output.
+// What the operator types or picks as a source, checked before a channel takes it: the address
+// itself, and the guard against reading the program's own output.
 
 #include "engine/SourceChecks.h"
 
-#include "engine/Engine.h"
-#include "input/CaptureDevices.h"
 #include "input/ScreenCapture.h"
 #include "input/SourceAddress.h"
 
@@ -21,14 +18,6 @@ extern "C" {
 namespace selvane {
 
 namespace {
-
-QList<CaptureDevice> toCaptureDevices(const QList<ListedDevice> &listed)
-{
-    QList<CaptureDevice> devices;
-    for (const ListedDevice &d : listed)
-        devices << CaptureDevice{d.name, d.deviceId};
-    return devices;
-}
 
 bool knownInputProtocol(const QString &scheme)
 {
@@ -74,54 +63,7 @@ bool isLocal(const QString &text)
 
 } // namespace
 
-QList<CaptureDevice> Engine::cameras()
-{
-    return toCaptureDevices(listCameras());
-}
-
-QList<CaptureDevice> Engine::microphones()
-{
-    return toCaptureDevices(listMicrophones());
-}
-
-bool Engine::hasCaptureDisplay()
-{
-    return selvane::hasCaptureDisplay();
-}
-
-QList<CaptureTarget> Engine::displays()
-{
-    QList<CaptureTarget> targets;
-    for (const CaptureMonitor &monitor : listCaptureMonitors()) {
-        CaptureTarget target;
-        target.address = QStringLiteral("desktop://capture?monitor=%1").arg(monitor.index);
-        target.name = monitor.name;
-        target.geometry = monitor.geometry;
-        targets << target;
-    }
-    return targets;
-}
-
-QList<CaptureTarget> Engine::windows()
-{
-    QList<CaptureTarget> targets;
-    for (const CaptureWindow &window : listCaptureWindows()) {
-        CaptureTarget target;
-        target.address = QStringLiteral("wgc://capture?hwnd=0x%1").arg(window.handle, 0, 16);
-        target.name = window.title;
-        target.label = captureWindowLabel(window);
-        target.window = window.handle;
-        targets << target;
-    }
-    return targets;
-}
-
-QImage Engine::captureStill(const QString &address, QSize fit)
-{
-    return grabStill(address, fit);
-}
-
-Problem Engine::checkSourceAddress(const QString &typed)
+Problem checkSourceAddress(const QString &typed)
 {
     const QString address = typed.trimmed();
     if (address.isEmpty())

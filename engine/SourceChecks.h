@@ -9,6 +9,10 @@
 
 namespace selvane {
 
+// Whether a typed source address can be opened at all: a known protocol, an existing file, a
+// test signal's graph that parses. Cheap, no I/O beyond a file's existence.
+Problem checkSourceAddress(const QString &address);
+
 Problem sourceIsOutput(const QString &source, const EncoderSettings &outputs);
 
 } // namespace selvane

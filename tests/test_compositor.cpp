@@ -274,10 +274,10 @@ private slots:
             2, MediaOverlayRecord::OverlayVideo, "clip.mp4", {400, 200, 160, 90}, true, 0.6});
         const QColor green(0, 200, 100);
         compositor.setVideoPicture(2, baseFrame(basePool, 320, 180, 0, green));
-        // A line of 60000 letters, thousands of tiles wide, at 1000 pixels a second.
+        // The longest line a text may hold, hundreds of tiles wide, at 1000 pixels a second.
         TextOverlayData ticker;
         ticker.id = 1;
-        ticker.text = QString(60000, QLatin1Char('W'));
+        ticker.text = QString(TextOverlayData::kMaxTextLength, QLatin1Char('W'));
         ticker.fontColor = kYellow;
         ticker.posX = 0;
         ticker.posY = 0.1;

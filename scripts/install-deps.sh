@@ -6,7 +6,7 @@ set -euo pipefail
 PACKAGES=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev qt6-multimedia-dev libqt6opengl6-dev qt6-tools-dev qt6-tools-dev-tools
-  qt6-httpserver-dev qt6-websockets-dev
+  qt6-websockets-dev
   qt6-l10n-tools linguist-qt6 qt6-translations-l10n
   libavformat-dev libavcodec-dev libavdevice-dev libavfilter-dev libavutil-dev libswscale-dev
   libswresample-dev ffmpeg

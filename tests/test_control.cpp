@@ -310,6 +310,23 @@ private slots:
         QVERIFY(raw(noise).startsWith("HTTP/1.1 4"));
         QVERIFY(raw("GET /api/v1/status HTTP/1.1\r\nX-Pad: " + QByteArray(20000, 'a'))
                     .startsWith("HTTP/1.1 431"));
+        // A body that comes in two pieces, the second a while after the head, is read whole.
+        {
+            const QByteArray body = R"({"channel": 1})";
+            QTcpSocket socket;
+            socket.connectToHost("127.0.0.1", m_show.port());
+            QVERIFY(socket.waitForConnected(3000));
+            socket.write("POST /api/v1/program/cut HTTP/1.1\r\nHost: x\r\nAuthorization: Bearer " +
+                         kToken + "\r\nContent-Type: application/json\r\nContent-Length: " +
+                         QByteArray::number(body.size()) + "\r\n\r\n" + body.left(5));
+            socket.flush();
+            QTest::qWait(300);
+            socket.write(body.mid(5));
+            QByteArray answer;
+            while (!answer.contains("\r\n\r\n") && socket.waitForReadyRead(3000))
+                answer += socket.readAll();
+            QVERIFY2(answer.startsWith("HTTP/1.1 200"), answer.constData());
+        }
 
         Events intruder;
         QVERIFY(!intruder.open(m_show, "wrong-token-0000000000"));

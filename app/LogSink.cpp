@@ -494,8 +494,11 @@ void initLogSink()
     readEnvironment();
 
     const QString dir = logDirectoryPath();
-    const QString name = QStringLiteral("selvane_%1.log")
-                             .arg(QDateTime::currentDateTime().toString("yyyyMMdd_HHmmss"));
+    // Starts within one second share a time stamp: each gets a file of its own.
+    const QString stamp = QDateTime::currentDateTime().toString("yyyyMMdd_HHmmss");
+    QString name = QStringLiteral("selvane_%1.log").arg(stamp);
+    for (int n = 2; QFileInfo::exists(QDir(dir).filePath(name)) && n < 1000; ++n)
+        name = QStringLiteral("selvane_%1_%2.log").arg(stamp).arg(n);
     {
         std::lock_guard lock(g_fileMutex);
         g_filePathText = QDir(dir).filePath(name);
@@ -541,16 +544,8 @@ void shutdownLogSink()
     if (g_shutdownDone.test_and_set())
         return;
 
-    {
-        std::lock_guard lock(g_queueMutex);
-        g_stop.store(true);
-    }
-    g_wake.notify_all();
-    if (g_writer.joinable())
-        g_writer.join();
-
-    av_log_set_callback(nullptr);
-
+    // The stderr reader first: what was written to stderr last (the error a show ends with)
+    // goes into the queue before the writer drains it for the last time.
     if (g_pipeActive.load()) {
         g_readerStop.store(true);
         const int stderrFd = plat::stderrDescriptor();
@@ -567,6 +562,16 @@ void shutdownLogSink()
         g_pipeRead = -1;
         g_savedStderr = -1;
     }
+
+    {
+        std::lock_guard lock(g_queueMutex);
+        g_stop.store(true);
+    }
+    g_wake.notify_all();
+    if (g_writer.joinable())
+        g_writer.join();
+
+    av_log_set_callback(nullptr);
 
     if (g_handlerInstalled) {
         qInstallMessageHandler(nullptr);

@@ -61,6 +61,28 @@ private slots:
         QVERIFY(!QFile::exists(home.path("run/selvane_single_instance")));
     }
 
+    void theLastErrorBeforeAnExitIsLogged()
+    {
+        // A show that ends at once on an error written to stderr: the line reaches the console
+        // and the log file, though the process ends right after writing it.
+        IsolatedHome home;
+        const QString bad = home.path("cut-short.json");
+        QFile file(bad);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("{ \"format\": ");
+        file.close();
+        for (int run = 0; run < 3; ++run) {
+            const ProcessResult show =
+                runProcess(kBinary, {"--headless", "--schedule", bad}, home.environment());
+            QCOMPARE(show.exitCode, 1);
+            QVERIFY2(show.err.contains("cut short"), show.err.constData());
+        }
+        QByteArray logged;
+        for (const QString &name : QDir(home.logDir()).entryList(QDir::Files))
+            logged += readAll(QDir(home.logDir()).filePath(name));
+        QCOMPARE(logged.count("cut-short.json: line 1"), 3);
+    }
+
     void secondStartWakesTheFirstAndExits()
     {
         IsolatedHome home;

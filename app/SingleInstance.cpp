@@ -1,5 +1,6 @@
 #include "app/SingleInstance.h"
 
+#include <QDebug>
 #include <QDir>
 #include <QLocalServer>
 #include <QLocalSocket>
@@ -43,6 +44,8 @@ void connectWakeUpHandler(QLocalServer *server, std::function<void()> bringToFro
                              return;
                          QObject::connect(connection, &QLocalSocket::disconnected, connection,
                                           &QObject::deleteLater);
+                         qInfo().noquote() << "single instance: another start of Selvane brings "
+                                              "this window to the front";
                          bringToFront();
                      });
 }

@@ -21,7 +21,23 @@
 #include <cstdio>
 #include <memory>
 
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
 namespace {
+
+// selvane.exe is a console program, so that a command prompt waits for a show and sees what it
+// writes. Started on its own (from the Start menu or Explorer) the window face lets go of the
+// console Windows made just for it, which closes that console window.
+void leaveOwnConsole()
+{
+#ifdef _WIN32
+    DWORD processes[2] = {};
+    if (GetConsoleProcessList(processes, 2) == 1)
+        FreeConsole();
+#endif
+}
 
 int runConsoleOnly(int argc, char *argv[])
 {
@@ -30,7 +46,20 @@ int runConsoleOnly(int argc, char *argv[])
     QCoreApplication::setApplicationVersion(SELVANE_VERSION_STRING);
     QCommandLineParser parser;
     selvane::configureCommandLine(parser);
-    parser.process(app); // prints help, version or the error and exits
+    // Printed here rather than by QCommandLineParser::process, which on Windows shows a message
+    // box instead when the console is not one Windows made (under Wine, a script's pipes).
+    if (!parser.parse(QCoreApplication::arguments())) {
+        std::fprintf(stderr, "selvane: %s\n", qPrintable(parser.errorText()));
+        return 1;
+    }
+    if (parser.isSet("version")) {
+        std::printf("Selvane %s\n", SELVANE_VERSION_STRING);
+        return 0;
+    }
+    if (parser.isSet("help") || parser.isSet("help-all")) {
+        std::fputs(qPrintable(parser.helpText()), stdout);
+        return 0;
+    }
     if (!parser.positionalArguments().isEmpty()) {
         fprintf(stderr, "selvane: unexpected argument '%s'\n",
                 qPrintable(parser.positionalArguments().first()));
@@ -42,9 +71,18 @@ int runConsoleOnly(int argc, char *argv[])
 int runHeadless(int argc, char *argv[])
 {
     // Fonts and painting need a GUI application; without a display it runs offscreen.
+#ifdef _WIN32
+    // Always offscreen on Windows, which a service or a locked session can run too; the
+    // offscreen platform reads its fonts through FreeType, from the system's font folder.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (qEnvironmentVariableIsEmpty("QT_QPA_FONTDIR") && !qEnvironmentVariableIsEmpty("SystemRoot"))
+        qputenv("QT_QPA_FONTDIR", qgetenv("SystemRoot") + "\\Fonts");
+#else
     if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
         qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+#endif
     QGuiApplication app(argc, argv);
     QCoreApplication::setApplicationName("Selvane");
     QCoreApplication::setApplicationVersion(SELVANE_VERSION_STRING);
@@ -89,8 +127,12 @@ int runGui(int argc, char *argv[])
     selvane::initLogSink();
 
     const QString serverName = selvane::singleInstanceServerName();
-    if (selvane::probeRunningInstance(serverName, selvane::kInstanceProbeTimeoutMs))
-        return 0; // the connection itself woke the running instance
+    if (selvane::probeRunningInstance(serverName, selvane::kInstanceProbeTimeoutMs)) {
+        // The connection itself woke the running instance.
+        qInfo().noquote() << "single instance: Selvane is running already; its window comes to "
+                             "the front";
+        return 0;
+    }
 
     // A crashed instance may have left its socket behind; nobody answered the probe, so the
     // name is free to take.
@@ -144,7 +186,10 @@ int main(int argc, char *argv[])
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments << QString::fromLocal8Bit(argv[i]);
-    switch (selvane::launchFaceFor(arguments)) {
+    const selvane::LaunchFace face = selvane::launchFaceFor(arguments);
+    if (face == selvane::LaunchFace::Gui)
+        leaveOwnConsole();
+    switch (face) {
     case selvane::LaunchFace::ConsoleOnly:
         return runConsoleOnly(argc, argv);
     case selvane::LaunchFace::Headless:

@@ -40,17 +40,6 @@ QString clockText(qint64 ms)
 
 } // namespace
 
-namespace selvane {
-namespace {
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("selvane", text);
-}
-
-} // namespace
-} // namespace selvane
-
 HeadlessRunner::HeadlessRunner(const ShowOptions &options, QObject *parent)
     : QObject(parent), m_options(options)
 {

@@ -29,6 +29,8 @@ Reply ControlDispatch::execute(const ControlCommand &c)
     switch (c.command) {
     case Command::Status:
         return {200, jsonBytes(statusJson(engine))};
+    case Command::Sources:
+        return {200, jsonBytes(sourcesJson())};
     case Command::SetChannel: {
         if (const Problem bad = Engine::checkSourceAddress(c.address))
             return refused(bad, QStringLiteral("\"address\": "));

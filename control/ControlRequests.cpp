@@ -182,6 +182,8 @@ Route route(const QList<QByteArrayView> &s, ControlCommand *c)
     const QString noPath = QStringLiteral("no such path");
     if (count == 1 && is(0, "status"))
         return {{{"GET", Command::Status}}, {}};
+    if (count == 1 && is(0, "sources"))
+        return {{{"GET", Command::Sources}}, {}};
     if (count == 1 && is(0, "events"))
         return {{{"GET", Command::Events}}, {}};
     if (is(0, "channels") && (count == 2 || count == 3)) {
@@ -479,6 +481,7 @@ Refusal readBody(const QByteArray &body, ControlCommand *c)
     QJsonObject object;
     switch (c->command) {
     case Command::Status:
+    case Command::Sources:
     case Command::ClearChannel:
     case Command::PauseChannel:
     case Command::ResumeChannel:

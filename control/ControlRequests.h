@@ -87,6 +87,7 @@ OutputSettings applyOutputRequest(const OutputRequest &request, OutputSettings s
 enum class Command
 {
     Status,
+    Sources,
     SetChannel,
     ClearChannel,
     PauseChannel,

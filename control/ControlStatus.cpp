@@ -169,4 +169,30 @@ int httpStatusFor(const Problem &problem)
     }
 }
 
+QJsonObject sourcesJson()
+{
+    QJsonArray displays;
+    for (const CaptureTarget &display : Engine::displays())
+        displays.append(QJsonObject{{"address", display.address},
+                                    {"name", display.name},
+                                    {"x", display.geometry.x()},
+                                    {"y", display.geometry.y()},
+                                    {"width", display.geometry.width()},
+                                    {"height", display.geometry.height()}});
+    QJsonArray windows;
+    for (const CaptureTarget &window : Engine::windows())
+        windows.append(QJsonObject{
+            {"address", window.address}, {"title", window.name}, {"label", window.label}});
+    const auto devices = [](const QList<CaptureDevice> &list) {
+        QJsonArray out;
+        for (const CaptureDevice &device : list)
+            out.append(QJsonObject{{"name", device.name}, {"device", device.deviceId}});
+        return out;
+    };
+    return {{"displays", displays},
+            {"windows", windows},
+            {"cameras", devices(Engine::cameras())},
+            {"microphones", devices(Engine::microphones())}};
+}
+
 } // namespace selvane::control

@@ -20,6 +20,9 @@ QJsonObject statusJson(const Engine &engine);
 // Peak and RMS of the program, the channels and the overlay videos.
 QJsonObject levelsJson(const EngineStats &stats);
 QJsonObject overlaysJson(const Engine &engine);
+// What can be captured here, as the source dialog lists it: monitors and windows with the
+// address that captures each, cameras and microphones with the name the system knows them by.
+QJsonObject sourcesJson();
 
 // The HTTP status of a refusal: 409 for what is refused now (the outputs run, a limit is
 // reached, a source would read an output), 404 for what does not exist, 400 for a request

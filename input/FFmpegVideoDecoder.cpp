@@ -2,6 +2,7 @@
 
 #include "input/DecodeRun.h"
 #include "input/MicrophoneRun.h"
+#include "input/NativeCaptureRun.h"
 #include "input/ScreenCapture.h"
 #include "input/SourceAddress.h"
 #include "media/LogThrottle.h"
@@ -447,7 +448,18 @@ bool FFmpegVideoDecoder::runAttempt(const QString &source, const QString &audioS
         });
     }
 
-    {
+    // Windows captures through the system where it offers that, and through gdigrab where it
+    // refuses (no desktop duplication under a remote session or Wine, no companion library).
+    bool capturedNatively = false;
+    if (NativeCaptureRun::offeredFor(source)) {
+        NativeCaptureRun native(*m_controls, host);
+        QString why;
+        capturedNatively = native.run(source, &why) == NativeCaptureRun::Outcome::Ended;
+        if (!capturedNatively)
+            qInfo().noquote() << "FFmpegVideoDecoder: the system's capture refused" << source
+                              << "(" + why + "); capturing with gdigrab";
+    }
+    if (!capturedNatively) {
         DecodeRun run(*m_controls, host);
         if (run.open(source, !audioSource.isEmpty())) {
             if (!run.deviceMicrophone().isEmpty() && !microphone.joinable()) {

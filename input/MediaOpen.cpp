@@ -177,13 +177,15 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
     }
     if (kind == SourceKind::DisplayCapture || kind == SourceKind::WindowCapture) {
         const GrabInput grab = grabInputFor(address);
-        const AVInputFormat *format = av_find_input_format("x11grab");
+        const AVInputFormat *format = av_find_input_format(grabFormatName());
         if (grab.error != SourceError::None || !format) {
             result.context.reset();
             result.error = format ? grab.error : SourceError::CaptureUnavailable;
             return result;
         }
         result.captureDevice = true;
+        qInfo().noquote() << "FFmpegVideoDecoder: capturing" << address << "with"
+                          << grabFormatName() << "(" + QString::fromUtf8(grab.url) + ")";
         Dictionary grabOptions;
         for (const auto &[key, value] : grab.options)
             grabOptions.set(key.constData(), value.constData());

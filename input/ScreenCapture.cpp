@@ -31,6 +31,15 @@ std::unique_lock<std::mutex> lockDisplayConnect()
     return std::unique_lock(g_connectMutex);
 }
 
+const char *grabFormatName()
+{
+#ifdef _WIN32
+    return "gdigrab";
+#else
+    return "x11grab";
+#endif
+}
+
 QString captureWindowLabel(const CaptureWindow &window)
 {
     return QStringLiteral("%1  [0x%2]").arg(window.title).arg(window.handle, 0, 16);
@@ -295,43 +304,7 @@ GrabInput grabInputFor(const QString &address, int framesPerSecond)
     return grab;
 }
 
-QImage grabStill(const QString &address, QSize fit)
-{
-    const GrabInput grab = grabInputFor(address);
-    ffsupport::ensureMediaLibrariesReady();
-    const AVInputFormat *format = av_find_input_format("x11grab");
-    if (grab.error != SourceError::None || !format)
-        return {};
-    AVDictionary *options = nullptr;
-    for (const auto &[key, value] : grab.options)
-        av_dict_set(&options, key.constData(), value.constData(), 0);
-    AVFormatContext *context = nullptr;
-    int err = 0;
-    {
-        const std::unique_lock lock = lockDisplayConnect();
-        err = avformat_open_input(&context, grab.url.constData(), format, &options);
-    }
-    av_dict_free(&options);
-    if (err < 0)
-        return {};
-    QImage still;
-    AVPacket *packet = av_packet_alloc();
-    if (packet && context->nb_streams > 0 && av_read_frame(context, packet) >= 0) {
-        // x11grab hands whole pictures of packed 32-bit pixels, B G R x in memory.
-        const AVCodecParameters *picture = context->streams[0]->codecpar;
-        const bool packed =
-            picture->format == AV_PIX_FMT_BGR0 || picture->format == AV_PIX_FMT_BGRA;
-        if (packed && packet->size >= picture->width * picture->height * 4)
-            still = QImage(packet->data, picture->width, picture->height, picture->width * 4,
-                           QImage::Format_RGB32)
-                        .scaled(fit, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    }
-    av_packet_free(&packet);
-    avformat_close_input(&context);
-    return still;
-}
-
-#else // no X11 here (Windows builds capture through their own code)
+#elif !defined(_WIN32) // neither X11 nor Windows: nothing to capture
 
 bool hasCaptureDisplay()
 {
@@ -355,10 +328,6 @@ GrabInput grabInputFor(const QString &, int)
     grab.error = SourceError::CaptureUnavailable;
     return grab;
 }
-QImage grabStill(const QString &, QSize)
-{
-    return {};
-}
 struct WindowSizeWatch::Connection
 {
 };
@@ -370,5 +339,42 @@ std::optional<QSize> WindowSizeWatch::size()
 }
 
 #endif
+
+QImage grabStill(const QString &address, QSize fit)
+{
+    const GrabInput grab = grabInputFor(address);
+    ffsupport::ensureMediaLibrariesReady();
+    const AVInputFormat *format = av_find_input_format(grabFormatName());
+    if (grab.error != SourceError::None || !format)
+        return {};
+    AVDictionary *options = nullptr;
+    for (const auto &[key, value] : grab.options)
+        av_dict_set(&options, key.constData(), value.constData(), 0);
+    AVFormatContext *context = nullptr;
+    int err = 0;
+    {
+        const std::unique_lock lock = lockDisplayConnect();
+        err = avformat_open_input(&context, grab.url.constData(), format, &options);
+    }
+    av_dict_free(&options);
+    if (err < 0)
+        return {};
+    QImage still;
+    AVPacket *packet = av_packet_alloc();
+    if (packet && context->nb_streams > 0 && av_read_frame(context, packet) >= 0) {
+        // The grabbers hand whole pictures of packed 32-bit pixels, B G R x in memory, top row
+        // first.
+        const AVCodecParameters *picture = context->streams[0]->codecpar;
+        const bool packed =
+            picture->format == AV_PIX_FMT_BGR0 || picture->format == AV_PIX_FMT_BGRA;
+        if (packed && packet->size >= picture->width * picture->height * 4)
+            still = QImage(packet->data, picture->width, picture->height, picture->width * 4,
+                           QImage::Format_RGB32)
+                        .scaled(fit, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    }
+    av_packet_free(&packet);
+    avformat_close_input(&context);
+    return still;
+}
 
 } // namespace selvane

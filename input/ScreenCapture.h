@@ -1,13 +1,16 @@
 #pragma once
 
-// Monitors and top-level windows of the X11 display, and how a display or window capture
-// address opens as an "x11grab" input.
+// Monitors and top-level windows of the X11 display (or of the Windows desktop), and how a
+// display or window capture address opens as an "x11grab" (or "gdigrab") input.
 //
 // "desktop://capture?monitor=N" grabs monitor N's rectangle (monitors in the server's RandR
 // order; the whole screen when RandR lists none). "wgc://capture?hwnd=0x…" grabs one X11
 // window by its id. Both take "cursor=0" to leave the mouse pointer out. The display is the one
 // DISPLAY names; without one (a Wayland session without XWayland) nothing is listed and
-// captures fail with CaptureNoDisplay.
+// captures fail with CaptureNoDisplay. On Windows the monitors are DXGI's outputs (user32's
+// when DXGI lists none), the windows user32's; gdigrab grabs a monitor's rectangle of the
+// desktop, and a window by its title ("title=…", the first window of that title), which is
+// what the system's own capture (see NativeCaptureRun) falls back to.
 //
 // Free functions; any thread. Each call opens its own short connection to the display.
 
@@ -61,6 +64,8 @@ struct GrabInput
     QSize size;
 };
 GrabInput grabInputFor(const QString &address, int framesPerSecond = 30);
+// The FFmpeg input device that opens a GrabInput: "x11grab", or "gdigrab" on Windows.
+const char *grabFormatName();
 
 // Connecting to the display is not thread-safe (libXau keeps a static buffer): every
 // connection of ours, and every opening of an x11grab input, holds this lock while it connects.

@@ -2,16 +2,15 @@
 
 #ifdef _WIN32
 
-#include <d3d11.h>
-#include <dwmapi.h>
-#include <dxgi1_2.h>
-#include <windows.h>
-
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <d3d11.h>
+#include <dwmapi.h>
+#include <dxgi1_2.h>
 #include <mutex>
 #include <thread>
+#include <windows.h>
 
 namespace selvane::win {
 
@@ -83,9 +82,8 @@ void copyLoop(void *capture, std::size_t bufferBytes, const char *tooLarge,
         }
         std::uint32_t width = 0, height = 0;
         std::int64_t time = 0;
-        const std::int32_t status = bindings().copy(capture, buffer.data(),
-                                                    std::uint32_t(buffer.size()), &width,
-                                                    &height, &time);
+        const std::int32_t status = bindings().copy(
+            capture, buffer.data(), std::uint32_t(buffer.size()), &width, &height, &time);
         if (status == -1) {
             std::this_thread::sleep_for(1500us);
             continue;
@@ -139,7 +137,7 @@ bool findOutput(int index, FoundOutput *found, std::string *message)
 {
     IDXGIFactory1 *factory = nullptr;
     if (FAILED(CreateDXGIFactory1(__uuidof(IDXGIFactory1), reinterpret_cast<void **>(&factory)))) {
-        *message = "未枚举到 DXGI 输出（显卡驱动是否正常？）";
+        *message = "no DXGI output (is the graphics driver working?)";
         return false;
     }
     int seen = 0;
@@ -149,8 +147,7 @@ bool findOutput(int index, FoundOutput *found, std::string *message)
         for (UINT o = 0; adapter->EnumOutputs(o, &output) != DXGI_ERROR_NOT_FOUND; ++o) {
             if (seen++ == index) {
                 IDXGIOutput1 *output1 = nullptr;
-                output->QueryInterface(__uuidof(IDXGIOutput1),
-                                       reinterpret_cast<void **>(&output1));
+                output->QueryInterface(__uuidof(IDXGIOutput1), reinterpret_cast<void **>(&output1));
                 release(output);
                 found->adapter = adapter;
                 found->output = output1;
@@ -162,7 +159,8 @@ bool findOutput(int index, FoundOutput *found, std::string *message)
         release(adapter);
     }
     release(factory);
-    *message = seen == 0 ? "未枚举到 DXGI 输出（显卡驱动是否正常？）" : "无效的显示器索引";
+    *message = seen == 0 ? "no DXGI output (is the graphics driver working?)"
+                         : "no monitor with that index";
     return false;
 }
 
@@ -170,25 +168,26 @@ bool openDuplication(int monitor, Duplication *d, std::string *message)
 {
     d->clear();
     if (monitor < 0) {
-        *message = "无效的显示器索引";
+        *message = "no monitor with that index";
         return false;
     }
     FoundOutput found;
     if (!findOutput(monitor, &found, message))
         return false;
-    const HRESULT created = D3D11CreateDevice(
-        found.adapter, D3D_DRIVER_TYPE_UNKNOWN, nullptr, D3D11_CREATE_DEVICE_BGRA_SUPPORT,
-        nullptr, 0, D3D11_SDK_VERSION, &d->device, nullptr, &d->context);
+    const HRESULT created = D3D11CreateDevice(found.adapter, D3D_DRIVER_TYPE_UNKNOWN, nullptr,
+                                              D3D11_CREATE_DEVICE_BGRA_SUPPORT, nullptr, 0,
+                                              D3D11_SDK_VERSION, &d->device, nullptr, &d->context);
     release(found.adapter);
     if (FAILED(created)) {
         release(found.output);
-        *message = "D3D11CreateDevice 失败";
+        *message = "D3D11CreateDevice failed";
         return false;
     }
     const HRESULT duplicated = found.output->DuplicateOutput(d->device, &d->duplication);
     release(found.output);
     if (FAILED(duplicated)) {
-        *message = "DuplicateOutput 失败（独占全屏或其它程序占用桌面复制？）";
+        *message = "DuplicateOutput refused (a full-screen program, another duplication, or a "
+                   "session without it)";
         return false;
     }
     DXGI_OUTDUPL_DESC description{};
@@ -196,7 +195,7 @@ bool openDuplication(int monitor, Duplication *d, std::string *message)
     d->width = int(description.ModeDesc.Width);
     d->height = int(description.ModeDesc.Height);
     if (d->width <= 0 || d->height <= 0) {
-        *message = "桌面复制尺寸无效";
+        *message = "the duplicated desktop has no size";
         return false;
     }
     D3D11_TEXTURE2D_DESC texture{};
@@ -209,7 +208,7 @@ bool openDuplication(int monitor, Duplication *d, std::string *message)
     texture.Usage = D3D11_USAGE_STAGING;
     texture.CPUAccessFlags = D3D11_CPU_ACCESS_READ;
     if (FAILED(d->device->CreateTexture2D(&texture, nullptr, &d->staging))) {
-        *message = "CreateTexture2D(采集缓冲) 失败";
+        *message = "CreateTexture2D (the capture buffer) failed";
         return false;
     }
     return true;
@@ -254,8 +253,8 @@ std::vector<Output> listOutputs()
             DXGI_OUTPUT_DESC description{};
             output->GetDesc(&description);
             const RECT r = description.DesktopCoordinates;
-            outputs.push_back({int(outputs.size()), description.DeviceName, int(r.left),
-                               int(r.top), int(r.right - r.left), int(r.bottom - r.top)});
+            outputs.push_back({int(outputs.size()), description.DeviceName, int(r.left), int(r.top),
+                               int(r.right - r.left), int(r.bottom - r.top)});
             release(output);
         }
         release(adapter);
@@ -298,7 +297,7 @@ bool loadWgcLibrary(const std::wstring &applicationDirectory, std::string *messa
             break;
     }
     if (!b.module) {
-        b.message = "未找到 WgcCapture.dll（请用 MSVC 按 win32/WgcCapture/README.md 编译后放到程序目录）";
+        b.message = "WgcCapture.dll not found beside selvane.exe";
         *message = b.message;
         return false;
     }
@@ -309,7 +308,8 @@ bool loadWgcLibrary(const std::wstring &applicationDirectory, std::string *messa
     if (!b.create || !b.destroy || !b.copy) {
         FreeLibrary(b.module);
         b.module = nullptr;
-        b.message = "WgcCapture.dll 导出符号不完整";
+        b.message =
+            "WgcCapture.dll lacks wgc_capture_create, wgc_capture_destroy or wgc_capture_copy_bgra";
         *message = b.message;
         return false;
     }
@@ -320,21 +320,22 @@ bool loadWgcLibrary(const std::wstring &applicationDirectory, std::string *messa
 void captureWindowLoop(std::uint64_t handle, const CaptureHooks &hooks)
 {
     if (!bindings().ready) {
-        hooks.report("WgcCapture.dll 未就绪");
+        hooks.report("WgcCapture.dll is not loaded");
         return;
     }
     HWND window = reinterpret_cast<HWND>(static_cast<std::uintptr_t>(handle));
     if (handle == 0 || !IsWindow(window)) {
-        hooks.report("wgc:// 需要有效 hwnd 参数（十进制或 0x 十六进制）");
+        hooks.report("wgc:// needs the hwnd of an existing window (decimal or 0x hexadecimal)");
         return;
     }
     window = GetAncestor(window, GA_ROOT);
     void *capture = bindings().create(window);
     if (!capture) {
-        hooks.report("Windows Graphics Capture 初始化失败（需 Win10+，窗口须可见）");
+        hooks.report(
+            "Windows Graphics Capture did not start (Windows 10 or later, a visible window)");
         return;
     }
-    copyLoop(capture, kWindowBufferBytes, "WGC 帧过大，请缩小窗口或提高缓冲", hooks);
+    copyLoop(capture, kWindowBufferBytes, "the window is larger than 4K: pictures dropped", hooks);
     bindings().destroy(capture);
 }
 
@@ -345,8 +346,8 @@ void captureDesktopLoop(int monitor, bool preferWgc, const CaptureHooks &hooks)
         EnumDisplayMonitors(nullptr, nullptr, collectMonitor, reinterpret_cast<LPARAM>(&monitors));
         if (monitor >= 0 && std::size_t(monitor) < monitors.size()) {
             if (void *capture = bindings().createMonitor(monitors[std::size_t(monitor)])) {
-                copyLoop(capture, kMonitorBufferBytes, "桌面 WGC 帧过大，请降低分辨率或提高缓冲",
-                         hooks);
+                copyLoop(capture, kMonitorBufferBytes,
+                         "the monitor is larger than 8K: pictures dropped", hooks);
                 bindings().destroy(capture);
                 return;
             }

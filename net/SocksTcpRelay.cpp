@@ -147,7 +147,8 @@ std::vector<std::uint8_t> connectRequest(const std::string &host, std::uint16_t 
             return {};
         out.push_back(0x03);
         out.push_back(std::uint8_t(host.size()));
-        out.insert(out.end(), host.begin(), host.end());
+        for (const char c : host)
+            out.push_back(std::uint8_t(c));
     }
     out.push_back(std::uint8_t(port >> 8));
     out.push_back(std::uint8_t(port & 0xff));
@@ -457,7 +458,12 @@ Resolution resolve(const std::string &host, std::uint16_t port, Clock::time_poin
         return result;
     }
     if (shared->status != 0) {
+#ifdef _WIN32
+        // Qt builds with UNICODE, where gai_strerror names the wide-character version.
+        result.error = gai_strerrorA(shared->status);
+#else
         result.error = gai_strerror(shared->status);
+#endif
         return result;
     }
     result.addresses = shared->addresses;

@@ -12,6 +12,6 @@ if [ -z "$cxx" ]; then
 fi
 files=(app/LogSinkPlatform.cpp input/WindowsCapture.cpp net/SocksTcpRelay.cpp)
 for f in "${files[@]}"; do
-  "$cxx" -std=c++20 -Wall -Wextra -fsyntax-only -I"$root" "$root/$f"
+  "$cxx" -std=c++20 -Wall -Wextra -DUNICODE -D_UNICODE -fsyntax-only -I"$root" "$root/$f"
   echo "windows syntax ok: $f"
 done

@@ -34,8 +34,8 @@ BOOL WINAPI onConsoleControl(DWORD event)
             g_hardInterruptHook();
         ExitProcess(130);
     }
-    if (InterruptSignals *signals = g_instance.data())
-        QMetaObject::invokeMethod(signals, &InterruptSignals::interrupted, Qt::QueuedConnection);
+    if (InterruptSignals *receiver = g_instance.data())
+        QMetaObject::invokeMethod(receiver, &InterruptSignals::interrupted, Qt::QueuedConnection);
     if (event == CTRL_CLOSE_EVENT || event == CTRL_LOGOFF_EVENT || event == CTRL_SHUTDOWN_EVENT) {
         for (int waited = 0; waited < 4500 && !g_finished.load(); waited += 50)
             Sleep(50);

@@ -265,6 +265,10 @@ private slots:
                  404);
         QCOMPARE(call("PUT", "channels/3", QJsonObject{{"address", "nothing://x"}}).status, 400);
         QCOMPARE(call("GET", "no/such/thing").status, 404);
+        // What can be captured is listed even where there is nothing (no display here).
+        const Answer sources = call("GET", "sources");
+        QCOMPARE(sources.status, 200);
+        QVERIFY(sources.json()["displays"].isArray() && sources.json()["windows"].isArray());
         QCOMPARE(call("DELETE", "overlays/media/42").status, 404);
         QCOMPARE(call("PUT", "audio/overlays/42", QJsonObject{{"volume", 1}}).status, 404);
         QCOMPARE(call("PUT", "audio/channels/1", QJsonObject{{"volume", 9}}).status, 400);

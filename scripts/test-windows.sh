@@ -238,6 +238,7 @@ if wants capture; then
       failed "$name: ${frames:-no} frames; ${path:-(no path line)}; $channel"
     fi
   done
+  wine taskkill /f /im notepad.exe >/dev/null 2>&1
   unset DISPLAY
 fi
 
@@ -274,7 +275,6 @@ if wants installer; then
     failed "no dist/Selvane_Setup_*.exe"
   else
     timeout 180 wine "$setup" /S >"$work/setup.txt" 2>&1
-    wineserver -w
     version="$(timeout 60 wine "C:\\Program Files\\Selvane\\selvane.exe" --version 2>&1 | tr -d '\r')"
     shortcut="$(find "$WINEPREFIX/drive_c/ProgramData" -name 'Selvane.lnk' 2>/dev/null | head -n 1)"
     if [ -f "$installed/selvane.exe" ] && [ -n "$shortcut" ] && printf '%s' "$version" | grep -q '^Selvane'; then
@@ -284,7 +284,12 @@ if wants installer; then
     fi
     timeout 180 wine "C:\\Program Files\\Selvane\\uninstall.exe" /S "_?=C:\\Program Files\\Selvane" \
       >"$work/uninstall.txt" 2>&1
-    wineserver -w
+    # The uninstaller may still be at work when wine returns.
+    for _ in $(seq 1 120); do
+      [ -f "$installed/selvane.exe" ] || break
+      sleep 0.5
+    done
+    sleep 1
     # Run in place (_?=), the uninstaller cannot remove itself: that is all that may be left.
     left="$(find "$installed" -type f ! -name uninstall.exe 2>/dev/null | wc -l)"
     shortcut="$(find "$WINEPREFIX/drive_c/ProgramData" -name 'Selvane.lnk' 2>/dev/null | head -n 1)"

@@ -10,7 +10,8 @@ if [ -z "$cxx" ]; then
   echo "windows compile check skipped: no mingw-w64 C++ compiler"
   exit 77
 fi
-files=(app/LogSinkPlatform.cpp input/WindowsCapture.cpp net/SocksTcpRelay.cpp)
+files=(app/LogSinkPlatform.cpp input/WindowsCapture.cpp net/SocksTcpRelay.cpp net/SocketIo.cpp
+  net/SocksWire.cpp)
 for f in "${files[@]}"; do
   "$cxx" -std=c++20 -Wall -Wextra -DUNICODE -D_UNICODE -fsyntax-only -I"$root" "$root/$f"
   echo "windows syntax ok: $f"

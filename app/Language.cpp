@@ -1,5 +1,7 @@
 #include "app/Language.h"
 
+#include "media/StoredSettings.h"
+
 #include <QCoreApplication>
 #include <QLibraryInfo>
 #include <QSettings>
@@ -21,13 +23,13 @@ bool isChineseLanguageCode(const QString &code)
 
 bool loadChineseLanguageFlag()
 {
-    QSettings settings("Ostrel", "Selvane");
+    StoredSettings settings;
     return isChineseLanguageCode(settings.value("ui_language", "en").toString());
 }
 
 void storeLanguageFlag(bool chinese)
 {
-    QSettings settings("Ostrel", "Selvane");
+    StoredSettings settings;
     settings.setValue("ui_language", chinese ? "zh" : "en");
     settings.sync();
 }

@@ -7,6 +7,7 @@
 #include "app/UpdateNotice.h"
 #include "engine/Engine.h"
 #include "engine/PreviewImages.h"
+#include "media/StoredSettings.h"
 #include "panels/AudioMixerPanel.h"
 #include "panels/ChannelPanel.h"
 #include "panels/DrawingToolBar.h"
@@ -107,7 +108,7 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent)
     showMaximized();
     resetWorkspaceLayout();
     // The operator's own arrangement of the docks, from the last session.
-    QSettings settings("Ostrel", "Selvane");
+    StoredSettings settings;
     restoreGeometry(settings.value("window/geometry").toByteArray());
     restoreState(settings.value("window/state").toByteArray());
     retranslateUi();
@@ -464,7 +465,7 @@ void MainWindow::createStatusBar()
 
     // A newer version is looked for once, when the window starts, where the settings say.
     const QString manifest =
-        QSettings("Ostrel", "Selvane").value(UpdateCheck::kManifestUrlKey).toString().trimmed();
+        StoredSettings().value(UpdateCheck::kManifestUrlKey).toString().trimmed();
     if (!manifest.isEmpty()) {
         auto *updates = new UpdateCheck(QStringLiteral(SELVANE_VERSION_STRING), this);
         QString folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
@@ -787,7 +788,7 @@ void MainWindow::closeEvent(QCloseEvent *event)
             return;
         }
     }
-    QSettings settings("Ostrel", "Selvane");
+    StoredSettings settings;
     settings.setValue("window/geometry", saveGeometry());
     settings.setValue("window/state", saveState());
     // Trailers are written before the window goes: the files stay playable.

@@ -2,6 +2,7 @@
 
 #include "control/ControlServer.h"
 #include "engine/Engine.h"
+#include "media/StoredSettings.h"
 
 #include <QDebug>
 #include <QHostAddress>
@@ -13,7 +14,7 @@ namespace selvane {
 ControlServer *startWindowControl(Engine &engine, const WindowControlOptions &options,
                                   QObject *parent)
 {
-    const QSettings settings("Ostrel", "Selvane");
+    const StoredSettings settings;
     int port = options.port;
     QString bind = options.bind;
     if (port == 0) {

@@ -13,6 +13,7 @@
 #include "engine/SlideShow.h"
 #include "engine/SourceChecks.h"
 #include "media/FrameConvert.h"
+#include "media/StoredSettings.h"
 #include "net/ProxySettings.h"
 #include "net/SecretMask.h"
 #include "net/SocksTcpRelay.h"
@@ -883,7 +884,7 @@ EngineStats Engine::stats() const
 ProxyStatus Engine::proxyStatus()
 {
     ProxyStatus status;
-    QSettings settings("Ostrel", "Selvane");
+    StoredSettings settings;
     status.config.mode = proxy::modeName(proxy::mode());
     const QString single = settings.value("proxy_url").toString().trimmed();
     const bool singleIsSocks = single.toLower().startsWith("socks");
@@ -901,7 +902,7 @@ ProxyStatus Engine::proxyStatus()
 
 void Engine::setProxyConfig(const ProxyConfig &config)
 {
-    QSettings settings("Ostrel", "Selvane");
+    StoredSettings settings;
     const QString mode = config.mode.toLower();
     settings.setValue("proxy_mode", mode == "manual" || mode == "off" ? mode : QString("auto"));
     settings.setValue("proxy_http_url", config.httpUrl.trimmed());

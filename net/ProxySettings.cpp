@@ -1,5 +1,6 @@
 #include "net/ProxySettings.h"
 
+#include "media/StoredSettings.h"
 #include "net/SocksTcpRelay.h"
 
 #include <QDebug>
@@ -35,7 +36,7 @@ constexpr int kLocalProbeMs = 300;
 
 QString setting(const char *key)
 {
-    QSettings settings("Ostrel", "Selvane");
+    StoredSettings settings;
     return settings.value(key).toString().trimmed();
 }
 

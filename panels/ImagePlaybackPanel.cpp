@@ -1,6 +1,7 @@
 #include "panels/ImagePlaybackPanel.h"
 
 #include "engine/Engine.h"
+#include "media/StoredSettings.h"
 
 #include <QCheckBox>
 #include <QDir>
@@ -30,7 +31,7 @@ ImagePlaybackPanel::ImagePlaybackPanel(Engine *engine, QWidget *parent)
     : QWidget(parent), m_engine(engine)
 {
     setObjectName("imagePlaybackPanel");
-    QSettings settings("Ostrel", "Selvane");
+    StoredSettings settings;
     m_heading = new QLabel(this);
     m_heading->setWordWrap(true);
     m_list = new QListWidget(this);
@@ -78,7 +79,7 @@ ImagePlaybackPanel::ImagePlaybackPanel(Engine *engine, QWidget *parent)
     layout->addWidget(m_status);
 
     connect(m_folder, &QPushButton::clicked, this, [this] {
-        QSettings settings("Ostrel", "Selvane");
+        StoredSettings settings;
         const QString directory = QFileDialog::getExistingDirectory(
             this, tr("Choose an Image Folder"), settings.value(kDirectoryKey).toString());
         if (directory.isEmpty())
@@ -87,7 +88,7 @@ ImagePlaybackPanel::ImagePlaybackPanel(Engine *engine, QWidget *parent)
         setFolder(directory);
     });
     connect(m_add, &QPushButton::clicked, this, [this] {
-        QSettings settings("Ostrel", "Selvane");
+        StoredSettings settings;
         const QStringList files = QFileDialog::getOpenFileNames(
             this, tr("Choose Images"), settings.value(kDirectoryKey).toString(),
             tr("Images (*.png *.jpg *.jpeg *.bmp *.webp);;All files (*)"));
@@ -110,9 +111,9 @@ ImagePlaybackPanel::ImagePlaybackPanel(Engine *engine, QWidget *parent)
     connect(m_start, &QPushButton::clicked, this, &ImagePlaybackPanel::start);
     connect(m_stop, &QPushButton::clicked, this, &ImagePlaybackPanel::stop);
     connect(m_interval, &QDoubleSpinBox::valueChanged, this,
-            [](double seconds) { QSettings("Ostrel", "Selvane").setValue(kIntervalKey, seconds); });
+            [](double seconds) { StoredSettings().setValue(kIntervalKey, seconds); });
     connect(m_loop, &QCheckBox::toggled, this,
-            [](bool loop) { QSettings("Ostrel", "Selvane").setValue(kLoopKey, loop); });
+            [](bool loop) { StoredSettings().setValue(kLoopKey, loop); });
     connect(engine, &Engine::slideShown, this, [this](int shown) {
         m_shown = shown;
         m_slideOnAir = m_playing;

@@ -1,6 +1,7 @@
 #include "panels/MediaOverlayPanel.h"
 
 #include "engine/Engine.h"
+#include "media/StoredSettings.h"
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
@@ -273,7 +274,7 @@ int MediaOverlayPanel::addOverlay(MediaOverlayRecord::Kind kind, const QString &
 
 void MediaOverlayPanel::browseAndAdd(MediaOverlayRecord::Kind kind)
 {
-    QSettings settings("Ostrel", "Selvane");
+    StoredSettings settings;
     const QString filter =
         kind == MediaOverlayRecord::StillImage
             ? tr("Images (*.png *.jpg *.jpeg *.bmp *.webp *.gif);;All files (*)")
@@ -292,7 +293,7 @@ void MediaOverlayPanel::changeFile()
     const MediaOverlayRecord *found = find(m_selected);
     if (!found || !editable(*found))
         return;
-    QSettings settings("Ostrel", "Selvane");
+    StoredSettings settings;
     const QString path = QFileDialog::getOpenFileName(
         this, tr("Choose a File"), QFileInfo(found->filePath).absolutePath(), tr("All files (*)"));
     if (path.isEmpty())

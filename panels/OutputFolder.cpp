@@ -1,5 +1,7 @@
 #include "panels/OutputFolder.h"
 
+#include "media/StoredSettings.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QSettings>
@@ -17,7 +19,7 @@ QString defaultOutputDirectory()
 
 QString recordingDirectory()
 {
-    QSettings settings("Ostrel", "Selvane");
+    StoredSettings settings;
     const QString filePath = settings.value("output/filePath").toString().trimmed();
     if (filePath.isEmpty() || filePath.contains("://"))
         return defaultOutputDirectory();

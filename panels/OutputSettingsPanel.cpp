@@ -1,6 +1,7 @@
 #include "panels/OutputSettingsPanel.h"
 
 #include "engine/Engine.h"
+#include "media/StoredSettings.h"
 #include "panels/OutputFolder.h"
 #include "panels/OutputStatusView.h"
 #include "panels/StreamTargetDialog.h"
@@ -40,11 +41,6 @@ const Resolution kResolutions[] = {
     {"4K", 3840, 2160}, {"8K", 7680, 4320}};
 const char *const kContainers[] = {"mp4", "mkv", "mov", "ts"};
 const char *const kDefaultPattern = "output_{date}_{time}.mp4";
-
-QSettings store()
-{
-    return QSettings("Ostrel", "Selvane");
-}
 
 QLabel *hint(QWidget *parent)
 {
@@ -273,7 +269,7 @@ OutputSettingsPanel::OutputSettingsPanel(QWidget *parent) : QWidget(parent)
 void OutputSettingsPanel::load()
 {
     m_loading = true;
-    QSettings s = store();
+    StoredSettings s;
     m_record->setChecked(s.value("output/fileEnabled", true).toBool());
     m_file->setText(
         s.value("output/filePath", QDir(defaultOutputDirectory()).filePath(kDefaultPattern))
@@ -314,7 +310,7 @@ void OutputSettingsPanel::load()
 
 void OutputSettingsPanel::save()
 {
-    QSettings s = store();
+    StoredSettings s;
     s.setValue("output/fileEnabled", m_record->isChecked());
     s.setValue("output/filePath", m_file->text().trimmed());
     s.setValue("output/segmentEnabled", m_segment->isChecked());
@@ -332,7 +328,7 @@ void OutputSettingsPanel::save()
 
 void OutputSettingsPanel::saveTargets()
 {
-    QSettings s = store();
+    StoredSettings s;
     s.remove("output/streams");
     for (int i = 0; i < m_targets.size(); ++i) {
         const QString group = QStringLiteral("output/streams/%1/").arg(i);

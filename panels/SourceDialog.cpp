@@ -1,6 +1,7 @@
 #include "panels/SourceDialog.h"
 
 #include "engine/Engine.h"
+#include "media/StoredSettings.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -256,7 +257,7 @@ void SourceDialog::setAddress(const QString &address)
 
 void SourceDialog::browse()
 {
-    QSettings settings("Ostrel", "Selvane");
+    StoredSettings settings;
     const QString start = settings.value(kMediaDirectoryKey).toString();
     const QString path = QFileDialog::getOpenFileName(
         this, tr("Select media file"), start,

@@ -13,7 +13,7 @@ import sys
 # What each folder may include besides itself: the layers below it.
 ALLOWED = {
     "media": set(),
-    "net": set(),
+    "net": {"media"},
     "input": {"media", "net"},
     "output": {"media", "net"},
     "compose": {"media"},

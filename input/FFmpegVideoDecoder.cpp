@@ -6,6 +6,7 @@
 #include "input/ScreenCapture.h"
 #include "input/SourceAddress.h"
 #include "media/LogThrottle.h"
+#include "media/ReconnectPolicy.h"
 #include "media/SourceFeeds.h"
 
 #include <QDebug>
@@ -378,17 +379,15 @@ void FFmpegVideoDecoder::runSource(const QString &source, const QString &audioSo
                                    quint64 generation)
 {
     const bool network = classifySource(source) == SourceKind::NetworkStream;
-    auto wait = kFirstRetry;
     qint64 attempt = 0; // of this outage: every outage is logged, its repeated failures thinned
     for (;;) {
-        if (runOnce(source, audioSource, generation, network, shouldLog(attempt + 1, 3, 30))) {
-            wait = kFirstRetry;
+        if (runOnce(source, audioSource, generation, network, shouldLog(attempt + 1, 3, 30)))
             attempt = 0;
-        }
         if (!network || !isCurrent(generation))
             return;
         setState(State::Reconnecting, generation);
         const qint64 lost = m_reconnects.fetch_add(1) + 1;
+        const std::chrono::milliseconds wait(reconnect::inputAfterLossMs(int(attempt)));
         if (shouldLog(++attempt, 3, 30))
             qWarning().noquote() << "FFmpegVideoDecoder: source lost; opening it again in"
                                  << wait.count() << "ms (reconnect" << lost << ")";
@@ -398,7 +397,6 @@ void FFmpegVideoDecoder::runSource(const QString &source, const QString &audioSo
         }
         if (!isCurrent(generation))
             return;
-        wait = std::min(wait * 2, kLongestRetry);
         // The program takes the source up again from its first new picture.
         m_timeline.fetch_add(1);
     }

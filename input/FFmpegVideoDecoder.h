@@ -113,9 +113,6 @@ public:
     // Times a network stream was lost and opened again.
     qint64 reconnects() const { return m_reconnects.load(); }
 
-    static constexpr std::chrono::milliseconds kFirstRetry{500};
-    static constexpr std::chrono::milliseconds kLongestRetry{10000};
-
 signals:
     void decodeError(selvane::SourceError error, QString detail, quint64 generation);
     void sourceVideoInfoChanged(int codedWidth, int codedHeight, int displayWidth,

@@ -1,6 +1,6 @@
 #include "output/FileRecorder.h"
 
-#include "output/ReconnectPolicy.h"
+#include "media/ReconnectPolicy.h"
 #include "output/StreamUrl.h"
 
 #include <QDateTime>

@@ -2,7 +2,7 @@
 
 #include "media/FrameSizes.h"
 #include "output/FfmpegEncoderSink.h"
-#include "output/ReconnectPolicy.h"
+#include "media/ReconnectPolicy.h"
 #include "output/StreamUrl.h"
 
 #include <QDebug>

@@ -3,7 +3,7 @@
 #include "net/ProxyRoute.h"
 #include "net/ProxySettings.h"
 #include "net/SocksTcpRelay.h"
-#include "output/ReconnectPolicy.h"
+#include "media/ReconnectPolicy.h"
 #include "output/StreamUrl.h"
 
 #include <QDebug>

@@ -1,4 +1,5 @@
 #include "cli/CommandLine.h"
+#include "engine/OutputRules.h"
 
 #include "cli/OverlaySpecs.h"
 #include "engine/Engine.h"
@@ -207,7 +208,7 @@ bool readOutputOptions(const QCommandLineParser &parser, ShowOptions *options, Q
         return false;
     }
     for (const QString &value : parser.values("stream"))
-        out.streamTargets << Engine::parseStreamTarget(value);
+        out.streamTargets << OutputRules::parseStreamTarget(value);
     if (parser.isSet("size")) {
         const QStringList parts = parser.value("size").toLower().split('x');
         bool okW = false;
@@ -264,7 +265,7 @@ bool readOutputOptions(const QCommandLineParser &parser, ShowOptions *options, Q
         out.qualityPreset = preset;
     }
     // The engine's checks, before anything starts (an output that is not given is no problem).
-    const Problem problem = Engine::checkOutputSettings(
+    const Problem problem = OutputRules::check(
         {out, {options->outputSize.isValid(), options->outputSize}}, options->outputSize);
     if (problem && problem.kind != ProblemKind::NothingToWrite) {
         const bool recording = problem.kind == ProblemKind::RecordingUnknownContainer ||

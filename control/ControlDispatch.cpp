@@ -1,4 +1,6 @@
 #include "control/ControlDispatch.h"
+#include "engine/CaptureSources.h"
+#include "engine/ScheduleFiles.h"
 
 #include "control/ControlStatus.h"
 #include "engine/Engine.h"
@@ -32,7 +34,7 @@ Reply ControlDispatch::execute(const ControlCommand &c)
     case Command::Sources:
         return {200, jsonBytes(sourcesJson())};
     case Command::SetChannel: {
-        if (const Problem bad = Engine::checkSourceAddress(c.address))
+        if (const Problem bad = CaptureSources::checkAddress(c.address))
             return refused(bad, QStringLiteral("\"address\": "));
         if (const Problem problem = engine.setChannelSource(c.channel, c.address))
             return refused(problem);
@@ -132,7 +134,7 @@ Reply ControlDispatch::execute(const ControlCommand &c)
         return ok({{"target", c.id + 1}});
     }
     case Command::GetSchedule:
-        return {200, Engine::writeSchedule(engine.schedule())};
+        return {200, ScheduleFiles::write(engine.schedule())};
     case Command::LoadSchedule:
         return loadSchedule(c.schedule);
     case Command::StartSchedule: {
@@ -175,11 +177,11 @@ Reply ControlDispatch::loadSchedule(const QByteArray &json)
 {
     const auto failed = errorReply;
     QString error;
-    const ProgramArrangement arrangement = Engine::readSchedule(json, &error);
+    const ProgramArrangement arrangement = ScheduleFiles::read(json, &error);
     if (!error.isEmpty())
         return failed(400, error);
     // Checked before it is kept: a refused schedule leaves the loaded one as it was.
-    const arrangement::Validation check = Engine::checkSchedule(arrangement);
+    const arrangement::Validation check = ScheduleFiles::check(arrangement);
     if (!check.ok)
         return failed(400, check.title + QStringLiteral(": ") + check.message);
     m_engine.loadSchedule(arrangement);

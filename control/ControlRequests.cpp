@@ -1,4 +1,5 @@
 #include "control/ControlRequests.h"
+#include "engine/OutputRules.h"
 
 #include "engine/Engine.h"
 
@@ -441,7 +442,7 @@ void readOutputFields(Fields &f, OutputRequest *out)
                 f.fail(QStringLiteral("\"streams\" must be an array of URLs"));
                 return;
             }
-            targets << Engine::parseStreamTarget(text);
+            targets << OutputRules::parseStreamTarget(text);
         }
         out->streams = targets;
     }

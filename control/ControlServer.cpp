@@ -1,4 +1,5 @@
 #include "control/ControlServer.h"
+#include "engine/OverlayDrawing.h"
 
 #include "control/ControlDispatch.h"
 #include "control/ControlEvents.h"
@@ -292,7 +293,7 @@ void ControlServer::onProgramFrame(const FrameTokenPtr &frame)
     if (m_snapshots.isEmpty() || !frame)
         return;
     // The picture is made now and the frame let go at once: the pools are bounded.
-    const QImage picture = Engine::pictureOf(frame, kSnapshotSize);
+    const QImage picture = OverlayDrawing::picture(frame, kSnapshotSize);
     QByteArray jpeg;
     QBuffer buffer(&jpeg);
     buffer.open(QIODevice::WriteOnly);

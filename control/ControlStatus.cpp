@@ -1,4 +1,5 @@
 #include "control/ControlStatus.h"
+#include "engine/CaptureSources.h"
 
 #include "engine/Engine.h"
 
@@ -172,7 +173,7 @@ int httpStatusFor(const Problem &problem)
 QJsonObject sourcesJson()
 {
     QJsonArray displays;
-    for (const CaptureTarget &display : Engine::displays())
+    for (const CaptureTarget &display : CaptureSources::displays())
         displays.append(QJsonObject{{"address", display.address},
                                     {"name", display.name},
                                     {"x", display.geometry.x()},
@@ -180,7 +181,7 @@ QJsonObject sourcesJson()
                                     {"width", display.geometry.width()},
                                     {"height", display.geometry.height()}});
     QJsonArray windows;
-    for (const CaptureTarget &window : Engine::windows())
+    for (const CaptureTarget &window : CaptureSources::windows())
         windows.append(QJsonObject{
             {"address", window.address}, {"title", window.name}, {"label", window.label}});
     const auto devices = [](const QList<CaptureDevice> &list) {
@@ -191,8 +192,8 @@ QJsonObject sourcesJson()
     };
     return {{"displays", displays},
             {"windows", windows},
-            {"cameras", devices(Engine::cameras())},
-            {"microphones", devices(Engine::microphones())}};
+            {"cameras", devices(CaptureSources::cameras())},
+            {"microphones", devices(CaptureSources::microphones())}};
 }
 
 } // namespace selvane::control

@@ -1,21 +1,9 @@
-// The speaker outputs the preview can play on, and the operator's choice among them.
+// The operator's choice of the speaker output the preview plays on.
 
 #include "audio/PreviewAudioMixer.h"
 #include "engine/Engine.h"
 
-#include <QAudioDevice>
-#include <QMediaDevices>
-
 namespace selvane {
-
-QList<AudioOutputDevice> Engine::audioOutputDevices()
-{
-    QList<AudioOutputDevice> devices;
-    const QAudioDevice preferred = QMediaDevices::defaultAudioOutput();
-    for (const QAudioDevice &device : QMediaDevices::audioOutputs())
-        devices << AudioOutputDevice{device.id(), device.description(), device == preferred};
-    return devices;
-}
 
 void Engine::setPreviewAudioDevice(const QByteArray &id)
 {

@@ -5,6 +5,7 @@
 #include "compose/OverlayPainting.h"
 #include "compose/VulkanCompositor.h"
 #include "engine/ChannelSet.h"
+#include "engine/OutputRules.h"
 #include "engine/OutputSession.h"
 #include "engine/OverlaySlots.h"
 #include "engine/ProgramSwitcher.h"
@@ -253,18 +254,6 @@ void Engine::setChannelLoop(int channel, bool loop)
 int Engine::programChannel() const
 {
     return m_switcher->isStill() ? -1 : m_switcher->programChannel();
-}
-
-QImage Engine::pictureOf(const FrameTokenPtr &frame, QSize fit)
-{
-    if (!frame || frame->width < 1 || frame->height < 1 || fit.isEmpty())
-        return {};
-    const QSize size = QSize(frame->width, frame->height).scaled(fit, Qt::KeepAspectRatio) / 2 * 2;
-    ffsupport::SwsPtr sws;
-    QImage image;
-    if (size.isEmpty() || !scaleToImage(sws, *frame, size, image))
-        return {};
-    return image;
 }
 
 void Engine::cutTo(int channel)
@@ -540,137 +529,6 @@ bool Engine::doodleVisible() const
     return m_overlays->isDoodleVisible();
 }
 
-QImage Engine::drawTextOverlay(const TextOverlayData &text, QSize size, qint64 scrollUs)
-{
-    QImage picture(size, QImage::Format_ARGB32_Premultiplied);
-    picture.fill(Qt::transparent);
-    QPainter painter(&picture);
-    paintText(painter, size, text, scrollUs);
-    return picture;
-}
-
-QImage Engine::drawDoodle(const QList<DoodleStroke> &strokes, QSize size)
-{
-    return selvane::drawDoodle(strokes, size);
-}
-
-QSizeF Engine::sceneSize()
-{
-    return {VulkanCompositor::kSceneWidth, VulkanCompositor::kSceneHeight};
-}
-
-// ---- sound ----
-
-void Engine::startAudio()
-{
-    if (!m_audioThread || m_audioThread->isRunning())
-        return;
-    m_audioThread->start();
-    QMetaObject::invokeMethod(m_mixer, "start", Qt::QueuedConnection);
-}
-
-void Engine::shutdownAudio()
-{
-    if (!m_audioThread)
-        return;
-    if (m_output)
-        m_output->setMixer(nullptr);
-    m_mixer->setProgramTap(nullptr);
-    if (m_audioThread->isRunning()) {
-        QMetaObject::invokeMethod(m_mixer, "cleanup", Qt::QueuedConnection);
-        m_audioThread->quit();
-        if (!m_audioThread->wait(2000)) {
-            qWarning("Preview audio thread shutdown exceeded 2 seconds");
-            m_audioThread->requestInterruption();
-            m_audioThread->quit();
-            m_audioThread->wait(1000);
-        }
-    } else {
-        qInfo("Preview audio thread already stopped before mixer cleanup");
-        m_mixer->cleanup();
-        delete m_mixer; // it never ran, so its thread will not delete it
-    }
-    m_mixer = nullptr;
-    m_audioThread->quit();
-    if (!m_audioThread->wait(3000)) {
-        qWarning("Preview audio thread did not stop before window destruction");
-        m_audioThread->setParent(nullptr);
-        connect(m_audioThread, &QThread::finished, m_audioThread, &QObject::deleteLater);
-    } else {
-        delete m_audioThread;
-    }
-    m_audioThread = nullptr;
-}
-
-void Engine::setChannelVolume(int channel, float volume)
-{
-    if (!ChannelSet::isChannel(channel))
-        return;
-    m_channelVolumes[std::size_t(channel)] = volume;
-    if (m_mixer)
-        m_mixer->setChannelVolume(channel, m_channelMuted[std::size_t(channel)] ? 0.0f : volume);
-}
-
-void Engine::setChannelMuted(int channel, bool muted)
-{
-    if (!ChannelSet::isChannel(channel))
-        return;
-    m_channelMuted[std::size_t(channel)] = muted;
-    setChannelVolume(channel, m_channelVolumes[std::size_t(channel)]);
-}
-
-void Engine::setProgramVolume(float volume)
-{
-    m_programVolume = volume;
-    if (m_mixer)
-        m_mixer->setProgramVolume(m_programMuted ? 0.0f : volume);
-}
-
-void Engine::setProgramMuted(bool muted)
-{
-    m_programMuted = muted;
-    setProgramVolume(m_programVolume);
-}
-
-void Engine::setProgramGain(float gain)
-{
-    if (m_mixer)
-        m_mixer->setProgramGain(gain);
-}
-
-void Engine::setOverlayVolume(int mediaId, float previewVolume, float programVolume)
-{
-    OverlayAudio &audio = m_overlayAudio[mediaId];
-    audio.preview = previewVolume;
-    audio.program = programVolume;
-    applyOverlayAudio(mediaId);
-}
-
-void Engine::setOverlayOnProgram(int mediaId, bool onProgram)
-{
-    m_overlayAudio[mediaId].onProgram = onProgram;
-    applyOverlayAudio(mediaId);
-}
-
-void Engine::setOverlayMuted(int mediaId, bool muted)
-{
-    m_overlayAudio[mediaId].muted = muted;
-    applyOverlayAudio(mediaId);
-}
-
-void Engine::applyOverlayAudio(int mediaId)
-{
-    const int slot = m_overlaySlots->slotOf(mediaId);
-    if (slot < 0 || !m_mixer)
-        return;
-    const OverlayAudio audio = m_overlayAudio.value(mediaId);
-    m_mixer->setOverlayPreviewVolume(slot, audio.muted ? 0.0f : audio.preview);
-    m_mixer->setOverlayProgramVolume(slot, audio.muted ? 0.0f : audio.program);
-    m_mixer->setOverlayOnProgram(slot, audio.onProgram);
-}
-
-// ---- outputs ----
-
 void Engine::setPreparedOutputs(const OutputSettings &settings)
 {
     m_preparedOutputs = settings;
@@ -684,12 +542,12 @@ Problem Engine::startOutputs(const OutputSettings &requested)
     EncoderSettings &encoder = settings.encoder;
     encoder.filePath = encoder.filePath.trimmed();
     encoder.fileEnabled = encoder.fileEnabled && !encoder.filePath.isEmpty();
-    if (const Problem problem = checkOutputSettings(settings, m_programSize))
+    if (const Problem problem = OutputRules::check(settings, m_programSize))
         return problem;
     for (int c = 0; c < kChannelCount; ++c)
         if (const Problem same = sourceIsOutput(m_channels->source(c), encoder))
             return same;
-    const EightKRules rules = eightKRules(settings, m_programSize);
+    const OutputRules::EightKRules rules = OutputRules::eightKRules(settings, m_programSize);
     if (rules.hardwareForced)
         encoder.encoderMode = EncoderSettings::Hardware;
     if (rules.performanceForced)
@@ -763,21 +621,6 @@ bool Engine::outputsActive() const
 
 // ---- schedule ----
 
-ProgramArrangement Engine::readSchedule(const QByteArray &json, QString *error)
-{
-    return arrangement::fromJson(json, error);
-}
-
-QByteArray Engine::writeSchedule(const ProgramArrangement &arrangement)
-{
-    return arrangement::toJson(arrangement);
-}
-
-arrangement::Validation Engine::checkSchedule(const ProgramArrangement &arrangement)
-{
-    return arrangement::validate(arrangement);
-}
-
 arrangement::Validation Engine::loadSchedule(const ProgramArrangement &arrangement)
 {
     const arrangement::Validation check = arrangement::validate(arrangement);
@@ -806,32 +649,15 @@ bool Engine::isScheduleRunning() const
 
 void Engine::sampleRates()
 {
-    const qint64 now = m_rateClock.elapsed();
-    const double seconds = std::max<qint64>(1, now - m_lastRateMs) / 1000.0;
-    m_lastRateMs = now;
-    for (int c = 0; c < kChannelCount; ++c) {
-        const qint64 delivered = m_channels->stats(c).framesDelivered;
-        const qint64 last = m_lastDelivered[std::size_t(c)];
-        m_channelFps[std::size_t(c)] = delivered >= last ? (delivered - last) / seconds : 0.0;
-        m_lastDelivered[std::size_t(c)] = delivered;
-    }
-    const qint64 frames = m_switcher->counters().frames;
-    m_programFps = (frames - m_lastProgramFrames) / seconds;
-    m_lastProgramFrames = frames;
+    StatsSampler::Counters counters;
+    for (int c = 0; c < kChannelCount; ++c)
+        counters.channelPictures[std::size_t(c)] = m_channels->stats(c).framesDelivered;
+    counters.programFrames = m_switcher->counters().frames;
     const OutputStats output = m_output->stats();
-    m_outputKbps = output.bytesEncoded >= m_lastOutputBytes
-                       ? (output.bytesEncoded - m_lastOutputBytes) * 8.0 / 1000.0 / seconds
-                       : 0.0;
-    m_lastOutputBytes = output.bytesEncoded;
-    m_targetKbps.resize(output.targets.size());
-    m_lastTargetBytes.resize(output.targets.size());
-    for (int i = 0; i < output.targets.size(); ++i) {
-        const qint64 bytes = output.targets[i].bytes;
-        m_targetKbps[i] = bytes >= m_lastTargetBytes[i]
-                              ? (bytes - m_lastTargetBytes[i]) * 8.0 / 1000.0 / seconds
-                              : 0.0;
-        m_lastTargetBytes[i] = bytes;
-    }
+    counters.bytesEncoded = output.bytesEncoded;
+    for (const TargetStats &target : output.targets)
+        counters.targetBytes << target.bytes;
+    m_rates.sample(counters, m_rateClock.elapsed());
 }
 
 EngineStats Engine::stats() const
@@ -840,7 +666,6 @@ EngineStats Engine::stats() const
     for (int c = 0; c < kChannelCount; ++c) {
         ChannelStats &channel = s.channels[std::size_t(c)];
         channel = m_channels->stats(c);
-        channel.fps = m_channelFps[std::size_t(c)];
         if (m_mixer)
             channel.audio = m_mixer->levels().channel(c);
     }
@@ -849,7 +674,6 @@ EngineStats Engine::stats() const
     s.program.size = m_programSize;
     s.program.usedFallbackSize = m_usedFallback;
     const ProgramSwitcher::Counters counters = m_switcher->counters();
-    s.program.fps = m_programFps;
     s.program.frames = counters.frames;
     s.program.repeated = counters.repeated;
     s.program.skippedTicks = counters.skippedTicks;
@@ -862,9 +686,7 @@ EngineStats Engine::stats() const
     if (m_mixer)
         s.program.audio = m_mixer->levels().program();
     s.output = m_output->stats();
-    s.output.kbps = m_outputKbps;
-    for (int i = 0; i < s.output.targets.size() && i < m_targetKbps.size(); ++i)
-        s.output.targets[i].kbps = m_targetKbps[i];
+    m_rates.apply(s);
     if (m_mixer) {
         for (const MediaOverlayRecord &record : m_overlays->mediaOverlays()) {
             const int slot = m_overlaySlots->slotOf(record.id);
@@ -877,132 +699,6 @@ EngineStats Engine::stats() const
     s.scheduleMs = m_schedule->clock().ms();
     s.audioDroppedFrames = m_feeds.droppedAudioFrames();
     return s;
-}
-
-// ---- network proxy ----
-
-ProxyStatus Engine::proxyStatus()
-{
-    ProxyStatus status;
-    StoredSettings settings;
-    status.config.mode = proxy::modeName(proxy::mode());
-    const QString single = settings.value("proxy_url").toString().trimmed();
-    const bool singleIsSocks = single.toLower().startsWith("socks");
-    status.config.httpUrl = settings.value("proxy_http_url").toString().trimmed();
-    status.config.socksUrl = settings.value("proxy_socks_url").toString().trimmed();
-    if (status.config.httpUrl.isEmpty() && !singleIsSocks)
-        status.config.httpUrl = single;
-    if (status.config.socksUrl.isEmpty() && singleIsSocks)
-        status.config.socksUrl = single;
-    const proxy::SystemProxy found = proxy::systemProxy();
-    status.found = {found.source, maskUrl(found.http), maskUrl(found.https), maskUrl(found.socks),
-                    found.noProxy};
-    return status;
-}
-
-void Engine::setProxyConfig(const ProxyConfig &config)
-{
-    StoredSettings settings;
-    const QString mode = config.mode.toLower();
-    settings.setValue("proxy_mode", mode == "manual" || mode == "off" ? mode : QString("auto"));
-    settings.setValue("proxy_http_url", config.httpUrl.trimmed());
-    settings.setValue("proxy_socks_url", config.socksUrl.trimmed());
-    // The two keys above now say everything the single one said.
-    settings.remove("proxy_url");
-    settings.sync();
-}
-
-ProxyTestResult Engine::testProxy(const ProxyConfig &config, const QString &hostPort, int timeoutMs)
-{
-    ProxyTestResult result;
-    const QUrl target("tcp://" + hostPort.trimmed());
-    const QString host = target.host();
-    const int port = target.port();
-    if (host.isEmpty() || port <= 0 || !target.path().isEmpty()) {
-        result.failure = ProxyTestFailure::BadAddress;
-        return result;
-    }
-    QString socksUrl;
-    QString httpUrl;
-    const QString mode = config.mode.toLower();
-    if (mode == "manual") {
-        socksUrl = config.socksUrl;
-        httpUrl = config.httpUrl;
-    } else if (mode != "off") {
-        const proxy::SystemProxy found = proxy::systemProxy();
-        socksUrl = found.socks;
-        httpUrl = found.https.isEmpty() ? found.http : found.https;
-    }
-    const proxy::Server socks = proxy::parseServer(socksUrl, true);
-    const proxy::Server http = proxy::parseServer(httpUrl, false);
-    const proxy::Server &server = socks.isValid() ? socks : http;
-    std::int64_t elapsed = 0;
-    if (!server.isValid()) {
-        result.route = "direct";
-        QElapsedTimer timer;
-        timer.start();
-        const SocksTcpRelay::Probe probe =
-            SocksTcpRelay::probe(host.toStdString(), quint16(port), timeoutMs);
-        result.elapsedMs = timer.elapsed();
-        switch (probe) {
-        case SocksTcpRelay::Probe::Open:
-            break;
-        case SocksTcpRelay::Probe::Unresolved:
-            result.failure = ProxyTestFailure::BadAddress;
-            break;
-        default:
-            result.failure = ProxyTestFailure::Unreachable;
-            break;
-        }
-        return result;
-    }
-    result.route = socks.isValid() ? "socks" : "http";
-    result.proxy = server.endpoint();
-    const SocksTcpRelay::Proxy p{server.host.toStdString(), server.port, server.user.toStdString(),
-                                 server.password.toStdString()};
-    const SocksTcpRelay::Outcome outcome =
-        socks.isValid()
-            ? SocksTcpRelay::testTunnel(p, host.toStdString(), quint16(port), timeoutMs, &elapsed)
-            : SocksTcpRelay::testHttpConnect(p, host.toStdString(), quint16(port), timeoutMs,
-                                             &elapsed);
-    result.elapsedMs = elapsed;
-    result.replyCode = outcome.replyCode;
-    result.detail = QString::fromStdString(outcome.detail);
-    using F = SocksTcpRelay::Failure;
-    switch (outcome.failure) {
-    case F::None:
-        result.failure = ProxyTestFailure::None;
-        break;
-    case F::ProxyUnresolved:
-        result.failure = ProxyTestFailure::ProxyNotFound;
-        break;
-    case F::ProxyUnreachable:
-        result.failure = ProxyTestFailure::ProxyUnreachable;
-        break;
-    case F::ProxyTimeout:
-    case F::Stopped:
-        result.failure = ProxyTestFailure::ProxyTimeout;
-        break;
-    case F::ProxyClosed:
-        result.failure = ProxyTestFailure::ProxyClosed;
-        break;
-    case F::NoAcceptableMethod:
-        result.failure = ProxyTestFailure::AuthRequired;
-        break;
-    case F::AuthRefused:
-        result.failure = ProxyTestFailure::AuthRefused;
-        break;
-    case F::ConnectRefused:
-        result.failure = ProxyTestFailure::Refused;
-        break;
-    case F::BadReply:
-        result.failure = ProxyTestFailure::BadReply;
-        break;
-    case F::BadDestination:
-        result.failure = ProxyTestFailure::BadAddress;
-        break;
-    }
-    return result;
 }
 
 } // namespace selvane

@@ -16,6 +16,7 @@
 
 #include "engine/EngineTypes.h"
 #include "engine/Problem.h"
+#include "engine/StatsSampler.h"
 #include "media/FramePool.h"
 #include "media/ProgramClock.h"
 #include "media/SourceFeeds.h"
@@ -62,24 +63,6 @@ public:
     void seekChannel(int channel, qint64 positionMs);
     void setChannelLoop(int channel, bool loop);
 
-    // ---- what the system offers, and checks of what the operator types ----
-    // Cameras (V4L2) and microphones (PulseAudio sources, monitors included where remapped).
-    // They ask the system each time; call them on demand (a Refresh), not on a timer.
-    static QList<CaptureDevice> cameras();
-    static QList<CaptureDevice> microphones();
-    // Monitors and top-level windows to capture (X11). Empty, and hasCaptureDisplay() false,
-    // where there is no X11 display (Wayland without XWayland).
-    static bool hasCaptureDisplay();
-    static QList<CaptureTarget> displays();
-    static QList<CaptureTarget> windows();
-    // One picture of a display or window address, fitted into `fit`; blocks for one grab, so
-    // call it off the window thread.
-    static QImage captureStill(const QString &address, QSize fit);
-    // What is wrong with an address as typed: an unknown protocol, a network address without a
-    // host, no readable file, a test signal that does not parse. An empty address is not wrong
-    // (it clears a channel).
-    static Problem checkSourceAddress(const QString &address);
-
     // ---- the program picture ----
     void cutTo(int channel);
     // Still pictures: a slideshow of image files, one picture, or black. A slideshow remembers
@@ -91,9 +74,6 @@ public:
     void showBlack() { showStill(QImage()); }
     // The channel on air, or -1 for still pictures.
     int programChannel() const;
-    // A program (or channel) picture as an image fitted into `fit`, aspect kept: for stills
-    // and snapshots. Any thread.
-    static QImage pictureOf(const FrameTokenPtr &frame, QSize fit);
     // The program's picture size as it stands (locked while the outputs run).
     QSize programSize() const { return m_programSize; }
     // The size the outputs are to have: explicit, or the program's own.
@@ -129,13 +109,6 @@ public:
     QList<MediaOverlayRecord> mediaOverlays() const;
     QList<DoodleStroke> doodle() const;
     bool doodleVisible() const;
-    // Overlays as the program shows them, painted for a window or a file: one text over a
-    // transparent picture of `size`, `scrollUs` into its scroll; the doodle strokes likewise.
-    static QImage drawTextOverlay(const TextOverlayData &text, QSize size, qint64 scrollUs = 0);
-    static QImage drawDoodle(const QList<DoodleStroke> &strokes, QSize size);
-    // The scene overlays are placed in, whatever the output size.
-    static QSizeF sceneSize();
-
     // ---- sound ----
     // Starts the audio thread: the preview on the default output and the program bus.
     void startAudio();
@@ -160,28 +133,12 @@ public:
     void setProgramVolume(float volume);
     void setProgramMuted(bool muted);
     void setProgramGain(float gain);
-    // The speaker outputs the preview can play on, and the choice (empty id: the system's
-    // default). The program mix is not affected.
-    static QList<AudioOutputDevice> audioOutputDevices();
+    // The speaker output the preview plays on (empty id: the system's default; the choices are
+    // CaptureSources::audioOutputs()). The program mix is not affected.
     void setPreviewAudioDevice(const QByteArray &id);
     QByteArray previewAudioDevice() const { return m_previewDevice; }
 
     // ---- outputs ----
-    // A stream target as the operator types it ("URL" or "URL#FORMAT").
-    static StreamTarget parseStreamTarget(const QString &text);
-    // The 8K rules: above 4096 pixels a side the encoder is hardware HEVC, and at 59 fps and more
-    // the preset is Performance, so that 8K keeps real time. startOutputs applies them; a face
-    // shows them.
-    struct EightKRules
-    {
-        bool eightK = false;
-        bool hardwareForced = false;    // the encoder choice becomes Hardware
-        bool performanceForced = false; // the preset becomes Performance
-    };
-    static EightKRules eightKRules(const OutputSettings &settings, QSize programSize);
-    // What keeps these settings from starting, whatever the engine's state: nothing to write,
-    // the recording's container and folder, the targets, 8K over FLV.
-    static Problem checkOutputSettings(const OutputSettings &settings, QSize programSize);
     // The settings the next start uses when none are given (the window's output panel, the
     // command line's, the remote control's defaults); sources are checked against them too.
     void setPreparedOutputs(const OutputSettings &settings);
@@ -202,11 +159,6 @@ public:
     bool outputsActive() const;
 
     // ---- schedule ----
-    // The schedule file: read (an empty arrangement and `error` set when it is not one),
-    // written, and checked (the first failure's message and its box title).
-    static ProgramArrangement readSchedule(const QByteArray &json, QString *error);
-    static QByteArray writeSchedule(const ProgramArrangement &arrangement);
-    static arrangement::Validation checkSchedule(const ProgramArrangement &arrangement);
     // Checks and keeps an arrangement; `ok` false with the reason when it is not valid.
     arrangement::Validation loadSchedule(const ProgramArrangement &arrangement);
     bool startSchedule(QString *error = nullptr);
@@ -217,18 +169,6 @@ public:
 
     // ---- what is going on ----
     EngineStats stats() const;
-
-    // ---- network proxy ----
-    // The proxy settings, and what automatic mode finds on this system (environment variables,
-    // the desktop's settings).
-    static ProxyStatus proxyStatus();
-    // Keeps the settings; connections opened from now on follow them.
-    static void setProxyConfig(const ProxyConfig &config);
-    // Connects to "host:port" through the proxy `config` gives (SOCKS5 when it names one, else
-    // HTTP CONNECT, else directly) and closes again, within `timeoutMs`. Blocks: call it on a
-    // worker thread.
-    static ProxyTestResult testProxy(const ProxyConfig &config, const QString &hostPort,
-                                     int timeoutMs = 5000);
 
 signals:
     void channelStateChanged(int channel, selvane::ChannelState state);
@@ -322,15 +262,7 @@ private:
     // Rates, sampled once a second.
     QTimer *m_rateTimer = nullptr;
     QElapsedTimer m_rateClock;
-    qint64 m_lastRateMs = 0;
-    std::array<qint64, kChannelCount> m_lastDelivered{};
-    std::array<double, kChannelCount> m_channelFps{};
-    qint64 m_lastProgramFrames = 0;
-    double m_programFps = 0.0;
-    qint64 m_lastOutputBytes = 0;
-    double m_outputKbps = 0.0;
-    QList<qint64> m_lastTargetBytes;
-    QList<double> m_targetKbps;
+    StatsSampler m_rates;
 };
 
 } // namespace selvane

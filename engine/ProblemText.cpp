@@ -58,13 +58,16 @@ QString problemText(const Problem &p, ProblemLanguage language)
                    "a VPN/proxy in TUN mode\n• Or paste rtmps://… (YouTube supports RTMPS on port "
                    "443)\n• Confirm the stream key and that Live is enabled in YouTube Studio")) +
                (p.detail.isEmpty() ? QString() : "\n\n" + p.detail);
-    // These four guard messages exist in Chinese only and are shown as they are.
     case ProblemKind::SourceIsRecording:
-        return local ? QStringLiteral("输入源不能与当前录制的输出文件相同。")
-                     : QStringLiteral("输入源不能与当前录制的输出地址相同。");
+        return local ? say(QT_TRANSLATE_NOOP("Problem", "A source cannot be the file the "
+                                                        "outputs record to."))
+                     : say(QT_TRANSLATE_NOOP("Problem", "A source cannot be the address the "
+                                                        "outputs record to."));
     case ProblemKind::SourceIsTarget:
-        return local ? QStringLiteral("输入源不能与已勾选的推流地址（文件目标）相同。")
-                     : QStringLiteral("输入源不能与已勾选的推流地址相同。");
+        return local ? say(QT_TRANSLATE_NOOP("Problem", "A source cannot be a file that a "
+                                                        "selected stream target writes."))
+                     : say(QT_TRANSLATE_NOOP("Problem", "A source cannot be the address of a "
+                                                        "selected stream target."));
     case ProblemKind::ChannelOutOfRange:
         return say(QT_TRANSLATE_NOOP("Problem", "There is no channel %1: channels are 1 to 4."))
             .arg(p.number);

@@ -1,4 +1,5 @@
 #include "panels/AudioMixerPanel.h"
+#include "engine/CaptureSources.h"
 
 #include "engine/Engine.h"
 #include "panels/LevelMeter.h"
@@ -233,7 +234,7 @@ void AudioMixerPanel::refreshDevices()
     const QByteArray chosen = m_engine->previewAudioDevice();
     m_device->clear();
     m_device->addItem(tr("System default"), QByteArray());
-    for (const AudioOutputDevice &device : Engine::audioOutputDevices())
+    for (const AudioOutputDevice &device : CaptureSources::audioOutputs())
         m_device->addItem(device.description, device.id);
     m_device->setCurrentIndex(qMax(0, m_device->findData(chosen)));
 }

@@ -1,4 +1,5 @@
 #include "panels/DrawingToolBar.h"
+#include "engine/OverlayDrawing.h"
 
 #include "engine/Engine.h"
 
@@ -174,7 +175,7 @@ void DrawingToolBar::clear()
 bool DrawingToolBar::exportPng(const QString &path, QSize size, QString *error) const
 {
     QImageWriter writer(path, "png");
-    if (!writer.write(Engine::drawDoodle(m_strokes, size))) {
+    if (!writer.write(OverlayDrawing::doodle(m_strokes, size))) {
         *error = writer.errorString();
         return false;
     }

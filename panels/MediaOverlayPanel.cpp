@@ -1,4 +1,5 @@
 #include "panels/MediaOverlayPanel.h"
+#include "engine/OverlayDrawing.h"
 
 #include "engine/Engine.h"
 #include "media/StoredSettings.h"
@@ -57,7 +58,7 @@ MediaOverlayPanel::MediaOverlayPanel(Engine *engine, QWidget *parent)
     fileRow->addWidget(m_file, 1);
     fileRow->addWidget(m_changeFile);
     m_form->addRow(new QLabel(m_editor), fileRow);
-    const QSizeF scene = Engine::sceneSize();
+    const QSizeF scene = OverlayDrawing::sceneSize();
     auto number = [this](double maximum) {
         auto *box = new QDoubleSpinBox(m_editor);
         box->setRange(-maximum, 2 * maximum);

@@ -1,4 +1,5 @@
 #include "panels/OutputSettingsPanel.h"
+#include "engine/OutputRules.h"
 
 #include "engine/Engine.h"
 #include "media/StoredSettings.h"
@@ -420,7 +421,7 @@ void OutputSettingsPanel::applyEightKRules()
     // The engine's rules, shown where the operator chooses: the choices it forces are made here
     // too, so that the panel shows what will run.
     const OutputSettings chosen = settings();
-    const Engine::EightKRules rules = Engine::eightKRules(chosen, {});
+    const OutputRules::EightKRules rules = OutputRules::eightKRules(chosen, {});
     QStringList hints;
     if (rules.eightK) {
         if (rules.hardwareForced)
@@ -447,7 +448,7 @@ OutputSettings OutputSettingsPanel::settings() const
     e.segmentGiB = e.segmentEnabled ? m_segmentGiB->value() : 0;
     for (const TargetEntry &t : m_targets)
         if (t.enabled && !t.server.trimmed().isEmpty())
-            e.streamTargets << Engine::parseStreamTarget(t.url());
+            e.streamTargets << OutputRules::parseStreamTarget(t.url());
     e.fps = m_fps->currentData().toDouble();
     e.bitrateKbps = m_bitrateAuto->isChecked() ? 0 : m_bitrate->value();
     e.keyframeSeconds = m_keyframe->value();

@@ -1,4 +1,5 @@
 #include "panels/PreviewCanvas.h"
+#include "engine/OverlayDrawing.h"
 
 #include "engine/Engine.h"
 #include "panels/ProgramPreview.h"
@@ -82,7 +83,7 @@ void PreviewCanvas::setPen(const QColor &colour, double width)
 QPointF PreviewCanvas::toScene(QPointF p) const
 {
     const QRect picture = m_preview->pictureRect();
-    const QSizeF scene = Engine::sceneSize();
+    const QSizeF scene = OverlayDrawing::sceneSize();
     if (picture.width() < 1 || picture.height() < 1)
         return {};
     return {(p.x() - picture.left()) * scene.width() / picture.width(),
@@ -92,7 +93,7 @@ QPointF PreviewCanvas::toScene(QPointF p) const
 QPointF PreviewCanvas::toWidget(QPointF p) const
 {
     const QRect picture = m_preview->pictureRect();
-    const QSizeF scene = Engine::sceneSize();
+    const QSizeF scene = OverlayDrawing::sceneSize();
     return {picture.left() + p.x() * picture.width() / scene.width(),
             picture.top() + p.y() * picture.height() / scene.height()};
 }
@@ -297,7 +298,7 @@ void PreviewCanvas::paintEvent(QPaintEvent *)
     }
     // The stroke under the pen, until the program shows it.
     if (m_drawing && m_mode == Mode::Pen && !m_stroke.points.isEmpty()) {
-        const double scale = m_preview->pictureRect().height() / Engine::sceneSize().height();
+        const double scale = m_preview->pictureRect().height() / OverlayDrawing::sceneSize().height();
         painter.setPen(QPen(m_penColour, std::max(1.0, m_penWidth * scale), Qt::SolidLine,
                             Qt::RoundCap, Qt::RoundJoin));
         QPainterPath path(toWidget(m_stroke.points.first()));

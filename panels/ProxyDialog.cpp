@@ -1,6 +1,7 @@
 #include "panels/ProxyDialog.h"
 
 #include "engine/Engine.h"
+#include "engine/ProxyService.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -12,10 +13,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
-#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QThreadPool>
 #include <QVBoxLayout>
 
 namespace selvane {
@@ -26,7 +25,7 @@ constexpr int kTestTimeoutMs = 5000;
 
 } // namespace
 
-ProxyDialog::ProxyDialog(QWidget *parent) : QDialog(parent), m_status(Engine::proxyStatus())
+ProxyDialog::ProxyDialog(QWidget *parent) : QDialog(parent), m_status(ProxyService::status())
 {
     setObjectName("proxyDialog");
     m_modeBox = new QGroupBox(this);
@@ -110,7 +109,7 @@ ProxyConfig ProxyDialog::config() const
 
 void ProxyDialog::accept()
 {
-    Engine::setProxyConfig(config());
+    ProxyService::setConfig(config());
     QDialog::accept();
 }
 
@@ -195,17 +194,8 @@ void ProxyDialog::startTest()
     m_result->setText(tr("Testing..."));
     const ProxyConfig settings = config();
     const QString target = m_lastTarget;
-    QPointer<ProxyDialog> self(this);
-    QThreadPool::globalInstance()->start([self, settings, target] {
-        const ProxyTestResult result = Engine::testProxy(settings, target, kTestTimeoutMs);
-        QMetaObject::invokeMethod(
-            qApp,
-            [self, result] {
-                if (self)
-                    self->showTestResult(result);
-            },
-            Qt::QueuedConnection);
-    });
+    ProxyService::testAsync(settings, target, kTestTimeoutMs, this,
+                            [this](const ProxyTestResult &result) { showTestResult(result); });
 }
 
 void ProxyDialog::showTestResult(const ProxyTestResult &result)

@@ -1,4 +1,5 @@
 #include "panels/ScheduleWindow.h"
+#include "engine/ScheduleFiles.h"
 
 #include "engine/Engine.h"
 #include "panels/ScheduleTimeline.h"
@@ -493,7 +494,7 @@ bool ScheduleWindow::importFrom(const QString &path)
         return false;
     }
     QString error;
-    const ProgramArrangement a = Engine::readSchedule(file.readAll(), &error);
+    const ProgramArrangement a = ScheduleFiles::read(file.readAll(), &error);
     if (!error.isEmpty()) {
         showMessage(QMessageBox::Warning, tr("Import"),
                     QStringLiteral("%1\n\n%2").arg(QDir::toNativeSeparators(path), error));
@@ -511,7 +512,7 @@ bool ScheduleWindow::readyToExport(ProgramArrangement *a)
                     tr("There are no valid clips to export. Check the validation messages."));
         return false;
     }
-    const arrangement::Validation check = Engine::checkSchedule(*a);
+    const arrangement::Validation check = ScheduleFiles::check(*a);
     if (!check.ok) {
         showMessage(QMessageBox::Warning, check.title, check.message);
         return false;
@@ -538,7 +539,7 @@ bool ScheduleWindow::exportTo(const QString &path)
     if (!readyToExport(&a))
         return false;
     QFile file(path);
-    const QByteArray json = Engine::writeSchedule(a);
+    const QByteArray json = ScheduleFiles::write(a);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(json) != json.size() ||
         !file.flush()) {
         showMessage(QMessageBox::Warning, tr("Export"), tr("Unable to write the file."));
@@ -550,7 +551,7 @@ bool ScheduleWindow::exportTo(const QString &path)
 void ScheduleWindow::checkSchedule()
 {
     const ProgramArrangement a = arrangement();
-    const arrangement::Validation check = Engine::checkSchedule(a);
+    const arrangement::Validation check = ScheduleFiles::check(a);
     if (!check.ok) {
         showMessage(QMessageBox::Warning, check.title, check.message);
         return;

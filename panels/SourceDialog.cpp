@@ -1,4 +1,5 @@
 #include "panels/SourceDialog.h"
+#include "engine/CaptureSources.h"
 
 #include "engine/Engine.h"
 #include "media/StoredSettings.h"
@@ -273,7 +274,7 @@ void SourceDialog::refreshDevices()
     const QString camera = m_camera->currentData().toString();
     const QString microphone = m_microphone->currentData().toString();
     m_camera->clear();
-    for (const CaptureDevice &device : Engine::cameras())
+    for (const CaptureDevice &device : CaptureSources::cameras())
         m_camera->addItem(device.name, device.name);
     if (m_camera->count() == 0)
         m_camera->addItem(tr("(No camera found)"), QString());
@@ -282,7 +283,7 @@ void SourceDialog::refreshDevices()
     m_captureMicrophone->clear();
     for (QComboBox *list : {m_microphone, m_captureMicrophone})
         list->addItem(tr("(No microphone)"), QString());
-    for (const CaptureDevice &device : Engine::microphones()) {
+    for (const CaptureDevice &device : CaptureSources::microphones()) {
         m_microphone->addItem(device.name, device.name);
         m_captureMicrophone->addItem(device.name, device.name);
     }
@@ -296,12 +297,12 @@ void SourceDialog::refreshCaptures()
     const bool windows = kind() == Window;
     const QString chosen = m_capture->currentData().toString();
     m_capture->clear();
-    const bool display = Engine::hasCaptureDisplay();
+    const bool display = CaptureSources::hasCaptureDisplay();
     m_captureNotice->setVisible(!display);
     m_captureNotice->setText(
         tr("This session has no X11 display, so nothing can be captured (on Wayland, run "
            "Selvane under XWayland)."));
-    for (const CaptureTarget &target : windows ? Engine::windows() : Engine::displays()) {
+    for (const CaptureTarget &target : windows ? CaptureSources::windows() : CaptureSources::displays()) {
         const QString label = windows ? target.label
                                       : tr("Display %1: %2, %3×%4 at %5,%6")
                                             .arg(target.address.section('=', -1).toInt() + 1)
@@ -334,7 +335,7 @@ void SourceDialog::requestCapturePreview()
     m_previewPending = true;
     QPointer<SourceDialog> self(this);
     QThreadPool::globalInstance()->start([self, address] {
-        const QImage still = Engine::captureStill(address, kPreviewSize);
+        const QImage still = CaptureSources::captureStill(address, kPreviewSize);
         QMetaObject::invokeMethod(qApp, [self, address, still] {
             if (!self)
                 return;
@@ -392,7 +393,7 @@ void SourceDialog::accept()
     case KindCount:
         break;
     }
-    if (const Problem problem = Engine::checkSourceAddress(choice.address)) {
+    if (const Problem problem = CaptureSources::checkAddress(choice.address)) {
         m_error->setText(problemText(problem));
         m_error->show();
         return;

@@ -1,4 +1,5 @@
 #include "panels/StreamTargetDialog.h"
+#include "engine/OutputRules.h"
 
 #include "engine/Engine.h"
 
@@ -80,8 +81,8 @@ void StreamTargetDialog::accept()
 {
     const StreamTargetEntry e = entry();
     OutputSettings check;
-    check.encoder.streamTargets << Engine::parseStreamTarget(e.url());
-    if (!e.server.isEmpty() && !Engine::checkOutputSettings(check, {})) {
+    check.encoder.streamTargets << OutputRules::parseStreamTarget(e.url());
+    if (!e.server.isEmpty() && !OutputRules::check(check, {})) {
         QDialog::accept();
         return;
     }

@@ -1,4 +1,5 @@
 #include "panels/TextEffectDialog.h"
+#include "engine/OverlayDrawing.h"
 
 #include "engine/Engine.h"
 #include "panels/BoundedTextEdit.h"
@@ -63,7 +64,7 @@ TextEffectDialog::TextEffectDialog(const TextOverlayData &data, QWidget *parent)
     m_text->setFixedHeight(m_text->fontMetrics().lineSpacing() * 3 + 14);
 
     m_preview = new TextPreviewWidget(this);
-    const QSizeF scene = Engine::sceneSize();
+    const QSizeF scene = OverlayDrawing::sceneSize();
     m_xLabel = new QLabel(this);
     m_yLabel = new QLabel(this);
     m_x = spinBox(this, 0, int(scene.width()));
@@ -198,7 +199,7 @@ TextEffectDialog::TextEffectDialog(const TextOverlayData &data, QWidget *parent)
     auto position = [this] {
         if (m_showing)
             return;
-        const QSizeF scene = Engine::sceneSize();
+        const QSizeF scene = OverlayDrawing::sceneSize();
         m_data.posX = m_x->value() / scene.width();
         m_data.posY = m_y->value() / scene.height();
         updatePreview();
@@ -235,7 +236,7 @@ void TextEffectDialog::showData()
     m_showing = true;
     const TextOverlayData &d = m_data;
     m_text->setPlainText(d.text);
-    const QSizeF scene = Engine::sceneSize();
+    const QSizeF scene = OverlayDrawing::sceneSize();
     m_x->setValue(int(std::lround(d.posX * scene.width())));
     m_y->setValue(int(std::lround(d.posY * scene.height())));
     m_font->setCurrentFont(QFont(d.fontFamily));
@@ -307,7 +308,7 @@ void TextEffectDialog::placeFromPreview(QPoint scene)
     m_x->setValue(scene.x());
     m_y->setValue(scene.y());
     m_showing = false;
-    const QSizeF size = Engine::sceneSize();
+    const QSizeF size = OverlayDrawing::sceneSize();
     m_data.posX = scene.x() / size.width();
     m_data.posY = scene.y() / size.height();
     updatePreview();

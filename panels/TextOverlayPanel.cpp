@@ -1,4 +1,5 @@
 #include "panels/TextOverlayPanel.h"
+#include "engine/OverlayDrawing.h"
 
 #include "engine/Engine.h"
 #include "panels/TextEffectDialog.h"
@@ -232,7 +233,7 @@ void TextOverlayPanel::duplicateSelected()
         return;
     for (TextOverlayData text : m_texts)
         if (text.id == id) {
-            const QSizeF scene = Engine::sceneSize();
+            const QSizeF scene = OverlayDrawing::sceneSize();
             text.posX = std::min(1.0, text.posX + kDuplicateStep / scene.width());
             text.posY = std::min(1.0, text.posY + kDuplicateStep / scene.height());
             Problem problem;

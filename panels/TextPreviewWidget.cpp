@@ -1,4 +1,5 @@
 #include "panels/TextPreviewWidget.h"
+#include "engine/OverlayDrawing.h"
 
 #include "engine/Engine.h"
 
@@ -92,7 +93,7 @@ QRect TextPreviewWidget::pictureRect() const
 QPointF TextPreviewWidget::toWidget(QPointF scene) const
 {
     const QRect picture = pictureRect();
-    const QSizeF sceneSize = Engine::sceneSize();
+    const QSizeF sceneSize = OverlayDrawing::sceneSize();
     return {picture.left() + scene.x() * picture.width() / sceneSize.width(),
             picture.top() + scene.y() * picture.height() / sceneSize.height()};
 }
@@ -102,14 +103,14 @@ QPointF TextPreviewWidget::toScene(QPointF widget) const
     const QRect picture = pictureRect();
     if (picture.isEmpty())
         return {};
-    const QSizeF sceneSize = Engine::sceneSize();
+    const QSizeF sceneSize = OverlayDrawing::sceneSize();
     return {(widget.x() - picture.left()) * sceneSize.width() / picture.width(),
             (widget.y() - picture.top()) * sceneSize.height() / picture.height()};
 }
 
 QPoint TextPreviewWidget::scenePosition() const
 {
-    const QSizeF scene = Engine::sceneSize();
+    const QSizeF scene = OverlayDrawing::sceneSize();
     return {int(std::lround(m_text.posX * scene.width())),
             int(std::lround(m_text.posY * scene.height()))};
 }
@@ -151,7 +152,7 @@ qint64 TextPreviewWidget::scrollLengthUs() const
     const QRect picture = pictureRect();
     if (picture.isEmpty())
         return 0;
-    const QSizeF scene = Engine::sceneSize();
+    const QSizeF scene = OverlayDrawing::sceneSize();
     QFont font(m_text.fontFamily);
     font.setPointSizeF(std::max(1.0, m_text.fontPointSize * picture.height() / scene.height()));
     font.setWeight(m_text.bold ? QFont::Bold : QFont::Normal);
@@ -191,7 +192,7 @@ void TextPreviewWidget::redraw()
     // A text switched off in its row still shows here: the dialog is about how it looks.
     TextOverlayData shown = m_text;
     shown.enabled = true;
-    m_picture = Engine::drawTextOverlay(shown, picture.size(), scrollUs);
+    m_picture = OverlayDrawing::text(shown, picture.size(), scrollUs);
     m_ink = inkBounds(m_picture);
     update();
 }
@@ -224,7 +225,7 @@ void TextPreviewWidget::updateAnimation()
 
 void TextPreviewWidget::moveAnchorTo(QPointF widgetPoint)
 {
-    const QSizeF scene = Engine::sceneSize();
+    const QSizeF scene = OverlayDrawing::sceneSize();
     const QPointF at = toScene(widgetPoint);
     const QPoint place(std::clamp(int(std::lround(at.x())), 0, int(scene.width())),
                        std::clamp(int(std::lround(at.y())), 0, int(scene.height())));

@@ -269,7 +269,8 @@ ProgramArrangement fromJson(const QByteArray &bytes, QString *error, QStringList
     const QJsonObject root = document.object();
     if (root.value("format").toString() != QLatin1String(kFormatMarker)) {
         if (error)
-            *error = QString::fromUtf8("不是有效的节目编排文件");
+            *error = tr("not a Selvane schedule file (its \"format\" is not \"%1\")")
+                         .arg(QLatin1String(kFormatMarker));
         return {};
     }
     ProgramArrangement result;

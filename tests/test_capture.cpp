@@ -6,6 +6,7 @@
 // lists the window, shows a picture of it and writes its address.
 
 #include "TestSupport.h"
+#include "engine/CaptureSources.h"
 #include "engine/Engine.h"
 #include "panels/SourceDialog.h"
 
@@ -70,7 +71,7 @@ class TestCapture : public QObject
             return 0;
         QDeadlineTimer deadline(15000);
         while (!deadline.hasExpired()) {
-            for (const CaptureTarget &target : Engine::windows())
+            for (const CaptureTarget &target : CaptureSources::windows())
                 if (target.name == kTitle)
                     return target.window;
             QTest::qWait(100);
@@ -134,10 +135,10 @@ private slots:
         const quint64 handle = openWindow();
         QVERIFY2(handle, "the test window never appeared in the window list");
         bool labelled = false;
-        for (const CaptureTarget &target : Engine::windows())
+        for (const CaptureTarget &target : CaptureSources::windows())
             labelled |= target.label == QString("%1  [0x%2]").arg(kTitle).arg(handle, 0, 16);
         QVERIFY(labelled);
-        const QList<CaptureTarget> displays = Engine::displays();
+        const QList<CaptureTarget> displays = CaptureSources::displays();
         QCOMPARE(displays.size(), 1);
         QCOMPARE(displays[0].geometry, QRect(0, 0, 1280, 720));
 
@@ -303,7 +304,7 @@ private slots:
         // Closed and refreshed: gone from the list.
         m_window.kill();
         m_window.waitForFinished(3000);
-        QTRY_VERIFY_WITH_TIMEOUT(Engine::windows().isEmpty(), 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(CaptureSources::windows().isEmpty(), 5000);
         for (QPushButton *button : dialog.findChildren<QPushButton *>())
             if (button->accessibleName() == "Refresh windows")
                 QTest::mouseClick(button, Qt::LeftButton);

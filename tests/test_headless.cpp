@@ -3,6 +3,7 @@
 
 #include "TestSupport.h"
 #include "engine/Engine.h"
+#include "engine/OutputRules.h"
 
 #include <QRegularExpression>
 #include <QScopeGuard>
@@ -149,11 +150,12 @@ private slots:
     {
         // "#FORMAT" is split off only when it names a container; an SRT stream id keeps its "#".
         const QString srt = "srt://127.0.0.1:9000?streamid=#!::r=live/key,m=publish";
-        QCOMPARE(Engine::parseStreamTarget(srt).url, srt);
-        QCOMPARE(Engine::parseStreamTarget(srt).formatName, QString("mpegts"));
-        QCOMPARE(Engine::parseStreamTarget("https://host/ingest?token=1").formatName,
+        QCOMPARE(selvane::OutputRules::parseStreamTarget(srt).url, srt);
+        QCOMPARE(selvane::OutputRules::parseStreamTarget(srt).formatName, QString("mpegts"));
+        QCOMPARE(selvane::OutputRules::parseStreamTarget("https://host/ingest?token=1").formatName,
                  QString("mpegts"));
-        const StreamTarget named = Engine::parseStreamTarget("udp://127.0.0.1:5000#matroska");
+        const StreamTarget named =
+            selvane::OutputRules::parseStreamTarget("udp://127.0.0.1:5000#matroska");
         QCOMPARE(named.url, QString("udp://127.0.0.1:5000"));
         QCOMPARE(named.formatName, QString("matroska"));
     }

@@ -345,7 +345,7 @@ private slots:
             QTest::mouseClick(named<QPushButton>(dialog, "OK"), Qt::LeftButton);
         });
         QTest::mouseClick(named<QPushButton>(w.channelPanel(2), "Choose Source"), Qt::LeftButton);
-        QTRY_COMPARE(warning, QString("输入源不能与当前录制的输出文件相同。"));
+        QTRY_COMPARE(warning, QString("A source cannot be the file the outputs record to."));
         QVERIFY(w.engine()->stats().channels[2].source.isEmpty());
     }
 

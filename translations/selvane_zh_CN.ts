@@ -4,22 +4,22 @@
 <context>
     <name>HeadlessRunner</name>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="288"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="276"/>
         <source>the recording failed during the run (%1) and no new file could be begun after it; the streams went on</source>
         <translation>录制在运行中失败（%1），之后未能开始新文件；推流继续进行</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="292"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="280"/>
         <source>the recording failed during the run (%1); it went on in a new file %2 time(s), but was failing again at the end; the streams went on</source>
         <translation>录制在运行中失败（%1）；已在新文件中继续 %2 次，但结束时再次失败；推流继续进行</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="296"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="284"/>
         <source>the recording failed during the run (%1); the streams went on, and the recording went on in %2</source>
         <translation>录制在运行中失败（%1）；推流继续进行，录制已在 %2 中继续</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="306"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="294"/>
         <source>channel %1: the source never opened (%2)</source>
         <translation>通道 %1：源始终未能打开（%2）</translation>
     </message>
@@ -32,155 +32,155 @@
         <translation>通道 %1：%2</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="419"/>
-        <location filename="../app/MainWindow.cpp" line="425"/>
-        <location filename="../app/MainWindow.cpp" line="437"/>
+        <location filename="../app/MainWindow.cpp" line="421"/>
+        <location filename="../app/MainWindow.cpp" line="427"/>
+        <location filename="../app/MainWindow.cpp" line="439"/>
         <source>Export Drawing</source>
         <translation>导出涂鸦</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="420"/>
+        <location filename="../app/MainWindow.cpp" line="422"/>
         <source>There is no drawing to export yet. Draw on the program preview with View -&gt; Drawing Tools.</source>
         <translation>还没有可导出的涂鸦。请通过“视图 -&gt; 涂鸦工具”在节目预览上绘制。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="426"/>
+        <location filename="../app/MainWindow.cpp" line="428"/>
         <source>PNG image (*.png)</source>
         <translation>PNG 图片 (*.png)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="438"/>
+        <location filename="../app/MainWindow.cpp" line="440"/>
         <source>Unable to write the file.</source>
         <translation>无法写入文件。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="441"/>
+        <location filename="../app/MainWindow.cpp" line="443"/>
         <source>Drawing exported to %1</source>
         <translation>涂鸦已导出到 %1</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="481"/>
+        <location filename="../app/MainWindow.cpp" line="483"/>
         <source>Output Settings</source>
         <translation>输出设置</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="483"/>
+        <location filename="../app/MainWindow.cpp" line="485"/>
         <source>Output Preview</source>
         <translation>输出预览</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="485"/>
+        <location filename="../app/MainWindow.cpp" line="487"/>
         <source>Audio Mixer</source>
         <translation>混音器</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="487"/>
+        <location filename="../app/MainWindow.cpp" line="489"/>
         <source>Text Overlay</source>
         <translation>文字叠加</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="489"/>
+        <location filename="../app/MainWindow.cpp" line="491"/>
         <source>Video Overlay</source>
         <translation>视频叠加</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="491"/>
+        <location filename="../app/MainWindow.cpp" line="493"/>
         <source>Image Playback</source>
         <translation>图片播放</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="545"/>
+        <location filename="../app/MainWindow.cpp" line="547"/>
         <source>&amp;File</source>
         <translation>文件(&amp;F)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="546"/>
+        <location filename="../app/MainWindow.cpp" line="548"/>
         <source>Export Drawing...</source>
         <translation>导出涂鸦...</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="547"/>
+        <location filename="../app/MainWindow.cpp" line="549"/>
         <source>Open Output Folder</source>
         <translation>打开输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="548"/>
+        <location filename="../app/MainWindow.cpp" line="550"/>
         <source>E&amp;xit</source>
         <translation>退出(&amp;X)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="549"/>
+        <location filename="../app/MainWindow.cpp" line="551"/>
         <source>&amp;View</source>
         <translation>视图(&amp;V)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="550"/>
+        <location filename="../app/MainWindow.cpp" line="552"/>
         <source>Drawing Tools</source>
         <translation>绘图工具</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="551"/>
+        <location filename="../app/MainWindow.cpp" line="553"/>
         <source>Reset Workspace Layout</source>
         <translation>重置工作区布局</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="552"/>
+        <location filename="../app/MainWindow.cpp" line="554"/>
         <source>&amp;Tools</source>
         <translation>工具(&amp;T)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="553"/>
+        <location filename="../app/MainWindow.cpp" line="555"/>
         <source>Program Scheduling...</source>
         <translation>节目编排...</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="554"/>
+        <location filename="../app/MainWindow.cpp" line="556"/>
         <source>Network Proxy...</source>
         <translation>网络代理...</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="555"/>
+        <location filename="../app/MainWindow.cpp" line="557"/>
         <source>&amp;Help</source>
         <translation>帮助(&amp;H)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="556"/>
+        <location filename="../app/MainWindow.cpp" line="558"/>
         <source>Language</source>
         <translation>语言</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="559"/>
-        <location filename="../app/MainWindow.cpp" line="807"/>
+        <location filename="../app/MainWindow.cpp" line="561"/>
+        <location filename="../app/MainWindow.cpp" line="809"/>
         <source>About Selvane</source>
         <translation>关于 Selvane</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="565"/>
+        <location filename="../app/MainWindow.cpp" line="567"/>
         <source>Program frame rate</source>
         <translation>节目帧率</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="566"/>
+        <location filename="../app/MainWindow.cpp" line="568"/>
         <source>Dropped frames</source>
         <translation>丢帧</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="567"/>
+        <location filename="../app/MainWindow.cpp" line="569"/>
         <source>CPU use</source>
         <translation>CPU 占用</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="568"/>
+        <location filename="../app/MainWindow.cpp" line="570"/>
         <source>Output bitrate</source>
         <translation>输出码率</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="569"/>
+        <location filename="../app/MainWindow.cpp" line="571"/>
         <source>Stream target status</source>
         <translation>推流目标状态</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="596"/>
+        <location filename="../app/MainWindow.cpp" line="598"/>
         <source>The recording failed: %1
 
 The streams go on. A new file is tried every second and the recording goes on there as soon as writing works.</source>
@@ -189,77 +189,77 @@ The streams go on. A new file is tried every second and the recording goes on th
 推流继续进行。每秒会尝试一个新文件，一旦可以写入，录制就在新文件中继续。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="619"/>
+        <location filename="../app/MainWindow.cpp" line="621"/>
         <source>%1 fps</source>
         <translation>%1 帧/秒</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="621"/>
+        <location filename="../app/MainWindow.cpp" line="623"/>
         <source>dropped: decoders %1, encoder %2</source>
         <translation>丢帧：解码 %1，编码 %2</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="622"/>
+        <location filename="../app/MainWindow.cpp" line="624"/>
         <source>CPU %1 %</source>
         <translation>CPU %1 %</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="622"/>
+        <location filename="../app/MainWindow.cpp" line="624"/>
         <source>CPU –</source>
         <translation>CPU –</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="623"/>
+        <location filename="../app/MainWindow.cpp" line="625"/>
         <source>%1 kbit/s</source>
         <translation>%1 kbit/s</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="624"/>
+        <location filename="../app/MainWindow.cpp" line="626"/>
         <source>outputs off</source>
         <translation>输出未开启</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="645"/>
+        <location filename="../app/MainWindow.cpp" line="647"/>
         <source>Target %1: %2</source>
         <translation>目标 %1：%2</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="662"/>
+        <location filename="../app/MainWindow.cpp" line="664"/>
         <source>Source</source>
         <translation>输入源</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="680"/>
+        <location filename="../app/MainWindow.cpp" line="682"/>
         <source>Output</source>
         <translation>输出</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="700"/>
+        <location filename="../app/MainWindow.cpp" line="702"/>
         <source>Stream %1 expects a %2:// URL.</source>
         <translation>推流 %1 需要 %2:// 地址。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="781"/>
+        <location filename="../app/MainWindow.cpp" line="783"/>
         <source>Outputs are running</source>
         <translation>输出正在运行</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="782"/>
+        <location filename="../app/MainWindow.cpp" line="784"/>
         <source>Recording or streaming is running. Stop the outputs and close Selvane?</source>
         <translation>录制或推流正在进行。要停止输出并关闭 Selvane 吗？</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="802"/>
+        <location filename="../app/MainWindow.cpp" line="804"/>
         <source>Output Folder</source>
         <translation>输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="802"/>
+        <location filename="../app/MainWindow.cpp" line="804"/>
         <source>Unable to open the output folder.</source>
         <translation>无法打开输出文件夹。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="808"/>
+        <location filename="../app/MainWindow.cpp" line="810"/>
         <source>Selvane %1
 Live video mixer: four input channels, overlays, audio mixing, recording and live streaming.</source>
         <translation>Selvane %1
@@ -269,54 +269,54 @@ Live video mixer: four input channels, overlays, audio mixing, recording and liv
 <context>
     <name>Problem</name>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="20"/>
+        <location filename="../engine/ProblemText.cpp" line="19"/>
         <source>Please fill output file path or stream URL, and select at least one output target.</source>
         <translation>请填写输出文件路径或推流地址，并至少勾选一个输出目标。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="23"/>
+        <location filename="../engine/ProblemText.cpp" line="22"/>
         <source>The outputs are already running.</source>
         <translation>输出已在运行。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="25"/>
+        <location filename="../engine/ProblemText.cpp" line="24"/>
         <source>The recording file &quot;%1&quot; names no known container (use .mp4, .mkv, .mov, .ts ...).</source>
         <translation>录制文件“%1”的扩展名不是已知的封装格式（请使用 .mp4、.mkv、.mov、.ts 等）。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="29"/>
+        <location filename="../engine/ProblemText.cpp" line="28"/>
         <source>The folder of the recording file &quot;%1&quot; does not exist.</source>
         <translation>录制文件“%1”所在的文件夹不存在。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="33"/>
+        <location filename="../engine/ProblemText.cpp" line="32"/>
         <source>The folder of the recording file &quot;%1&quot; cannot be written.</source>
         <translation>录制文件“%1”所在的文件夹无法写入。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="37"/>
+        <location filename="../engine/ProblemText.cpp" line="36"/>
         <source>The stream target &quot;%1&quot; is not a URL such as rtmp://host/app/key.</source>
         <translation>推流目标“%1”不是有效地址（例如 rtmp://host/app/key）。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="41"/>
+        <location filename="../engine/ProblemText.cpp" line="40"/>
         <source>No container is known for the stream target &quot;%1&quot;; add #FORMAT (for example #flv or #mpegts).</source>
         <translation>无法确定推流目标“%1”的封装格式；请加上 #格式（例如 #flv 或 #mpegts）。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="46"/>
+        <location filename="../engine/ProblemText.cpp" line="45"/>
         <source>8K output uses HEVC. Standard RTMP services accept H.264 only.
 Use a HEVC-capable SRT destination or record to MP4/MKV.</source>
         <translation>8K 输出使用 HEVC 编码，标准 RTMP 服务只接受 H.264。
 请使用支持 HEVC 的 SRT 目标，或录制为 MP4/MKV。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="50"/>
+        <location filename="../engine/ProblemText.cpp" line="49"/>
         <source>The selected 8K hardware HEVC encoder is unavailable. Update the GPU driver or choose a supported GPU.</source>
         <translation>所选的 8K 硬件 HEVC 编码器不可用。请更新显卡驱动或选择受支持的显卡。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="55"/>
+        <location filename="../engine/ProblemText.cpp" line="54"/>
         <source>Unable to start stream/output.
 
 If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (common for YouTube rtmp://:1935). Try:
@@ -331,67 +331,87 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 • 确认推流密钥正确，且已在 YouTube Studio 中开启直播</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="70"/>
+        <location filename="../engine/ProblemText.cpp" line="62"/>
+        <source>A source cannot be the file the outputs record to.</source>
+        <translation>输入源不能与当前录制的输出文件相同。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="64"/>
+        <source>A source cannot be the address the outputs record to.</source>
+        <translation>输入源不能与当前录制的输出地址相同。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="67"/>
+        <source>A source cannot be a file that a selected stream target writes.</source>
+        <translation>输入源不能与已勾选的推流地址（文件目标）相同。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="69"/>
+        <source>A source cannot be the address of a selected stream target.</source>
+        <translation>输入源不能与已勾选的推流地址相同。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="72"/>
         <source>There is no channel %1: channels are 1 to 4.</source>
         <translation>没有通道 %1：通道为 1 到 4。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="73"/>
+        <location filename="../engine/ProblemText.cpp" line="75"/>
         <source>The address is empty.</source>
         <translation>地址为空。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="75"/>
+        <location filename="../engine/ProblemText.cpp" line="77"/>
         <source>&quot;%1&quot; names no protocol this system has.</source>
         <translation>“%1”所用的协议本系统不支持。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="78"/>
+        <location filename="../engine/ProblemText.cpp" line="80"/>
         <source>&quot;%1&quot; is a network address without a host.</source>
         <translation>“%1”是没有主机的网络地址。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="82"/>
+        <location filename="../engine/ProblemText.cpp" line="84"/>
         <source>There is no readable file at &quot;%1&quot;.</source>
         <translation>“%1”处没有可读取的文件。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="85"/>
+        <location filename="../engine/ProblemText.cpp" line="87"/>
         <source>The test signal&apos;s graph in &quot;%1&quot; does not parse.</source>
         <translation>“%1”中的测试信号滤镜图无法解析。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="89"/>
+        <location filename="../engine/ProblemText.cpp" line="91"/>
         <source>Channel %1 has no source.</source>
         <translation>通道 %1 没有信号源。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="91"/>
+        <location filename="../engine/ProblemText.cpp" line="93"/>
         <source>The text overlay needs some words.</source>
         <translation>文字叠加需要填写文字。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="93"/>
+        <location filename="../engine/ProblemText.cpp" line="95"/>
         <source>A text holds at most %1 characters; this one has %2.</source>
         <translation>文字最多 %1 个字符；此文字有 %2 个字符。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="98"/>
+        <location filename="../engine/ProblemText.cpp" line="100"/>
         <source>At most %1 text overlays can be shown.</source>
         <translation>最多可显示 %1 个文字叠加。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="101"/>
+        <location filename="../engine/ProblemText.cpp" line="103"/>
         <source>At most %1 image and video overlays can be shown.</source>
         <translation>最多可显示 %1 个图片和视频叠加。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="105"/>
+        <location filename="../engine/ProblemText.cpp" line="107"/>
         <source>There is no overlay %1.</source>
         <translation>没有叠加 %1。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="107"/>
+        <location filename="../engine/ProblemText.cpp" line="109"/>
         <source>Choose a folder or images first.</source>
         <translation>请先选择文件夹或图片。</translation>
     </message>
@@ -399,12 +419,12 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>ProgramArrangement</name>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="112"/>
+        <location filename="../cli/CommandLine.cpp" line="113"/>
         <source>Unable to open the file.</source>
         <translation>无法打开文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="136"/>
+        <location filename="../cli/CommandLine.cpp" line="137"/>
         <source>Schedule check passed: %1 base clip(s), %2 overlay clip(s).</source>
         <translation>节目编排检查通过：%1 个基础片段，%2 个叠加片段。</translation>
     </message>
@@ -522,93 +542,98 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <translation>第 1 行，第 1 列：顶层应为一个对象（{...}）</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="291"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="272"/>
+        <source>not a Selvane schedule file (its &quot;format&quot; is not &quot;%1&quot;)</source>
+        <translation>不是有效的节目编排文件（其 &quot;format&quot; 不是 &quot;%1&quot;）</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="292"/>
         <source>Invalid Schedule</source>
         <translation>无效的节目编排</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="294"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="295"/>
         <source>Missing Media</source>
         <translation>媒体缺失</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="314"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="315"/>
         <source>Every base clip needs an ID.</source>
         <translation>每个基础片段都需要 ID。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="316"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="317"/>
         <source>Duplicate base clip ID: %1</source>
         <translation>基础片段 ID 重复：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="319"/>
-        <location filename="../schedule/ProgramArrangement.cpp" line="338"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="320"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="339"/>
         <source>End time must be later than start time.</source>
         <translation>结束时间必须晚于开始时间。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="321"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="322"/>
         <source>Select an image directory.</source>
         <translation>请选择图片目录。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="323"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="324"/>
         <source>Select a video for the channel.</source>
         <translation>请为通道选择视频。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="325"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="326"/>
         <source>Base video was not found: %1</source>
         <translation>找不到基础视频：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="328"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="329"/>
         <source>Image directory was not found: %1</source>
         <translation>找不到图片目录：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="333"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="334"/>
         <source>Every overlay clip needs an ID.</source>
         <translation>每个叠加片段都需要 ID。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="335"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="336"/>
         <source>Duplicate overlay clip ID: %1</source>
         <translation>叠加片段 ID 重复：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="340"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="341"/>
         <source>Overlay text cannot be empty.</source>
         <translation>叠加文字不能为空。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="342"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="343"/>
         <source>Overlay clip %1: its text has %2 characters; a text holds at most %3.</source>
         <translation>叠加片段 %1：文本有 %2 个字符；文本最多 %3 个字符。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="348"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="349"/>
         <source>Select an overlay image file.</source>
         <translation>请选择叠加图片文件。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="350"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="351"/>
         <source>Overlay image was not found: %1</source>
         <translation>找不到叠加图片：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="352"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="353"/>
         <source>Select an overlay video.</source>
         <translation>请选择叠加视频。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="354"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="355"/>
         <source>Overlay video was not found: %1</source>
         <translation>找不到叠加视频：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="357"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="358"/>
         <source>Add at least one valid base clip.</source>
         <translation>请至少添加一个有效的基础片段。</translation>
     </message>
@@ -616,152 +641,152 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane</name>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="28"/>
+        <location filename="../cli/CommandLine.cpp" line="29"/>
         <source>Selvane live video mixer. Without options the mixer window opens.</source>
         <translation>Selvane 直播视频混合器。不带选项时打开混合器窗口。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="31"/>
+        <location filename="../cli/CommandLine.cpp" line="32"/>
         <source>Run the engine without a window (no instance lock).</source>
         <translation>无窗口运行引擎（不占用单实例锁）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="33"/>
+        <location filename="../cli/CommandLine.cpp" line="34"/>
         <source>Play this program schedule (JSON) into the outputs.</source>
         <translation>将此节目编排（JSON）播出到输出。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="38"/>
+        <location filename="../cli/CommandLine.cpp" line="39"/>
         <source>Run the built-in demo: test signals, a schedule, a ticker and an image overlay (no files needed).</source>
         <translation>运行内置演示：测试信号、节目编排、滚动字幕和图片叠加（无需任何文件）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="41"/>
+        <location filename="../cli/CommandLine.cpp" line="42"/>
         <source>Load a source into input channel N (1-4): a file path, a network URL, a capture address or lavfi://GRAPH. Repeatable.</source>
         <translation>为输入通道 N（1-4）加载信号源：文件路径、网络地址、采集地址或 lavfi://GRAPH。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="45"/>
+        <location filename="../cli/CommandLine.cpp" line="46"/>
         <source>Give channel N (1-4) the sound of this microphone (a PulseAudio source by name or description) instead of its own. Repeatable.</source>
         <translation>让通道 N（1-4）使用此麦克风（按名称或描述指定的 PulseAudio 源）的声音代替其自身声音。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="48"/>
+        <location filename="../cli/CommandLine.cpp" line="49"/>
         <source>Channel (1-4) that forms the program picture. Default 1.</source>
         <translation>构成节目画面的通道（1-4），默认 1。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="50"/>
+        <location filename="../cli/CommandLine.cpp" line="51"/>
         <source>Stop after this many seconds (default: until Ctrl+C).</source>
         <translation>运行指定秒数后停止（默认：直到 Ctrl+C）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="52"/>
+        <location filename="../cli/CommandLine.cpp" line="53"/>
         <source>Window: start the recording and streams of the show at once (without --headless they wait for the Start button).</source>
         <translation>窗口模式：立即开始节目的录制与推流（不加此项时等待按下“开始输出”）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="55"/>
+        <location filename="../cli/CommandLine.cpp" line="56"/>
         <source>Preview (speaker) volume of channel N, linear, e.g. 1=0.5. Repeatable.</source>
         <translation>通道 N 的预览（扬声器）音量，线性，例如 1=0.5。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="58"/>
+        <location filename="../cli/CommandLine.cpp" line="59"/>
         <source>Volume of the program channel in the program mix, linear (default 1).</source>
         <translation>节目通道在节目混音中的音量，线性（默认 1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="61"/>
+        <location filename="../cli/CommandLine.cpp" line="62"/>
         <source>Program bus gain for recording and streaming, in percent (default 100).</source>
         <translation>录制与推流的节目总线增益，百分比（默认 100）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="64"/>
+        <location filename="../cli/CommandLine.cpp" line="65"/>
         <source>Show a scrolling ticker with these words. Repeatable.</source>
         <translation>显示滚动字幕。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="66"/>
+        <location filename="../cli/CommandLine.cpp" line="67"/>
         <source>Show a picture in the rectangle x,y,w,h of the 640x360 scene. Repeatable.</source>
         <translation>在 640x360 场景的矩形 x,y,w,h 中显示图片。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="69"/>
+        <location filename="../cli/CommandLine.cpp" line="70"/>
         <source>Play a video (looping) in the rectangle x,y,w,h of the 640x360 scene. Repeatable.</source>
         <translation>在 640x360 场景的矩形 x,y,w,h 中循环播放视频。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="73"/>
+        <location filename="../cli/CommandLine.cpp" line="74"/>
         <source>Record the program to this file (MP4, MKV, MOV, TS ...).</source>
         <translation>将节目录制到此文件（MP4、MKV、MOV、TS……）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="75"/>
+        <location filename="../cli/CommandLine.cpp" line="76"/>
         <source>Start a new recording file at a keyframe after this many minutes.</source>
         <translation>录制满指定分钟后在关键帧处开始新文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="79"/>
+        <location filename="../cli/CommandLine.cpp" line="80"/>
         <source>Start a new recording file at a keyframe once a file reaches this many GiB.</source>
         <translation>文件达到指定 GiB 后在关键帧处开始新文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="81"/>
+        <location filename="../cli/CommandLine.cpp" line="82"/>
         <source>Publish the program to this URL (rtmp://, rtmps://, srt://, udp:// ...); #FORMAT picks the container (flv, mpegts). Repeatable.</source>
         <translation>将节目推流到此地址（rtmp://、rtmps://、srt://、udp://……）；#FORMAT 指定封装格式（flv、mpegts）。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="85"/>
+        <location filename="../cli/CommandLine.cpp" line="86"/>
         <source>Output size, e.g. 1280x720 (default: same as the program).</source>
         <translation>输出尺寸，例如 1280x720（默认：与节目相同）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="86"/>
+        <location filename="../cli/CommandLine.cpp" line="87"/>
         <source>Output frame rate: 30 or 60 (default 30).</source>
         <translation>输出帧率：30 或 60（默认 30）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="87"/>
+        <location filename="../cli/CommandLine.cpp" line="88"/>
         <source>Video bitrate in kbit/s (default: automatic).</source>
         <translation>视频码率，kbit/s（默认：自动）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="89"/>
+        <location filename="../cli/CommandLine.cpp" line="90"/>
         <source>Video encoder: auto, hardware or software (default auto).</source>
         <translation>视频编码器：auto、hardware 或 software（默认 auto）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="91"/>
+        <location filename="../cli/CommandLine.cpp" line="92"/>
         <source>Quality preset: performance, balanced or quality (default balanced).</source>
         <translation>质量预设：performance、balanced 或 quality（默认 balanced）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="94"/>
+        <location filename="../cli/CommandLine.cpp" line="95"/>
         <source>Serve the remote control API (HTTP and WebSocket) on this port.</source>
         <translation>在此端口上提供远程控制 API（HTTP 和 WebSocket）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="97"/>
+        <location filename="../cli/CommandLine.cpp" line="98"/>
         <source>Address the remote control listens on (default 127.0.0.1).</source>
         <translation>远程控制监听的地址（默认 127.0.0.1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="185"/>
+        <location filename="../cli/CommandLine.cpp" line="186"/>
         <source>--record expects a file path</source>
         <translation>--record 需要文件路径</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="195"/>
+        <location filename="../cli/CommandLine.cpp" line="196"/>
         <source>--%1 expects a positive number, got &quot;%2&quot;</source>
         <translation>--%1 需要正数，收到 &quot;%2&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="206"/>
+        <location filename="../cli/CommandLine.cpp" line="207"/>
         <source>segment limits need --record</source>
         <translation>分段限制需要 --record</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="224"/>
+        <location filename="../cli/CommandLine.cpp" line="225"/>
         <source>--size expects an even width and height, got &quot;%1&quot;</source>
         <translation>--size 的宽和高必须是偶数，收到 &quot;%1&quot;</translation>
     </message>
@@ -781,32 +806,32 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <translation>叠加 &quot;%1&quot;：&quot;%2&quot; 不是可读取的文件</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="35"/>
+        <location filename="../cli/CommandLine.cpp" line="36"/>
         <source>Validate a program schedule and print it in the current format; with --channel options, warn of clips whose channel has no source.</source>
         <translation>校验节目编排并以当前格式输出；配合 --channel 选项时，对通道没有信号源的片段给出警告。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="218"/>
+        <location filename="../cli/CommandLine.cpp" line="219"/>
         <source>--size expects WIDTHxHEIGHT, got &quot;%1&quot;</source>
         <translation>--size 需要 宽x高，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="232"/>
+        <location filename="../cli/CommandLine.cpp" line="233"/>
         <source>--fps expects 30 or 60, got &quot;%1&quot;</source>
         <translation>--fps 需要 30 或 60，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="241"/>
+        <location filename="../cli/CommandLine.cpp" line="242"/>
         <source>--bitrate expects kbit/s from 100 to 400000, got &quot;%1&quot;</source>
         <translation>--bitrate 需要 100 到 400000 之间的 kbit/s，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="250"/>
+        <location filename="../cli/CommandLine.cpp" line="251"/>
         <source>--encoder expects auto, hardware or software, got &quot;%1&quot;</source>
         <translation>--encoder 需要 auto、hardware 或 software，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="260"/>
+        <location filename="../cli/CommandLine.cpp" line="261"/>
         <source>--preset expects performance, balanced or quality, got &quot;%1&quot;</source>
         <translation>--preset 需要 performance、balanced 或 quality，收到 &quot;%1&quot;</translation>
     </message>
@@ -1004,98 +1029,98 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::AudioMixerPanel</name>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="187"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="188"/>
         <source>%1 dB</source>
         <translation>%1 dB</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="235"/>
-        <location filename="../panels/AudioMixerPanel.cpp" line="294"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="236"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="295"/>
         <source>System default</source>
         <translation>系统默认</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="246"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="247"/>
         <source>Channel %1</source>
         <translation>通道 %1</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="249"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="250"/>
         <source>Program</source>
         <translation>节目</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="252"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="253"/>
         <source>Overlay %1</source>
         <translation>叠加 %1</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="262"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="263"/>
         <source>Channel %1 volume</source>
         <translation>通道 %1 音量</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="263"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="264"/>
         <source>Channel %1 mute</source>
         <translation>通道 %1 静音</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="266"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="267"/>
         <source>Program volume</source>
         <translation>节目音量</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="267"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="268"/>
         <source>Program mute</source>
         <translation>节目静音</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="270"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="271"/>
         <source>%1 volume</source>
         <translation>%1 音量</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="271"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="272"/>
         <source>%1 mute</source>
         <translation>%1 静音</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="272"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="273"/>
         <source>On program</source>
         <translation>进节目</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="273"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="274"/>
         <source>%1 on program</source>
         <translation>%1 进节目</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="275"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="276"/>
         <source>Mute</source>
         <translation>静音</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="277"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="278"/>
         <source>What you hear of this channel (the program has its own level)</source>
         <translation>监听中此通道的音量（节目有自己的电平）</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="289"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="290"/>
         <source>Preview output:</source>
         <translation>监听输出：</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="290"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="291"/>
         <source>Preview output device</source>
         <translation>监听输出设备</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="291"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="292"/>
         <source>Refresh</source>
         <translation>刷新</translation>
     </message>
     <message>
-        <location filename="../panels/AudioMixerPanel.cpp" line="292"/>
+        <location filename="../panels/AudioMixerPanel.cpp" line="293"/>
         <source>Refresh output devices</source>
         <translation>刷新输出设备</translation>
     </message>
@@ -1413,74 +1438,74 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::DrawingToolBar</name>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="120"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="121"/>
         <source>Pen Colour</source>
         <translation>画笔颜色</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="193"/>
         <location filename="../panels/DrawingToolBar.cpp" line="194"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="195"/>
         <source>Drawing Tools</source>
         <translation>涂鸦工具</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="195"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="196"/>
         <source>Pen</source>
         <translation>画笔</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="196"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="197"/>
         <source>Draw on the program preview</source>
         <translation>在节目预览上绘制</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="197"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="198"/>
         <source>Eraser</source>
         <translation>橡皮擦</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="198"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="199"/>
         <source>Remove strokes by touching them on the program preview</source>
         <translation>在节目预览上触碰笔画即可删除</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="199"/>
         <location filename="../panels/DrawingToolBar.cpp" line="200"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="201"/>
         <source>Pen colour</source>
         <translation>画笔颜色</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="201"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="202"/>
         <source>Width:</source>
         <translation>宽度：</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="202"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="203"/>
         <source>Pen width</source>
         <translation>画笔宽度</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="203"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="204"/>
         <source>Pen width in scene units (the scene is 640 x 360)</source>
         <translation>画笔宽度，以场景单位计（场景为 640 x 360）</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="204"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="205"/>
         <source>Undo</source>
         <translation>撤销</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="206"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="207"/>
         <source>Clear Drawing</source>
         <translation>清除涂鸦</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="207"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="208"/>
         <source>Show on Program</source>
         <translation>在节目上显示</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="208"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="209"/>
         <source>Show the drawing on the program and in the outputs</source>
         <translation>在节目和输出中显示涂鸦</translation>
     </message>
@@ -1488,121 +1513,121 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::ImagePlaybackPanel</name>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="83"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="84"/>
         <source>Choose an Image Folder</source>
         <translation>选择图片文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="92"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="93"/>
         <source>Choose Images</source>
         <translation>选择图片</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="93"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="94"/>
         <source>Images (*.png *.jpg *.jpeg *.bmp *.webp);;All files (*)</source>
         <translation>图片 (*.png *.jpg *.jpeg *.bmp *.webp);;所有文件 (*)</translation>
     </message>
     <message numerus="yes">
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="193"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="194"/>
         <source>%n image(s), not on air</source>
         <translation>
             <numerusform>%n 张图片，未播出</numerusform>
         </translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="198"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="199"/>
         <source>On air: image %1 of %2</source>
         <translation>播出中：第 %1 张，共 %2 张</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="211"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="212"/>
         <source>Still images as the program picture, one after another.</source>
         <translation>依次将静态图片作为节目画面。</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="212"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="213"/>
         <source>Slides</source>
         <translation>图片列表</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="213"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="214"/>
         <source>Choose Folder...</source>
         <translation>选择文件夹...</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="214"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="215"/>
         <source>Choose Folder</source>
         <translation>选择文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="215"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="216"/>
         <source>Add Images...</source>
         <translation>添加图片...</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="216"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="217"/>
         <source>Add Images</source>
         <translation>添加图片</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="217"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="218"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="218"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="219"/>
         <source>Remove Images</source>
         <translation>删除图片</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="219"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="220"/>
         <source>Clear</source>
         <translation>清除</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="220"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="221"/>
         <source>Clear Images</source>
         <translation>清空图片</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="221"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="222"/>
         <source>Each image:</source>
         <translation>每张图片：</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="222"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="223"/>
         <source> s</source>
         <translation> 秒</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="223"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="224"/>
         <source>Slide interval</source>
         <translation>图片间隔</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="224"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="225"/>
         <source>Loop</source>
         <translation>循环</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="225"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="226"/>
         <source>Loop slides</source>
         <translation>循环播放图片</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="226"/>
         <location filename="../panels/ImagePlaybackPanel.cpp" line="227"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="228"/>
         <source>Start Slides</source>
         <translation>开始播放图片</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="228"/>
         <location filename="../panels/ImagePlaybackPanel.cpp" line="229"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="230"/>
         <source>Stop Slides</source>
         <translation>停止播放图片</translation>
     </message>
     <message>
-        <location filename="../panels/ImagePlaybackPanel.cpp" line="230"/>
+        <location filename="../panels/ImagePlaybackPanel.cpp" line="231"/>
         <source>Slide status</source>
         <translation>图片播放状态</translation>
     </message>
@@ -1610,193 +1635,193 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::MediaOverlayPanel</name>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="169"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="171"/>
         <source>Video</source>
         <translation>视频</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="169"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="171"/>
         <source>Image</source>
         <translation>图片</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="172"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="174"/>
         <source> (hidden)</source>
         <translation>（隐藏）</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="176"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="178"/>
         <source>  [schedule]</source>
         <translation>  [节目编排]</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="279"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="281"/>
         <source>Images (*.png *.jpg *.jpeg *.bmp *.webp *.gif);;All files (*)</source>
         <translation>图片 (*.png *.jpg *.jpeg *.bmp *.webp *.gif);;所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="280"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="282"/>
         <source>Videos (*.mp4 *.mov *.mkv *.avi *.webm *.ts *.flv *.m4v);;All files (*)</source>
         <translation>视频 (*.mp4 *.mov *.mkv *.avi *.webm *.ts *.flv *.m4v);;所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="282"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="284"/>
         <source>Choose an Image</source>
         <translation>选择图片</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="282"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="284"/>
         <source>Choose a Video</source>
         <translation>选择视频</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="297"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="299"/>
         <source>Choose a File</source>
         <translation>选择文件</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="297"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="299"/>
         <source>All files (*)</source>
         <translation>所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="316"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="318"/>
         <source>Video Overlay</source>
         <translation>视频叠加</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="331"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="333"/>
         <source>Pictures and videos over the program (at most %1).</source>
         <translation>叠加在节目上的图片和视频（最多 %1 个）。</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="333"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="335"/>
         <source>Media overlays</source>
         <translation>媒体叠加</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="334"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="336"/>
         <source>Add Image...</source>
         <translation>添加图片...</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="335"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="337"/>
         <source>Add Image</source>
         <translation>添加图片</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="336"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="338"/>
         <source>Add Video...</source>
         <translation>添加视频...</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="337"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="339"/>
         <source>Add Video</source>
         <translation>添加视频</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="338"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="340"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="339"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="341"/>
         <source>Remove Overlay</source>
         <translation>删除叠加</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="340"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="342"/>
         <source>File...</source>
         <translation>文件...</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="341"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="343"/>
         <source>Overlay file</source>
         <translation>叠加文件</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="342"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="344"/>
         <source>X</source>
         <translation>X</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="343"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="345"/>
         <source>Y</source>
         <translation>Y</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="344"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="346"/>
         <source>Width</source>
         <translation>宽度</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="345"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="347"/>
         <source>Height</source>
         <translation>高度</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="346"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="348"/>
         <source>Opacity</source>
         <translation>不透明度</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="353"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="355"/>
         <source>File:</source>
         <translation>文件：</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="354"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="356"/>
         <source>Position:</source>
         <translation>位置：</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="355"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="357"/>
         <source>Size:</source>
         <translation>大小：</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="356"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="358"/>
         <source>Opacity:</source>
         <translation>不透明度：</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="357"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="359"/>
         <source>X </source>
         <translation>X </translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="358"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="360"/>
         <source>Y </source>
         <translation>Y </translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="359"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="361"/>
         <source>W </source>
         <translation>宽 </translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="360"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="362"/>
         <source>H </source>
         <translation>高 </translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="361"/>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="362"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="363"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="364"/>
         <source>Visible</source>
         <translation>可见</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="363"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="365"/>
         <source>Loop</source>
         <translation>循环</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="364"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="366"/>
         <source>Loop video</source>
         <translation>循环播放视频</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="365"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="367"/>
         <source>Places are in the 640 x 360 scene, whatever the output size. Drag the chosen overlay&apos;s frame on the program preview to move it; pull a corner or an edge to resize it. A video&apos;s sound is set on its strip in the audio mixer.</source>
         <translation>位置以 640 x 360 场景为准，与输出分辨率无关。在节目预览上拖动所选叠加的边框可移动它；拖动角或边可调整大小。视频的声音在混音器中它的通道条上调节。</translation>
     </message>
@@ -1804,309 +1829,309 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::OutputSettingsPanel</name>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="409"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="406"/>
         <source>Recording folder</source>
         <translation>录制文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="432"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="429"/>
         <source>8K requires hardware HEVC encoding</source>
         <translation>8K 需要硬件 HEVC 编码</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="436"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="433"/>
         <source>8K60 uses the Performance preset to maintain real-time output</source>
         <translation>8K60 使用“性能”预设以保持实时输出</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="521"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="518"/>
         <source>failed: %1</source>
         <translation>失败：%1</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="524"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="521"/>
         <source>recording %1  %2  %3 MB</source>
         <translation>录制中 %1  %2  %3 MB</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="530"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="527"/>
         <source>stopped</source>
         <translation>已停止</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="547"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="544"/>
         <source>&lt;b&gt;Recording&lt;/b&gt;</source>
         <translation>&lt;b&gt;录制&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="548"/>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="549"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="545"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="546"/>
         <source>Record to file</source>
         <translation>录制到文件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="550"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="547"/>
         <source>Folder and file name; {date} and {time} become the start time</source>
         <translation>文件夹和文件名；{date} 和 {time} 会替换为开始时间</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="551"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="548"/>
         <source>Browse…</source>
         <translation>浏览…</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="552"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="549"/>
         <source>Choose the recording folder</source>
         <translation>选择录制文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="553"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="550"/>
         <source>Container:</source>
         <translation>封装格式：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="554"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="551"/>
         <source>Container</source>
         <translation>封装格式</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="555"/>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="556"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="552"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="553"/>
         <source>Segment recording</source>
         <translation>分段录制</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="557"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="554"/>
         <source> min</source>
         <translation> 分钟</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="558"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="555"/>
         <source>Segment minutes</source>
         <translation>分段时长</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="559"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="556"/>
         <source> GiB</source>
         <translation> GiB</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="560"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="557"/>
         <source>Segment size</source>
         <translation>分段大小</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="561"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="558"/>
         <source>Start a new file at a keyframe when either limit is reached</source>
         <translation>达到任一限制时，在关键帧处开始新文件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="562"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="559"/>
         <source>Recording state</source>
         <translation>录制状态</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="560"/>
         <source>&lt;b&gt;Stream targets&lt;/b&gt;</source>
         <translation>&lt;b&gt;推流目标&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="565"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="562"/>
         <source>All enabled destinations share one encoder to minimize CPU/GPU load.</source>
         <translation>所有启用的目标共用一个编码器，以降低 CPU/GPU 负载。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
         <source>On</source>
         <translation>启用</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
         <source>Kind</source>
         <translation>类型</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
         <source>Address</source>
         <translation>地址</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
         <source>Status</source>
         <translation>状态</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="567"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="564"/>
         <source>Add</source>
         <translation>添加</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="568"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="565"/>
         <source>Edit</source>
         <translation>编辑</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="569"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
         <source>Edit Target</source>
         <translation>编辑目标</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="570"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="567"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="571"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="568"/>
         <source>&lt;b&gt;Encoding&lt;/b&gt;</source>
         <translation>&lt;b&gt;编码&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="572"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="569"/>
         <source>Resolution:</source>
         <translation>分辨率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="573"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="570"/>
         <source>Same as Program</source>
         <translation>与节目相同</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="575"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="572"/>
         <source>%1 (%2 x %3)</source>
         <translation>%1（%2 x %3）</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="580"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="577"/>
         <source>Recording/stream output resolution; &apos;Same as Program&apos; follows current canvas size.</source>
         <translation>录制/推流输出分辨率；“与节目相同”跟随当前画布尺寸。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="581"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="578"/>
         <source>Output resolution</source>
         <translation>输出分辨率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="582"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="579"/>
         <source>Frame rate:</source>
         <translation>帧率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="583"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="580"/>
         <source>Frame rate</source>
         <translation>帧率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="584"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="581"/>
         <source>Bitrate:</source>
         <translation>码率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="585"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="582"/>
         <source>Video bitrate</source>
         <translation>视频码率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="586"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="583"/>
         <source>Automatic</source>
         <translation>自动</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="587"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="584"/>
         <source>The bitrate follows the preset and the picture size</source>
         <translation>码率跟随预设和画面尺寸</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="588"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="585"/>
         <source>Automatic bitrate</source>
         <translation>自动码率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="589"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="586"/>
         <source>Encoder:</source>
         <translation>编码器：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="590"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="587"/>
         <source>Auto</source>
         <translation>自动</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="591"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="588"/>
         <source>Hardware</source>
         <translation>硬件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="592"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="589"/>
         <source>Software</source>
         <translation>软件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="593"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="590"/>
         <source>Encoder mode</source>
         <translation>编码模式</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="594"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="591"/>
         <source>Preset:</source>
         <translation>预设：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="595"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="592"/>
         <source>Performance</source>
         <translation>性能</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="596"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="593"/>
         <source>Balanced</source>
         <translation>均衡</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="597"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="594"/>
         <source>Quality</source>
         <translation>质量</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="598"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="595"/>
         <source>Quality preset</source>
         <translation>质量预设</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="599"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="596"/>
         <source>Keyframe interval:</source>
         <translation>关键帧间隔：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="600"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="597"/>
         <source>Keyframe interval</source>
         <translation>关键帧间隔</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="601"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="598"/>
         <source>Output Gain:</source>
         <translation>输出增益：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="602"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="599"/>
         <source>Output Gain</source>
         <translation>输出增益</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="603"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="600"/>
         <source>Adjusts the program gain for recording and streaming only. It does not affect channel mixing or monitoring.</source>
         <translation>仅调整录制和推流的节目增益，不影响通道混音和监听。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="605"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="602"/>
         <source>Recording and streaming use the effective canvas resolution. The resolution is locked while output is active.</source>
         <translation>录制和推流使用实际画布分辨率。输出进行时分辨率被锁定。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="608"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="605"/>
         <source>Start Outputs</source>
         <translation>开始输出</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="609"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="606"/>
         <source>Stop Outputs</source>
         <translation>停止输出</translation>
     </message>
@@ -2325,292 +2350,292 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::ProxyDialog</name>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="135"/>
+        <location filename="../panels/ProxyDialog.cpp" line="134"/>
         <source>Network Proxy</source>
         <translation>网络代理</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="136"/>
+        <location filename="../panels/ProxyDialog.cpp" line="135"/>
         <source>Mode</source>
         <translation>模式</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="137"/>
+        <location filename="../panels/ProxyDialog.cpp" line="136"/>
         <source>Automatic (the system&apos;s settings)</source>
         <translation>自动（使用系统设置）</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="138"/>
+        <location filename="../panels/ProxyDialog.cpp" line="137"/>
         <source>Automatic</source>
         <translation>自动</translation>
     </message>
     <message>
+        <location filename="../panels/ProxyDialog.cpp" line="138"/>
         <location filename="../panels/ProxyDialog.cpp" line="139"/>
-        <location filename="../panels/ProxyDialog.cpp" line="140"/>
         <source>Manual</source>
         <translation>手动</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="141"/>
+        <location filename="../panels/ProxyDialog.cpp" line="140"/>
         <source>Off (connect directly)</source>
         <translation>关闭（直接连接）</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="142"/>
+        <location filename="../panels/ProxyDialog.cpp" line="141"/>
         <source>Off</source>
         <translation>关闭</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="143"/>
+        <location filename="../panels/ProxyDialog.cpp" line="142"/>
         <source>HTTP proxy:</source>
         <translation>HTTP 代理：</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="144"/>
+        <location filename="../panels/ProxyDialog.cpp" line="143"/>
         <source>HTTP proxy URL</source>
         <translation>HTTP 代理地址</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="145"/>
+        <location filename="../panels/ProxyDialog.cpp" line="144"/>
         <source>Used for HTTP and HTTPS sources and targets.</source>
         <translation>用于 HTTP 和 HTTPS 信号源与推流目标。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="146"/>
+        <location filename="../panels/ProxyDialog.cpp" line="145"/>
         <source>SOCKS proxy:</source>
         <translation>SOCKS 代理：</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="147"/>
+        <location filename="../panels/ProxyDialog.cpp" line="146"/>
         <source>SOCKS proxy URL</source>
         <translation>SOCKS 代理地址</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="148"/>
+        <location filename="../panels/ProxyDialog.cpp" line="147"/>
         <source>SOCKS5, used for RTMP, RTMPS, RTSP and TCP sources and targets; user:password@ is allowed.</source>
         <translation>SOCKS5，用于 RTMP、RTMPS、RTSP 和 TCP 信号源与推流目标；可包含 user:password@。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="150"/>
+        <location filename="../panels/ProxyDialog.cpp" line="149"/>
         <source>Hide</source>
         <translation>隐藏</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="150"/>
+        <location filename="../panels/ProxyDialog.cpp" line="149"/>
         <source>Show</source>
         <translation>显示</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="151"/>
+        <location filename="../panels/ProxyDialog.cpp" line="150"/>
         <source>Show the SOCKS proxy URL</source>
         <translation>显示 SOCKS 代理地址</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="152"/>
+        <location filename="../panels/ProxyDialog.cpp" line="151"/>
         <source>Found on this system:</source>
         <translation>本机检测到：</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="153"/>
+        <location filename="../panels/ProxyDialog.cpp" line="152"/>
         <source>Proxy found on this system</source>
         <translation>本机检测到的代理</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="155"/>
+        <location filename="../panels/ProxyDialog.cpp" line="154"/>
         <source>Test connection to:</source>
         <translation>测试连接到：</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="156"/>
+        <location filename="../panels/ProxyDialog.cpp" line="155"/>
         <source>Test host and port</source>
         <translation>测试主机和端口</translation>
     </message>
     <message>
+        <location filename="../panels/ProxyDialog.cpp" line="156"/>
         <location filename="../panels/ProxyDialog.cpp" line="157"/>
-        <location filename="../panels/ProxyDialog.cpp" line="158"/>
         <source>Test</source>
         <translation>测试</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="159"/>
+        <location filename="../panels/ProxyDialog.cpp" line="158"/>
         <source>Test result</source>
         <translation>测试结果</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="161"/>
-        <location filename="../panels/ProxyDialog.cpp" line="195"/>
+        <location filename="../panels/ProxyDialog.cpp" line="160"/>
+        <location filename="../panels/ProxyDialog.cpp" line="194"/>
         <source>Testing...</source>
         <translation>正在测试…</translation>
     </message>
     <message>
+        <location filename="../panels/ProxyDialog.cpp" line="165"/>
         <location filename="../panels/ProxyDialog.cpp" line="166"/>
-        <location filename="../panels/ProxyDialog.cpp" line="167"/>
         <source>OK</source>
         <translation>确定</translation>
     </message>
     <message>
+        <location filename="../panels/ProxyDialog.cpp" line="167"/>
         <location filename="../panels/ProxyDialog.cpp" line="168"/>
-        <location filename="../panels/ProxyDialog.cpp" line="169"/>
         <source>Cancel</source>
         <translation>取消</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="176"/>
+        <location filename="../panels/ProxyDialog.cpp" line="175"/>
         <source>Nothing found: connections go directly.</source>
         <translation>未检测到代理：直接连接。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="177"/>
+        <location filename="../panels/ProxyDialog.cpp" line="176"/>
         <source>(none)</source>
         <translation>（无）</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="178"/>
+        <location filename="../panels/ProxyDialog.cpp" line="177"/>
         <source>environment variables</source>
         <translation>环境变量</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="179"/>
+        <location filename="../panels/ProxyDialog.cpp" line="178"/>
         <source>Source: %1</source>
         <translation>来源：%1</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="180"/>
+        <location filename="../panels/ProxyDialog.cpp" line="179"/>
         <source>HTTP: %1</source>
         <translation>HTTP：%1</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="181"/>
+        <location filename="../panels/ProxyDialog.cpp" line="180"/>
         <source>HTTPS: %1</source>
         <translation>HTTPS：%1</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="182"/>
+        <location filename="../panels/ProxyDialog.cpp" line="181"/>
         <source>SOCKS: %1</source>
         <translation>SOCKS：%1</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="184"/>
+        <location filename="../panels/ProxyDialog.cpp" line="183"/>
         <source>Direct: %1</source>
         <translation>直连：%1</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="225"/>
+        <location filename="../panels/ProxyDialog.cpp" line="215"/>
         <source>Connected to %1 directly (no proxy is set) in %2 ms.</source>
         <translation>已直接连接到 %1（未设置代理），用时 %2 毫秒。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="228"/>
+        <location filename="../panels/ProxyDialog.cpp" line="218"/>
         <source>Connected to %1 through %2 in %3 ms.</source>
         <translation>已通过 %2 连接到 %1，用时 %3 毫秒。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="232"/>
+        <location filename="../panels/ProxyDialog.cpp" line="222"/>
         <source>Enter a host and port such as example.com:443.</source>
         <translation>请输入主机和端口，例如 example.com:443。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="234"/>
+        <location filename="../panels/ProxyDialog.cpp" line="224"/>
         <source>The proxy %1 was not found.</source>
         <translation>找不到代理 %1。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="236"/>
+        <location filename="../panels/ProxyDialog.cpp" line="226"/>
         <source>Cannot reach the proxy %1.</source>
         <translation>无法连接代理 %1。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="237"/>
+        <location filename="../panels/ProxyDialog.cpp" line="227"/>
         <source>Cannot reach the proxy %1 (%2).</source>
         <translation>无法连接代理 %1（%2）。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="239"/>
+        <location filename="../panels/ProxyDialog.cpp" line="229"/>
         <source>The proxy %1 did not answer within %2 ms.</source>
         <translation>代理 %1 在 %2 毫秒内没有响应。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="241"/>
+        <location filename="../panels/ProxyDialog.cpp" line="231"/>
         <source>The proxy %1 closed the connection.</source>
         <translation>代理 %1 关闭了连接。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="243"/>
+        <location filename="../panels/ProxyDialog.cpp" line="233"/>
         <source>The proxy %1 asks for a user name and password.</source>
         <translation>代理 %1 要求提供用户名和密码。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="245"/>
+        <location filename="../panels/ProxyDialog.cpp" line="235"/>
         <source>The proxy %1 refused the user name and password.</source>
         <translation>代理 %1 拒绝了用户名和密码。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="248"/>
+        <location filename="../panels/ProxyDialog.cpp" line="238"/>
         <source>The proxy %1 refused to connect to %2 (HTTP %3).</source>
         <translation>代理 %1 拒绝连接到 %2（HTTP %3）。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="254"/>
+        <location filename="../panels/ProxyDialog.cpp" line="244"/>
         <source>general failure</source>
         <translation>一般性故障</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="257"/>
+        <location filename="../panels/ProxyDialog.cpp" line="247"/>
         <source>not allowed by the proxy&apos;s rules</source>
         <translation>代理规则不允许</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="260"/>
+        <location filename="../panels/ProxyDialog.cpp" line="250"/>
         <source>network unreachable</source>
         <translation>网络不可达</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="263"/>
+        <location filename="../panels/ProxyDialog.cpp" line="253"/>
         <source>host unreachable</source>
         <translation>主机不可达</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="266"/>
+        <location filename="../panels/ProxyDialog.cpp" line="256"/>
         <source>connection refused</source>
         <translation>连接被拒绝</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="269"/>
+        <location filename="../panels/ProxyDialog.cpp" line="259"/>
         <source>TTL expired</source>
         <translation>TTL 已过期</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="272"/>
+        <location filename="../panels/ProxyDialog.cpp" line="262"/>
         <source>command not supported</source>
         <translation>不支持该命令</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="275"/>
+        <location filename="../panels/ProxyDialog.cpp" line="265"/>
         <source>address type not supported</source>
         <translation>不支持该地址类型</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="278"/>
+        <location filename="../panels/ProxyDialog.cpp" line="268"/>
         <source>unknown reply</source>
         <translation>未知应答</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="281"/>
+        <location filename="../panels/ProxyDialog.cpp" line="271"/>
         <source>The proxy %1 could not connect to %2: %3 (reply %4).</source>
         <translation>代理 %1 无法连接到 %2：%3（应答码 %4）。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="286"/>
+        <location filename="../panels/ProxyDialog.cpp" line="276"/>
         <source>The proxy %1 does not answer as a SOCKS5 proxy.</source>
         <translation>代理 %1 的应答不是 SOCKS5 代理的应答。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="287"/>
+        <location filename="../panels/ProxyDialog.cpp" line="277"/>
         <source>The proxy %1 does not answer as an HTTP proxy.</source>
         <translation>代理 %1 的应答不是 HTTP 代理的应答。</translation>
     </message>
     <message>
-        <location filename="../panels/ProxyDialog.cpp" line="289"/>
+        <location filename="../panels/ProxyDialog.cpp" line="279"/>
         <source>Cannot connect to %1 directly (no proxy is set).</source>
         <translation>无法直接连接到 %1（未设置代理）。</translation>
     </message>
@@ -2637,349 +2662,349 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::ScheduleWindow</name>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="333"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="690"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="334"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="691"/>
         <source>Clear Overlay Clips</source>
         <translation>清空叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="334"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="335"/>
         <source>Delete all overlay clips?</source>
         <translation>删除全部叠加片段？</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="336"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="684"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="337"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="685"/>
         <source>Clear Base Clips</source>
         <translation>清空基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="337"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="338"/>
         <source>Delete all base clips?</source>
         <translation>删除全部基础片段？</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="366"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="367"/>
         <source>Image playback</source>
         <translation>图片播放</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="368"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="397"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="369"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="398"/>
         <source>Video</source>
         <translation>视频</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="370"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="371"/>
         <source>Channel %1</source>
         <translation>通道 %1</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="378"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="379"/>
         <source>%1 (%2 images, %3 ms each%4)</source>
         <translation>%1（%2 张图片，每张 %3 毫秒%4）</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="382"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="383"/>
         <source>, looping</source>
         <translation>，循环</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="385"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="386"/>
         <source> (looping)</source>
         <translation>（循环）</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="395"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="396"/>
         <source>Text</source>
         <translation>文字</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="399"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="400"/>
         <source>Image</source>
         <translation>图片</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="407"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="408"/>
         <source>%1 at %2, %3 size %4 x %5, opacity %6</source>
         <translation>%1 位置 %2, %3 大小 %4 x %5，不透明度 %6</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="457"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="706"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="458"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="707"/>
         <source>Base %1  |  Overlay %2</source>
         <translation>基础 %1  |  叠加 %2</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="483"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="484"/>
         <source>Import Program Schedule</source>
         <translation>导入节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="483"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="484"/>
         <source>JSON (*.json);;All files (*)</source>
         <translation>JSON (*.json);;所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="492"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="498"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="691"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="493"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="499"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="692"/>
         <source>Import</source>
         <translation>导入</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="492"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="493"/>
         <source>Unable to open the file.</source>
         <translation>无法打开该文件。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="510"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="544"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="692"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="511"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="545"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="693"/>
         <source>Export</source>
         <translation>导出</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="511"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="512"/>
         <source>There are no valid clips to export. Check the validation messages.</source>
         <translation>没有可导出的有效片段。请查看校验提示。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="528"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="529"/>
         <source>Export Program Schedule</source>
         <translation>导出节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="530"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="531"/>
         <source>JSON (*.json)</source>
         <translation>JSON (*.json)</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="544"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="545"/>
         <source>Unable to write the file.</source>
         <translation>无法写入该文件。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="567"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="569"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="568"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="570"/>
         <source>Schedule Check</source>
         <translation>编排检查</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="563"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="564"/>
         <source>Schedule check passed: %1 base clip(s), %2 overlay clip(s).</source>
         <translation>节目编排检查通过：%1 个基础片段，%2 个叠加片段。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="581"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="592"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="661"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="582"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="593"/>
         <location filename="../panels/ScheduleWindow.cpp" line="662"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
         <source>Program Schedule</source>
         <translation>节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="582"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="583"/>
         <source>Add at least one valid base clip.</source>
         <translation>请至少添加一个有效的基础片段。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="664"/>
         <source>Timeline origin:</source>
         <translation>时间轴起点：</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="664"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="665"/>
         <source>Timeline origin</source>
         <translation>时间轴起点</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="665"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="666"/>
         <source>Clip times are measured from this date and time.</source>
         <translation>片段时间从此日期时间起算。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="666"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="667"/>
         <source>&lt;b&gt;Base Clips&lt;/b&gt;</source>
         <translation>&lt;b&gt;基础片段&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="667"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="668"/>
         <source>Base clips</source>
         <translation>基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
         <source>ID</source>
         <translation>ID</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
         <source>Source</source>
         <translation>来源</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
         <source>Start</source>
         <translation>开始</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
         <source>End</source>
         <translation>结束</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
         <source>Details</source>
         <translation>详情</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="671"/>
         <source>&lt;b&gt;Overlay Clips&lt;/b&gt;</source>
         <translation>&lt;b&gt;叠加片段&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="671"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="672"/>
         <source>Overlay clips</source>
         <translation>叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
         <source>Kind</source>
         <translation>类型</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="679"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="685"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="686"/>
         <source>Add...</source>
         <translation>添加...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="679"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
         <source>Add Base Clip</source>
         <translation>添加基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="686"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="681"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="687"/>
         <source>Edit...</source>
         <translation>编辑...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="681"/>
         <source>Edit Base Clip</source>
         <translation>编辑基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="681"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="687"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="682"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="688"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="681"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="682"/>
         <source>Remove Base Clip</source>
         <translation>删除基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="682"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="688"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="683"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="689"/>
         <source>Move Up</source>
         <translation>上移</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="682"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="683"/>
         <source>Move Base Clip Up</source>
         <translation>上移基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="683"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="689"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="684"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="690"/>
         <source>Move Down</source>
         <translation>下移</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="683"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="684"/>
         <source>Move Base Clip Down</source>
         <translation>下移基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="684"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="690"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="685"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="691"/>
         <source>Clear</source>
         <translation>清空</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="685"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="686"/>
         <source>Add Overlay Clip</source>
         <translation>添加叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="686"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="687"/>
         <source>Edit Overlay Clip</source>
         <translation>编辑叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="687"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="688"/>
         <source>Remove Overlay Clip</source>
         <translation>删除叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="688"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="689"/>
         <source>Move Overlay Clip Up</source>
         <translation>上移叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="689"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="690"/>
         <source>Move Overlay Clip Down</source>
         <translation>下移叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="691"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="692"/>
         <source>Import...</source>
         <translation>导入...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="692"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="693"/>
         <source>Export...</source>
         <translation>导出...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="693"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="694"/>
         <source>Check</source>
         <translation>检查</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="694"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="695"/>
         <source>Stop Schedule</source>
         <translation>停止节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="694"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="695"/>
         <source>Start Schedule</source>
         <translation>开始节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="697"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="698"/>
         <source>RUNNING</source>
         <translation>运行中</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="697"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="698"/>
         <source>READY</source>
         <translation>就绪</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="698"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="699"/>
         <source>Schedule state</source>
         <translation>编排状态</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="704"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="705"/>
         <source>Clip count</source>
         <translation>片段数量</translation>
     </message>
@@ -2987,243 +3012,243 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::SourceDialog</name>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="225"/>
+        <location filename="../panels/SourceDialog.cpp" line="227"/>
         <source>/path/to/clip.mp4</source>
         <translation>/路径/视频.mp4</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="262"/>
+        <location filename="../panels/SourceDialog.cpp" line="264"/>
         <source>Select media file</source>
         <translation>选择媒体文件</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="263"/>
+        <location filename="../panels/SourceDialog.cpp" line="265"/>
         <source>Media (*.mp4 *.mov *.mkv *.avi *.mp3 *.wav);;All files (*)</source>
         <translation>媒体文件 (*.mp4 *.mov *.mkv *.avi *.mp3 *.wav);;所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="278"/>
+        <location filename="../panels/SourceDialog.cpp" line="280"/>
         <source>(No camera found)</source>
         <translation>（未找到摄像头）</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="283"/>
-        <location filename="../panels/SourceDialog.cpp" line="449"/>
+        <location filename="../panels/SourceDialog.cpp" line="285"/>
+        <location filename="../panels/SourceDialog.cpp" line="451"/>
         <source>(No microphone)</source>
         <translation>（不使用麦克风）</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="301"/>
+        <location filename="../panels/SourceDialog.cpp" line="303"/>
         <source>This session has no X11 display, so nothing can be captured (on Wayland, run Selvane under XWayland).</source>
         <translation>当前会话没有 X11 显示，无法采集（在 Wayland 下请通过 XWayland 运行 Selvane）。</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="305"/>
+        <location filename="../panels/SourceDialog.cpp" line="307"/>
         <source>Display %1: %2, %3×%4 at %5,%6</source>
         <translation>显示器 %1：%2，%3×%4，位置 %5,%6</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="316"/>
+        <location filename="../panels/SourceDialog.cpp" line="318"/>
         <source>(No windows — click Refresh)</source>
         <translation>（无可用窗口，点刷新）</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="316"/>
+        <location filename="../panels/SourceDialog.cpp" line="318"/>
         <source>(No display detected)</source>
         <translation>（未检测到显示器）</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="318"/>
+        <location filename="../panels/SourceDialog.cpp" line="320"/>
         <source>Window:</source>
         <translation>窗口：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="318"/>
+        <location filename="../panels/SourceDialog.cpp" line="320"/>
         <source>Display:</source>
         <translation>显示器：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="319"/>
+        <location filename="../panels/SourceDialog.cpp" line="321"/>
         <source>Refresh windows</source>
         <translation>刷新窗口</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="319"/>
+        <location filename="../panels/SourceDialog.cpp" line="321"/>
         <source>Refresh displays</source>
         <translation>刷新显示器</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="321"/>
-        <location filename="../panels/SourceDialog.cpp" line="419"/>
+        <location filename="../panels/SourceDialog.cpp" line="323"/>
+        <location filename="../panels/SourceDialog.cpp" line="421"/>
         <source>Window</source>
         <translation>窗口</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="321"/>
-        <location filename="../panels/SourceDialog.cpp" line="418"/>
+        <location filename="../panels/SourceDialog.cpp" line="323"/>
+        <location filename="../panels/SourceDialog.cpp" line="420"/>
         <source>Display</source>
         <translation>显示器</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="362"/>
+        <location filename="../panels/SourceDialog.cpp" line="364"/>
         <source>No camera is available; connect one and press Refresh.</source>
         <translation>没有可用的摄像头；请连接后点“刷新设备”。</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="381"/>
+        <location filename="../panels/SourceDialog.cpp" line="383"/>
         <source>No window to capture; open it and press Refresh.</source>
         <translation>没有可采集的窗口；请打开窗口后点刷新。</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="382"/>
+        <location filename="../panels/SourceDialog.cpp" line="384"/>
         <source>No display to capture.</source>
         <translation>没有可采集的显示器。</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="412"/>
+        <location filename="../panels/SourceDialog.cpp" line="414"/>
         <source>Select source - Channel %1</source>
         <translation>选择源 - 通道 %1</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="413"/>
+        <location filename="../panels/SourceDialog.cpp" line="415"/>
         <source>Source type:</source>
         <translation>源类型：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="414"/>
+        <location filename="../panels/SourceDialog.cpp" line="416"/>
         <source>Local file</source>
         <translation>本地文件</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="415"/>
+        <location filename="../panels/SourceDialog.cpp" line="417"/>
         <source>URL / network stream</source>
         <translation>URL / 网络流</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="416"/>
+        <location filename="../panels/SourceDialog.cpp" line="418"/>
         <source>Test signal</source>
         <translation>测试信号</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="417"/>
+        <location filename="../panels/SourceDialog.cpp" line="419"/>
         <source>Camera / microphone</source>
         <translation>摄像头 / 麦克风</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="424"/>
+        <location filename="../panels/SourceDialog.cpp" line="426"/>
         <source>Address:</source>
         <translation>地址：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="425"/>
+        <location filename="../panels/SourceDialog.cpp" line="427"/>
         <source>Browse…</source>
         <translation>浏览…</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="426"/>
+        <location filename="../panels/SourceDialog.cpp" line="428"/>
         <source>Browse for a media file</source>
         <translation>浏览媒体文件</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="427"/>
+        <location filename="../panels/SourceDialog.cpp" line="429"/>
         <source>Signal:</source>
         <translation>信号：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="430"/>
+        <location filename="../panels/SourceDialog.cpp" line="432"/>
         <source>Bars and tone</source>
         <translation>彩条和测试音</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="430"/>
+        <location filename="../panels/SourceDialog.cpp" line="432"/>
         <source>Moving pattern</source>
         <translation>动态图案</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="430"/>
+        <location filename="../panels/SourceDialog.cpp" line="432"/>
         <source>Colour</source>
         <translation>纯色</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="432"/>
+        <location filename="../panels/SourceDialog.cpp" line="434"/>
         <source>Test signal preset</source>
         <translation>测试信号预设</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="433"/>
+        <location filename="../panels/SourceDialog.cpp" line="435"/>
         <source>Colour:</source>
         <translation>颜色：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="436"/>
+        <location filename="../panels/SourceDialog.cpp" line="438"/>
         <source>Red</source>
         <translation>红</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="436"/>
+        <location filename="../panels/SourceDialog.cpp" line="438"/>
         <source>Green</source>
         <translation>绿</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="436"/>
+        <location filename="../panels/SourceDialog.cpp" line="438"/>
         <source>Blue</source>
         <translation>蓝</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="436"/>
+        <location filename="../panels/SourceDialog.cpp" line="438"/>
         <source>White</source>
         <translation>白</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="436"/>
+        <location filename="../panels/SourceDialog.cpp" line="438"/>
         <source>Black</source>
         <translation>黑</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="436"/>
+        <location filename="../panels/SourceDialog.cpp" line="438"/>
         <source>Grey</source>
         <translation>灰</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="438"/>
+        <location filename="../panels/SourceDialog.cpp" line="440"/>
         <source>Test signal colour</source>
         <translation>测试信号颜色</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="439"/>
+        <location filename="../panels/SourceDialog.cpp" line="441"/>
         <source>Camera:</source>
         <translation>摄像头：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="440"/>
+        <location filename="../panels/SourceDialog.cpp" line="442"/>
         <source>Camera</source>
         <translation>摄像头</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="420"/>
-        <location filename="../panels/SourceDialog.cpp" line="441"/>
+        <location filename="../panels/SourceDialog.cpp" line="422"/>
+        <location filename="../panels/SourceDialog.cpp" line="443"/>
         <source>Microphone:</source>
         <translation>麦克风：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="421"/>
-        <location filename="../panels/SourceDialog.cpp" line="442"/>
+        <location filename="../panels/SourceDialog.cpp" line="423"/>
+        <location filename="../panels/SourceDialog.cpp" line="444"/>
         <source>Microphone</source>
         <translation>麦克风</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="443"/>
-        <location filename="../panels/SourceDialog.cpp" line="444"/>
+        <location filename="../panels/SourceDialog.cpp" line="445"/>
+        <location filename="../panels/SourceDialog.cpp" line="446"/>
         <source>Refresh devices</source>
         <translation>刷新设备</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="445"/>
+        <location filename="../panels/SourceDialog.cpp" line="447"/>
         <source>OK</source>
         <translation>确定</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="446"/>
+        <location filename="../panels/SourceDialog.cpp" line="448"/>
         <source>Cancel</source>
         <translation>取消</translation>
     </message>
@@ -3231,74 +3256,74 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::StreamTargetDialog</name>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="28"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="29"/>
         <source>Stream target</source>
         <translation>推流目标</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="32"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="33"/>
         <source>Target kind</source>
         <translation>目标类型</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="35"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="36"/>
         <source>Server URL</source>
         <translation>服务器地址</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="39"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="40"/>
         <source>Stream key</source>
         <translation>推流密钥</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="40"/>
-        <location filename="../panels/StreamTargetDialog.cpp" line="45"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="41"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="46"/>
         <source>Show</source>
         <translation>显示</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="42"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="43"/>
         <source>Show the stream key</source>
         <translation>显示推流密钥</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="45"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="46"/>
         <source>Hide</source>
         <translation>隐藏</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="47"/>
-        <location filename="../panels/StreamTargetDialog.cpp" line="49"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="48"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="50"/>
         <source>Use this target</source>
         <translation>使用此目标</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="58"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="59"/>
         <source>OK</source>
         <translation>确定</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="60"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="61"/>
         <source>Cancel</source>
         <translation>取消</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="63"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="64"/>
         <source>Kind:</source>
         <translation>类型：</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="64"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="65"/>
         <source>Server:</source>
         <translation>服务器：</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="65"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="66"/>
         <source>Stream key:</source>
         <translation>推流密钥：</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="88"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="89"/>
         <source>Enter a server URL such as rtmp://host/app or srt://host:port.</source>
         <translation>请填写服务器地址，例如 rtmp://host/app 或 srt://host:port。</translation>
     </message>
@@ -3306,297 +3331,297 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::TextEffectDialog</name>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="58"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="59"/>
         <source>A text holds at most %1 characters: %2 characters were left out.</source>
         <translation>文本最多 %1 个字符：有 %2 个字符未被保留。</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="337"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="338"/>
         <source>Text Color</source>
         <translation>文字颜色</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="342"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="343"/>
         <source>Background Color</source>
         <translation>背景颜色</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="347"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="348"/>
         <source>Shadow Color</source>
         <translation>阴影颜色</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="352"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="353"/>
         <source>Outline Color</source>
         <translation>描边颜色</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="396"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="397"/>
         <source>Text Effects</source>
         <translation>文字效果</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="397"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="398"/>
         <source>Type the text to show on the program</source>
         <translation>输入要在节目上显示的文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="398"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="399"/>
         <source>Overlay text</source>
         <translation>叠加文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="399"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="400"/>
         <source>X:</source>
         <translation>X：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="400"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="401"/>
         <source>Y:</source>
         <translation>Y：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="401"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="402"/>
         <source>Text X</source>
         <translation>文字 X</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="402"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="403"/>
         <source>Text Y</source>
         <translation>文字 Y</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="403"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="404"/>
         <source>Position of the text&apos;s top-left corner in the 640 x 360 scene, whatever the output size.</source>
         <translation>文字左上角在 640 x 360 场景中的位置，与输出尺寸无关。</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="408"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="409"/>
         <source>Font Style</source>
         <translation>字体样式</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="413"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="414"/>
         <source>Font:</source>
         <translation>字体：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="414"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="415"/>
         <source>Size:</source>
         <translation>字号：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="415"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="416"/>
         <source>Font</source>
         <translation>字体</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="416"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="417"/>
         <source>Font size</source>
         <translation>字号</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="417"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="418"/>
         <source>Bold</source>
         <translation>粗体</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="418"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="419"/>
         <source>Italic</source>
         <translation>斜体</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="419"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="420"/>
         <source>Underline</source>
         <translation>下划线</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="420"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="421"/>
         <source>Strikeout</source>
         <translation>删除线</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="427"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="428"/>
         <source>Colors &amp; Effects</source>
         <translation>颜色与效果</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="428"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="429"/>
         <source>Text color:</source>
         <translation>文字颜色：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="429"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="430"/>
         <source>Text color</source>
         <translation>文字颜色</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="430"/>
         <location filename="../panels/TextEffectDialog.cpp" line="431"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="432"/>
         <source>Background</source>
         <translation>背景</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="432"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="433"/>
         <source>Background color</source>
         <translation>背景颜色</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="433"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="434"/>
         <source>Padding:</source>
         <translation>边距：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="434"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="435"/>
         <source>Background padding</source>
         <translation>背景边距</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="435"/>
         <location filename="../panels/TextEffectDialog.cpp" line="436"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="437"/>
         <source>Shadow</source>
         <translation>阴影</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="437"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="438"/>
         <source>Shadow color</source>
         <translation>阴影颜色</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="438"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="439"/>
         <source>Offset:</source>
         <translation>偏移：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="439"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="440"/>
         <source>Shadow offset X</source>
         <translation>阴影偏移 X</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="440"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="441"/>
         <source>Shadow offset Y</source>
         <translation>阴影偏移 Y</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="441"/>
         <location filename="../panels/TextEffectDialog.cpp" line="442"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="443"/>
         <source>Outline</source>
         <translation>描边</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="443"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="444"/>
         <source>Outline color</source>
         <translation>描边颜色</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="444"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="445"/>
         <source>Width:</source>
         <translation>宽度：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="445"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="446"/>
         <source>Outline width</source>
         <translation>描边宽度</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="446"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="447"/>
         <source>Opacity:</source>
         <translation>不透明度：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="447"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="448"/>
         <source>Opacity</source>
         <translation>不透明度</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="448"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="449"/>
         <source>Opacity value</source>
         <translation>不透明度数值</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="449"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="450"/>
         <source>In units of the 640 x 360 scene; scaled with the output.</source>
         <translation>以 640 x 360 场景为单位，随输出尺寸缩放。</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="455"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="456"/>
         <source>Scroll</source>
         <translation>滚动</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="456"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="457"/>
         <source>Enable</source>
         <translation>启用</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="457"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="458"/>
         <source>Scroll text</source>
         <translation>滚动文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="458"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="459"/>
         <source>Direction:</source>
         <translation>方向：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="459"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="460"/>
         <source>Passes:</source>
         <translation>次数：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="460"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="461"/>
         <source>Speed:</source>
         <translation>速度：</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="461"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="462"/>
         <source>None</source>
         <translation>无</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="462"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="463"/>
         <source>Left to Right</source>
         <translation>从左到右</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="463"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="464"/>
         <source>Right to Left</source>
         <translation>从右到左</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="464"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="465"/>
         <source>Scroll direction</source>
         <translation>滚动方向</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="465"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="466"/>
         <source>Scroll passes</source>
         <translation>滚动次数</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="467"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="468"/>
         <source>Number of complete passes. After the last pass, the text remains off-screen.</source>
         <translation>完整滚动的次数。最后一次滚动结束后，文字停留在画面之外。</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="468"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="469"/>
         <source>Scroll speed</source>
         <translation>滚动速度</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="469"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="470"/>
         <source>Scroll speed (higher is faster).</source>
         <translation>滚动速度（数值越大越快）。</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="471"/>
         <location filename="../panels/TextEffectDialog.cpp" line="472"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="473"/>
         <source>OK</source>
         <translation>确定</translation>
     </message>
     <message>
-        <location filename="../panels/TextEffectDialog.cpp" line="473"/>
         <location filename="../panels/TextEffectDialog.cpp" line="474"/>
+        <location filename="../panels/TextEffectDialog.cpp" line="475"/>
         <source>Cancel</source>
         <translation>取消</translation>
     </message>
@@ -3604,67 +3629,67 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::TextOverlayPanel</name>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="136"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="137"/>
         <source>(no text)</source>
         <translation>（无文字）</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="138"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="139"/>
         <source>  [schedule]</source>
         <translation>  [节目编排]</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="258"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="259"/>
         <source>Text Overlay</source>
         <translation>文字叠加</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="273"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="274"/>
         <source>Texts over the program (at most %1). Tick a text to show it; double-click it to edit.</source>
         <translation>叠加在节目上的文字（最多 %1 个）。勾选文字即显示；双击可编辑。</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="276"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="277"/>
         <source>Text overlays</source>
         <translation>文字叠加列表</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="277"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="278"/>
         <source>Add...</source>
         <translation>添加...</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="278"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="279"/>
         <source>Add Text</source>
         <translation>添加文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="279"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="280"/>
         <source>Edit...</source>
         <translation>编辑...</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="280"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="281"/>
         <source>Edit Text</source>
         <translation>编辑文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="281"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="282"/>
         <source>Duplicate</source>
         <translation>复制</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="282"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="283"/>
         <source>Duplicate Text</source>
         <translation>复制文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="283"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="284"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="284"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="285"/>
         <source>Remove Text</source>
         <translation>删除文字</translation>
     </message>
@@ -3672,22 +3697,22 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::TextPreviewWidget</name>
     <message>
-        <location filename="../panels/TextPreviewWidget.cpp" line="333"/>
+        <location filename="../panels/TextPreviewWidget.cpp" line="334"/>
         <source>Text preview</source>
         <translation>文字预览</translation>
     </message>
     <message>
-        <location filename="../panels/TextPreviewWidget.cpp" line="334"/>
+        <location filename="../panels/TextPreviewWidget.cpp" line="335"/>
         <source>Drag the text to place it on the program.</source>
         <translation>拖动文字以确定其在节目上的位置。</translation>
     </message>
     <message>
-        <location filename="../panels/TextPreviewWidget.cpp" line="335"/>
+        <location filename="../panels/TextPreviewWidget.cpp" line="336"/>
         <source>Text position</source>
         <translation>文字位置</translation>
     </message>
     <message>
-        <location filename="../panels/TextPreviewWidget.cpp" line="342"/>
+        <location filename="../panels/TextPreviewWidget.cpp" line="343"/>
         <source>X:%1 Y:%2</source>
         <translation>X:%1 Y:%2</translation>
     </message>

@@ -1,10 +1,14 @@
-// The system's capture devices, displays and windows as the engine offers them to the faces, and
-// the address check, on behalf of Engine's static interface.
+// The system's capture devices, displays, windows and speakers as the faces list them, and the
+// check of a typed address.
 
-#include "engine/Engine.h"
+#include "engine/CaptureSources.h"
+
 #include "engine/SourceChecks.h"
 #include "input/CaptureDevices.h"
 #include "input/ScreenCapture.h"
+
+#include <QAudioDevice>
+#include <QMediaDevices>
 
 namespace selvane {
 
@@ -20,22 +24,22 @@ QList<CaptureDevice> toCaptureDevices(const QList<ListedDevice> &listed)
 
 } // namespace
 
-QList<CaptureDevice> Engine::cameras()
+QList<CaptureDevice> CaptureSources::cameras()
 {
     return toCaptureDevices(listCameras());
 }
 
-QList<CaptureDevice> Engine::microphones()
+QList<CaptureDevice> CaptureSources::microphones()
 {
     return toCaptureDevices(listMicrophones());
 }
 
-bool Engine::hasCaptureDisplay()
+bool CaptureSources::hasCaptureDisplay()
 {
     return selvane::hasCaptureDisplay();
 }
 
-QList<CaptureTarget> Engine::displays()
+QList<CaptureTarget> CaptureSources::displays()
 {
     QList<CaptureTarget> targets;
     for (const CaptureMonitor &monitor : listCaptureMonitors()) {
@@ -48,7 +52,7 @@ QList<CaptureTarget> Engine::displays()
     return targets;
 }
 
-QList<CaptureTarget> Engine::windows()
+QList<CaptureTarget> CaptureSources::windows()
 {
     QList<CaptureTarget> targets;
     for (const CaptureWindow &window : listCaptureWindows()) {
@@ -62,14 +66,23 @@ QList<CaptureTarget> Engine::windows()
     return targets;
 }
 
-QImage Engine::captureStill(const QString &address, QSize fit)
+QImage CaptureSources::captureStill(const QString &address, QSize fit)
 {
     return grabStill(address, fit);
 }
 
-Problem Engine::checkSourceAddress(const QString &typed)
+Problem CaptureSources::checkAddress(const QString &typed)
 {
     return selvane::checkSourceAddress(typed);
+}
+
+QList<AudioOutputDevice> CaptureSources::audioOutputs()
+{
+    QList<AudioOutputDevice> devices;
+    const QAudioDevice preferred = QMediaDevices::defaultAudioOutput();
+    for (const QAudioDevice &device : QMediaDevices::audioOutputs())
+        devices << AudioOutputDevice{device.id(), device.description(), device == preferred};
+    return devices;
 }
 
 } // namespace selvane

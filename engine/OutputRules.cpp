@@ -1,12 +1,13 @@
 // The checks made before outputs start, apart from the rest of the engine: they need no running
 // engine, and the command line reader (and its fuzzer) link them alone.
 
-#include "engine/Engine.h"
+#include "engine/OutputRules.h"
+
 #include "output/VideoEncoderChoice.h"
 
 namespace selvane {
 
-StreamTarget Engine::parseStreamTarget(const QString &text)
+StreamTarget OutputRules::parseStreamTarget(const QString &text)
 {
     return selvane::parseStreamTarget(text);
 }
@@ -34,7 +35,7 @@ ProblemKind kindOf(OutputProblem problem)
 
 } // namespace
 
-Engine::EightKRules Engine::eightKRules(const OutputSettings &settings, QSize programSize)
+OutputRules::EightKRules OutputRules::eightKRules(const OutputSettings &settings, QSize programSize)
 {
     const QSize size = settings.size.explicitSize ? settings.size.size : programSize;
     EightKRules rules;
@@ -46,7 +47,7 @@ Engine::EightKRules Engine::eightKRules(const OutputSettings &settings, QSize pr
     return rules;
 }
 
-Problem Engine::checkOutputSettings(const OutputSettings &settings, QSize programSize)
+Problem OutputRules::check(const OutputSettings &settings, QSize programSize)
 {
     const EncoderSettings &encoder = settings.encoder;
     if (!settings.hasDestination())

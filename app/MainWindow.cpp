@@ -21,6 +21,7 @@
 #include "panels/ProxyDialog.h"
 #include "panels/ScheduleWindow.h"
 #include "panels/SourceDialog.h"
+#include "panels/StatusPanel.h"
 #include "panels/TextOverlayPanel.h"
 #include "show/ShowLoader.h"
 
@@ -34,7 +35,6 @@
 #include <QDir>
 #include <QDockWidget>
 #include <QEvent>
-#include <QEventLoop>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHBoxLayout>
@@ -53,31 +53,15 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
-#ifndef _WIN32
-#include <sys/resource.h>
-#endif
-
 using namespace selvane;
 
 namespace {
 
 constexpr int kProgramStream = 0;
 constexpr int kStatsIntervalMs = 40; // meters at 25 updates a second
+constexpr int kCloseWaitMs = 15000;  // the longest a close waits for the outputs' trailers
 constexpr int kThumbnailsPerSecond = 15;
 const QSize kThumbnailSize(256, 144);
-
-qint64 processCpuUs()
-{
-#ifndef _WIN32
-    rusage usage{};
-    if (getrusage(RUSAGE_SELF, &usage) != 0)
-        return -1;
-    return (qint64(usage.ru_utime.tv_sec) + usage.ru_stime.tv_sec) * 1000000 +
-           usage.ru_utime.tv_usec + usage.ru_stime.tv_usec;
-#else
-    return -1;
-#endif
-}
 
 } // namespace
 
@@ -446,22 +430,8 @@ bool MainWindow::exportDrawingTo(const QString &path)
 
 void MainWindow::createStatusBar()
 {
-    auto makeLabel = [this](const char *name) {
-        auto *label = new QLabel(this);
-        label->setObjectName(name);
-        statusBar()->addPermanentWidget(label);
-        return label;
-    };
-    m_chips = new QWidget(this);
-    m_chips->setObjectName("targetChips");
-    auto *chipLayout = new QHBoxLayout(m_chips);
-    chipLayout->setContentsMargins(0, 0, 0, 0);
-    chipLayout->setSpacing(4);
-    statusBar()->addPermanentWidget(m_chips);
-    m_fpsLabel = makeLabel("statusFps");
-    m_dropsLabel = makeLabel("statusDrops");
-    m_cpuLabel = makeLabel("statusCpu");
-    m_bitrateLabel = makeLabel("statusBitrate");
+    m_status = new StatusPanel(this);
+    statusBar()->addPermanentWidget(m_status);
 
     // A newer version is looked for once, when the window starts, where the settings say.
     const QString manifest =
@@ -564,11 +534,6 @@ void MainWindow::retranslateUi()
         m_docks[i]->setWindowTitle(dockTitle(static_cast<DockId>(i)));
         m_docks[i]->setAccessibleName(dockTitle(static_cast<DockId>(i)));
     }
-    m_fpsLabel->setAccessibleName(tr("Program frame rate"));
-    m_dropsLabel->setAccessibleName(tr("Dropped frames"));
-    m_cpuLabel->setAccessibleName(tr("CPU use"));
-    m_bitrateLabel->setAccessibleName(tr("Output bitrate"));
-    m_chips->setAccessibleName(tr("Stream target status"));
     refreshStats();
 }
 
@@ -603,49 +568,7 @@ void MainWindow::refreshStats()
     m_imagePanel->showProgram(stats.program);
     m_outputStatus->showStats(stats.output, stats.program.size, stats.program.fps);
     if (tick % 24 == 0)
-        showStatusBar(stats);
-}
-
-void MainWindow::showStatusBar(const EngineStats &stats)
-{
-    const qint64 cpuUs = processCpuUs();
-    const qint64 atMs = QDateTime::currentMSecsSinceEpoch();
-    if (cpuUs >= 0 && m_lastCpuUs >= 0 && atMs > m_lastCpuAtMs)
-        m_cpuPercent = (cpuUs - m_lastCpuUs) / 10.0 / double(atMs - m_lastCpuAtMs);
-    m_lastCpuUs = cpuUs;
-    m_lastCpuAtMs = atMs;
-
-    qint64 decoderDrops = 0;
-    for (const ChannelStats &channel : stats.channels)
-        decoderDrops += channel.framesDropped;
-    m_fpsLabel->setText(tr("%1 fps").arg(stats.program.fps, 0, 'f', 1));
-    m_dropsLabel->setText(
-        tr("dropped: decoders %1, encoder %2").arg(decoderDrops).arg(stats.output.encoderDrops));
-    m_cpuLabel->setText(cpuUs >= 0 ? tr("CPU %1 %").arg(qRound(m_cpuPercent)) : tr("CPU –"));
-    m_bitrateLabel->setText(stats.output.running ? tr("%1 kbit/s").arg(qRound(stats.output.kbps))
-                                                 : tr("outputs off"));
-
-    const QList<TargetStats> &targets = stats.output.targets;
-    while (m_chipLabels.size() < targets.size()) {
-        auto *chip = new QLabel(m_chips);
-        chip->setObjectName("statusChip");
-        m_chips->layout()->addWidget(chip);
-        m_chipLabels << chip;
-    }
-    for (int i = 0; i < m_chipLabels.size(); ++i) {
-        QLabel *chip = m_chipLabels[i];
-        chip->setVisible(i < targets.size());
-        if (i >= targets.size())
-            continue;
-        const QString colour = OutputStatusView::statusColour(targets[i].status);
-        chip->setText(QStringLiteral("<span style='color:%1'>●</span> %2 %3")
-                          .arg(colour)
-                          .arg(i + 1)
-                          .arg(OutputStatusView::statusWord(targets[i].status)));
-        chip->setToolTip(targets[i].url);
-        chip->setAccessibleName(
-            tr("Target %1: %2").arg(i + 1).arg(OutputStatusView::statusWord(targets[i].status)));
-    }
+        m_status->showStats(stats);
 }
 
 // ---- sources and cuts ----
@@ -724,20 +647,6 @@ void MainWindow::stopOutputs()
     }
 }
 
-void MainWindow::stopOutputsAndWait(int limitMs)
-{
-    if (!m_engine->outputsActive())
-        return;
-    QEventLoop wait;
-    connect(m_engine, &Engine::outputsStopped, &wait, &QEventLoop::quit);
-    connect(m_engine, &Engine::outputsFailed, &wait, &QEventLoop::quit);
-    QTimer::singleShot(limitMs, &wait, &QEventLoop::quit);
-    m_engine->stopOutputs();
-    if (m_engine->outputsActive())
-        wait.exec();
-    m_outputPanel->setOutputsRunning(false);
-}
-
 bool MainWindow::loadShow(const ShowOptions &show, bool startOutputs, QString *error)
 {
     QStringList warnings;
@@ -778,7 +687,7 @@ void MainWindow::closeForShutdown()
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
-    if (m_engine->outputsActive() && !m_closingForShutdown) {
+    if (m_engine->outputsActive() && !m_closingForShutdown && !m_closeWhenStopped) {
         const auto answer = QMessageBox::question(
             this, tr("Outputs are running"),
             tr("Recording or streaming is running. Stop the outputs and close Selvane?"),
@@ -788,11 +697,29 @@ void MainWindow::closeEvent(QCloseEvent *event)
             return;
         }
     }
-    StoredSettings settings;
-    settings.setValue("window/geometry", saveGeometry());
-    settings.setValue("window/state", saveState());
-    // Trailers are written before the window goes: the files stay playable.
-    stopOutputsAndWait(15000);
+    if (!m_closeWhenStopped) {
+        m_closeWhenStopped = true;
+        StoredSettings settings;
+        settings.setValue("window/geometry", saveGeometry());
+        settings.setValue("window/state", saveState());
+        // Trailers are written before the window goes, so that the files stay playable: the
+        // window closes again once the outputs have stopped, or after kCloseWaitMs whatever
+        // they do, and the event loop runs on meanwhile.
+        if (m_engine->outputsActive()) {
+            connect(m_engine, &Engine::outputsStopped, this, &QWidget::close, Qt::QueuedConnection);
+            connect(m_engine, &Engine::outputsFailed, this, &QWidget::close, Qt::QueuedConnection);
+            QTimer::singleShot(kCloseWaitMs, this, [this] {
+                m_closeWaitOver = true;
+                close();
+            });
+            m_engine->stopOutputs();
+        }
+    }
+    if (m_engine->outputsActive() && !m_closeWaitOver) {
+        event->ignore();
+        return;
+    }
+    m_outputPanel->setOutputsRunning(false);
     event->accept();
 }
 

@@ -2,10 +2,10 @@
 
 // The mixer window: the program preview in the centre with the four channel panels under it,
 // the panels as docks around it (output settings, output status, audio mixer), a status bar,
-// and the menus. It wires the panels to the engine and decides what the window itself decides:
-// the language, the layout, the checks before a source is accepted and before outputs start
-// (each refusal a warning box titled "Output"), and a clean end of the outputs when it closes.
-// Media behaviour lives in the engine.
+// and the menus. It builds them and wires them to the engine; what it decides is the window's
+// own: the language, the layout, and a close that waits (without blocking) for the outputs'
+// trailers. The engine decides everything about media and says why it refuses; the window shows
+// its words (an output refusal in a box titled "Output").
 //
 // Owns: the engine, the preview scaler, every panel. GUI thread only. Emits
 // programArrangementRunningChanged when the schedule starts or stops.
@@ -23,6 +23,7 @@ class ImagePlaybackPanel;
 class MediaOverlayPanel;
 class PreviewCanvas;
 class ScheduleWindow;
+class StatusPanel;
 class Engine;
 class OutputSettingsPanel;
 class OutputStatusView;
@@ -116,15 +117,15 @@ private:
     void refreshStats();
     // What the mouse does on the program preview: draw, move overlay frames, or nothing.
     void updateCanvas();
-    void showStatusBar(const selvane::EngineStats &stats);
     bool startOutputsWith(const selvane::OutputSettings &settings, bool fromPanel);
     void refuse(const QString &text);
     // Stops the outputs and waits (at most `limitMs`) until their files are closed.
-    void stopOutputsAndWait(int limitMs);
     static QString dockTitle(DockId id);
 
     bool m_chinese = false;
     bool m_closingForShutdown = false;
+    bool m_closeWhenStopped = false; // a close waits for the outputs to stop
+    bool m_closeWaitOver = false;
     selvane::Engine *m_engine = nullptr;
     selvane::PreviewImages *m_previews = nullptr;
     selvane::ProgramPreview *m_preview = nullptr;
@@ -142,15 +143,7 @@ private:
     QTimer *m_statsTimer = nullptr;
     int m_statsTicks = 0;
     int m_recordingFailures = 0;
-    qint64 m_lastCpuUs = -1;
-    qint64 m_lastCpuAtMs = 0;
-    double m_cpuPercent = 0;
-    QLabel *m_fpsLabel = nullptr;
-    QLabel *m_dropsLabel = nullptr;
-    QLabel *m_cpuLabel = nullptr;
-    QLabel *m_bitrateLabel = nullptr;
-    QWidget *m_chips = nullptr;
-    QList<QLabel *> m_chipLabels;
+    selvane::StatusPanel *m_status = nullptr;
 
     QMenu *m_fileMenu = nullptr;
     QMenu *m_viewMenu = nullptr;

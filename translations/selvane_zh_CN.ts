@@ -27,160 +27,135 @@
 <context>
     <name>MainWindow</name>
     <message>
-        <location filename="../app/MainWindow.cpp" line="214"/>
+        <location filename="../app/MainWindow.cpp" line="198"/>
         <source>Channel %1: %2</source>
         <translation>通道 %1：%2</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="421"/>
-        <location filename="../app/MainWindow.cpp" line="427"/>
-        <location filename="../app/MainWindow.cpp" line="439"/>
+        <location filename="../app/MainWindow.cpp" line="405"/>
+        <location filename="../app/MainWindow.cpp" line="411"/>
+        <location filename="../app/MainWindow.cpp" line="423"/>
         <source>Export Drawing</source>
         <translation>导出涂鸦</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="422"/>
+        <location filename="../app/MainWindow.cpp" line="406"/>
         <source>There is no drawing to export yet. Draw on the program preview with View -&gt; Drawing Tools.</source>
         <translation>还没有可导出的涂鸦。请通过“视图 -&gt; 涂鸦工具”在节目预览上绘制。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="428"/>
+        <location filename="../app/MainWindow.cpp" line="412"/>
         <source>PNG image (*.png)</source>
         <translation>PNG 图片 (*.png)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="440"/>
+        <location filename="../app/MainWindow.cpp" line="424"/>
         <source>Unable to write the file.</source>
         <translation>无法写入文件。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="443"/>
+        <location filename="../app/MainWindow.cpp" line="427"/>
         <source>Drawing exported to %1</source>
         <translation>涂鸦已导出到 %1</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="483"/>
+        <location filename="../app/MainWindow.cpp" line="453"/>
         <source>Output Settings</source>
         <translation>输出设置</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="485"/>
+        <location filename="../app/MainWindow.cpp" line="455"/>
         <source>Output Preview</source>
         <translation>输出预览</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="487"/>
+        <location filename="../app/MainWindow.cpp" line="457"/>
         <source>Audio Mixer</source>
         <translation>混音器</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="489"/>
+        <location filename="../app/MainWindow.cpp" line="459"/>
         <source>Text Overlay</source>
         <translation>文字叠加</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="491"/>
+        <location filename="../app/MainWindow.cpp" line="461"/>
         <source>Video Overlay</source>
         <translation>视频叠加</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="493"/>
+        <location filename="../app/MainWindow.cpp" line="463"/>
         <source>Image Playback</source>
         <translation>图片播放</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="547"/>
+        <location filename="../app/MainWindow.cpp" line="517"/>
         <source>&amp;File</source>
         <translation>文件(&amp;F)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="548"/>
+        <location filename="../app/MainWindow.cpp" line="518"/>
         <source>Export Drawing...</source>
         <translation>导出涂鸦...</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="549"/>
+        <location filename="../app/MainWindow.cpp" line="519"/>
         <source>Open Output Folder</source>
         <translation>打开输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="550"/>
+        <location filename="../app/MainWindow.cpp" line="520"/>
         <source>E&amp;xit</source>
         <translation>退出(&amp;X)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="551"/>
+        <location filename="../app/MainWindow.cpp" line="521"/>
         <source>&amp;View</source>
         <translation>视图(&amp;V)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="552"/>
+        <location filename="../app/MainWindow.cpp" line="522"/>
         <source>Drawing Tools</source>
         <translation>绘图工具</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="553"/>
+        <location filename="../app/MainWindow.cpp" line="523"/>
         <source>Reset Workspace Layout</source>
         <translation>重置工作区布局</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="554"/>
+        <location filename="../app/MainWindow.cpp" line="524"/>
         <source>&amp;Tools</source>
         <translation>工具(&amp;T)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="555"/>
+        <location filename="../app/MainWindow.cpp" line="525"/>
         <source>Program Scheduling...</source>
         <translation>节目编排...</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="556"/>
+        <location filename="../app/MainWindow.cpp" line="526"/>
         <source>Network Proxy...</source>
         <translation>网络代理...</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="557"/>
+        <location filename="../app/MainWindow.cpp" line="527"/>
         <source>&amp;Help</source>
         <translation>帮助(&amp;H)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="558"/>
+        <location filename="../app/MainWindow.cpp" line="528"/>
         <source>Language</source>
         <translation>语言</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="561"/>
-        <location filename="../app/MainWindow.cpp" line="809"/>
+        <location filename="../app/MainWindow.cpp" line="531"/>
+        <location filename="../app/MainWindow.cpp" line="736"/>
         <source>About Selvane</source>
         <translation>关于 Selvane</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="567"/>
-        <source>Program frame rate</source>
-        <translation>节目帧率</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="568"/>
-        <source>Dropped frames</source>
-        <translation>丢帧</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="569"/>
-        <source>CPU use</source>
-        <translation>CPU 占用</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="570"/>
-        <source>Output bitrate</source>
-        <translation>输出码率</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="571"/>
-        <source>Stream target status</source>
-        <translation>推流目标状态</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="598"/>
+        <location filename="../app/MainWindow.cpp" line="563"/>
         <source>The recording failed: %1
 
 The streams go on. A new file is tried every second and the recording goes on there as soon as writing works.</source>
@@ -189,77 +164,42 @@ The streams go on. A new file is tried every second and the recording goes on th
 推流继续进行。每秒会尝试一个新文件，一旦可以写入，录制就在新文件中继续。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="621"/>
-        <source>%1 fps</source>
-        <translation>%1 帧/秒</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="623"/>
-        <source>dropped: decoders %1, encoder %2</source>
-        <translation>丢帧：解码 %1，编码 %2</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="624"/>
-        <source>CPU %1 %</source>
-        <translation>CPU %1 %</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="624"/>
-        <source>CPU –</source>
-        <translation>CPU –</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="625"/>
-        <source>%1 kbit/s</source>
-        <translation>%1 kbit/s</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="626"/>
-        <source>outputs off</source>
-        <translation>输出未开启</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="647"/>
-        <source>Target %1: %2</source>
-        <translation>目标 %1：%2</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="664"/>
+        <location filename="../app/MainWindow.cpp" line="587"/>
         <source>Source</source>
         <translation>输入源</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="682"/>
+        <location filename="../app/MainWindow.cpp" line="605"/>
         <source>Output</source>
         <translation>输出</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="702"/>
+        <location filename="../app/MainWindow.cpp" line="625"/>
         <source>Stream %1 expects a %2:// URL.</source>
         <translation>推流 %1 需要 %2:// 地址。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="783"/>
+        <location filename="../app/MainWindow.cpp" line="692"/>
         <source>Outputs are running</source>
         <translation>输出正在运行</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="784"/>
+        <location filename="../app/MainWindow.cpp" line="693"/>
         <source>Recording or streaming is running. Stop the outputs and close Selvane?</source>
         <translation>录制或推流正在进行。要停止输出并关闭 Selvane 吗？</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="804"/>
+        <location filename="../app/MainWindow.cpp" line="731"/>
         <source>Output Folder</source>
         <translation>输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="804"/>
+        <location filename="../app/MainWindow.cpp" line="731"/>
         <source>Unable to open the output folder.</source>
         <translation>无法打开输出文件夹。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="810"/>
+        <location filename="../app/MainWindow.cpp" line="737"/>
         <source>Selvane %1
 Live video mixer: four input channels, overlays, audio mixing, recording and live streaming.</source>
         <translation>Selvane %1
@@ -3251,6 +3191,69 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <location filename="../panels/SourceDialog.cpp" line="448"/>
         <source>Cancel</source>
         <translation>取消</translation>
+    </message>
+</context>
+<context>
+    <name>selvane::StatusPanel</name>
+    <message>
+        <location filename="../panels/StatusPanel.cpp" line="76"/>
+        <source>Program frame rate</source>
+        <translation>节目帧率</translation>
+    </message>
+    <message>
+        <location filename="../panels/StatusPanel.cpp" line="77"/>
+        <source>Dropped frames</source>
+        <translation>丢帧</translation>
+    </message>
+    <message>
+        <location filename="../panels/StatusPanel.cpp" line="78"/>
+        <source>CPU use</source>
+        <translation>CPU 占用</translation>
+    </message>
+    <message>
+        <location filename="../panels/StatusPanel.cpp" line="79"/>
+        <source>Output bitrate</source>
+        <translation>输出码率</translation>
+    </message>
+    <message>
+        <location filename="../panels/StatusPanel.cpp" line="80"/>
+        <source>Stream target status</source>
+        <translation>推流目标状态</translation>
+    </message>
+    <message>
+        <location filename="../panels/StatusPanel.cpp" line="95"/>
+        <source>%1 fps</source>
+        <translation>%1 帧/秒</translation>
+    </message>
+    <message>
+        <location filename="../panels/StatusPanel.cpp" line="97"/>
+        <source>dropped: decoders %1, encoder %2</source>
+        <translation>丢帧：解码 %1，编码 %2</translation>
+    </message>
+    <message>
+        <location filename="../panels/StatusPanel.cpp" line="98"/>
+        <source>CPU %1 %</source>
+        <translation>CPU %1 %</translation>
+    </message>
+    <message>
+        <location filename="../panels/StatusPanel.cpp" line="98"/>
+        <source>CPU –</source>
+        <translation>CPU –</translation>
+    </message>
+    <message>
+        <location filename="../panels/StatusPanel.cpp" line="99"/>
+        <source>%1 kbit/s</source>
+        <translation>%1 kbit/s</translation>
+    </message>
+    <message>
+        <location filename="../panels/StatusPanel.cpp" line="100"/>
+        <source>outputs off</source>
+        <translation>输出未开启</translation>
+    </message>
+    <message>
+        <location filename="../panels/StatusPanel.cpp" line="120"/>
+        <source>Target %1: %2</source>
+        <translation>目标 %1：%2</translation>
     </message>
 </context>
 <context>

@@ -45,7 +45,6 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSettings>
-#include <QShortcut>
 #include <QSplitter>
 #include <QStandardPaths>
 #include <QStatusBar>
@@ -144,7 +143,6 @@ void MainWindow::createCentralArea()
             m_engine->clearChannel(c);
             m_channels[std::size_t(c)]->setError({});
         });
-        connect(panel, &ChannelPanel::takeRequested, this, [this, c] { take(c); });
         connect(panel, &ChannelPanel::pauseRequested, this, [this, c](bool pause) {
             pause ? m_engine->pauseChannel(c) : m_engine->resumeChannel(c);
         });
@@ -152,9 +150,6 @@ void MainWindow::createCentralArea()
                 [this, c](bool loop) { m_engine->setChannelLoop(c, loop); });
         connect(panel, &ChannelPanel::seekRequested, this,
                 [this, c](qint64 ms) { m_engine->seekChannel(c, ms); });
-        // Keys 1-4 cut, as on a switcher's program row.
-        auto *cut = new QShortcut(QKeySequence(Qt::Key_1 + c), this);
-        connect(cut, &QShortcut::activated, this, [this, c] { take(c); });
     }
     // The operator's mouse on the program: overlay frames and the drawing tools.
     m_canvas = new PreviewCanvas(m_preview);
@@ -201,19 +196,12 @@ void MainWindow::connectEngine()
         for (int c = 0; c < kChannelCount; ++c)
             m_channels[std::size_t(c)]->setOnProgram(c == channel);
     });
-    connect(m_engine, &Engine::outputsStarted, this, [this](QSize) {
-        m_outputPanel->setOutputsRunning(true);
-        m_preview->setTally(true);
-    });
-    connect(m_engine, &Engine::outputsStopped, this, [this] {
-        m_outputPanel->setOutputsRunning(false);
-        m_preview->setTally(false);
-    });
+    connect(m_engine, &Engine::outputsStarted, this, [this](QSize) { showOutputsRunning(true); });
+    connect(m_engine, &Engine::outputsStopped, this, [this] { showOutputsRunning(false); });
     connect(m_engine, &Engine::outputsFailed, this, [this](const Problem &problem) {
         qWarning().noquote() << "programOutputTransportFailed:"
                              << problemText(problem, ProblemLanguage::English);
-        m_outputPanel->setOutputsRunning(false);
-        m_preview->setTally(false);
+        showOutputsRunning(false);
         refuse(problemText(problem));
     });
     connect(m_engine, &Engine::streamStatusChanged, this, [this](int index, const QString &status) {
@@ -229,6 +217,29 @@ void MainWindow::createMenus()
     m_exportDrawingAction = m_fileMenu->addAction(QString());
     m_openOutputFolderAction = m_fileMenu->addAction(QString());
     m_exitAction = m_fileMenu->addAction(QString());
+
+    // The program row: Take 1-4 (keys 1-4, as on a switcher's program row) and the outputs,
+    // one action each for the menu, the panels' buttons and the key.
+    m_programMenu = menuBar()->addMenu(QString());
+    for (int c = 0; c < kChannelCount; ++c) {
+        QAction *takeAction = m_programMenu->addAction(QString());
+        takeAction->setObjectName(QStringLiteral("take%1Action").arg(c + 1));
+        takeAction->setShortcut(QKeySequence(Qt::Key_1 + c));
+        connect(takeAction, &QAction::triggered, this, [this, c] { take(c); });
+        connect(m_channels[std::size_t(c)], &ChannelPanel::takeRequested, takeAction,
+                &QAction::trigger);
+        m_takeActions[std::size_t(c)] = takeAction;
+    }
+    m_programMenu->addSeparator();
+    m_startOutputsAction = m_programMenu->addAction(QString());
+    m_startOutputsAction->setObjectName("startOutputsAction");
+    m_startOutputsAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
+    connect(m_startOutputsAction, &QAction::triggered, this, &MainWindow::startOutputs);
+    m_stopOutputsAction = m_programMenu->addAction(QString());
+    m_stopOutputsAction->setObjectName("stopOutputsAction");
+    m_stopOutputsAction->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R));
+    m_stopOutputsAction->setEnabled(false);
+    connect(m_stopOutputsAction, &QAction::triggered, this, &MainWindow::stopOutputs);
 
     m_viewMenu = menuBar()->addMenu(QString());
     m_drawingToolsAction = m_viewMenu->addAction(QString());
@@ -283,10 +294,10 @@ void MainWindow::createDocks()
     m_mixerPanel = new AudioMixerPanel(m_engine, this);
     m_mediaPanel = new MediaOverlayPanel(m_engine, this);
     m_imagePanel = new ImagePlaybackPanel(m_engine, this);
-    connect(m_outputPanel, &OutputSettingsPanel::startOutputsRequested, this,
-            &MainWindow::startOutputs);
-    connect(m_outputPanel, &OutputSettingsPanel::stopOutputsRequested, this,
-            &MainWindow::stopOutputs);
+    connect(m_outputPanel, &OutputSettingsPanel::startOutputsRequested, m_startOutputsAction,
+            &QAction::trigger);
+    connect(m_outputPanel, &OutputSettingsPanel::stopOutputsRequested, m_stopOutputsAction,
+            &QAction::trigger);
     connect(m_outputPanel, &OutputSettingsPanel::programGainChanged, this,
             [this](float gain) { m_engine->setProgramGain(gain); });
     m_engine->setProgramGain(float(m_outputPanel->gainPercent() / 100.0));
@@ -515,6 +526,11 @@ void MainWindow::changeEvent(QEvent *event)
 void MainWindow::retranslateUi()
 {
     m_fileMenu->setTitle(tr("&File"));
+    m_programMenu->setTitle(tr("&Program"));
+    for (int c = 0; c < kChannelCount; ++c)
+        m_takeActions[std::size_t(c)]->setText(tr("Take Channel %1").arg(c + 1));
+    m_startOutputsAction->setText(tr("Start Outputs"));
+    m_stopOutputsAction->setText(tr("Stop Outputs"));
     m_exportDrawingAction->setText(tr("Export Drawing..."));
     m_openOutputFolderAction->setText(tr("Open Output Folder"));
     m_exitAction->setText(tr("E&xit"));
@@ -634,17 +650,23 @@ bool MainWindow::startOutputsWith(const OutputSettings &requested, bool fromPane
         refuse(problemText(problem));
         return false;
     }
-    m_outputPanel->setOutputsRunning(true);
+    showOutputsRunning(true);
     return true;
 }
 
 void MainWindow::stopOutputs()
 {
     m_engine->stopOutputs();
-    if (!m_engine->outputsActive()) {
-        m_outputPanel->setOutputsRunning(false);
-        m_preview->setTally(false);
-    }
+    if (!m_engine->outputsActive())
+        showOutputsRunning(false);
+}
+
+void MainWindow::showOutputsRunning(bool running)
+{
+    m_outputPanel->setOutputsRunning(running);
+    m_preview->setTally(running);
+    m_startOutputsAction->setEnabled(!running);
+    m_stopOutputsAction->setEnabled(running);
 }
 
 bool MainWindow::loadShow(const ShowOptions &show, bool startOutputs, QString *error)
@@ -719,7 +741,7 @@ void MainWindow::closeEvent(QCloseEvent *event)
         event->ignore();
         return;
     }
-    m_outputPanel->setOutputsRunning(false);
+    showOutputsRunning(false);
     event->accept();
 }
 

@@ -96,6 +96,8 @@ public slots:
     // The Start button: the checks, then the engine. False when refused (a box said why).
     bool startOutputs();
     void stopOutputs();
+    // The panel's buttons, the tally and the Start/Stop actions follow the outputs.
+    void showOutputsRunning(bool running);
     // The Choose Source button of a channel (0..3): the source dialog, the guard, the engine.
     void chooseSource(int channel);
     void take(int channel);
@@ -146,6 +148,10 @@ private:
     selvane::StatusPanel *m_status = nullptr;
 
     QMenu *m_fileMenu = nullptr;
+    QMenu *m_programMenu = nullptr;
+    std::array<QAction *, 4> m_takeActions{};
+    QAction *m_startOutputsAction = nullptr;
+    QAction *m_stopOutputsAction = nullptr;
     QMenu *m_viewMenu = nullptr;
     QMenu *m_toolsMenu = nullptr;
     QMenu *m_helpMenu = nullptr;

@@ -29,6 +29,7 @@
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTimer>
+#include <QAction>
 #include <QtTest>
 #include <cstdlib>
 
@@ -101,15 +102,17 @@ private slots:
         QVERIFY(w.windowState() & Qt::WindowMaximized);
         QVERIFY(w.centralWidget());
         const QList<QMenu *> menus = topMenus(w);
-        QCOMPARE(menus.size(), 4);
-        QCOMPARE(menuTexts(menus[3]->actions()[0]->menu()), QStringList({"English", "中文"}));
+        QCOMPARE(menus.size(), 5);
+        QCOMPARE(menuTexts(menus[4]->actions()[0]->menu()), QStringList({"English", "中文"}));
         QCOMPARE(w.findChildren<QDockWidget *>().size(), 6);
         for (int i = 0; i < MainWindow::DockCount; ++i)
             QVERIFY(!w.dock(static_cast<MainWindow::DockId>(i))->windowTitle().isEmpty());
-        // What is not built yet is not offered: no disabled placeholders.
+        // What is not built yet is not offered: no disabled placeholders (Stop Outputs waits
+        // for outputs to stop).
         for (QMenu *menu : menus)
             for (QAction *action : menu->actions())
-                QVERIFY(!action->isVisible() || action->isEnabled());
+                QVERIFY(!action->isVisible() || action->isEnabled() ||
+                        action->objectName() == "stopOutputsAction");
         // Automation finds every channel and its buttons by fixed names.
         for (int c = 0; c < 4; ++c) {
             QWidget *panel = named<QWidget>(&w, QString("Channel %1").arg(c + 1));
@@ -245,12 +248,21 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(w.engine()->stats().output.running, 10000);
         QTRY_VERIFY_WITH_TIMEOUT(w.programPreview()->tally(), 2000);
         QTRY_VERIFY_WITH_TIMEOUT(w.programPreview()->hasSignal(), 5000);
+        // The button, the key and the Program menu are one action each, which follows the
+        // outputs.
+        auto *startAction = w.findChild<QAction *>("startOutputsAction");
+        auto *stopAction = w.findChild<QAction *>("stopOutputsAction");
+        QVERIFY(startAction && stopAction && !startAction->isEnabled() && stopAction->isEnabled());
+        auto *take2 = w.findChild<QAction *>("take2Action");
+        QVERIFY(take2 && take2->shortcut() == QKeySequence(Qt::Key_2));
+        QSignalSpy takes(take2, &QAction::triggered);
         QTest::qWait(2500);
 
         w.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&w));
         QTest::keyClick(&w, Qt::Key_2);
         QVERIFY(w.channelPanel(1)->isOnProgram());
+        QCOMPARE(takes.count(), 1);
         QTest::qWait(2500);
         qInfo("program preview: %lld pictures painted, %.0f us each on the window thread",
               w.programPreview()->paintedFrames(), w.programPreview()->averagePaintUs());
@@ -258,6 +270,7 @@ private slots:
         QTest::mouseClick(named<QPushButton>(w.outputPanel(), "Stop Outputs"), Qt::LeftButton);
         QVERIFY(stopped.wait(15000));
         QVERIFY(!w.programPreview()->tally());
+        QVERIFY(startAction->isEnabled() && !stopAction->isEnabled());
 
         const QString written = w.engine()->stats().output.file.path.isEmpty()
                                     ? file

@@ -27,135 +27,155 @@
 <context>
     <name>MainWindow</name>
     <message>
-        <location filename="../app/MainWindow.cpp" line="198"/>
+        <location filename="../app/MainWindow.cpp" line="193"/>
         <source>Channel %1: %2</source>
         <translation>通道 %1：%2</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="405"/>
-        <location filename="../app/MainWindow.cpp" line="411"/>
-        <location filename="../app/MainWindow.cpp" line="423"/>
+        <location filename="../app/MainWindow.cpp" line="416"/>
+        <location filename="../app/MainWindow.cpp" line="422"/>
+        <location filename="../app/MainWindow.cpp" line="434"/>
         <source>Export Drawing</source>
         <translation>导出涂鸦</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="406"/>
+        <location filename="../app/MainWindow.cpp" line="417"/>
         <source>There is no drawing to export yet. Draw on the program preview with View -&gt; Drawing Tools.</source>
         <translation>还没有可导出的涂鸦。请通过“视图 -&gt; 涂鸦工具”在节目预览上绘制。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="412"/>
+        <location filename="../app/MainWindow.cpp" line="423"/>
         <source>PNG image (*.png)</source>
         <translation>PNG 图片 (*.png)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="424"/>
+        <location filename="../app/MainWindow.cpp" line="435"/>
         <source>Unable to write the file.</source>
         <translation>无法写入文件。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="427"/>
+        <location filename="../app/MainWindow.cpp" line="438"/>
         <source>Drawing exported to %1</source>
         <translation>涂鸦已导出到 %1</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="453"/>
+        <location filename="../app/MainWindow.cpp" line="464"/>
         <source>Output Settings</source>
         <translation>输出设置</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="455"/>
+        <location filename="../app/MainWindow.cpp" line="466"/>
         <source>Output Preview</source>
         <translation>输出预览</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="457"/>
+        <location filename="../app/MainWindow.cpp" line="468"/>
         <source>Audio Mixer</source>
         <translation>混音器</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="459"/>
+        <location filename="../app/MainWindow.cpp" line="470"/>
         <source>Text Overlay</source>
         <translation>文字叠加</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="461"/>
+        <location filename="../app/MainWindow.cpp" line="472"/>
         <source>Video Overlay</source>
         <translation>视频叠加</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="463"/>
+        <location filename="../app/MainWindow.cpp" line="474"/>
         <source>Image Playback</source>
         <translation>图片播放</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="517"/>
+        <location filename="../app/MainWindow.cpp" line="528"/>
         <source>&amp;File</source>
         <translation>文件(&amp;F)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="518"/>
+        <location filename="../app/MainWindow.cpp" line="529"/>
+        <source>&amp;Program</source>
+        <translation>节目(&amp;P)</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="531"/>
+        <source>Take Channel %1</source>
+        <translation>切换到通道 %1</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="532"/>
+        <source>Start Outputs</source>
+        <translation>开始输出</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="533"/>
+        <source>Stop Outputs</source>
+        <translation>停止输出</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="534"/>
         <source>Export Drawing...</source>
         <translation>导出涂鸦...</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="519"/>
+        <location filename="../app/MainWindow.cpp" line="535"/>
         <source>Open Output Folder</source>
         <translation>打开输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="520"/>
+        <location filename="../app/MainWindow.cpp" line="536"/>
         <source>E&amp;xit</source>
         <translation>退出(&amp;X)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="521"/>
+        <location filename="../app/MainWindow.cpp" line="537"/>
         <source>&amp;View</source>
         <translation>视图(&amp;V)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="522"/>
+        <location filename="../app/MainWindow.cpp" line="538"/>
         <source>Drawing Tools</source>
         <translation>绘图工具</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="523"/>
+        <location filename="../app/MainWindow.cpp" line="539"/>
         <source>Reset Workspace Layout</source>
         <translation>重置工作区布局</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="524"/>
+        <location filename="../app/MainWindow.cpp" line="540"/>
         <source>&amp;Tools</source>
         <translation>工具(&amp;T)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="525"/>
+        <location filename="../app/MainWindow.cpp" line="541"/>
         <source>Program Scheduling...</source>
         <translation>节目编排...</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="526"/>
+        <location filename="../app/MainWindow.cpp" line="542"/>
         <source>Network Proxy...</source>
         <translation>网络代理...</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="527"/>
+        <location filename="../app/MainWindow.cpp" line="543"/>
         <source>&amp;Help</source>
         <translation>帮助(&amp;H)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="528"/>
+        <location filename="../app/MainWindow.cpp" line="544"/>
         <source>Language</source>
         <translation>语言</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="531"/>
-        <location filename="../app/MainWindow.cpp" line="736"/>
+        <location filename="../app/MainWindow.cpp" line="547"/>
+        <location filename="../app/MainWindow.cpp" line="758"/>
         <source>About Selvane</source>
         <translation>关于 Selvane</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="563"/>
+        <location filename="../app/MainWindow.cpp" line="579"/>
         <source>The recording failed: %1
 
 The streams go on. A new file is tried every second and the recording goes on there as soon as writing works.</source>
@@ -164,42 +184,42 @@ The streams go on. A new file is tried every second and the recording goes on th
 推流继续进行。每秒会尝试一个新文件，一旦可以写入，录制就在新文件中继续。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="587"/>
+        <location filename="../app/MainWindow.cpp" line="603"/>
         <source>Source</source>
         <translation>输入源</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="605"/>
+        <location filename="../app/MainWindow.cpp" line="621"/>
         <source>Output</source>
         <translation>输出</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="625"/>
+        <location filename="../app/MainWindow.cpp" line="641"/>
         <source>Stream %1 expects a %2:// URL.</source>
         <translation>推流 %1 需要 %2:// 地址。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="692"/>
+        <location filename="../app/MainWindow.cpp" line="714"/>
         <source>Outputs are running</source>
         <translation>输出正在运行</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="693"/>
+        <location filename="../app/MainWindow.cpp" line="715"/>
         <source>Recording or streaming is running. Stop the outputs and close Selvane?</source>
         <translation>录制或推流正在进行。要停止输出并关闭 Selvane 吗？</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="731"/>
+        <location filename="../app/MainWindow.cpp" line="753"/>
         <source>Output Folder</source>
         <translation>输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="731"/>
+        <location filename="../app/MainWindow.cpp" line="753"/>
         <source>Unable to open the output folder.</source>
         <translation>无法打开输出文件夹。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="737"/>
+        <location filename="../app/MainWindow.cpp" line="759"/>
         <source>Selvane %1
 Live video mixer: four input channels, overlays, audio mixing, recording and live streaming.</source>
         <translation>Selvane %1

@@ -218,6 +218,9 @@ void MainWindow::createMenus()
     m_openOutputFolderAction = m_fileMenu->addAction(QString());
     m_exitAction = m_fileMenu->addAction(QString());
 
+    // Undo and Redo of what the window edits (the drawing), added when the drawing tools exist.
+    m_editMenu = menuBar()->addMenu(QString());
+
     // The program row: Take 1-4 (keys 1-4, as on a switcher's program row) and the outputs,
     // one action each for the menu, the panels' buttons and the key.
     m_programMenu = menuBar()->addMenu(QString());
@@ -357,6 +360,8 @@ void MainWindow::createDocks()
 
     // The drawing tools: a tool bar above the preview, shown from the View menu.
     m_drawingTools = new DrawingToolBar(m_engine, this);
+    m_editMenu->addAction(m_drawingTools->undoAction());
+    m_editMenu->addAction(m_drawingTools->redoAction());
     addToolBar(Qt::TopToolBarArea, m_drawingTools);
     m_drawingTools->hide();
     connect(m_drawingTools, &DrawingToolBar::toolChanged, this, &MainWindow::updateCanvas);
@@ -526,6 +531,7 @@ void MainWindow::changeEvent(QEvent *event)
 void MainWindow::retranslateUi()
 {
     m_fileMenu->setTitle(tr("&File"));
+    m_editMenu->setTitle(tr("&Edit"));
     m_programMenu->setTitle(tr("&Program"));
     for (int c = 0; c < kChannelCount; ++c)
         m_takeActions[std::size_t(c)]->setText(tr("Take Channel %1").arg(c + 1));

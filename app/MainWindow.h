@@ -148,6 +148,7 @@ private:
     selvane::StatusPanel *m_status = nullptr;
 
     QMenu *m_fileMenu = nullptr;
+    QMenu *m_editMenu = nullptr;
     QMenu *m_programMenu = nullptr;
     std::array<QAction *, 4> m_takeActions{};
     QAction *m_startOutputsAction = nullptr;

@@ -1,7 +1,7 @@
 #include "panels/DrawingToolBar.h"
-#include "engine/OverlayDrawing.h"
 
 #include "engine/Engine.h"
+#include "engine/OverlayDrawing.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -12,7 +12,9 @@
 #include <QLineF>
 #include <QSpinBox>
 #include <QToolButton>
+#include <QUndoStack>
 #include <cmath>
+#include <functional>
 
 namespace selvane {
 
@@ -67,8 +69,18 @@ DrawingToolBar::DrawingToolBar(Engine *engine, QWidget *parent) : QToolBar(paren
     addWidget(m_width);
     connect(m_width, &QSpinBox::valueChanged, this, &DrawingToolBar::penChanged);
     addSeparator();
-    m_undo = addAction(QString(), this, &DrawingToolBar::undo);
+    // Every change of the drawing is one command on the undo stack: Undo and Redo (Ctrl+Z,
+    // Ctrl+Shift+Z) here, and in the window's Edit menu.
+    m_history = new QUndoStack(this);
+    m_history->setUndoLimit(kHistoryLimit);
+    m_undo = m_history->createUndoAction(this);
+    m_undo->setObjectName("drawingUndoAction");
     m_undo->setShortcut(QKeySequence::Undo);
+    m_redo = m_history->createRedoAction(this);
+    m_redo->setObjectName("drawingRedoAction");
+    m_redo->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
+    addAction(m_undo);
+    addAction(m_redo);
     m_clear = addAction(QString(), this, &DrawingToolBar::clear);
     addSeparator();
     m_show = addAction(QString());
@@ -128,14 +140,44 @@ void DrawingToolBar::showColour()
             .arg(m_colour.name(QColor::HexArgb)));
 }
 
-void DrawingToolBar::change(const QList<DoodleStroke> &strokes)
+namespace {
+
+// One change of the drawing: the strokes before and after it.
+class DrawingChange : public QUndoCommand
 {
-    m_history.append(m_strokes);
-    if (m_history.size() > kHistoryLimit)
-        m_history.removeFirst();
+public:
+    DrawingChange(const QString &text, QList<DoodleStroke> before, QList<DoodleStroke> after,
+                  std::function<void(const QList<DoodleStroke> &)> apply)
+        : QUndoCommand(text), m_before(std::move(before)), m_after(std::move(after)),
+          m_apply(std::move(apply))
+    {
+    }
+    void redo() override { m_apply(m_after); }
+    void undo() override { m_apply(m_before); }
+
+private:
+    QList<DoodleStroke> m_before;
+    QList<DoodleStroke> m_after;
+    std::function<void(const QList<DoodleStroke> &)> m_apply;
+};
+
+} // namespace
+
+void DrawingToolBar::change(const QString &text, const QList<DoodleStroke> &strokes)
+{
+    m_history->push(new DrawingChange(text, m_strokes, strokes,
+                                      [this](const QList<DoodleStroke> &now) { apply(now); }));
+}
+
+void DrawingToolBar::apply(const QList<DoodleStroke> &strokes)
+{
     m_strokes = strokes;
     m_engine->setDoodle(m_strokes);
-    m_undo->setEnabled(true);
+}
+
+bool DrawingToolBar::canUndo() const
+{
+    return m_history->canUndo();
 }
 
 void DrawingToolBar::addStroke(const DoodleStroke &stroke)
@@ -144,7 +186,7 @@ void DrawingToolBar::addStroke(const DoodleStroke &stroke)
         return;
     QList<DoodleStroke> strokes = m_strokes;
     strokes.append(stroke);
-    change(strokes);
+    change(tr("Stroke"), strokes);
 }
 
 void DrawingToolBar::eraseAt(QPointF point, double radius)
@@ -154,22 +196,13 @@ void DrawingToolBar::eraseAt(QPointF point, double radius)
         if (!strokeNear(stroke, point, radius))
             kept.append(stroke);
     if (kept.size() != m_strokes.size())
-        change(kept);
-}
-
-void DrawingToolBar::undo()
-{
-    if (m_history.isEmpty())
-        return;
-    m_strokes = m_history.takeLast();
-    m_engine->setDoodle(m_strokes);
-    m_undo->setEnabled(!m_history.isEmpty());
+        change(tr("Erase"), kept);
 }
 
 void DrawingToolBar::clear()
 {
     if (!m_strokes.isEmpty())
-        change({});
+        change(tr("Clear Drawing"), {});
 }
 
 bool DrawingToolBar::exportPng(const QString &path, QSize size, QString *error) const
@@ -202,15 +235,20 @@ void DrawingToolBar::retranslateUi()
     m_widthLabel->setText(tr("Width:"));
     m_width->setAccessibleName(tr("Pen width"));
     m_width->setToolTip(tr("Pen width in scene units (the scene is 640 x 360)"));
-    m_undo->setText(tr("Undo"));
-    m_undo->setEnabled(!m_history.isEmpty());
+    m_undo->setToolTip(tr("Undo the last change of the drawing"));
+    m_redo->setToolTip(tr("Redo the change undone last"));
     m_clear->setText(tr("Clear Drawing"));
     m_show->setText(tr("Show on Program"));
     m_show->setToolTip(tr("Show the drawing on the program and in the outputs"));
     // Tool buttons of actions take the action's text as their accessible name.
-    for (QAction *action : {m_pen, m_eraser, m_undo, m_clear, m_show})
+    for (QAction *action : {m_pen, m_eraser, m_clear, m_show})
         if (QWidget *button = widgetForAction(action))
             button->setAccessibleName(action->text());
+    // Undo and Redo name what they undo ("Undo Erase"); their buttons keep one name.
+    if (QWidget *button = widgetForAction(m_undo))
+        button->setAccessibleName(tr("Undo"));
+    if (QWidget *button = widgetForAction(m_redo))
+        button->setAccessibleName(tr("Redo"));
 }
 
 } // namespace selvane

@@ -1,9 +1,9 @@
 #pragma once
 
 // The drawing tools (View -> Drawing Tools): pen and eraser on the program preview, the pen's
-// colour and width, undo, clear, and whether the drawing is shown on the program. It keeps the
-// strokes (in scene units) with their history, and hands every change to the engine, which
-// draws them over the program and into the outputs.
+// colour and width, undo and redo, clear, and whether the drawing is shown on the program. It
+// keeps the strokes (in scene units), each change a command on its undo stack, and hands every
+// change to the engine, which draws them over the program and into the outputs.
 //
 // GUI thread only. Emits toolChanged when the pen or the eraser is taken up or put down, penChanged
 // when its colour or width changes.
@@ -16,6 +16,7 @@
 class QAction;
 class QLabel;
 class QSpinBox;
+class QUndoStack;
 class QToolButton;
 
 namespace selvane {
@@ -43,7 +44,10 @@ public:
     double penWidth() const;
     double eraserWidth() const;
     QList<DoodleStroke> strokes() const { return m_strokes; }
-    bool canUndo() const { return !m_history.isEmpty(); }
+    bool canUndo() const;
+    // Undo and Redo of the drawing, for the window's Edit menu too.
+    QAction *undoAction() const { return m_undo; }
+    QAction *redoAction() const { return m_redo; }
 
     // The drawing as a transparent PNG at `size` (the program's size). False with the reason
     // when the file cannot be written.
@@ -53,7 +57,6 @@ public slots:
     void addStroke(const DoodleStroke &stroke);
     // Removes the strokes that pass within `radius` (scene units) of `point`.
     void eraseAt(QPointF point, double radius);
-    void undo();
     void clear();
 
 signals:
@@ -65,14 +68,16 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
-    void change(const QList<DoodleStroke> &strokes);
+    // A change the operator made, as one undoable command named `text`.
+    void change(const QString &text, const QList<DoodleStroke> &strokes);
+    void apply(const QList<DoodleStroke> &strokes);
     void chooseColour();
     void showColour();
     void retranslateUi();
 
     Engine *m_engine = nullptr;
     QList<DoodleStroke> m_strokes;
-    QList<QList<DoodleStroke>> m_history; // what undo goes back to, newest last
+    QUndoStack *m_history = nullptr; // the changes, newest last
     QColor m_colour = QColor(255, 0, 0);
 
     QAction *m_pen = nullptr;
@@ -81,6 +86,7 @@ private:
     QLabel *m_widthLabel = nullptr;
     QSpinBox *m_width = nullptr;
     QAction *m_undo = nullptr;
+    QAction *m_redo = nullptr;
     QAction *m_clear = nullptr;
     QAction *m_show = nullptr;
     static constexpr int kHistoryLimit = 100;

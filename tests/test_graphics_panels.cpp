@@ -173,6 +173,13 @@ private slots:
         QVERIFY(w.engine()->doodle().isEmpty());
         QTest::mouseClick(named<QWidget>(bar, "Undo"), Qt::LeftButton);
         QCOMPARE(w.engine()->doodle().size(), 1);
+        // Redo takes it again, and the window's Edit menu undoes the same history.
+        QTest::mouseClick(named<QWidget>(bar, "Redo"), Qt::LeftButton);
+        QVERIFY(w.engine()->doodle().isEmpty());
+        QAction *undo = w.drawingTools()->undoAction();
+        QVERIFY(undo->associatedObjects().size() >= 2); // the tool bar and the Edit menu
+        undo->trigger();
+        QCOMPARE(w.engine()->doodle().size(), 1);
         // An unwritable place is refused with a box, nothing written.
         QTimer::singleShot(300, [] {
             if (QWidget *box = QApplication::activeModalWidget())

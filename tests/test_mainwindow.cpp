@@ -15,6 +15,7 @@
 #include "panels/ProgramPreview.h"
 #include "panels/SourceDialog.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QDesktopServices>
@@ -29,7 +30,6 @@
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTimer>
-#include <QAction>
 #include <QtTest>
 #include <cstdlib>
 
@@ -102,17 +102,18 @@ private slots:
         QVERIFY(w.windowState() & Qt::WindowMaximized);
         QVERIFY(w.centralWidget());
         const QList<QMenu *> menus = topMenus(w);
-        QCOMPARE(menus.size(), 5);
-        QCOMPARE(menuTexts(menus[4]->actions()[0]->menu()), QStringList({"English", "中文"}));
+        QCOMPARE(menus.size(), 6);
+        QCOMPARE(menuTexts(menus[5]->actions()[0]->menu()), QStringList({"English", "中文"}));
         QCOMPARE(w.findChildren<QDockWidget *>().size(), 6);
         for (int i = 0; i < MainWindow::DockCount; ++i)
             QVERIFY(!w.dock(static_cast<MainWindow::DockId>(i))->windowTitle().isEmpty());
         // What is not built yet is not offered: no disabled placeholders (Stop Outputs waits
-        // for outputs to stop).
+        // for outputs to run, Undo and Redo for something to undo or redo).
+        const QStringList waiting{"stopOutputsAction", "drawingUndoAction", "drawingRedoAction"};
         for (QMenu *menu : menus)
             for (QAction *action : menu->actions())
                 QVERIFY(!action->isVisible() || action->isEnabled() ||
-                        action->objectName() == "stopOutputsAction");
+                        waiting.contains(action->objectName()));
         // Automation finds every channel and its buttons by fixed names.
         for (int c = 0; c < 4; ++c) {
             QWidget *panel = named<QWidget>(&w, QString("Channel %1").arg(c + 1));

@@ -32,150 +32,155 @@
         <translation>通道 %1：%2</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="416"/>
-        <location filename="../app/MainWindow.cpp" line="422"/>
-        <location filename="../app/MainWindow.cpp" line="434"/>
+        <location filename="../app/MainWindow.cpp" line="421"/>
+        <location filename="../app/MainWindow.cpp" line="427"/>
+        <location filename="../app/MainWindow.cpp" line="439"/>
         <source>Export Drawing</source>
         <translation>导出涂鸦</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="417"/>
+        <location filename="../app/MainWindow.cpp" line="422"/>
         <source>There is no drawing to export yet. Draw on the program preview with View -&gt; Drawing Tools.</source>
         <translation>还没有可导出的涂鸦。请通过“视图 -&gt; 涂鸦工具”在节目预览上绘制。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="423"/>
+        <location filename="../app/MainWindow.cpp" line="428"/>
         <source>PNG image (*.png)</source>
         <translation>PNG 图片 (*.png)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="435"/>
+        <location filename="../app/MainWindow.cpp" line="440"/>
         <source>Unable to write the file.</source>
         <translation>无法写入文件。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="438"/>
+        <location filename="../app/MainWindow.cpp" line="443"/>
         <source>Drawing exported to %1</source>
         <translation>涂鸦已导出到 %1</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="464"/>
+        <location filename="../app/MainWindow.cpp" line="469"/>
         <source>Output Settings</source>
         <translation>输出设置</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="466"/>
+        <location filename="../app/MainWindow.cpp" line="471"/>
         <source>Output Preview</source>
         <translation>输出预览</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="468"/>
+        <location filename="../app/MainWindow.cpp" line="473"/>
         <source>Audio Mixer</source>
         <translation>混音器</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="470"/>
+        <location filename="../app/MainWindow.cpp" line="475"/>
         <source>Text Overlay</source>
         <translation>文字叠加</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="472"/>
+        <location filename="../app/MainWindow.cpp" line="477"/>
         <source>Video Overlay</source>
         <translation>视频叠加</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="474"/>
+        <location filename="../app/MainWindow.cpp" line="479"/>
         <source>Image Playback</source>
         <translation>图片播放</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="528"/>
+        <location filename="../app/MainWindow.cpp" line="533"/>
         <source>&amp;File</source>
         <translation>文件(&amp;F)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="529"/>
+        <location filename="../app/MainWindow.cpp" line="534"/>
+        <source>&amp;Edit</source>
+        <translation>编辑(&amp;E)</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="535"/>
         <source>&amp;Program</source>
         <translation>节目(&amp;P)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="531"/>
+        <location filename="../app/MainWindow.cpp" line="537"/>
         <source>Take Channel %1</source>
         <translation>切换到通道 %1</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="532"/>
+        <location filename="../app/MainWindow.cpp" line="538"/>
         <source>Start Outputs</source>
         <translation>开始输出</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="533"/>
+        <location filename="../app/MainWindow.cpp" line="539"/>
         <source>Stop Outputs</source>
         <translation>停止输出</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="534"/>
+        <location filename="../app/MainWindow.cpp" line="540"/>
         <source>Export Drawing...</source>
         <translation>导出涂鸦...</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="535"/>
+        <location filename="../app/MainWindow.cpp" line="541"/>
         <source>Open Output Folder</source>
         <translation>打开输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="536"/>
+        <location filename="../app/MainWindow.cpp" line="542"/>
         <source>E&amp;xit</source>
         <translation>退出(&amp;X)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="537"/>
+        <location filename="../app/MainWindow.cpp" line="543"/>
         <source>&amp;View</source>
         <translation>视图(&amp;V)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="538"/>
+        <location filename="../app/MainWindow.cpp" line="544"/>
         <source>Drawing Tools</source>
         <translation>绘图工具</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="539"/>
+        <location filename="../app/MainWindow.cpp" line="545"/>
         <source>Reset Workspace Layout</source>
         <translation>重置工作区布局</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="540"/>
+        <location filename="../app/MainWindow.cpp" line="546"/>
         <source>&amp;Tools</source>
         <translation>工具(&amp;T)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="541"/>
+        <location filename="../app/MainWindow.cpp" line="547"/>
         <source>Program Scheduling...</source>
         <translation>节目编排...</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="542"/>
+        <location filename="../app/MainWindow.cpp" line="548"/>
         <source>Network Proxy...</source>
         <translation>网络代理...</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="543"/>
+        <location filename="../app/MainWindow.cpp" line="549"/>
         <source>&amp;Help</source>
         <translation>帮助(&amp;H)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="544"/>
+        <location filename="../app/MainWindow.cpp" line="550"/>
         <source>Language</source>
         <translation>语言</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="547"/>
-        <location filename="../app/MainWindow.cpp" line="758"/>
+        <location filename="../app/MainWindow.cpp" line="553"/>
+        <location filename="../app/MainWindow.cpp" line="764"/>
         <source>About Selvane</source>
         <translation>关于 Selvane</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="579"/>
+        <location filename="../app/MainWindow.cpp" line="585"/>
         <source>The recording failed: %1
 
 The streams go on. A new file is tried every second and the recording goes on there as soon as writing works.</source>
@@ -184,42 +189,42 @@ The streams go on. A new file is tried every second and the recording goes on th
 推流继续进行。每秒会尝试一个新文件，一旦可以写入，录制就在新文件中继续。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="603"/>
+        <location filename="../app/MainWindow.cpp" line="609"/>
         <source>Source</source>
         <translation>输入源</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="621"/>
+        <location filename="../app/MainWindow.cpp" line="627"/>
         <source>Output</source>
         <translation>输出</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="641"/>
+        <location filename="../app/MainWindow.cpp" line="647"/>
         <source>Stream %1 expects a %2:// URL.</source>
         <translation>推流 %1 需要 %2:// 地址。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="714"/>
+        <location filename="../app/MainWindow.cpp" line="720"/>
         <source>Outputs are running</source>
         <translation>输出正在运行</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="715"/>
+        <location filename="../app/MainWindow.cpp" line="721"/>
         <source>Recording or streaming is running. Stop the outputs and close Selvane?</source>
         <translation>录制或推流正在进行。要停止输出并关闭 Selvane 吗？</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="753"/>
+        <location filename="../app/MainWindow.cpp" line="759"/>
         <source>Output Folder</source>
         <translation>输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="753"/>
+        <location filename="../app/MainWindow.cpp" line="759"/>
         <source>Unable to open the output folder.</source>
         <translation>无法打开输出文件夹。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="759"/>
+        <location filename="../app/MainWindow.cpp" line="765"/>
         <source>Selvane %1
 Live video mixer: four input channels, overlays, audio mixing, recording and live streaming.</source>
         <translation>Selvane %1
@@ -1398,74 +1403,100 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::DrawingToolBar</name>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="121"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="133"/>
         <source>Pen Colour</source>
         <translation>画笔颜色</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="194"/>
-        <location filename="../panels/DrawingToolBar.cpp" line="195"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="189"/>
+        <source>Stroke</source>
+        <translation>笔画</translation>
+    </message>
+    <message>
+        <location filename="../panels/DrawingToolBar.cpp" line="199"/>
+        <source>Erase</source>
+        <translation>擦除</translation>
+    </message>
+    <message>
+        <location filename="../panels/DrawingToolBar.cpp" line="227"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="228"/>
         <source>Drawing Tools</source>
         <translation>涂鸦工具</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="196"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="229"/>
         <source>Pen</source>
         <translation>画笔</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="197"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="230"/>
         <source>Draw on the program preview</source>
         <translation>在节目预览上绘制</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="198"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="231"/>
         <source>Eraser</source>
         <translation>橡皮擦</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="199"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="232"/>
         <source>Remove strokes by touching them on the program preview</source>
         <translation>在节目预览上触碰笔画即可删除</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="200"/>
-        <location filename="../panels/DrawingToolBar.cpp" line="201"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="233"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="234"/>
         <source>Pen colour</source>
         <translation>画笔颜色</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="202"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="235"/>
         <source>Width:</source>
         <translation>宽度：</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="203"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="236"/>
         <source>Pen width</source>
         <translation>画笔宽度</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="204"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="237"/>
         <source>Pen width in scene units (the scene is 640 x 360)</source>
         <translation>画笔宽度，以场景单位计（场景为 640 x 360）</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="205"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="238"/>
+        <source>Undo the last change of the drawing</source>
+        <translation>撤销涂鸦的上一次修改</translation>
+    </message>
+    <message>
+        <location filename="../panels/DrawingToolBar.cpp" line="239"/>
+        <source>Redo the change undone last</source>
+        <translation>重做刚撤销的修改</translation>
+    </message>
+    <message>
+        <location filename="../panels/DrawingToolBar.cpp" line="249"/>
         <source>Undo</source>
         <translation>撤销</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="207"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="251"/>
+        <source>Redo</source>
+        <translation>重做</translation>
+    </message>
+    <message>
+        <location filename="../panels/DrawingToolBar.cpp" line="205"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="240"/>
         <source>Clear Drawing</source>
         <translation>清除涂鸦</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="208"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="241"/>
         <source>Show on Program</source>
         <translation>在节目上显示</translation>
     </message>
     <message>
-        <location filename="../panels/DrawingToolBar.cpp" line="209"/>
+        <location filename="../panels/DrawingToolBar.cpp" line="242"/>
         <source>Show the drawing on the program and in the outputs</source>
         <translation>在节目和输出中显示涂鸦</translation>
     </message>

@@ -1,18 +1,10 @@
 #include "net/SocksWire.h"
 
+#include "net/SocketIo.h"
+
 #include <algorithm>
 #include <cstring>
 #include <initializer_list>
-
-#ifdef _WIN32
-#ifndef _WIN32_WINNT
-#define _WIN32_WINNT 0x0600
-#endif
-#include <winsock2.h>
-#include <ws2tcpip.h>
-#else
-#include <arpa/inet.h>
-#endif
 
 namespace selvane {
 

@@ -47,83 +47,13 @@ multiarch="$(dpkg-architecture -qDEB_HOST_MULTIARCH 2>/dev/null || "$cxx" -print
 work="$(mktemp -d "${TMPDIR:-/tmp}/selvane-ffmpeg-headers.XXXXXX")"
 trap 'rm -rf "$work"' EXIT
 
+# shellcheck source=scripts/lib/debian-sources.sh
+. "$root/scripts/lib/debian-sources.sh"
+
 say() { printf '%s\n' "$*"; }
 die() { printf 'check-ffmpeg-headers: %s\n' "$*" >&2; exit 2; }
 
-# The Debian mirror the machine's apt sources use for its main suite (the release codename,
-# or stable/testing/unstable/sid), from one-line .list entries or deb822 .sources stanzas.
-machine_mirror() {
-  local codename=""
-  if [ -r /etc/os-release ]; then
-    codename="$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release | tr -d "\"'")"
-  fi
-  local files=()
-  [ -f /etc/apt/sources.list ] && files+=(/etc/apt/sources.list)
-  local f
-  for f in /etc/apt/sources.list.d/*.list /etc/apt/sources.list.d/*.sources; do
-    [ -f "$f" ] && files+=("$f")
-  done
-  [ ${#files[@]} -gt 0 ] || return 1
-  awk -v codename="$codename" '
-    function base_suite(s) {
-      return (codename != "" && s == codename) || s ~ /^(stable|testing|unstable|sid)$/
-    }
-    function flush(   n, i, t, has_deb, suites) {
-      if (!found && uris != "" && enabled != "no") {
-        has_deb = 0
-        n = split(types, t, /[ \t]+/)
-        for (i = 1; i <= n; i++) if (t[i] == "deb") has_deb = 1
-        n = split(suitelist, suites, /[ \t]+/)
-        for (i = 1; i <= n; i++)
-          if (has_deb && base_suite(suites[i])) {
-            split(uris, t, /[ \t]+/); print t[1]; found = 1; exit
-          }
-      }
-      types = ""; uris = ""; suitelist = ""; enabled = ""
-    }
-    FNR == 1 { flush(); deb822 = (FILENAME ~ /\.sources$/) }
-    /^[ \t]*#/ { next }
-    deb822 && /^[ \t]*$/ { flush(); next }
-    deb822 {
-      key = tolower($1); sub(/:$/, "", key); val = $0; sub(/^[^:]*:[ \t]*/, "", val)
-      if (key == "types") types = val
-      else if (key == "uris") uris = val
-      else if (key == "suites") suitelist = val
-      else if (key == "enabled") enabled = tolower(val)
-      next
-    }
-    $1 == "deb" {
-      line = $0; sub(/^[ \t]*deb[ \t]+/, "", line)
-      if (line ~ /^\[/) sub(/^\[[^]]*\][ \t]*/, "", line)
-      split(line, w, /[ \t]+/)
-      if (base_suite(w[2])) { print w[1]; found = 1; exit }
-    }
-    END { flush() }
-  ' "${files[@]}"
-}
 
-# The apt options that keep every file of one suite inside its cache directory.
-apt_options() {
-  local dir="$1"
-  printf '%s\n' \
-    -o "Dir::Etc::sourcelist=$dir/sources.list" \
-    -o "Dir::Etc::sourceparts=-" \
-    -o "Dir::Etc::preferences=$dir/none" \
-    -o "Dir::Etc::preferencesparts=$dir/none.d" \
-    -o "Dir::State=$dir/state" \
-    -o "Dir::State::status=$dir/state/status" \
-    -o "Dir::Cache=$dir/cache" \
-    -o "Dir::Cache::pkgcache=" \
-    -o "Dir::Cache::srcpkgcache=" \
-    -o "APT::Architecture=$arch" \
-    -o "APT::Architectures=$arch" \
-    -o "APT::Get::List-Cleanup=0" \
-    -o "Acquire::Languages=none" \
-    -c "$dir/apt.conf"
-  # Root's downloads would go through the unprivileged apt user, who cannot write into a
-  # private cache under root's home.
-  if [ "$(id -u)" -eq 0 ]; then printf '%s\n' -o "APT::Sandbox::User=root"; fi
-}
 
 write_sources() {
   local dir="$1" suite="$2" trust="$3" option
@@ -135,16 +65,13 @@ write_sources() {
 fetch_suite() {
   local suite="$1"
   local dir="$cache/$suite"
-  mkdir -p "$dir/state/lists/partial" "$dir/cache/archives/partial" "$dir/debs" "$dir/none.d"
-  touch "$dir/state/status"
-  # The machine's update hooks refresh its own caches; they have no business here.
-  printf '#clear %s;\n' APT::Update::Pre-Invoke APT::Update::Post-Invoke \
-    APT::Update::Post-Invoke-Success >"$dir/apt.conf"
+  private_apt_init "$dir"
+  mkdir -p "$dir/debs"
   local trust=signed
   [ -f "$dir/trust" ] && trust="$(cat "$dir/trust")"
   write_sources "$dir" "$suite" "$trust"
   local opts
-  mapfile -t opts < <(apt_options "$dir")
+  mapfile -t opts < <(private_apt_options "$dir" "$arch")
 
   local release
   release="$(find "$dir/state/lists" -maxdepth 1 -name "*_dists_${suite}_InRelease" \

@@ -506,10 +506,13 @@ build_selvane() {
   echo "[selvane] $dist: $(find "$dist" -type f | wc -l) files, $(du -sh "$dist" | cut -f1)"
 
   echo "[selvane] installer"
+  # Written under a name of its own and renamed once whole: a run cut short leaves no
+  # installer that looks finished.
   (cd "$root/resources/windows" &&
     makensis -V2 -DVERSION="$version" -DDIST="$dist" \
-      -DOUTFILE="$root/dist/Selvane_Setup_$version.exe" installer.nsi) >>"$logs/selvane.log" 2>&1 ||
+      -DOUTFILE="$root/dist/Selvane_Setup_$version.exe.part" installer.nsi) >>"$logs/selvane.log" 2>&1 ||
     { tail -n 20 "$logs/selvane.log"; die "makensis failed"; }
+  mv -f "$root/dist/Selvane_Setup_$version.exe.part" "$root/dist/Selvane_Setup_$version.exe"
   echo "[selvane] $root/dist/Selvane_Setup_$version.exe: $(du -h "$root/dist/Selvane_Setup_$version.exe" | cut -f1)"
 }
 

@@ -275,6 +275,12 @@ if wants installer; then
     failed "no dist/Selvane_Setup_*.exe"
   else
     timeout 180 wine "$setup" /S >"$work/setup.txt" 2>&1
+    # The installer may still be at work when wine returns.
+    for _ in $(seq 1 120); do
+      [ -f "$installed/uninstall.exe" ] && break
+      sleep 0.5
+    done
+    sleep 1
     version="$(timeout 60 wine "C:\\Program Files\\Selvane\\selvane.exe" --version 2>&1 | tr -d '\r')"
     shortcut="$(find "$WINEPREFIX/drive_c/ProgramData" -name 'Selvane.lnk' 2>/dev/null | head -n 1)"
     if [ -f "$installed/selvane.exe" ] && [ -n "$shortcut" ] && printf '%s' "$version" | grep -q '^Selvane'; then

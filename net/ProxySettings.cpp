@@ -55,6 +55,7 @@ bool hasSocksScheme(const QString &url)
     return url.trimmed().toLower().startsWith("socks");
 }
 
+#ifndef _WIN32 // read from the Linux desktops' proxy settings
 QString hostPortUrl(const QString &scheme, const QString &host, const QString &port)
 {
     if (host.isEmpty())
@@ -63,6 +64,7 @@ QString hostPortUrl(const QString &scheme, const QString &host, const QString &p
     return port.isEmpty() || port == "0" ? scheme + "://" + bare
                                          : scheme + "://" + bare + ":" + port;
 }
+#endif
 
 // ---- the desktop's settings ----
 

@@ -284,7 +284,7 @@ DecodeFigures decodeFile(const QString &file,
     const double cpu0 = cpuSeconds(RUSAGE_SELF);
     QElapsedTimer wall;
     wall.start();
-    decoder.setSource(file);
+    decoder.setSource(selvane::SourceAddress(file));
     DecodeFigures figures;
     Counts warm{};
     qint64 soundUs = 0;

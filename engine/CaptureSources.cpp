@@ -68,12 +68,12 @@ QList<CaptureTarget> CaptureSources::windows()
 
 QImage CaptureSources::captureStill(const QString &address, QSize fit)
 {
-    return grabStill(address, fit);
+    return grabStill(SourceAddress(address), fit);
 }
 
 Problem CaptureSources::checkAddress(const QString &typed)
 {
-    return selvane::checkSourceAddress(typed);
+    return selvane::checkSourceAddress(SourceAddress(typed));
 }
 
 QList<AudioOutputDevice> CaptureSources::audioOutputs()

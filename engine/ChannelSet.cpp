@@ -107,7 +107,8 @@ ChannelSet::~ChannelSet()
     // joins overlap instead of adding up.
 }
 
-void ChannelSet::setSource(int channel, const QString &source, const QString &audioSource)
+void ChannelSet::setSource(int channel, const SourceAddress &source,
+                           const SourceAddress &audioSource)
 {
     if (!isChannel(channel))
         return;
@@ -118,9 +119,9 @@ void ChannelSet::setSource(int channel, const QString &source, const QString &au
     emit stateChanged(channel, source.isEmpty() ? ChannelState::Idle : ChannelState::Opening);
 }
 
-QString ChannelSet::source(int channel) const
+SourceAddress ChannelSet::source(int channel) const
 {
-    return isChannel(channel) ? m_channels[std::size_t(channel)].source : QString();
+    return isChannel(channel) ? m_channels[std::size_t(channel)].source : SourceAddress();
 }
 
 QSize ChannelSet::displaySize(int channel) const
@@ -179,7 +180,7 @@ ChannelStats ChannelSet::stats(int channel) const
     const Channel &ch = m_channels[std::size_t(channel)];
     const FFmpegVideoDecoder &d = *ch.decoder;
     s.state = channelStateOf(int(d.state()));
-    s.source = ch.source;
+    s.source = ch.source.text();
     s.size = ch.displaySize;
     s.framesDelivered = d.framesDelivered();
     s.framesDropped = d.framesDropped();

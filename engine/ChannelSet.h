@@ -10,6 +10,7 @@
 // Decoder reports of an earlier source are recognised by their generation and ignored.
 
 #include "engine/EngineTypes.h"
+#include "input/SourceAddress.h"
 #include "media/FramePool.h"
 
 #include <QObject>
@@ -33,8 +34,8 @@ public:
     static bool isChannel(int channel) { return channel >= 0 && channel < kChannelCount; }
 
     // An empty source clears the channel.
-    void setSource(int channel, const QString &source, const QString &audioSource = {});
-    QString source(int channel) const;
+    void setSource(int channel, const SourceAddress &source, const SourceAddress &audioSource = {});
+    SourceAddress source(int channel) const;
     QSize displaySize(int channel) const;
     ChannelState state(int channel) const;
 
@@ -62,7 +63,7 @@ private:
         std::unique_ptr<FFmpegVideoDecoder> decoder;
         std::unique_ptr<FramePool> pool;
         quint64 generation = 0;
-        QString source;
+        SourceAddress source;
         QSize displaySize;
     };
 

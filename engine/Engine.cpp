@@ -223,10 +223,12 @@ Problem Engine::setChannelSource(int channel, const QString &address, const QStr
 {
     if (!ChannelSet::isChannel(channel))
         return {ProblemKind::ChannelOutOfRange, {}, channel + 1};
+    // Parsed here once; the decoder, the demuxer and the capture code take it as it is.
+    const SourceAddress source(address);
     for (const EncoderSettings *outputs : {&m_preparedOutputs.encoder, &m_runningOutputs})
-        if (const Problem same = sourceIsOutput(address, *outputs))
+        if (const Problem same = sourceIsOutput(source, *outputs))
             return same;
-    m_channels->setSource(channel, address, audioAddress);
+    m_channels->setSource(channel, source, SourceAddress(audioAddress));
     if (channel == programChannel())
         updateProgramSize();
     return {};
@@ -466,8 +468,10 @@ Problem Engine::setMediaOverlay(const MediaOverlayRecord &record)
 {
     // A picture is a file; a video may be any source a channel may have (a test signal too).
     const QFileInfo file(record.filePath);
+    const SourceAddress video(record.kind == MediaOverlayRecord::OverlayVideo ? record.filePath
+                                                                              : QString());
     if (record.kind == MediaOverlayRecord::OverlayVideo) {
-        if (const Problem bad = checkSourceAddress(record.filePath))
+        if (const Problem bad = checkSourceAddress(video))
             return bad.kind == ProblemKind::AddressFileMissing
                        ? Problem{ProblemKind::OverlayFileMissing, record.filePath}
                        : bad;
@@ -486,8 +490,7 @@ Problem Engine::setMediaOverlay(const MediaOverlayRecord &record)
         if (samePlayback)
             m_overlaySlots->setTargetSize(record.id, overlayTargetSize(record));
         else
-            m_overlaySlots->play(record.id, record.filePath, overlayTargetSize(record),
-                                 record.loop);
+            m_overlaySlots->play(record.id, video, overlayTargetSize(record), record.loop);
     } else if (wasVideo) {
         m_overlaySlots->stop(record.id);
     }

@@ -73,11 +73,11 @@ bool OverlaySlots::isReleasing(int slot) const
            m_slots[std::size_t(slot)].state == SlotState::Releasing;
 }
 
-void OverlaySlots::play(int mediaId, const QString &path, QSize targetSize, bool loop)
+void OverlaySlots::play(int mediaId, const SourceAddress &source, QSize targetSize, bool loop)
 {
-    if (mediaId < 0 || path.isEmpty())
+    if (mediaId < 0 || source.isEmpty())
         return;
-    const Request request{mediaId, path, targetSize, loop};
+    const Request request{mediaId, source, targetSize, loop};
     int slot = slotOf(mediaId);
     if (slot < 0) {
         for (int s = 0; s < kOverlayVideoSlots && slot < 0; ++s)
@@ -120,7 +120,7 @@ void OverlaySlots::start(int slot, const Request &request)
     s.mediaId = request.mediaId;
     s.decoder->setTargetSize(request.targetSize);
     s.decoder->setLoop(request.loop);
-    s.generation = s.decoder->setSource(request.path);
+    s.generation = s.decoder->setSource(request.source);
     m_switcher.setOverlaySlotMedia(slot, request.mediaId);
     if (!reused)
         emit assigned(request.mediaId, slot);
@@ -136,7 +136,7 @@ void OverlaySlots::stop(int mediaId)
     s.state = SlotState::Releasing;
     // The slot is free once the decoder reports the end of this (empty) generation, which comes
     // after the old video's run has released everything.
-    s.generation = s.decoder->setSource(QString());
+    s.generation = s.decoder->setSource({});
     // Its pictures leave the program at once, though the slot is free only once the run ended.
     m_switcher.setOverlaySlotMedia(slot, -1);
 }

@@ -16,6 +16,7 @@
 // Threads: lives on the GUI thread; every method and signal is there. Nothing here waits.
 
 #include "engine/EngineTypes.h"
+#include "input/SourceAddress.h"
 
 #include <QList>
 #include <QObject>
@@ -40,9 +41,9 @@ public:
     OverlaySlots(SourceFeeds &feeds, ProgramSwitcher &switcher, QObject *parent = nullptr);
     ~OverlaySlots() override;
 
-    // Plays `path` for `mediaId`, scaled to fit `targetSize`; a slot already playing the id is
+    // Plays `source` for `mediaId`, scaled to fit `targetSize`; a slot already playing the id is
     // reused in place.
-    void play(int mediaId, const QString &path, QSize targetSize, bool loop);
+    void play(int mediaId, const SourceAddress &source, QSize targetSize, bool loop);
     void stop(int mediaId);
     void setTargetSize(int mediaId, QSize targetSize);
 
@@ -69,7 +70,7 @@ private:
     struct Request
     {
         int mediaId = -1;
-        QString path;
+        SourceAddress source;
         QSize targetSize;
         bool loop = true;
     };

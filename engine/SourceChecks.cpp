@@ -63,34 +63,29 @@ bool isLocal(const QString &text)
 
 } // namespace
 
-Problem checkSourceAddress(const QString &typed)
+Problem checkSourceAddress(const SourceAddress &source)
 {
-    const QString address = typed.trimmed();
-    if (address.isEmpty())
+    if (source.isEmpty())
         return ProblemKind::AddressEmpty;
-    switch (classifySource(address)) {
+    const QString &address = source.text();
+    switch (source.kind()) {
     case SourceKind::WindowCapture:
     case SourceKind::DisplayCapture:
     case SourceKind::CaptureDevice:
         return {};
     case SourceKind::TestSignal:
-        if (graphParses(testSignalGraph(address)))
+        if (graphParses(source.testGraph()))
             return {};
         return {ProblemKind::AddressBadTestSignal, address};
     case SourceKind::NetworkStream: {
-        const QUrl url(address);
-        const QString scheme = address.section("://", 0, 0);
-        if (!knownInputProtocol(scheme))
+        if (!knownInputProtocol(source.scheme()))
             return {ProblemKind::AddressUnknownScheme, address};
-        if (url.host().isEmpty() && scheme.compare("file", Qt::CaseInsensitive) != 0)
+        if (source.host().isEmpty())
             return {ProblemKind::AddressMissingHost, address};
         return {};
     }
     case SourceKind::LocalFile: {
-        const QString path = address.startsWith("file:", Qt::CaseInsensitive)
-                                 ? QUrl(address).toLocalFile()
-                                 : address;
-        const QFileInfo info(path);
+        const QFileInfo info(source.localPath());
         if (info.isFile() && info.isReadable())
             return {};
         return {ProblemKind::AddressFileMissing, address};
@@ -99,20 +94,17 @@ Problem checkSourceAddress(const QString &typed)
     return {};
 }
 
-Problem sourceIsOutput(const QString &source, const EncoderSettings &outputs)
+Problem sourceIsOutput(const SourceAddress &source, const EncoderSettings &outputs)
 {
-    if (source.trimmed().isEmpty())
+    if (source.isEmpty() || source.scheme() == "dshow" || source.isScreenCapture())
         return {};
-    for (const char *capture : {"dshow://", "desktop://", "wgc://"})
-        if (source.startsWith(QLatin1String(capture), Qt::CaseInsensitive))
-            return {};
-    const QString wanted = normalised(source);
+    const QString wanted = normalised(source.text());
     if (outputs.fileEnabled && !outputs.filePath.trimmed().isEmpty() &&
         normalised(outputs.filePath) == wanted)
-        return {ProblemKind::SourceIsRecording, source, isLocal(outputs.filePath) ? 1 : 0};
+        return {ProblemKind::SourceIsRecording, source.text(), isLocal(outputs.filePath) ? 1 : 0};
     for (const StreamTarget &target : outputs.streamTargets)
         if (normalised(target.url) == wanted)
-            return {ProblemKind::SourceIsTarget, source, isLocal(target.url) ? 1 : 0};
+            return {ProblemKind::SourceIsTarget, source.text(), isLocal(target.url) ? 1 : 0};
     return {};
 }
 

@@ -5,14 +5,15 @@
 // Capture devices never conflict. Any thread.
 
 #include "engine/Problem.h"
+#include "input/SourceAddress.h"
 #include "output/EncoderSettings.h"
 
 namespace selvane {
 
 // Whether a typed source address can be opened at all: a known protocol, an existing file, a
 // test signal's graph that parses. Cheap, no I/O beyond a file's existence.
-Problem checkSourceAddress(const QString &address);
+Problem checkSourceAddress(const SourceAddress &address);
 
-Problem sourceIsOutput(const QString &source, const EncoderSettings &outputs);
+Problem sourceIsOutput(const SourceAddress &source, const EncoderSettings &outputs);
 
 } // namespace selvane

@@ -48,9 +48,9 @@ DecodeRun::~DecodeRun()
     stopReader();
 }
 
-bool DecodeRun::open(const QString &source, bool separateAudio)
+bool DecodeRun::open(const SourceAddress &source, bool separateAudio)
 {
-    m_network = classifySource(source) == SourceKind::NetworkStream;
+    m_network = source.isNetwork();
     m_input = openMainInput(source, separateAudio, interruptFor(m_host));
     if (m_input.error != SourceError::None) {
         if (!m_host.cancelled())

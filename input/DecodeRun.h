@@ -85,7 +85,7 @@ public:
     DecodeRun &operator=(const DecodeRun &) = delete;
 
     // Opens the source and its decoders; reports failures to the host. False on failure.
-    bool open(const QString &source, bool separateAudio);
+    bool open(const SourceAddress &source, bool separateAudio);
     // The Linux microphone named together with the camera, to be opened beside it.
     QString deviceMicrophone() const { return m_input.deviceMicrophone; }
     // Runs until the host cancels the run, the source fails, or a live network source ends.

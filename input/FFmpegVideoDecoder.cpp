@@ -10,8 +10,6 @@
 #include "media/SourceFeeds.h"
 
 #include <QDebug>
-#include <QUrl>
-#include <QUrlQuery>
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -246,7 +244,7 @@ void FFmpegVideoDecoder::setTargetSize(QSize size)
     m_controls->targetHeight.store(size.isValid() ? size.height() : 0);
 }
 
-quint64 FFmpegVideoDecoder::setSource(const QString &source, const QString &audioSource)
+quint64 FFmpegVideoDecoder::setSource(const Address &source, const Address &audioSource)
 {
     quint64 generation = 0;
     {
@@ -273,12 +271,6 @@ quint64 FFmpegVideoDecoder::setSource(const QString &source, const QString &audi
     }
     m_wake.notify_all();
     return generation;
-}
-
-QString FFmpegVideoDecoder::source() const
-{
-    std::lock_guard lock(m_controlMutex);
-    return m_source;
 }
 
 bool FFmpegVideoDecoder::waitUntilIdle(int timeoutMs)
@@ -353,8 +345,8 @@ void FFmpegVideoDecoder::workerLoop()
 {
     quint64 done = 0;
     for (;;) {
-        QString source;
-        QString audioSource;
+        Address source;
+        Address audioSource;
         quint64 generation = 0;
         {
             std::unique_lock lock(m_controlMutex);
@@ -375,10 +367,10 @@ void FFmpegVideoDecoder::workerLoop()
     }
 }
 
-void FFmpegVideoDecoder::runSource(const QString &source, const QString &audioSource,
+void FFmpegVideoDecoder::runSource(const Address &source, const Address &audioSource,
                                    quint64 generation)
 {
-    const bool network = classifySource(source) == SourceKind::NetworkStream;
+    const bool network = source.isNetwork();
     qint64 attempt = 0; // of this outage: every outage is logged, its repeated failures thinned
     for (;;) {
         if (runOnce(source, audioSource, generation, network, shouldLog(attempt + 1, 3, 30)))
@@ -402,7 +394,7 @@ void FFmpegVideoDecoder::runSource(const QString &source, const QString &audioSo
     }
 }
 
-bool FFmpegVideoDecoder::runOnce(const QString &source, const QString &audioSource,
+bool FFmpegVideoDecoder::runOnce(const Address &source, const Address &audioSource,
                                  quint64 generation, bool retrying, bool logFailure)
 {
     bool delivered = false;
@@ -412,24 +404,21 @@ bool FFmpegVideoDecoder::runOnce(const QString &source, const QString &audioSour
     return delivered;
 }
 
-bool FFmpegVideoDecoder::runAttempt(const QString &source, const QString &audioSource,
+bool FFmpegVideoDecoder::runAttempt(const Address &source, const Address &audioSource,
                                     quint64 generation, bool retrying, bool logFailure, bool *again)
 {
     *again = false;
     Run host(*this, generation, retrying, logFailure);
     std::thread microphone;
     if (!audioSource.isEmpty())
-        microphone = std::thread([&host, audioSource] { runMicrophone(audioSource, false, host); });
+        microphone = std::thread(
+            [&host, name = audioSource.microphone()] { runMicrophone(name, host); });
 
     // A captured window is watched: a new size opens the grab again, and a window that is gone
     // ends the source with its own message.
     std::thread windowWatch;
     std::optional<QSize> windowSize;
-    const quint64 window =
-        classifySource(source) == SourceKind::WindowCapture
-            ? parseWindowHandle(QUrlQuery(QUrl(source, QUrl::TolerantMode)).queryItemValue("hwnd"))
-                  .value_or(0)
-            : 0;
+    const quint64 window = source.kind() == SourceKind::WindowCapture ? source.window() : 0;
     if (window && (windowSize = captureWindowSize(window))) {
         host.watchWindow(window, *windowSize);
         windowWatch = std::thread([&host, handle = window, size = *windowSize] {
@@ -454,7 +443,7 @@ bool FFmpegVideoDecoder::runAttempt(const QString &source, const QString &audioS
         QString why;
         capturedNatively = native.run(source, &why) == NativeCaptureRun::Outcome::Ended;
         if (!capturedNatively)
-            qInfo().noquote() << "FFmpegVideoDecoder: the system's capture refused" << source
+            qInfo().noquote() << "FFmpegVideoDecoder: the system's capture refused" << source.text()
                               << "(" + why + "); capturing with gdigrab";
     }
     if (!capturedNatively) {
@@ -462,7 +451,7 @@ bool FFmpegVideoDecoder::runAttempt(const QString &source, const QString &audioS
         if (run.open(source, !audioSource.isEmpty())) {
             if (!run.deviceMicrophone().isEmpty() && !microphone.joinable()) {
                 const QString name = run.deviceMicrophone();
-                microphone = std::thread([&host, name] { runMicrophone(name, true, host); });
+                microphone = std::thread([&host, name] { runMicrophone(name, host); });
             }
             run.decodeLoop();
         }

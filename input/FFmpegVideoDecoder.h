@@ -26,6 +26,7 @@
 // Signals are emitted from the worker thread (receivers get them queued) and carry the
 // generation of the run they belong to, so that late reports of an old source can be ignored.
 
+#include "input/SourceAddress.h"
 #include "input/SourceError.h"
 #include "media/FramePool.h"
 
@@ -74,12 +75,12 @@ public:
     // keeps the display size of the source.
     void setTargetSize(QSize size);
 
-    // Plays `source` (with a separate microphone address when `audioSource` is given) from the
-    // next run on; an empty source stops. Returns the new generation at once.
-    quint64 setSource(const QString &source, const QString &audioSource = {});
-    QString source() const;
+    // Plays `source` (with the microphone of a separate audio address when `audioSource` is
+    // given) from the next run on; an empty source stops. Returns the new generation at once.
+    quint64 setSource(const selvane::SourceAddress &source,
+                      const selvane::SourceAddress &audioSource = {});
     // Stops the current run without waiting.
-    void stop() { setSource(QString()); }
+    void stop() { setSource({}); }
     // Waits until the worker has no run (tests, shutdown); false on time-out.
     bool waitUntilIdle(int timeoutMs);
 
@@ -126,13 +127,14 @@ private:
     class Run;
 
     void workerLoop();
-    void runSource(const QString &source, const QString &audioSource, quint64 generation);
+    using Address = selvane::SourceAddress;
+    void runSource(const Address &source, const Address &audioSource, quint64 generation);
     // One attempt; true when it delivered pictures. `logFailure`: its failure is reported.
-    bool runOnce(const QString &source, const QString &audioSource, quint64 generation,
+    bool runOnce(const Address &source, const Address &audioSource, quint64 generation,
                  bool retrying, bool logFailure);
     // One opening of the source; `again`: open it once more at once (a captured window's size
     // changed).
-    bool runAttempt(const QString &source, const QString &audioSource, quint64 generation,
+    bool runAttempt(const Address &source, const Address &audioSource, quint64 generation,
                     bool retrying, bool logFailure, bool *again);
     void setState(State state, quint64 generation);
     bool isCurrent(quint64 generation) const;
@@ -142,8 +144,8 @@ private:
     // What the operator wants; guarded by m_controlMutex, read by the worker.
     mutable std::mutex m_controlMutex;
     std::condition_variable m_wake;
-    QString m_source;
-    QString m_audioSource;
+    Address m_source;
+    Address m_audioSource;
     bool m_shutdown = false;
     std::atomic<quint64> m_generation{0};
     std::atomic<bool> m_shuttingDown{false};

@@ -79,14 +79,13 @@ int openInto(InputContextPtr &context, const char *url, const AVInputFormat *for
 // carries (FFmpeg's TLS tunnels through an HTTP proxy with CONNECT). An HTTP proxy on this machine
 // that is not running is passed by, and where the settings say direct FFmpeg is kept from the
 // environment's http_proxy (its HTTP and TLS layers read it on their own).
-void applyHttpProxyChoice(const QString &address, bool relayed, Dictionary &options)
+void applyHttpProxyChoice(const SourceAddress &address, bool relayed, Dictionary &options)
 {
-    const QString lower = address.trimmed().toLower();
-    const bool tls = lower.startsWith("rtmps://") || lower.startsWith("rtsps://");
-    if (!usesHttpProxy(address) && !tls)
+    const bool tls = address.isTls();
+    if (!address.usesHttpProxy() && !tls)
         return;
     if (!relayed && tls && !av_dict_get(options.get(), "http_proxy", nullptr, 0)) {
-        const proxy::Server http = proxy::httpProxyFor(proxy::urlHost(address), true, false);
+        const proxy::Server http = proxy::httpProxyFor(address.host(), true, false);
         if (http.isValid()) {
             options.set("http_proxy", http.url().toUtf8().constData());
             qInfo().noquote() << "FFmpegVideoDecoder: TLS input through the HTTP proxy"
@@ -100,7 +99,7 @@ void applyHttpProxyChoice(const QString &address, bool relayed, Dictionary &opti
             return;
         qWarning().noquote() << "ProxySettings: the HTTP proxy" << server.endpoint()
                              << "on this machine is not running; connecting to"
-                             << proxy::urlHost(address) << "directly";
+                             << address.host() << "directly";
     }
     options.set("http_proxy", "");
 }
@@ -117,17 +116,18 @@ int probeStreams(AVFormatContext *context, Dictionary &probeOptions)
 
 } // namespace
 
-OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
+OpenedInput openMainInput(const SourceAddress &source, bool separateAudio,
                           const AVIOInterruptCB &interrupt)
 {
     ffsupport::ensureMediaLibrariesReady();
     OpenedInput result;
-    QString address = sourceAddress;
+    // What is opened: the source, or the local relay that carries it through a SOCKS proxy.
+    SourceAddress address = source;
     proxy::RelayRoute route;
-    if (proxy::isRelayable(address)) {
-        const proxy::Server socks = proxy::socksProxyFor(proxy::urlHost(address));
+    if (proxy::isRelayable(source.text())) {
+        const proxy::Server socks = proxy::socksProxyFor(source.host());
         if (socks.isValid()) {
-            route = proxy::startRelay(address, socks);
+            route = proxy::startRelay(source.text(), socks);
             if (!route.relay) {
                 qWarning().noquote() << "FFmpegVideoDecoder: not opened through the SOCKS proxy"
                                      << socks.endpoint() + ":" << route.failure;
@@ -136,11 +136,11 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
             }
             qInfo().noquote() << "FFmpegVideoDecoder: input through local SOCKS relay via"
                               << socks.endpoint();
-            address = route.url;
+            address = SourceAddress(route.url);
             result.relay = route.relay;
         }
     }
-    result.openedUrl = address;
+    result.openedUrl = address.text();
 
     Dictionary openOptions;
     buildInputOptions(address, openOptions.address(), false);
@@ -156,18 +156,14 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
         return result;
     }
 
-    QString camera;
-    QString microphone;
-    const bool device = parseDshowAddress(address, &camera, &microphone) && !camera.isEmpty();
-    const QString lower = address.toLower();
-    const SourceKind kind = classifySource(address);
+    const SourceKind kind = address.kind();
     int err = 0;
     if (kind == SourceKind::TestSignal) {
         // A generator: its graph is built here and read as a source of its own (no stream
         // probe: the graph's outputs tell everything).
         QString why;
         result.graph =
-            TestSignalGraph::open(testSignalGraph(address).toUtf8(), result.context.get(), &why);
+            TestSignalGraph::open(address.testGraph().toUtf8(), result.context.get(), &why);
         if (!result.graph) {
             qWarning().noquote() << "FFmpegVideoDecoder: test signal:" << why;
             result.context.reset();
@@ -184,7 +180,7 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
             return result;
         }
         result.captureDevice = true;
-        qInfo().noquote() << "FFmpegVideoDecoder: capturing" << address << "with"
+        qInfo().noquote() << "FFmpegVideoDecoder: capturing" << address.text() << "with"
                           << grabFormatName() << "(" + QString::fromUtf8(grab.url) + ")";
         Dictionary grabOptions;
         for (const auto &[key, value] : grab.options)
@@ -200,7 +196,7 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
                                                              : SourceError::OpenFailed;
             return result;
         }
-    } else if (device) {
+    } else if (kind == SourceKind::CaptureDevice) {
         result.captureDevice = true;
         const AVInputFormat *format = deviceInputFormat(DeviceMedia::Camera);
         if (!format) {
@@ -211,12 +207,12 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
         Dictionary deviceOptions;
 #ifdef _WIN32
         const QByteArray spec =
-            buildDshowDeviceSpec(camera, separateAudio ? QString() : microphone);
+            buildDshowDeviceSpec(address.camera(), separateAudio ? QString() : address.microphone());
         deviceOptions.set("rtbufsize", separateAudio ? "16777216" : "33554432");
 #else
-        const QByteArray spec = linuxDeviceName(format, camera);
+        const QByteArray spec = linuxDeviceName(format, address.camera());
         if (!separateAudio)
-            result.deviceMicrophone = microphone;
+            result.deviceMicrophone = address.microphone();
 #endif
         probeOptions.set("analyzeduration", "2000000");
         probeOptions.set("probesize", "2000000");
@@ -229,9 +225,9 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
         }
     } else {
         const AVInputFormat *format = nullptr;
-        const QByteArray url = address.toUtf8();
-        if (lower.startsWith("rtmp://") || lower.startsWith("rtmps://") ||
-            lower.startsWith("rtmpt://")) {
+        const QByteArray url = address.text().toUtf8();
+        const QString &scheme = address.scheme();
+        if (scheme == "rtmp" || scheme == "rtmps" || scheme == "rtmpt") {
             probeOptions.set("analyzeduration", "10000000");
             probeOptions.set("probesize", "8000000");
         }
@@ -260,24 +256,19 @@ OpenedInput openMainInput(const QString &sourceAddress, bool separateAudio,
     }
     if (result.context->duration > 0 && result.context->duration != AV_NOPTS_VALUE)
         result.durationMs = result.context->duration / 1000;
-    result.live = result.captureDevice || isLiveSource(sourceAddress, result.context.get());
+    result.live = result.captureDevice || source.isLive(result.context.get());
     return result;
 }
 
-OpenedInput openMicrophoneInput(const QString &addressOrName, bool isBareDeviceName,
-                                const AVIOInterruptCB &interrupt)
+OpenedInput openMicrophoneInput(const QString &microphone, const AVIOInterruptCB &interrupt)
 {
     ffsupport::ensureMediaLibrariesReady();
     OpenedInput result;
     result.captureDevice = true;
     result.live = true;
-    QString microphone = addressOrName;
-    if (!isBareDeviceName) {
-        QString camera;
-        if (!parseDshowAddress(addressOrName, &camera, &microphone) || microphone.isEmpty()) {
-            result.error = SourceError::MicAddressInvalid;
-            return result;
-        }
+    if (microphone.isEmpty()) {
+        result.error = SourceError::MicAddressInvalid;
+        return result;
     }
     const AVInputFormat *format = deviceInputFormat(DeviceMedia::Microphone);
     if (!format) {

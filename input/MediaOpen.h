@@ -15,6 +15,7 @@
 // against the devices the system lists (description or device name), and the microphone of an
 // address that names both is opened as a separate audio input beside the camera.
 
+#include "input/SourceAddress.h"
 #include "input/SourceError.h"
 #include "input/TestSignalGraph.h"
 #include "media/FfmpegTypes.h"
@@ -49,15 +50,13 @@ struct OpenedInput
     }
 };
 
-// The main address of a channel or overlay (display and window capture excluded).
-// `separateAudio` tells that the channel has its own microphone address, in which case the
-// address's own audio item is ignored.
-OpenedInput openMainInput(const QString &address, bool separateAudio,
+// The main address of a channel or overlay. `separateAudio` tells that the channel has its own
+// microphone address, in which case the address's own audio item is ignored.
+OpenedInput openMainInput(const SourceAddress &source, bool separateAudio,
                           const AVIOInterruptCB &interrupt);
 
-// A microphone-only capture address ("dshow://capture?audio=NAME"), or a plain device name when
-// `isBareDeviceName` is set (Linux: the microphone of a camera address).
-OpenedInput openMicrophoneInput(const QString &addressOrName, bool isBareDeviceName,
-                                const AVIOInterruptCB &interrupt);
+// A microphone by its device name (of a "dshow://capture?audio=NAME" address, or on Linux of a
+// camera address); an empty name is refused with MicAddressInvalid.
+OpenedInput openMicrophoneInput(const QString &microphone, const AVIOInterruptCB &interrupt);
 
 } // namespace selvane

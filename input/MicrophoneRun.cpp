@@ -8,10 +8,9 @@ extern "C" {
 
 namespace selvane {
 
-void runMicrophone(const QString &addressOrName, bool isBareDeviceName, DecodeHost &host)
+void runMicrophone(const QString &microphone, DecodeHost &host)
 {
-    OpenedInput input =
-        openMicrophoneInput(addressOrName, isBareDeviceName, DecodeRun::interruptFor(host));
+    OpenedInput input = openMicrophoneInput(microphone, DecodeRun::interruptFor(host));
     if (input.error != SourceError::None) {
         if (!host.cancelled())
             host.failed(input.error, {});

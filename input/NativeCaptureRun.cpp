@@ -5,8 +5,6 @@
 
 #include <QCoreApplication>
 #include <QDebug>
-#include <QUrl>
-#include <QUrlQuery>
 
 extern "C" {
 #include <libavutil/frame.h>
@@ -30,9 +28,9 @@ std::wstring applicationDirectory()
 
 } // namespace
 
-bool NativeCaptureRun::offeredFor(const QString &address)
+bool NativeCaptureRun::offeredFor(const SourceAddress &address)
 {
-    switch (classifySource(address)) {
+    switch (address.kind()) {
     case SourceKind::DisplayCapture:
         return true;
     case SourceKind::WindowCapture: {
@@ -44,10 +42,9 @@ bool NativeCaptureRun::offeredFor(const QString &address)
     }
 }
 
-NativeCaptureRun::Outcome NativeCaptureRun::run(const QString &address, QString *why)
+NativeCaptureRun::Outcome NativeCaptureRun::run(const SourceAddress &address, QString *why)
 {
-    const QUrlQuery query(QUrl(address, QUrl::TolerantMode));
-    const SourceKind kind = classifySource(address);
+    const SourceKind kind = address.kind();
     m_pictures = std::make_unique<PictureConverter>(0, AV_PIX_FMT_NONE);
     m_timelineId = m_host.timeline();
     std::string refusal;
@@ -73,11 +70,9 @@ NativeCaptureRun::Outcome NativeCaptureRun::run(const QString &address, QString 
     };
     m_host.opened(0, true, true, 0);
     if (kind == SourceKind::WindowCapture) {
-        const quint64 handle = parseWindowHandle(query.queryItemValue("hwnd")).value_or(0);
-        win::captureWindowLoop(handle, hooks);
+        win::captureWindowLoop(address.window(), hooks);
     } else {
-        const int monitor = parseMonitorIndex(query.queryItemValue("monitor"));
-        win::captureDesktopLoop(monitor, query.queryItemValue("wgc") == "1", hooks);
+        win::captureDesktopLoop(address.monitor(), address.systemCapture(), hooks);
     }
     if (m_delivered == 0 && !m_host.cancelled()) {
         *why = QString::fromStdString(refusal.empty() ? "no picture came" : refusal);
@@ -88,12 +83,12 @@ NativeCaptureRun::Outcome NativeCaptureRun::run(const QString &address, QString 
 
 #else
 
-bool NativeCaptureRun::offeredFor(const QString &)
+bool NativeCaptureRun::offeredFor(const SourceAddress &)
 {
     return false;
 }
 
-NativeCaptureRun::Outcome NativeCaptureRun::run(const QString &, QString *why)
+NativeCaptureRun::Outcome NativeCaptureRun::run(const SourceAddress &, QString *why)
 {
     *why = QStringLiteral("captured by the system only on Windows");
     return Outcome::Refused;

@@ -10,6 +10,7 @@
 // Refused and the decoder opens the same address with gdigrab instead.
 
 #include "input/DecodeRun.h"
+#include "input/SourceAddress.h"
 
 #include <QString>
 
@@ -28,9 +29,9 @@ public:
 
     // Whether this build captures `address` natively at all (Windows, a display or window
     // capture address; for a window, the companion library loaded).
-    static bool offeredFor(const QString &address);
+    static bool offeredFor(const SourceAddress &address);
     // Captures until the host cancels the run. `why` says what refused the capture.
-    Outcome run(const QString &address, QString *why);
+    Outcome run(const SourceAddress &address, QString *why);
 
 private:
     void deliver(const std::uint8_t *bgra, int width, int height, std::int64_t timeUs);

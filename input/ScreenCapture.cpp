@@ -4,8 +4,6 @@
 #include "media/FfmpegTypes.h"
 
 #include <QSize>
-#include <QUrl>
-#include <QUrlQuery>
 
 #ifdef SELVANE_HAVE_XCB
 #include <xcb/randr.h>
@@ -261,11 +259,9 @@ std::optional<QSize> captureWindowSize(quint64 handle)
     return geometry->size();
 }
 
-GrabInput grabInputFor(const QString &address, int framesPerSecond)
+GrabInput grabInputFor(const SourceAddress &address, int framesPerSecond)
 {
     GrabInput grab;
-    const QUrl url(address, QUrl::TolerantMode);
-    const QUrlQuery query(url);
     Display d;
     if (!d.ok()) {
         grab.error = SourceError::CaptureNoDisplay;
@@ -274,21 +270,21 @@ GrabInput grabInputFor(const QString &address, int framesPerSecond)
     grab.url = qgetenv("DISPLAY");
     grab.options << std::pair{QByteArray("framerate"), QByteArray::number(framesPerSecond)};
     grab.options << std::pair{QByteArray("draw_mouse"),
-                              QByteArray(query.queryItemValue("cursor") == "0" ? "0" : "1")};
-    if (classifySource(address) == SourceKind::WindowCapture) {
-        const std::optional<quint64> handle = parseWindowHandle(query.queryItemValue("hwnd"));
-        const std::optional<QRect> geometry = handle && *handle <= 0xffffffffULL && *handle != 0
-                                                  ? d.geometry(xcb_window_t(*handle))
+                              QByteArray(address.drawsCursor() ? "1" : "0")};
+    if (address.kind() == SourceKind::WindowCapture) {
+        const quint64 handle = address.window();
+        const std::optional<QRect> geometry = handle != 0 && handle <= 0xffffffffULL
+                                                  ? d.geometry(xcb_window_t(handle))
                                                   : std::nullopt;
         if (!geometry || geometry->isEmpty()) {
             grab.error = SourceError::CaptureWindowInvalid;
             return grab;
         }
-        grab.window = *handle;
+        grab.window = handle;
         grab.size = geometry->size();
-        grab.options << std::pair{QByteArray("window_id"), QByteArray::number(*handle)};
+        grab.options << std::pair{QByteArray("window_id"), QByteArray::number(handle)};
     } else {
-        const int index = parseMonitorIndex(query.queryItemValue("monitor"));
+        const int index = address.monitor();
         const QList<CaptureMonitor> monitors = listCaptureMonitors();
         if (index >= monitors.size()) {
             grab.error = SourceError::CaptureMonitorInvalid;
@@ -322,7 +318,7 @@ std::optional<QSize> captureWindowSize(quint64)
 {
     return std::nullopt;
 }
-GrabInput grabInputFor(const QString &, int)
+GrabInput grabInputFor(const SourceAddress &, int)
 {
     GrabInput grab;
     grab.error = SourceError::CaptureUnavailable;
@@ -340,7 +336,7 @@ std::optional<QSize> WindowSizeWatch::size()
 
 #endif
 
-QImage grabStill(const QString &address, QSize fit)
+QImage grabStill(const SourceAddress &address, QSize fit)
 {
     const GrabInput grab = grabInputFor(address);
     ffsupport::ensureMediaLibrariesReady();

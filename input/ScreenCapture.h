@@ -14,6 +14,7 @@
 //
 // Free functions; any thread. Each call opens its own short connection to the display.
 
+#include "input/SourceAddress.h"
 #include "input/SourceError.h"
 
 #include <QByteArray>
@@ -63,7 +64,7 @@ struct GrabInput
     quint64 window = 0; // the window grabbed, 0 for a display
     QSize size;
 };
-GrabInput grabInputFor(const QString &address, int framesPerSecond = 30);
+GrabInput grabInputFor(const SourceAddress &address, int framesPerSecond = 30);
 // The FFmpeg input device that opens a GrabInput: "x11grab", or "gdigrab" on Windows.
 const char *grabFormatName();
 
@@ -90,6 +91,6 @@ private:
 
 // One picture of a display or window capture address, fitted into `fit` (null when it cannot
 // be grabbed). Blocks for one grab (tens of milliseconds): never on the window thread.
-QImage grabStill(const QString &address, QSize fit);
+QImage grabStill(const SourceAddress &address, QSize fit);
 
 } // namespace selvane

@@ -8,8 +8,6 @@
 #include "input/SourceAddress.h"
 #include "input/WindowsCapture.h"
 
-#include <QUrl>
-#include <QUrlQuery>
 #include <windows.h>
 
 namespace selvane {
@@ -76,29 +74,28 @@ std::optional<QSize> captureWindowSize(quint64 handle)
     return clientSize(handle);
 }
 
-GrabInput grabInputFor(const QString &address, int framesPerSecond)
+GrabInput grabInputFor(const SourceAddress &address, int framesPerSecond)
 {
     GrabInput grab;
-    const QUrlQuery query(QUrl(address, QUrl::TolerantMode));
     grab.options << std::pair{QByteArray("framerate"), QByteArray::number(framesPerSecond)};
     grab.options << std::pair{QByteArray("draw_mouse"),
-                              QByteArray(query.queryItemValue("cursor") == "0" ? "0" : "1")};
-    if (classifySource(address) == SourceKind::WindowCapture) {
-        const std::optional<quint64> handle = parseWindowHandle(query.queryItemValue("hwnd"));
-        const std::optional<QSize> size = handle ? clientSize(*handle) : std::nullopt;
+                              QByteArray(address.drawsCursor() ? "1" : "0")};
+    if (address.kind() == SourceKind::WindowCapture) {
+        const quint64 handle = address.window();
+        const std::optional<QSize> size = handle ? clientSize(handle) : std::nullopt;
         wchar_t title[385] = {};
-        const int length = size ? GetWindowTextW(toWindow(*handle), title, 385) : 0;
+        const int length = size ? GetWindowTextW(toWindow(handle), title, 385) : 0;
         if (!size || size->isEmpty() || length <= 0) {
             grab.error = SourceError::CaptureWindowInvalid;
             return grab;
         }
         // gdigrab finds a window by its title only: the first window of that title.
-        grab.window = *handle;
+        grab.window = handle;
         grab.size = *size;
         grab.url = "title=" + QString::fromWCharArray(title, length).toUtf8();
         return grab;
     }
-    const int index = parseMonitorIndex(query.queryItemValue("monitor"));
+    const int index = address.monitor();
     const QList<CaptureMonitor> monitors = listCaptureMonitors();
     if (index < 0 || index >= monitors.size()) {
         grab.error =

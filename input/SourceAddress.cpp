@@ -6,6 +6,8 @@
 #include <QUrl>
 #include <QUrlQuery>
 
+#include <optional>
+
 extern "C" {
 #include <libavformat/avformat.h>
 #include <libavutil/dict.h>
@@ -15,11 +17,6 @@ namespace selvane {
 
 namespace {
 
-QString schemeOf(const QString &address)
-{
-    return QUrl(address, QUrl::TolerantMode).scheme().toLower();
-}
-
 bool startsWithAny(const QString &lower, std::initializer_list<const char *> prefixes)
 {
     for (const char *prefix : prefixes)
@@ -28,38 +25,96 @@ bool startsWithAny(const QString &lower, std::initializer_list<const char *> pre
     return false;
 }
 
-} // namespace
-
-SourceKind classifySource(const QString &address)
+std::optional<quint64> parseWindowHandle(const QString &value)
 {
-    const QString scheme = schemeOf(address);
-    if (scheme == "wgc")
-        return SourceKind::WindowCapture;
-    if (scheme == "desktop")
-        return SourceKind::DisplayCapture;
-    QString video;
-    if (address.startsWith("dshow://", Qt::CaseInsensitive) &&
-        parseDshowAddress(address, &video, nullptr) && !video.isEmpty())
-        return SourceKind::CaptureDevice;
-    if (address.startsWith("lavfi://", Qt::CaseInsensitive))
-        return SourceKind::TestSignal;
-    if (address.contains("://") && !address.startsWith("file:", Qt::CaseInsensitive))
-        return SourceKind::NetworkStream;
-    return SourceKind::LocalFile;
+    bool ok = false;
+    quint64 handle = 0;
+    if (value.startsWith("0x", Qt::CaseInsensitive))
+        handle = value.mid(2).toULongLong(&ok, 16);
+    else
+        handle = value.toULongLong(&ok, 10);
+    if (!ok)
+        return std::nullopt;
+    return handle;
 }
 
-bool isLiveSource(const QString &address, const AVFormatContext *openedFormat)
+} // namespace
+
+SourceAddress::SourceAddress(const QString &text) : m_text(text.trimmed())
 {
-    const QString lower = address.toLower();
+    if (m_text.isEmpty())
+        return;
+    const QUrl url(m_text, QUrl::TolerantMode);
+    const QUrlQuery query(url);
+    m_host = url.host();
+    if (m_text.contains("://"))
+        m_scheme = m_text.section("://", 0, 0).toLower();
+    else if (m_text.startsWith("file:", Qt::CaseInsensitive))
+        m_scheme = "file";
+
+    if (m_scheme == "dshow") {
+        m_camera = query.queryItemValue("video", QUrl::FullyDecoded);
+        m_microphone = query.queryItemValue("audio", QUrl::FullyDecoded);
+    }
+    if (m_scheme == "wgc") {
+        m_kind = SourceKind::WindowCapture;
+        m_window = parseWindowHandle(query.queryItemValue("hwnd")).value_or(0);
+    } else if (m_scheme == "desktop") {
+        m_kind = SourceKind::DisplayCapture;
+        bool ok = false;
+        const int index = query.queryItemValue("monitor").toInt(&ok, 10);
+        m_monitor = ok && index >= 0 ? index : 0;
+        const QString wgc = query.queryItemValue("wgc");
+        m_systemCapture = wgc == "1" || wgc.compare("true", Qt::CaseInsensitive) == 0;
+    } else if (m_scheme == "dshow" && !m_camera.isEmpty()) {
+        m_kind = SourceKind::CaptureDevice;
+    } else if (m_scheme == "lavfi") {
+        m_kind = SourceKind::TestSignal;
+        m_testGraph = QUrl::fromPercentEncoding(m_text.mid(m_text.indexOf("://") + 3).toUtf8());
+    } else if (m_text.contains("://") && m_scheme != "file") {
+        m_kind = SourceKind::NetworkStream;
+    }
+    if (isScreenCapture())
+        m_drawCursor = query.queryItemValue("cursor") != "0";
+}
+
+QString SourceAddress::localPath() const
+{
+    if (m_kind != SourceKind::LocalFile)
+        return {};
+    return m_text.startsWith("file:", Qt::CaseInsensitive) ? QUrl(m_text).toLocalFile() : m_text;
+}
+
+bool SourceAddress::isLive(const AVFormatContext *openedFormat) const
+{
+    if (m_kind == SourceKind::CaptureDevice || isScreenCapture())
+        return true;
+    const QString lower = m_text.toLower();
     if (startsWithAny(lower, {"dshow://", "rtmp://", "rtmps://", "rtmpt://", "rtsp://", "rtsps://",
                               "rtp:", "udp:", "srtp:"}))
         return true;
     // A generator runs as fast as it is read: it is paced against the clock like a file.
-    if (lower.startsWith("lavfi://"))
+    if (m_kind == SourceKind::TestSignal)
         return false;
-    if (address.contains("://") && openedFormat)
+    if (m_text.contains("://") && openedFormat)
         return openedFormat->duration <= 0 || openedFormat->duration == AV_NOPTS_VALUE;
     return false;
+}
+
+bool SourceAddress::isRealTimeStream() const
+{
+    return startsWithAny(m_text.toLower(), {"rtmp://", "rtmps://", "rtmpt://", "rtsp://",
+                                            "rtsps://", "srt://", "udp://", "rtp://"});
+}
+
+bool SourceAddress::usesHttpProxy() const
+{
+    return startsWithAny(m_text.toLower(), {"http://", "https://", "rtmpt://"});
+}
+
+bool SourceAddress::isTls() const
+{
+    return m_scheme == "rtmps" || m_scheme == "rtsps";
 }
 
 bool isSegmentedStream(const AVFormatContext *openedFormat)
@@ -68,32 +123,6 @@ bool isSegmentedStream(const AVFormatContext *openedFormat)
         return false;
     const QByteArray name(openedFormat->iformat->name);
     return name == "hls" || name == "dash";
-}
-
-bool usesHttpProxy(const QString &address)
-{
-    return startsWithAny(address.trimmed().toLower(), {"http://", "https://", "rtmpt://"});
-}
-
-bool isTcpCarriedUrl(const QString &address)
-{
-    return startsWithAny(address.trimmed().toLower(),
-                         {"rtmpt://", "rtmp://", "rtmpe://", "rtsp://", "tcp://"});
-}
-
-bool parseDshowAddress(const QString &address, QString *video, QString *audio)
-{
-    const QUrl url(address, QUrl::TolerantMode);
-    if (url.scheme().compare("dshow", Qt::CaseInsensitive) != 0)
-        return false;
-    const QUrlQuery query(url);
-    const QString v = query.queryItemValue("video", QUrl::FullyDecoded);
-    const QString a = query.queryItemValue("audio", QUrl::FullyDecoded);
-    if (video)
-        *video = v;
-    if (audio)
-        *audio = a;
-    return !v.isEmpty() || !a.isEmpty();
 }
 
 QString escapeDshowDeviceName(const QString &name)
@@ -117,25 +146,22 @@ QByteArray buildDshowDeviceSpec(const QString &video, const QString &audio)
     return {};
 }
 
-void buildInputOptions(const QString &address, AVDictionary **dictionary, bool skipProxies)
+void buildInputOptions(const SourceAddress &address, AVDictionary **dictionary, bool skipProxies)
 {
-    if (!address.contains("://") || address.startsWith("dshow://", Qt::CaseInsensitive))
+    if (!address.text().contains("://") || address.scheme() == "dshow")
         return;
-    const QString lower = address.toLower();
+    const QString lower = address.text().toLower();
     // A real-time stream silent this long is lost and opened again; a segmented one (HLS,
     // DASH) may take longer over a slow link.
-    const bool realTime = startsWithAny(lower, {"rtmp://", "rtmps://", "rtmpt://", "rtsp://",
-                                                "rtsps://", "srt://", "udp://", "rtp://"});
-    const char *timeout = realTime ? "5000000" : "30000000";
+    const char *timeout = address.isRealTimeStream() ? "5000000" : "30000000";
     av_dict_set(dictionary, "rw_timeout", timeout, 0);
     av_dict_set(dictionary, "stimeout", timeout, 0);
     if (skipProxies) {
         av_dict_set(dictionary, "rtsp_transport", "tcp", 0);
     } else {
-        const QString host = QUrl(address.trimmed()).host();
-        if (usesHttpProxy(address)) {
+        if (address.usesHttpProxy()) {
             const proxy::Server http =
-                proxy::httpProxyFor(host, lower.trimmed().startsWith("https://"), false);
+                proxy::httpProxyFor(address.host(), address.scheme() == "https", false);
             if (http.isValid()) {
                 av_dict_set(dictionary, "http_proxy", http.url().toUtf8().constData(), 0);
                 qInfo().noquote() << "FFmpegVideoDecoder: http_proxy for HTTP(S) input"
@@ -143,8 +169,8 @@ void buildInputOptions(const QString &address, AVDictionary **dictionary, bool s
             }
         }
         // For the record: the connection itself goes through the local relay (input/MediaOpen).
-        if (lower.startsWith("rtmps://") || lower.startsWith("rtsps://")) {
-            const proxy::Server socks = proxy::socksProxyFor(host, false);
+        if (address.isTls()) {
+            const proxy::Server socks = proxy::socksProxyFor(address.host(), false);
             if (socks.isValid())
                 av_dict_set(dictionary, "socks_proxy",
                             ("socks5://" + socks.endpoint()).toUtf8().constData(), 0);
@@ -154,41 +180,8 @@ void buildInputOptions(const QString &address, AVDictionary **dictionary, bool s
         av_dict_set(dictionary, "rtmp_live", "live", 0);
         av_dict_set(dictionary, "buffer_size", "2097152", 0);
     }
-    if (lower.startsWith("rtsp://") || lower.startsWith("rtsps://"))
+    if (address.scheme() == "rtsp" || address.scheme() == "rtsps")
         av_dict_set(dictionary, "rtsp_transport", "tcp", 0);
-}
-
-int parseMonitorIndex(const QString &value)
-{
-    bool ok = false;
-    const int index = value.toInt(&ok, 10);
-    return ok && index >= 0 ? index : 0;
-}
-
-bool parseWgcFlag(const QString &value)
-{
-    return value == "1" || value.compare("true", Qt::CaseInsensitive) == 0;
-}
-
-std::optional<quint64> parseWindowHandle(const QString &value)
-{
-    bool ok = false;
-    quint64 handle = 0;
-    if (value.startsWith("0x", Qt::CaseInsensitive))
-        handle = value.mid(2).toULongLong(&ok, 16);
-    else
-        handle = value.toULongLong(&ok, 10);
-    if (!ok)
-        return std::nullopt;
-    return handle;
-}
-
-QString testSignalGraph(const QString &address)
-{
-    const qsizetype start = address.indexOf("://");
-    if (start < 0)
-        return {};
-    return QUrl::fromPercentEncoding(address.mid(start + 3).toUtf8());
 }
 
 } // namespace selvane

@@ -16,6 +16,7 @@
 #include <thread>
 
 using namespace testsupport;
+using selvane::SourceAddress;
 
 namespace {
 
@@ -223,7 +224,7 @@ private slots:
                           &log),
                  log.constData());
         DecoderProbe probe;
-        probe.decoder.setSource(file);
+        probe.decoder.setSource(SourceAddress(file));
         QTRY_VERIFY_WITH_TIMEOUT(probe.decoder.hasEnded(), 20000);
         QTRY_VERIFY_WITH_TIMEOUT(probe.audio() >= 4 * 48000 - 2400, 2000);
         const std::vector<Delivered> frames = probe.snapshot();
@@ -245,7 +246,7 @@ private slots:
     {
         DecoderProbe probe;
         probe.decoder.setLoop(true);
-        probe.decoder.setSource(shortClip());
+        probe.decoder.setSource(SourceAddress(shortClip()));
         QTRY_VERIFY_WITH_TIMEOUT(probe.frameCount() >= 150, 10000);
         QCOMPARE(probe.ended, 0);
         QVERIFY(!probe.decoder.hasEnded());
@@ -267,7 +268,7 @@ private slots:
     void fileWithoutLoopEndsOnce()
     {
         DecoderProbe probe;
-        probe.decoder.setSource(shortClip());
+        probe.decoder.setSource(SourceAddress(shortClip()));
         QTRY_COMPARE_WITH_TIMEOUT(probe.ended, 1, 5000);
         QCOMPARE(probe.frameCount(), qsizetype(30)); // the decoder's last pictures included
         QTest::qWait(300);
@@ -296,7 +297,7 @@ private slots:
             log.constData());
         QVERIFY(runFfmpeg({"-i", plain, "-c", "copy", "-metadata:s:v:0", "rotate=90", file}, &log));
         DecoderProbe probe;
-        probe.decoder.setSource(file);
+        probe.decoder.setSource(SourceAddress(file));
         QTRY_VERIFY_WITH_TIMEOUT(probe.frameCount() >= 1, 5000);
         QTRY_COMPARE(probe.infos.size(), 1);
         QCOMPARE(probe.infos[0].mid(0, 4), (QList<int>{320, 240, 240, 320}));
@@ -317,7 +318,7 @@ private slots:
                  log.constData());
         WarningCapture warnings;
         DecoderProbe probe;
-        probe.decoder.setSource(file);
+        probe.decoder.setSource(SourceAddress(file));
         QTRY_COMPARE_WITH_TIMEOUT(probe.ended, 1, 8000);
         QCOMPARE(warnings.lines().filter("AV1 hardware decode unavailable").size(), 1);
         QVERIFY(probe.errors.isEmpty());
@@ -349,7 +350,7 @@ private slots:
         else if (damage.startsWith("bitflip"))
             QVERIFY(damagedCopy(good, bad, 1.0, 4096, 211));
         DecoderProbe probe;
-        probe.decoder.setSource(damage == "missing" ? path("does_not_exist.mp4") : bad);
+        probe.decoder.setSource(SourceAddress(damage == "missing" ? path("does_not_exist.mp4") : bad));
         QTRY_VERIFY_WITH_TIMEOUT(probe.ended == 1 || !probe.errors.isEmpty(), 10000);
         if (damage == "truncate-indexlast" || damage == "missing")
             QCOMPARE(probe.errors, QList<SourceError>{SourceError::OpenFailed});
@@ -364,7 +365,7 @@ private slots:
     void seekInPauseShowsExactlyOneFrame()
     {
         DecoderProbe probe;
-        probe.decoder.setSource(shortClip());
+        probe.decoder.setSource(SourceAddress(shortClip()));
         QTRY_VERIFY_WITH_TIMEOUT(probe.frameCount() >= 3, 3000);
         probe.decoder.pause();
         QTest::qWait(100);
@@ -405,7 +406,7 @@ private slots:
         QTest::qWait(1500);
 
         DecoderProbe probe;
-        probe.decoder.setSource(server.url("cam"));
+        probe.decoder.setSource(SourceAddress(server.url("cam")));
         QTRY_VERIFY_WITH_TIMEOUT(probe.frameCount() >= 10, 15000);
         QVERIFY(probe.decoder.isLive());
         const qsizetype before = probe.frameCount();
@@ -426,7 +427,7 @@ private slots:
         const QString next = shortClip();
         QElapsedTimer callTimer;
         callTimer.start();
-        probe.decoder.setSource(next);
+        probe.decoder.setSource(SourceAddress(next));
         const qint64 callMs = callTimer.elapsed();
         probe.clear();
         QTRY_VERIFY_WITH_TIMEOUT(probe.frameCount() >= 5, 3000);

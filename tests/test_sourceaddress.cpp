@@ -19,7 +19,7 @@ namespace {
 QMap<QString, QString> optionsFor(const QString &address)
 {
     ffsupport::Dictionary dict;
-    buildInputOptions(address, dict.address(), false);
+    buildInputOptions(SourceAddress(address), dict.address(), false);
     QMap<QString, QString> map;
     const AVDictionaryEntry *entry = nullptr;
     while ((entry = av_dict_get(dict.get(), "", entry, AV_DICT_IGNORE_SUFFIX)))
@@ -49,30 +49,67 @@ private slots:
         QTest::newRow("test signal") << "lavfi://testsrc2" << int(SourceKind::TestSignal);
         QTest::newRow("file url") << "file:///tmp/a.mp4" << int(SourceKind::LocalFile);
         QTest::newRow("path") << "/tmp/a b.mp4" << int(SourceKind::LocalFile);
+        QTest::newRow("stream, padded") << "  srt://h:9000  " << int(SourceKind::NetworkStream);
     }
 
     void kindsInTheirOrder()
     {
         QFETCH(QString, address);
         QFETCH(int, kind);
-        QCOMPARE(int(classifySource(address)), kind);
+        QCOMPARE(int(SourceAddress(address).kind()), kind);
+    }
+
+    // What the decoder and the capture code read from an address is decided when it is parsed.
+    void partsParsedOnce()
+    {
+        const SourceAddress window("wgc://capture?hwnd=0x1A2b&cursor=0");
+        QCOMPARE(window.window(), quint64(0x1a2b));
+        QVERIFY(!window.drawsCursor());
+        QVERIFY(window.isScreenCapture());
+        QCOMPARE(SourceAddress("wgc://capture?hwnd=nope").window(), quint64(0));
+
+        const SourceAddress display("desktop://capture?monitor=2&wgc=true");
+        QCOMPARE(display.monitor(), 2);
+        QVERIFY(display.systemCapture());
+        QVERIFY(display.drawsCursor());
+        QCOMPARE(SourceAddress("desktop://capture?monitor=-3").monitor(), 0);
+
+        const SourceAddress camera("dshow://capture?video=USB%20Cam%3A1&audio=Mic%20(2)");
+        QCOMPARE(camera.camera(), QString("USB Cam:1"));
+        QCOMPARE(camera.microphone(), QString("Mic (2)"));
+        QCOMPARE(buildDshowDeviceSpec(camera.camera(), camera.microphone()),
+                 QByteArray("video=USB Cam\\:1:audio=Mic (2)"));
+
+        QCOMPARE(SourceAddress("lavfi://testsrc2%3Dsize%3D64x36").testGraph(),
+                 QString("testsrc2=size=64x36"));
+        QCOMPARE(SourceAddress("file:///tmp/a%20b.mp4").localPath(), QString("/tmp/a b.mp4"));
+        QCOMPARE(SourceAddress(" /tmp/x.mp4 ").localPath(), QString("/tmp/x.mp4"));
+        QVERIFY(SourceAddress("srt://h:9000").localPath().isEmpty());
+
+        const SourceAddress stream("RTMPS://Host.example:443/app/key");
+        QCOMPARE(stream.scheme(), QString("rtmps"));
+        QCOMPARE(stream.host(), QString("host.example"));
+        QVERIFY(stream.isTls() && stream.isRealTimeStream() && stream.isNetwork());
+        QVERIFY(SourceAddress().isEmpty());
+        QVERIFY(SourceAddress("   ").isEmpty());
     }
 
     void liveness()
     {
-        QVERIFY(isLiveSource("RTMP://host/app", nullptr));
-        QVERIFY(isLiveSource("udp://239.0.0.1:1234", nullptr));
-        QVERIFY(isLiveSource("dshow://capture?video=Cam", nullptr));
-        QVERIFY(!isLiveSource("/tmp/file.mp4", nullptr));
-        QVERIFY(!isLiveSource("lavfi://testsrc2", nullptr));
+        QVERIFY(SourceAddress("RTMP://host/app").isLive(nullptr));
+        QVERIFY(SourceAddress("udp://239.0.0.1:1234").isLive(nullptr));
+        QVERIFY(SourceAddress("dshow://capture?video=Cam").isLive(nullptr));
+        QVERIFY(SourceAddress("desktop://capture?monitor=0").isLive(nullptr));
+        QVERIFY(!SourceAddress("/tmp/file.mp4").isLive(nullptr));
+        QVERIFY(!SourceAddress("lavfi://testsrc2").isLive(nullptr));
         AVFormatContext *context = avformat_alloc_context();
         context->duration = AV_NOPTS_VALUE;
-        QVERIFY(isLiveSource("http://host/stream", context));
+        QVERIFY(SourceAddress("http://host/stream").isLive(context));
         context->duration = 0;
-        QVERIFY(isLiveSource("https://host/stream", context));
+        QVERIFY(SourceAddress("https://host/stream").isLive(context));
         context->duration = 5 * AV_TIME_BASE;
-        QVERIFY(!isLiveSource("https://host/clip.mp4", context));
-        QVERIFY(!isLiveSource("http://host/clip.mp4", nullptr));
+        QVERIFY(!SourceAddress("https://host/clip.mp4").isLive(context));
+        QVERIFY(!SourceAddress("http://host/clip.mp4").isLive(nullptr));
         avformat_free_context(context);
     }
 

@@ -10,7 +10,9 @@ int main()
     const AVIOInterruptCB never{};
     for (int cycle = 0; cycle < 10; ++cycle) {
         selvane::OpenedInput input = selvane::openMainInput(
-            "lavfi://testsrc2=size=64x36:rate=30[out0];sine=frequency=1000[out1]", false, never);
+            selvane::SourceAddress(
+                "lavfi://testsrc2=size=64x36:rate=30[out0];sine=frequency=1000[out1]"),
+            false, never);
         if (!input.context || !input.graph)
             return 2;
         ffsupport::PacketPtr packet(av_packet_alloc());

@@ -22,16 +22,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 {
     const QString address =
         QString::fromUtf8(reinterpret_cast<const char *>(data), qsizetype(size));
-    (void)selvane::classifySource(address);
-    (void)selvane::usesHttpProxy(address);
-    (void)selvane::isTcpCarriedUrl(address);
-    (void)selvane::testSignalGraph(address);
-    QString video;
-    QString audio;
-    if (selvane::parseDshowAddress(address, &video, &audio))
-        (void)selvane::buildDshowDeviceSpec(video, audio);
+    const selvane::SourceAddress source(address);
+    (void)source.isLive(nullptr);
+    (void)source.localPath();
+    (void)selvane::buildDshowDeviceSpec(source.camera(), source.microphone());
     AVDictionary *options = nullptr;
-    selvane::buildInputOptions(address, &options, true);
+    selvane::buildInputOptions(source, &options, true);
     av_dict_free(&options);
 
     const StreamTarget target = selvane::parseStreamTarget(address);

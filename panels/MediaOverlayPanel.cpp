@@ -2,6 +2,7 @@
 #include "engine/OverlayDrawing.h"
 
 #include "engine/Engine.h"
+#include "panels/OverlayListModel.h"
 #include "media/StoredSettings.h"
 
 #include <QCheckBox>
@@ -12,7 +13,7 @@
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QListWidget>
+#include <QListView>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSettings>
@@ -36,8 +37,10 @@ MediaOverlayPanel::MediaOverlayPanel(Engine *engine, QWidget *parent)
     m_showing = true; // until every field exists
     m_heading = new QLabel(this);
     m_heading->setWordWrap(true);
-    m_list = new QListWidget(this);
+    m_model = new OverlayListModel(engine, OverlayListModel::Kind::Media, this);
+    m_list = new QListView(this);
     m_list->setObjectName("mediaOverlayList");
+    m_list->setModel(m_model);
     m_list->setMinimumHeight(70);
     m_addImage = new QPushButton(this);
     m_addVideo = new QPushButton(this);
@@ -117,8 +120,9 @@ MediaOverlayPanel::MediaOverlayPanel(Engine *engine, QWidget *parent)
             [this] { browseAndAdd(MediaOverlayRecord::OverlayVideo); });
     connect(m_remove, &QPushButton::clicked, this, &MediaOverlayPanel::removeSelected);
     connect(m_changeFile, &QPushButton::clicked, this, &MediaOverlayPanel::changeFile);
-    connect(m_list, &QListWidget::currentRowChanged, this, [this](int row) {
-        const int id = row >= 0 && row < m_records.size() ? m_records[row].id : -1;
+    connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this](const QModelIndex &current) {
+        const int id = m_model->idAt(current.row());
         if (id == m_selected)
             return;
         m_selected = id;
@@ -126,7 +130,9 @@ MediaOverlayPanel::MediaOverlayPanel(Engine *engine, QWidget *parent)
         emit selectedChanged(id);
         emit framesChanged();
     });
-    connect(engine, &Engine::overlaysChanged, this, &MediaOverlayPanel::refresh);
+    // The model follows the engine; the fields and the preview's frames follow the model.
+    connect(m_model, &QAbstractItemModel::dataChanged, this, &MediaOverlayPanel::refresh);
+    connect(m_model, &QAbstractItemModel::modelReset, this, &MediaOverlayPanel::refresh);
     retranslateUi();
     refresh();
 }
@@ -138,7 +144,7 @@ bool MediaOverlayPanel::editable(const MediaOverlayRecord &record) const
 
 const MediaOverlayRecord *MediaOverlayPanel::find(int id) const
 {
-    for (const MediaOverlayRecord &record : m_records)
+    for (const MediaOverlayRecord &record : m_model->media())
         if (record.id == id)
             return &record;
     return nullptr;
@@ -147,7 +153,7 @@ const MediaOverlayRecord *MediaOverlayPanel::find(int id) const
 QList<MediaOverlayRecord> MediaOverlayPanel::editableOverlays() const
 {
     QList<MediaOverlayRecord> list;
-    for (const MediaOverlayRecord &record : m_records)
+    for (const MediaOverlayRecord &record : m_model->media())
         if (editable(record))
             list.append(record);
     return list;
@@ -155,45 +161,20 @@ QList<MediaOverlayRecord> MediaOverlayPanel::editableOverlays() const
 
 void MediaOverlayPanel::refresh()
 {
-    const QList<MediaOverlayRecord> records = m_engine->mediaOverlays();
-    const bool sameList = records.size() == m_records.size() &&
-                          std::equal(records.cbegin(), records.cend(), m_records.cbegin(),
-                                     [](const auto &a, const auto &b) {
-                                         return a.id == b.id && a.filePath == b.filePath &&
-                                                a.kind == b.kind && a.visible == b.visible;
-                                     });
-    m_records = records;
-    if (!sameList) {
-        const QSignalBlocker block(m_list);
-        m_list->clear();
-        for (const MediaOverlayRecord &record : m_records) {
-            const QString kind =
-                record.kind == MediaOverlayRecord::OverlayVideo ? tr("Video") : tr("Image");
-            auto *item = new QListWidgetItem(QString("%1  %2%3")
-                                                 .arg(kind, QFileInfo(record.filePath).fileName(),
-                                                      record.visible ? QString() : tr(" (hidden)")),
-                                             m_list);
-            item->setToolTip(record.filePath);
-            if (!editable(record)) {
-                item->setText(item->text() + tr("  [schedule]"));
-                item->setForeground(QColor(0x9a, 0xa0, 0xaa));
-            }
-        }
-        if (!find(m_selected))
-            m_selected = -1;
-        for (int row = 0; row < m_records.size(); ++row)
-            if (m_records[row].id == m_selected)
-                m_list->setCurrentRow(row);
-    }
+    if (!find(m_selected))
+        m_selected = -1;
+    select(m_selected);
     showSelected();
     emit framesChanged();
 }
 
 void MediaOverlayPanel::select(int id)
 {
-    for (int row = 0; row < m_records.size(); ++row)
-        if (m_records[row].id == id)
-            m_list->setCurrentRow(row);
+    const QModelIndex index = m_model->indexOf(id);
+    if (index.isValid())
+        m_list->setCurrentIndex(index);
+    else
+        m_list->clearSelection();
 }
 
 void MediaOverlayPanel::showSelected()
@@ -368,8 +349,7 @@ void MediaOverlayPanel::retranslateUi()
                        "chosen overlay's frame on the program preview to move it; pull a corner "
                        "or an edge to resize it. A video's sound is set on its strip in the "
                        "audio mixer."));
-    m_records.clear(); // the list's words are read again
-    refresh();
+    m_model->retranslate(); // the rows' words are read again
 }
 
 } // namespace selvane

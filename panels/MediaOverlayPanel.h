@@ -19,13 +19,14 @@ class QCheckBox;
 class QDoubleSpinBox;
 class QFormLayout;
 class QLabel;
-class QListWidget;
+class QListView;
 class QPushButton;
 class QSlider;
 
 namespace selvane {
 
 class Engine;
+class OverlayListModel;
 
 class MediaOverlayPanel : public QWidget
 {
@@ -66,13 +67,13 @@ private:
     const MediaOverlayRecord *find(int id) const;
 
     Engine *m_engine = nullptr;
-    QList<MediaOverlayRecord> m_records; // as the engine has them
+    OverlayListModel *m_model = nullptr; // the engine's images and videos, in its order
     int m_selected = -1;
     bool m_showing = false; // fields are being filled from a record: no echo to the engine
     QElapsedTimer m_lastLiveMove;
 
     QLabel *m_heading = nullptr;
-    QListWidget *m_list = nullptr;
+    QListView *m_list = nullptr;
     QPushButton *m_addImage = nullptr;
     QPushButton *m_addVideo = nullptr;
     QPushButton *m_remove = nullptr;

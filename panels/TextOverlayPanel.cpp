@@ -2,12 +2,13 @@
 #include "engine/OverlayDrawing.h"
 
 #include "engine/Engine.h"
+#include "panels/OverlayListModel.h"
 #include "panels/TextEffectDialog.h"
 
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QListWidget>
+#include <QListView>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -29,8 +30,10 @@ TextOverlayPanel::TextOverlayPanel(Engine *engine, QWidget *parent)
     setObjectName("textOverlayPanel");
     m_heading = new QLabel(this);
     m_heading->setWordWrap(true);
-    m_list = new QListWidget(this);
+    m_model = new OverlayListModel(engine, OverlayListModel::Kind::Text, this);
+    m_list = new QListView(this);
     m_list->setObjectName("textOverlayList");
+    m_list->setModel(m_model);
     m_list->setMinimumHeight(90);
     m_list->setTextElideMode(Qt::ElideRight);
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -38,11 +41,11 @@ TextOverlayPanel::TextOverlayPanel(Engine *engine, QWidget *parent)
     // On and off plainly told apart on the dark theme and on a chosen row: a dark box, or a
     // light one.
     m_list->setStyleSheet(
-        "QListWidget::indicator { width:11px; height:11px; border:1px solid #8a909a; "
+        "QListView::indicator { width:11px; height:11px; border:1px solid #8a909a; "
         "border-radius:2px; background:#17191d; }"
-        "QListWidget::indicator:checked { background:#e6e8eb; border-color:#e6e8eb; }"
-        "QListWidget::indicator:disabled { border-color:#555a63; }"
-        "QListWidget::indicator:checked:disabled { background:#7a808a; }");
+        "QListView::indicator:checked { background:#e6e8eb; border-color:#e6e8eb; }"
+        "QListView::indicator:disabled { border-color:#555a63; }"
+        "QListView::indicator:checked:disabled { background:#7a808a; }");
     m_add = new QPushButton(this);
     m_edit = new QPushButton(this);
     m_duplicate = new QPushButton(this);
@@ -59,95 +62,47 @@ TextOverlayPanel::TextOverlayPanel(Engine *engine, QWidget *parent)
     connect(m_edit, &QPushButton::clicked, this, &TextOverlayPanel::editSelected);
     connect(m_duplicate, &QPushButton::clicked, this, &TextOverlayPanel::duplicateSelected);
     connect(m_remove, &QPushButton::clicked, this, &TextOverlayPanel::removeSelected);
-    connect(m_list, &QListWidget::currentRowChanged, this, &TextOverlayPanel::updateButtons);
-    connect(m_list, &QListWidget::itemChanged, this, &TextOverlayPanel::onItemChanged);
-    connect(m_list, &QListWidget::itemDoubleClicked, this, [this](QListWidgetItem *item) {
-        if (editable(item->data(Qt::UserRole).toInt())) {
-            m_list->setCurrentItem(item);
+    connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            &TextOverlayPanel::updateButtons);
+    // The chosen text stays chosen when the rows are laid out again.
+    connect(m_model, &QAbstractItemModel::modelAboutToBeReset, this,
+            [this] { m_keptSelection = selectedId(); });
+    connect(m_model, &QAbstractItemModel::modelReset, this, [this] {
+        select(m_keptSelection);
+        updateButtons();
+    });
+    connect(m_list, &QListView::doubleClicked, this, [this](const QModelIndex &index) {
+        if (editable(m_model->idAt(index.row()))) {
+            m_list->setCurrentIndex(index);
             editSelected();
         }
     });
-    connect(engine, &Engine::overlaysChanged, this, &TextOverlayPanel::refresh);
     retranslateUi();
 }
 
 bool TextOverlayPanel::editable(int id) const
 {
-    return id >= 0 && !Engine::isScheduleOverlay(id);
+    return OverlayListModel::editable(id);
+}
+
+const TextOverlayData *TextOverlayPanel::find(int id) const
+{
+    for (const TextOverlayData &text : m_model->texts())
+        if (text.id == id)
+            return &text;
+    return nullptr;
 }
 
 int TextOverlayPanel::selectedId() const
 {
-    const QListWidgetItem *item = m_list->currentItem();
-    return item ? item->data(Qt::UserRole).toInt() : -1;
+    return m_model->idAt(m_list->currentIndex().row());
 }
 
 void TextOverlayPanel::select(int id)
 {
-    for (int row = 0; row < m_list->count(); ++row)
-        if (m_list->item(row)->data(Qt::UserRole).toInt() == id)
-            m_list->setCurrentRow(row);
-}
-
-void TextOverlayPanel::refresh()
-{
-    const QList<TextOverlayData> texts = m_engine->textOverlays();
-    const bool sameRows = texts.size() == m_texts.size() &&
-                          std::equal(texts.cbegin(), texts.cend(), m_texts.cbegin(),
-                                     [](const auto &a, const auto &b) { return a.id == b.id; });
-    const bool sameLook =
-        sameRows && std::equal(texts.cbegin(), texts.cend(), m_texts.cbegin(),
-                               [](const auto &a, const auto &b) {
-                                   return a.text == b.text && a.enabled == b.enabled;
-                               });
-    m_texts = texts;
-    if (sameLook)
-        return; // a change elsewhere (media, doodle, a text's style): the rows stand
-    if (!sameRows) {
-        rebuildList();
-        return;
-    }
-    // The same texts in the same order: the rows change in place (this may run while the list
-    // reports a row's box being ticked).
-    const QSignalBlocker block(m_list);
-    for (int row = 0; row < m_texts.size(); ++row)
-        showRow(m_list->item(row), m_texts[row]);
-}
-
-void TextOverlayPanel::rebuildList()
-{
-    const int selected = selectedId();
-    {
-        const QSignalBlocker block(m_list);
-        m_list->clear();
-        for (const TextOverlayData &text : m_texts) {
-            auto *item = new QListWidgetItem(m_list);
-            item->setData(Qt::UserRole, text.id);
-            showRow(item, text);
-        }
-    }
-    select(selected);
-    updateButtons();
-}
-
-void TextOverlayPanel::showRow(QListWidgetItem *item, const TextOverlayData &text)
-{
-    QString words = text.text.simplified();
-    if (words.isEmpty())
-        words = tr("(no text)");
-    if (!editable(text.id)) {
-        words += tr("  [schedule]");
-        // Greyed and out of reach: the schedule owns it.
-        item->setFlags(Qt::ItemNeverHasChildren);
-    } else {
-        item->setFlags(Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemIsUserCheckable |
-                       Qt::ItemNeverHasChildren);
-    }
-    item->setText(words);
-    item->setToolTip(text.text);
-    const Qt::CheckState state = text.enabled ? Qt::Checked : Qt::Unchecked;
-    if (item->checkState() != state || !item->data(Qt::CheckStateRole).isValid())
-        item->setCheckState(state);
+    const QModelIndex index = m_model->indexOf(id);
+    if (index.isValid())
+        m_list->setCurrentIndex(index);
 }
 
 void TextOverlayPanel::updateButtons()
@@ -156,20 +111,6 @@ void TextOverlayPanel::updateButtons()
     m_edit->setEnabled(mine);
     m_duplicate->setEnabled(mine);
     m_remove->setEnabled(mine);
-}
-
-void TextOverlayPanel::onItemChanged(QListWidgetItem *item)
-{
-    const int id = item->data(Qt::UserRole).toInt();
-    if (!editable(id))
-        return;
-    const bool on = item->checkState() == Qt::Checked;
-    for (TextOverlayData text : m_texts)
-        if (text.id == id && text.enabled != on) {
-            text.enabled = on;
-            m_engine->setTextOverlay(text);
-            return;
-        }
 }
 
 bool TextOverlayPanel::roomForOne()
@@ -211,9 +152,8 @@ void TextOverlayPanel::editSelected()
     const int id = selectedId();
     if (!editable(id))
         return;
-    const auto found = std::find_if(m_texts.cbegin(), m_texts.cend(),
-                                    [id](const TextOverlayData &text) { return text.id == id; });
-    if (found == m_texts.cend())
+    const TextOverlayData *found = find(id);
+    if (!found)
         return;
     TextOverlayData text = *found;
     if (!runDialog(text))
@@ -231,19 +171,19 @@ void TextOverlayPanel::duplicateSelected()
     const int id = selectedId();
     if (!editable(id) || !roomForOne())
         return;
-    for (TextOverlayData text : m_texts)
-        if (text.id == id) {
-            const QSizeF scene = OverlayDrawing::sceneSize();
-            text.posX = std::min(1.0, text.posX + kDuplicateStep / scene.width());
-            text.posY = std::min(1.0, text.posY + kDuplicateStep / scene.height());
-            Problem problem;
-            const int copy = m_engine->addTextOverlay(text, &problem);
-            if (problem)
-                refuse(problemText(problem));
-            else
-                select(copy);
-            return;
-        }
+    const TextOverlayData *found = find(id);
+    if (!found)
+        return;
+    TextOverlayData text = *found;
+    const QSizeF scene = OverlayDrawing::sceneSize();
+    text.posX = std::min(1.0, text.posX + kDuplicateStep / scene.width());
+    text.posY = std::min(1.0, text.posY + kDuplicateStep / scene.height());
+    Problem problem;
+    const int copy = m_engine->addTextOverlay(text, &problem);
+    if (problem)
+        refuse(problemText(problem));
+    else
+        select(copy);
 }
 
 void TextOverlayPanel::removeSelected()
@@ -283,8 +223,7 @@ void TextOverlayPanel::retranslateUi()
     m_duplicate->setAccessibleName(tr("Duplicate Text"));
     m_remove->setText(tr("Remove"));
     m_remove->setAccessibleName(tr("Remove Text"));
-    m_texts = m_engine->textOverlays();
-    rebuildList(); // the rows' words are read again
+    m_model->retranslate();
 }
 
 } // namespace selvane

@@ -13,13 +13,13 @@
 #include <QWidget>
 
 class QLabel;
-class QListWidget;
-class QListWidgetItem;
+class QListView;
 class QPushButton;
 
 namespace selvane {
 
 class Engine;
+class OverlayListModel;
 
 class TextOverlayPanel : public QWidget
 {
@@ -43,12 +43,9 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
-    void refresh();
-    void rebuildList();
-    void showRow(QListWidgetItem *item, const TextOverlayData &text);
     void updateButtons();
-    void onItemChanged(QListWidgetItem *item);
     bool editable(int id) const;
+    const TextOverlayData *find(int id) const;
     bool roomForOne();
     // Runs the dialog on `text`; true with the edited record in `text` when accepted.
     bool runDialog(TextOverlayData &text);
@@ -56,10 +53,11 @@ private:
     void retranslateUi();
 
     Engine *m_engine = nullptr;
-    QList<TextOverlayData> m_texts; // as the engine has them, in its order
+    OverlayListModel *m_model = nullptr; // the engine's texts, in its order
+    int m_keptSelection = -1;
 
     QLabel *m_heading = nullptr;
-    QListWidget *m_list = nullptr;
+    QListView *m_list = nullptr;
     QPushButton *m_add = nullptr;
     QPushButton *m_edit = nullptr;
     QPushButton *m_duplicate = nullptr;

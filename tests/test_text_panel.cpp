@@ -19,7 +19,7 @@
 #include <QColorDialog>
 #include <QComboBox>
 #include <QLabel>
-#include <QListWidget>
+#include <QListView>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -70,12 +70,14 @@ void typeInto(QAbstractSpinBox *box, const QString &value)
     QTest::keyClicks(box, value);
 }
 
-QListWidgetItem *rowOf(QListWidget *list, int id)
+// The row of the overlay `id` in a list, invalid when it is not listed.
+QModelIndex rowOf(QListView *list, int id)
 {
-    for (int row = 0; row < list->count(); ++row)
-        if (list->item(row)->data(Qt::UserRole).toInt() == id)
-            return list->item(row);
-    return nullptr;
+    const QAbstractItemModel *model = list->model();
+    for (int row = 0; row < model->rowCount(); ++row)
+        if (model->index(row, 0).data(Qt::UserRole).toInt() == id)
+            return model->index(row, 0);
+    return {};
 }
 
 // Adds a text through the dialog as typed.
@@ -258,7 +260,7 @@ private slots:
         panel.resize(360, 300);
         panel.show();
         QVERIFY(QTest::qWaitForWindowExposed(&panel));
-        auto *list = named<QListWidget>(&panel, "Text overlays");
+        auto *list = named<QListView>(&panel, "Text overlays");
         auto *remove = named<QPushButton>(&panel, "Remove Text");
 
         // A schedule's text is listed, greyed and out of the panel's reach.
@@ -266,28 +268,32 @@ private slots:
         scheduled.id = 1000;
         scheduled.text = "From the schedule";
         engine.setTextOverlay(scheduled);
-        QCOMPARE(list->count(), 1);
+        QCOMPARE(list->model()->rowCount(), 1);
         QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
-                          list->visualItemRect(list->item(0)).center());
-        QVERIFY(!(list->item(0)->flags() & Qt::ItemIsEnabled));
+                          list->visualRect(list->model()->index(0, 0)).center());
+        QVERIFY(!(list->model()->index(0, 0).flags() & Qt::ItemIsEnabled));
         QVERIFY(!remove->isEnabled());
 
         // Texts added from the dialog take the smallest free ids; a removed id is used again.
         addText(panel, "first");
         addText(panel, "second");
-        QCOMPARE(list->count(), 3);
-        QVERIFY(rowOf(list, 1) && rowOf(list, 2));
-        list->setCurrentItem(rowOf(list, 1));
+        QCOMPARE(list->model()->rowCount(), 3);
+        QVERIFY(rowOf(list, 1).isValid() && rowOf(list, 2).isValid());
+        list->setCurrentIndex(rowOf(list, 1));
         QTest::mouseClick(remove, Qt::LeftButton);
-        QVERIFY(!rowOf(list, 1));
-        list->setCurrentItem(rowOf(list, 2));
+        QVERIFY(!rowOf(list, 1).isValid());
+        list->setCurrentIndex(rowOf(list, 2));
         QTest::mouseClick(named<QPushButton>(&panel, "Duplicate Text"), Qt::LeftButton);
-        QVERIFY(rowOf(list, 1));
-        QCOMPARE(rowOf(list, 1)->text(), QString("second"));
+        QVERIFY(rowOf(list, 1).isValid());
+        QCOMPARE(rowOf(list, 1).data().toString(), QString("second"));
+        // The copy is the one chosen now, and stays chosen while other rows come and go.
+        QCOMPARE(panel.selectedId(), 1);
+        engine.removeTextOverlay(1000);
+        QCOMPARE(panel.selectedId(), 1);
 
         // Its row's box takes a text off the program.
         list->setFocus();
-        list->setCurrentItem(rowOf(list, 2));
+        list->setCurrentIndex(rowOf(list, 2));
         QTest::keyClick(list, Qt::Key_Space);
         const auto record = [&engine](int id) {
             for (const TextOverlayData &text : engine.textOverlays())
@@ -296,7 +302,7 @@ private slots:
             return TextOverlayData{};
         };
         QCOMPARE(record(2).enabled, false);
-        QCOMPARE(rowOf(list, 2)->checkState(), Qt::Unchecked);
+        QCOMPARE(rowOf(list, 2).data(Qt::CheckStateRole).value<Qt::CheckState>(), Qt::Unchecked);
 
         // Cancel leaves the text as it was, whatever was changed in the dialog.
         const TextOverlayData before = record(2);
@@ -310,7 +316,7 @@ private slots:
             edited = dialog->data();
             QTest::mouseClick(named<QPushButton>(dialog, "Cancel"), Qt::LeftButton);
         });
-        const QPoint row = list->visualItemRect(rowOf(list, 2)).center();
+        const QPoint row = list->visualRect(rowOf(list, 2)).center();
         QTest::mousePress(list->viewport(), Qt::LeftButton, {}, row);
         QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, row);
         QTest::mouseRelease(list->viewport(), Qt::LeftButton, {}, row);
@@ -327,7 +333,7 @@ private slots:
                     .arg(id);
             engine.setTextOverlay(text);
         }
-        QCOMPARE(list->count(), 10);
+        QCOMPARE(list->model()->rowCount(), 10);
         QTest::mouseClick(named<QPushButton>(&panel, "Add Text"), Qt::LeftButton);
         auto *box = panel.findChild<QMessageBox *>("textOverlayMessage");
         QVERIFY(box);
@@ -343,7 +349,7 @@ private slots:
         QTRY_COMPARE(add->text(),
                      QCoreApplication::translate("selvane::TextOverlayPanel", "Add..."));
         QVERIFY(panel.grab().save("screenshots/text_panel_zh.png"));
-        list->setCurrentItem(rowOf(list, 2));
+        list->setCurrentIndex(rowOf(list, 2));
         bool shot = false;
         onNextDialog<TextEffectDialog>([&shot](TextEffectDialog *dialog) {
             shot = dialog->grab().save("screenshots/text_dialog_zh.png");

@@ -5,7 +5,7 @@
 #include "media/StoredSettings.h"
 #include "panels/OutputFolder.h"
 #include "panels/OutputStatusView.h"
-#include "panels/StreamTargetDialog.h"
+#include "panels/StreamTargetModel.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -23,7 +23,7 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QSpinBox>
-#include <QTableWidget>
+#include <QTableView>
 #include <QVBoxLayout>
 
 namespace selvane {
@@ -90,7 +90,9 @@ OutputSettingsPanel::OutputSettingsPanel(QWidget *parent) : QWidget(parent)
     // Targets
     m_targetsTitle = new QLabel(this);
     m_sharedHint = hint(this);
-    m_targetTable = new QTableWidget(0, 4, this);
+    m_targetModel = new StreamTargetModel(this);
+    m_targetTable = new QTableView(this);
+    m_targetTable->setModel(m_targetModel);
     m_targetTable->setAccessibleName("Stream targets");
     m_targetTable->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_targetTable->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -241,25 +243,16 @@ OutputSettingsPanel::OutputSettingsPanel(QWidget *parent) : QWidget(parent)
     connect(m_browse, &QPushButton::clicked, this, &OutputSettingsPanel::browseFolder);
     connect(m_addTarget, &QPushButton::clicked, this, [this] { editTarget(-1); });
     connect(m_editTarget, &QPushButton::clicked, this,
-            [this] { editTarget(m_targetTable->currentRow()); });
-    connect(m_targetTable, &QTableWidget::cellDoubleClicked, this, [this](int row, int column) {
-        if (column != 0)
-            editTarget(row);
+            [this] { editTarget(m_targetTable->currentIndex().row()); });
+    connect(m_targetTable, &QTableView::doubleClicked, this, [this](const QModelIndex &index) {
+        if (index.column() != StreamTargetModel::OnColumn)
+            editTarget(index.row());
     });
-    connect(m_targetTable, &QTableWidget::cellChanged, this, [this](int row, int column) {
-        if (m_loading || column != 0 || row < 0 || row >= m_targets.size())
-            return;
-        m_targets[row].enabled = m_targetTable->item(row, 0)->checkState() == Qt::Checked;
+    connect(m_removeTarget, &QPushButton::clicked, this,
+            [this] { m_targetModel->removeTarget(m_targetTable->currentIndex().row()); });
+    // Every change the operator makes to the list is stored at once.
+    connect(m_targetModel, &StreamTargetModel::targetsEdited, this, [this] {
         saveTargets();
-        emit settingsChanged();
-    });
-    connect(m_removeTarget, &QPushButton::clicked, this, [this] {
-        const int row = m_targetTable->currentRow();
-        if (row < 0 || row >= m_targets.size())
-            return;
-        m_targets.removeAt(row);
-        saveTargets();
-        showTargets();
         emit settingsChanged();
     });
     connect(m_start, &QPushButton::clicked, this, &OutputSettingsPanel::startOutputsRequested);
@@ -290,7 +283,7 @@ void OutputSettingsPanel::load()
     m_preset->setCurrentIndex(qBound(0, s.value("output/qualityPreset", 1).toInt(), 2));
     m_keyframe->setValue(s.value("output/keyframeSeconds", 2).toInt());
     m_gain->setValue(s.value("output/gainPercent", 100).toInt());
-    m_targets.clear();
+    QList<TargetEntry> targets;
     s.beginGroup("output/streams");
     const QStringList groups = s.childGroups();
     QList<int> order;
@@ -299,13 +292,14 @@ void OutputSettingsPanel::load()
     std::sort(order.begin(), order.end());
     for (int index : order) {
         s.beginGroup(QString::number(index));
-        m_targets << TargetEntry{s.value("protocol", "Custom").toString(),
-                                 s.value("enabled", true).toBool(), s.value("url").toString(),
-                                 s.value("key").toString()};
+        targets << TargetEntry{s.value("protocol", "Custom").toString(),
+                               s.value("enabled", true).toBool(), s.value("url").toString(),
+                               s.value("key").toString()};
         s.endGroup();
     }
     s.endGroup();
     m_loading = false;
+    m_targetModel->setTargets(targets);
     showTargets();
 }
 
@@ -331,44 +325,30 @@ void OutputSettingsPanel::saveTargets()
 {
     StoredSettings s;
     s.remove("output/streams");
-    for (int i = 0; i < m_targets.size(); ++i) {
+    const QList<TargetEntry> &targets = m_targetModel->targets();
+    for (int i = 0; i < targets.size(); ++i) {
         const QString group = QStringLiteral("output/streams/%1/").arg(i);
-        s.setValue(group + "protocol", m_targets[i].kind);
-        s.setValue(group + "enabled", m_targets[i].enabled);
-        s.setValue(group + "url", m_targets[i].server);
-        s.setValue(group + "key", m_targets[i].key);
+        s.setValue(group + "protocol", targets[i].kind);
+        s.setValue(group + "enabled", targets[i].enabled);
+        s.setValue(group + "url", targets[i].server);
+        s.setValue(group + "key", targets[i].key);
     }
 }
 
 void OutputSettingsPanel::showTargets()
 {
-    m_loading = true;
-    while (m_targetStatus.size() < m_targets.size())
-        m_targetStatus << QString();
-    m_targetTable->setRowCount(int(m_targets.size()));
-    for (int row = 0; row < m_targets.size(); ++row) {
-        const TargetEntry &t = m_targets[row];
-        auto *on = new QTableWidgetItem;
-        on->setFlags(Qt::ItemIsUserCheckable | Qt::ItemIsEnabled | Qt::ItemIsSelectable);
-        on->setCheckState(t.enabled ? Qt::Checked : Qt::Unchecked);
-        m_targetTable->setItem(row, 0, on);
-        m_targetTable->setItem(row, 1, new QTableWidgetItem(t.kind));
-        // The key never shows: the server, and dots where the key goes.
-        const QString shown = maskStreamUrl(t.server) + (t.key.isEmpty() ? QString() : "/••••");
-        m_targetTable->setItem(row, 2, new QTableWidgetItem(shown));
-        auto *status = new QTableWidgetItem(OutputStatusView::statusWord(m_targetStatus[row]));
-        status->setForeground(QColor(OutputStatusView::statusColour(m_targetStatus[row])));
-        m_targetTable->setItem(row, 3, status);
-    }
-    m_targetTable->resizeColumnToContents(0);
-    m_targetTable->resizeColumnToContents(1);
-    m_loading = false;
+    m_targetTable->resizeColumnToContents(StreamTargetModel::OnColumn);
+    m_targetTable->resizeColumnToContents(StreamTargetModel::KindColumn);
+}
+
+QList<OutputSettingsPanel::TargetEntry> OutputSettingsPanel::targets() const
+{
+    return m_targetModel->targets();
 }
 
 void OutputSettingsPanel::setTargets(const QList<TargetEntry> &targets)
 {
-    m_targets = targets;
-    m_targetStatus.clear();
+    m_targetModel->setTargets(targets);
     saveTargets();
     showTargets();
     emit settingsChanged();
@@ -384,19 +364,16 @@ void OutputSettingsPanel::setRecording(bool enabled, const QString &path)
 
 void OutputSettingsPanel::editTarget(int row)
 {
-    const bool adding = row < 0 || row >= m_targets.size();
-    StreamTargetDialog dialog(this, adding ? TargetEntry{"RTMP", true, {}, {}} : m_targets[row]);
+    const QList<TargetEntry> &targets = m_targetModel->targets();
+    const bool adding = row < 0 || row >= targets.size();
+    StreamTargetDialog dialog(this, adding ? TargetEntry{"RTMP", true, {}, {}} : targets[row]);
     if (dialog.exec() != QDialog::Accepted)
         return;
-    if (adding) {
-        m_targets << dialog.entry();
-        m_targetStatus << QString();
-    } else {
-        m_targets[row] = dialog.entry();
-    }
-    saveTargets();
+    if (adding)
+        m_targetModel->addTarget(dialog.entry());
+    else
+        m_targetModel->replaceTarget(row, dialog.entry());
     showTargets();
-    emit settingsChanged();
 }
 
 void OutputSettingsPanel::browseFolder()
@@ -446,7 +423,7 @@ OutputSettings OutputSettingsPanel::settings() const
     e.segmentEnabled = e.fileEnabled && m_segment->isChecked();
     e.segmentMinutes = e.segmentEnabled ? m_segmentMinutes->value() : 0;
     e.segmentGiB = e.segmentEnabled ? m_segmentGiB->value() : 0;
-    for (const TargetEntry &t : m_targets)
+    for (const TargetEntry &t : m_targetModel->targets())
         if (t.enabled && !t.server.trimmed().isEmpty())
             e.streamTargets << OutputRules::parseStreamTarget(t.url());
     e.fps = m_fps->currentData().toDouble();
@@ -482,24 +459,7 @@ void OutputSettingsPanel::setOutputsRunning(bool running)
 
 void OutputSettingsPanel::setTargetStatus(int index, const QString &status)
 {
-    // The engine counts the enabled targets only.
-    int enabled = -1;
-    for (int row = 0; row < m_targets.size(); ++row) {
-        if (!m_targets[row].enabled || m_targets[row].server.trimmed().isEmpty())
-            continue;
-        if (++enabled != index)
-            continue;
-        while (m_targetStatus.size() <= row)
-            m_targetStatus << QString();
-        if (m_targetStatus[row] == status)
-            return;
-        m_targetStatus[row] = status;
-        if (QTableWidgetItem *item = m_targetTable->item(row, 3)) {
-            item->setText(OutputStatusView::statusWord(status));
-            item->setForeground(QColor(OutputStatusView::statusColour(status)));
-        }
-        return;
-    }
+    m_targetModel->setStatus(index, status);
 }
 
 void OutputSettingsPanel::showStats(const OutputStats &stats)
@@ -560,7 +520,7 @@ void OutputSettingsPanel::retranslateUi()
     m_targetsTitle->setText(tr("<b>Stream targets</b>"));
     m_sharedHint->setText(
         tr("All enabled destinations share one encoder to minimize CPU/GPU load."));
-    m_targetTable->setHorizontalHeaderLabels({tr("On"), tr("Kind"), tr("Address"), tr("Status")});
+    m_targetModel->retranslate();
     m_addTarget->setText(tr("Add"));
     m_editTarget->setText(tr("Edit"));
     m_editTarget->setAccessibleName(tr("Edit Target"));

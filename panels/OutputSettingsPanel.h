@@ -17,6 +17,7 @@
 
 #include "engine/EngineTypes.h"
 #include "panels/StreamTargetDialog.h"
+#include "panels/StreamTargetModel.h"
 
 #include <QWidget>
 
@@ -27,7 +28,7 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSpinBox;
-class QTableWidget;
+class QTableView;
 
 namespace selvane {
 
@@ -41,7 +42,7 @@ public:
     explicit OutputSettingsPanel(QWidget *parent = nullptr);
 
     OutputSettings settings() const;
-    QList<TargetEntry> targets() const { return m_targets; }
+    QList<TargetEntry> targets() const;
     void setTargets(const QList<TargetEntry> &targets);
     void setRecording(bool enabled, const QString &path);
     void setOutputsRunning(bool running);
@@ -72,8 +73,7 @@ private:
     void retranslateUi();
     QSize chosenSize() const;
 
-    QList<TargetEntry> m_targets;
-    QStringList m_targetStatus; // by row
+    StreamTargetModel *m_targetModel = nullptr;
     bool m_running = false;
     bool m_loading = false;
 
@@ -91,7 +91,7 @@ private:
 
     QLabel *m_targetsTitle = nullptr;
     QLabel *m_sharedHint = nullptr;
-    QTableWidget *m_targetTable = nullptr;
+    QTableView *m_targetTable = nullptr;
     QPushButton *m_addTarget = nullptr;
     QPushButton *m_editTarget = nullptr;
     QPushButton *m_removeTarget = nullptr;

@@ -7,6 +7,7 @@
 #include "app/Language.h"
 #include "app/MainWindow.h"
 #include "engine/Engine.h"
+#include "media/StoredSettings.h"
 #include "panels/AudioMixerPanel.h"
 #include "panels/ChannelPanel.h"
 #include "panels/LevelMeter.h"
@@ -29,6 +30,7 @@
 #include <QSettings>
 #include <QSignalSpy>
 #include <QStandardPaths>
+#include <QTableView>
 #include <QTimer>
 #include <QtTest>
 #include <cstdlib>
@@ -319,6 +321,21 @@ private slots:
         // A disabled target is no destination either.
         panel->setTargets({Target{"SRT", false, "srt://127.0.0.1:9", {}}});
         QVERIFY(startAndReadBox().contains("Please fill output file path"));
+        // Its box in the table takes it into the outputs and is stored at once; the key never
+        // shows.
+        auto *table = named<QTableView>(panel, "Stream targets");
+        panel->setTargets({Target{"SRT", false, "srt://127.0.0.1:9", {}},
+                           Target{"RTMP", true, "rtmp://127.0.0.1/live", "secretkey"}});
+        QVERIFY(!table->model()->index(1, 2).data().toString().contains("secretkey"));
+        table->setFocus();
+        table->setCurrentIndex(table->model()->index(0, 0));
+        QTest::keyClick(table, Qt::Key_Space);
+        QCOMPARE(panel->settings().encoder.streamTargets.size(), 2);
+        QVERIFY(selvane::StoredSettings().value("output/streams/0/enabled").toBool());
+        table->setCurrentIndex(table->model()->index(1, 0));
+        QTest::mouseClick(named<QPushButton>(panel, "Remove Target"), Qt::LeftButton);
+        QCOMPARE(panel->targets().size(), 1);
+        QVERIFY(!selvane::StoredSettings().contains("output/streams/1/url"));
 
         panel->setTargets({Target{"RTMP", true, "srt://127.0.0.1:9", {}}});
         QCOMPARE(startAndReadBox(), QString("Output|Stream RTMP expects a rtmp:// URL."));

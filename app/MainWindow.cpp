@@ -49,6 +49,7 @@
 #include <QStandardPaths>
 #include <QStatusBar>
 #include <QTimer>
+#include <QUndoStack>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -403,6 +404,11 @@ ScheduleWindow *MainWindow::scheduleWindow()
         // A window of its own, deleted with the main window.
         m_scheduleWindow = new ScheduleWindow(m_engine, this);
         m_scheduleWindow->resize(960, 680);
+        // Its history in the Edit menu as well; its keys work in its own window.
+        QUndoStack *history = m_scheduleWindow->undoStack();
+        m_editMenu->addSeparator();
+        m_editMenu->addAction(history->createUndoAction(m_editMenu, tr("Schedule: Undo")));
+        m_editMenu->addAction(history->createRedoAction(m_editMenu, tr("Schedule: Redo")));
     }
     return m_scheduleWindow;
 }

@@ -2,6 +2,7 @@
 #include "engine/ScheduleFiles.h"
 
 #include "engine/Engine.h"
+#include "panels/ScheduleRowsModel.h"
 #include "panels/ScheduleTimeline.h"
 
 #include <QDateTimeEdit>
@@ -14,7 +15,8 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
-#include <QTableWidget>
+#include <QTableView>
+#include <QUndoStack>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -35,9 +37,10 @@ QDateTime nowToTheSecond()
     return now;
 }
 
-QTableWidget *clipTable(QWidget *parent)
+QTableView *clipTable(QAbstractItemModel *model, QWidget *parent)
 {
-    auto *table = new QTableWidget(0, 5, parent);
+    auto *table = new QTableView(parent);
+    table->setModel(model);
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->setSelectionMode(QAbstractItemView::SingleSelection);
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -50,7 +53,7 @@ QTableWidget *clipTable(QWidget *parent)
     return table;
 }
 
-int selectedRow(const QTableWidget *table)
+int selectedRow(const QTableView *table)
 {
     const QModelIndexList rows = table->selectionModel()->selectedRows();
     return rows.isEmpty() ? -1 : rows.first().row();
@@ -92,16 +95,39 @@ ScheduleWindow::ScheduleWindow(Engine *engine, QWidget *parent)
         return row;
     };
 
+    m_baseModel = new BaseRowsModel(this);
+    m_overlayModel = new OverlayRowsModel(this);
     m_baseTitle = new QLabel(this);
-    m_baseTable = clipTable(this);
+    m_baseTable = clipTable(m_baseModel, this);
     auto *baseButtons =
         buttonRow({&m_addBase, &m_editBase, &m_removeBase, &m_upBase, &m_downBase, &m_clearBase});
     m_overlayTitle = new QLabel(this);
-    m_overlayTable = clipTable(this);
+    m_overlayTable = clipTable(m_overlayModel, this);
     auto *overlayButtons = buttonRow({&m_addOverlay, &m_editOverlay, &m_removeOverlay, &m_upOverlay,
                                       &m_downOverlay, &m_clearOverlay});
 
+    // Every edit of the rows and the origin is a command on the undo stack: Ctrl+Z and
+    // Ctrl+Shift+Z here, the buttons, and the main window's Edit menu.
+    m_undo = new QUndoStack(this);
+    m_undoAction = m_undo->createUndoAction(this);
+    m_undoAction->setShortcut(QKeySequence::Undo);
+    m_redoAction = m_undo->createRedoAction(this);
+    m_redoAction->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
+    addAction(m_undoAction);
+    addAction(m_redoAction);
+
     auto *bottom = new QHBoxLayout;
+    for (QPushButton **button : {&m_undoButton, &m_redoButton}) {
+        *button = new QPushButton(this);
+        bottom->addWidget(*button);
+    }
+    connect(m_undoButton, &QPushButton::clicked, m_undo, &QUndoStack::undo);
+    connect(m_redoButton, &QPushButton::clicked, m_undo, &QUndoStack::redo);
+    connect(m_undo, &QUndoStack::canUndoChanged, m_undoButton, &QWidget::setEnabled);
+    connect(m_undo, &QUndoStack::canRedoChanged, m_redoButton, &QWidget::setEnabled);
+    m_undoButton->setEnabled(false);
+    m_redoButton->setEnabled(false);
+    bottom->addSpacing(12);
     for (QPushButton **button : {&m_import, &m_export, &m_check}) {
         *button = new QPushButton(this);
         bottom->addWidget(*button);
@@ -133,21 +159,21 @@ ScheduleWindow::ScheduleWindow(Engine *engine, QWidget *parent)
     m_poll->setInterval(kPollMs);
     connect(m_poll, &QTimer::timeout, this, &ScheduleWindow::pollPlayhead);
 
-    connect(m_origin, &QDateTimeEdit::dateTimeChanged, this, &ScheduleWindow::refreshTimeline);
+    connect(m_origin, &QDateTimeEdit::dateTimeChanged, this, &ScheduleWindow::originEdited);
     connect(m_addBase, &QPushButton::clicked, this, &ScheduleWindow::addBase);
     connect(m_editBase, &QPushButton::clicked, this, &ScheduleWindow::editBase);
     connect(m_removeBase, &QPushButton::clicked, this, [this] { removeRow(false); });
     connect(m_upBase, &QPushButton::clicked, this, [this] { moveRow(false, -1); });
     connect(m_downBase, &QPushButton::clicked, this, [this] { moveRow(false, 1); });
     connect(m_clearBase, &QPushButton::clicked, this, [this] { clearRows(false); });
-    connect(m_baseTable, &QTableWidget::cellDoubleClicked, this, &ScheduleWindow::editBase);
+    connect(m_baseTable, &QTableView::doubleClicked, this, &ScheduleWindow::editBase);
     connect(m_addOverlay, &QPushButton::clicked, this, &ScheduleWindow::addOverlay);
     connect(m_editOverlay, &QPushButton::clicked, this, &ScheduleWindow::editOverlay);
     connect(m_removeOverlay, &QPushButton::clicked, this, [this] { removeRow(true); });
     connect(m_upOverlay, &QPushButton::clicked, this, [this] { moveRow(true, -1); });
     connect(m_downOverlay, &QPushButton::clicked, this, [this] { moveRow(true, 1); });
     connect(m_clearOverlay, &QPushButton::clicked, this, [this] { clearRows(true); });
-    connect(m_overlayTable, &QTableWidget::cellDoubleClicked, this, &ScheduleWindow::editOverlay);
+    connect(m_overlayTable, &QTableView::doubleClicked, this, &ScheduleWindow::editOverlay);
     connect(m_baseTable->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this] { m_timeline->setSelection(false, selectedRow(m_baseTable)); });
     connect(m_overlayTable->selectionModel(), &QItemSelectionModel::selectionChanged, this,
@@ -159,9 +185,11 @@ ScheduleWindow::ScheduleWindow(Engine *engine, QWidget *parent)
     connect(m_startStop, &QPushButton::clicked, this, &ScheduleWindow::startOrStop);
     connect(m_engine, &Engine::scheduleRunningChanged, this, &ScheduleWindow::onRunningChanged);
 
+    m_committedOrigin = m_origin->dateTime();
     m_running = m_engine->isScheduleRunning();
     if (m_running)
         showRunningArrangement();
+    m_undo->clear(); // the window opens with no history
     retranslateUi();
     refreshTables();
     resize(920, 660);
@@ -184,13 +212,13 @@ ProgramArrangement ScheduleWindow::arrangement() const
     ProgramArrangement a;
     const QDateTime zero = origin();
     a.timelineZero = zero.toString(kOriginFormat);
-    for (const ScheduleBaseRow &row : m_baseRows) {
+    for (const ScheduleBaseRow &row : m_baseModel->rows()) {
         SceneClip clip = row.clip;
         clip.startMs = zero.msecsTo(row.start);
         clip.endMs = row.openEnded ? 0 : zero.msecsTo(row.end);
         a.sceneClips.append(clip);
     }
-    for (const ScheduleOverlayRow &row : m_overlayRows) {
+    for (const ScheduleOverlayRow &row : m_overlayModel->rows()) {
         OverlayClip clip = row.clip;
         clip.startMs = zero.msecsTo(row.start);
         clip.endMs = row.openEnded ? 0 : zero.msecsTo(row.end);
@@ -218,24 +246,65 @@ void ScheduleWindow::loadArrangement(const ProgramArrangement &a)
         }
         zero = nowToTheSecond().addMSecs(-earliest);
     }
-    m_baseRows.clear();
-    m_overlayRows.clear();
+    ScheduleEditorState loaded;
     for (const SceneClip &c : a.sceneClips)
-        m_baseRows.append({c, zero.addMSecs(c.startMs), zero.addMSecs(c.endMs), c.endMs == 0});
+        loaded.base.append({c, zero.addMSecs(c.startMs), zero.addMSecs(c.endMs), c.endMs == 0});
     for (const OverlayClip &c : a.overlayClips)
-        m_overlayRows.append({c, zero.addMSecs(c.startMs), zero.addMSecs(c.endMs), c.endMs == 0});
-    {
+        loaded.overlay.append({c, zero.addMSecs(c.startMs), zero.addMSecs(c.endMs), c.endMs == 0});
+    loaded.origin = zero;
+    edit(tr("Load Schedule"), loaded, {});
+}
+
+ScheduleEditorState ScheduleWindow::state() const
+{
+    return {m_baseModel->rows(), m_overlayModel->rows(), m_committedOrigin};
+}
+
+ScheduleChoice ScheduleWindow::choice() const
+{
+    const int base = selectedRow(m_baseTable);
+    return base >= 0 ? ScheduleChoice{false, base}
+                     : ScheduleChoice{true, selectedRow(m_overlayTable)};
+}
+
+void ScheduleWindow::edit(const QString &text, const ScheduleEditorState &after,
+                          ScheduleChoice chosen, bool originOnly)
+{
+    m_undo->push(new ScheduleEdit(
+        text, state(), choice(), after, chosen,
+        [this](const ScheduleEditorState &s, ScheduleChoice c) { apply(s, c); }, originOnly));
+}
+
+void ScheduleWindow::apply(const ScheduleEditorState &s, ScheduleChoice chosen)
+{
+    m_baseModel->setRows(s.base);
+    m_overlayModel->setRows(s.overlay);
+    m_committedOrigin = s.origin;
+    if (m_origin->dateTime() != s.origin) {
         const QSignalBlocker quiet(m_origin);
-        m_origin->setDateTime(zero);
+        m_origin->setDateTime(s.origin);
     }
     refreshTables();
+    m_baseTable->clearSelection();
+    m_overlayTable->clearSelection();
+    m_timeline->setSelection(false, -1);
+    selectRow(chosen.overlay, chosen.row);
+}
+
+void ScheduleWindow::originEdited(const QDateTime &origin)
+{
+    if (origin == m_committedOrigin)
+        return;
+    ScheduleEditorState after = state();
+    after.origin = origin;
+    edit(tr("Change Timeline Origin"), after, choice(), true);
 }
 
 QDateTime ScheduleWindow::nextBaseStart() const
 {
-    if (m_baseRows.isEmpty())
+    if (m_baseModel->rows().isEmpty())
         return origin();
-    const ScheduleBaseRow &last = m_baseRows.last();
+    const ScheduleBaseRow &last = m_baseModel->rows().last();
     return last.openEnded ? last.start.addSecs(60) : last.end;
 }
 
@@ -243,15 +312,15 @@ void ScheduleWindow::addBase()
 {
     BaseClipDialog dialog(this);
     ScheduleBaseRow row;
-    row.clip.id = freshId(m_baseRows, QStringLiteral("base"));
+    row.clip.id = freshId(m_baseModel->rows(), QStringLiteral("base"));
     row.start = nextBaseStart();
     row.end = row.start.addSecs(60);
     dialog.setRow(row);
     if (dialog.exec() != QDialog::Accepted)
         return;
-    m_baseRows.append(dialog.row());
-    refreshTables();
-    selectRow(false, int(m_baseRows.size()) - 1);
+    ScheduleEditorState after = state();
+    after.base.append(dialog.row());
+    edit(tr("Add Base Clip"), after, {false, int(after.base.size()) - 1});
 }
 
 void ScheduleWindow::editBase()
@@ -260,27 +329,27 @@ void ScheduleWindow::editBase()
     if (index < 0)
         return;
     BaseClipDialog dialog(this);
-    dialog.setRow(m_baseRows[index]);
+    dialog.setRow(m_baseModel->rows()[index]);
     if (dialog.exec() != QDialog::Accepted)
         return;
-    m_baseRows[index] = dialog.row();
-    refreshTables();
-    selectRow(false, index);
+    ScheduleEditorState after = state();
+    after.base[index] = dialog.row();
+    edit(tr("Edit Base Clip"), after, {false, index});
 }
 
 void ScheduleWindow::addOverlay()
 {
     OverlayClipDialog dialog(this);
     ScheduleOverlayRow row;
-    row.clip.id = freshId(m_overlayRows, QStringLiteral("overlay"));
+    row.clip.id = freshId(m_overlayModel->rows(), QStringLiteral("overlay"));
     row.start = origin();
     row.end = row.start.addSecs(60);
     dialog.setRow(row);
     if (dialog.exec() != QDialog::Accepted)
         return;
-    m_overlayRows.append(dialog.row());
-    refreshTables();
-    selectRow(true, int(m_overlayRows.size()) - 1);
+    ScheduleEditorState after = state();
+    after.overlay.append(dialog.row());
+    edit(tr("Add Overlay Clip"), after, {true, int(after.overlay.size()) - 1});
 }
 
 void ScheduleWindow::editOverlay()
@@ -289,12 +358,12 @@ void ScheduleWindow::editOverlay()
     if (index < 0)
         return;
     OverlayClipDialog dialog(this);
-    dialog.setRow(m_overlayRows[index]);
+    dialog.setRow(m_overlayModel->rows()[index]);
     if (dialog.exec() != QDialog::Accepted)
         return;
-    m_overlayRows[index] = dialog.row();
-    refreshTables();
-    selectRow(true, index);
+    ScheduleEditorState after = state();
+    after.overlay[index] = dialog.row();
+    edit(tr("Edit Overlay Clip"), after, {true, index});
 }
 
 void ScheduleWindow::removeRow(bool overlay)
@@ -302,34 +371,37 @@ void ScheduleWindow::removeRow(bool overlay)
     const int index = selectedRow(overlay ? m_overlayTable : m_baseTable);
     if (index < 0)
         return;
+    ScheduleEditorState after = state();
     if (overlay)
-        m_overlayRows.removeAt(index);
+        after.overlay.removeAt(index);
     else
-        m_baseRows.removeAt(index);
-    refreshTables();
-    const int count = int(overlay ? m_overlayRows.size() : m_baseRows.size());
-    if (count > 0)
-        selectRow(overlay, std::min(index, count - 1));
+        after.base.removeAt(index);
+    const int count = int(overlay ? after.overlay.size() : after.base.size());
+    edit(overlay ? tr("Remove Overlay Clip") : tr("Remove Base Clip"), after,
+         {overlay, std::min(index, count - 1)});
 }
 
 void ScheduleWindow::moveRow(bool overlay, int delta)
 {
     const int index = selectedRow(overlay ? m_overlayTable : m_baseTable);
-    const int count = int(overlay ? m_overlayRows.size() : m_baseRows.size());
+    const int count = overlay ? m_overlayModel->rowCount() : m_baseModel->rowCount();
     const int target = index + delta;
     if (index < 0 || target < 0 || target >= count)
         return;
+    ScheduleEditorState after = state();
     if (overlay)
-        m_overlayRows.swapItemsAt(index, target);
+        after.overlay.swapItemsAt(index, target);
     else
-        m_baseRows.swapItemsAt(index, target);
-    refreshTables();
-    selectRow(overlay, target);
+        after.base.swapItemsAt(index, target);
+    const QString text = overlay ? (delta < 0 ? tr("Move Overlay Clip Up")
+                                              : tr("Move Overlay Clip Down"))
+                                 : (delta < 0 ? tr("Move Base Clip Up") : tr("Move Base Clip Down"));
+    edit(text, after, {overlay, target});
 }
 
 void ScheduleWindow::clearRows(bool overlay)
 {
-    if ((overlay ? m_overlayRows.isEmpty() : m_baseRows.isEmpty()))
+    if ((overlay ? m_overlayModel->rowCount() : m_baseModel->rowCount()) == 0)
         return;
     const auto answer = overlay ? showMessage(QMessageBox::Question, tr("Clear Overlay Clips"),
                                               tr("Delete all overlay clips?"),
@@ -339,123 +411,36 @@ void ScheduleWindow::clearRows(bool overlay)
                                               QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
     if (answer != QMessageBox::Yes)
         return;
+    ScheduleEditorState after = state();
     if (overlay)
-        m_overlayRows.clear();
+        after.overlay.clear();
     else
-        m_baseRows.clear();
-    refreshTables();
+        after.base.clear();
+    edit(overlay ? tr("Clear Overlay Clips") : tr("Clear Base Clips"), after, {overlay, -1});
 }
 
 void ScheduleWindow::selectRow(bool overlay, int row)
 {
-    QTableWidget *table = overlay ? m_overlayTable : m_baseTable;
-    QTableWidget *other = overlay ? m_baseTable : m_overlayTable;
-    if (row < 0 || row >= table->rowCount())
+    QTableView *table = overlay ? m_overlayTable : m_baseTable;
+    QTableView *other = overlay ? m_baseTable : m_overlayTable;
+    if (row < 0 || row >= table->model()->rowCount())
         return;
     other->clearSelection();
     table->selectRow(row);
-    table->scrollToItem(table->item(row, 0));
+    table->scrollTo(table->model()->index(row, 0));
     m_timeline->setSelection(overlay, row);
 }
 
 // ---- what the tables show ----
 
-QString ScheduleWindow::baseSource(const SceneClip &clip) const
-{
-    switch (clip.kind) {
-    case SceneClip::ImagePlay:
-        return tr("Image playback");
-    case SceneClip::SceneVideo:
-        return tr("Video");
-    default:
-        return tr("Channel %1").arg(clip.channel + 1);
-    }
-}
-
-QString ScheduleWindow::baseDetails(const SceneClip &clip) const
-{
-    switch (clip.kind) {
-    case SceneClip::ImagePlay:
-        return tr("%1 (%2 images, %3 ms each%4)")
-            .arg(QDir::toNativeSeparators(clip.imageDirectory))
-            .arg(clip.paths.size())
-            .arg(clip.intervalMs)
-            .arg(clip.imageLoop ? tr(", looping") : QString());
-    case SceneClip::SceneVideo:
-        return QDir::toNativeSeparators(clip.sceneVideoPath) +
-               (clip.sceneVideoLoop ? tr(" (looping)") : QString());
-    default:
-        return QString();
-    }
-}
-
-QString ScheduleWindow::overlayKind(const OverlayClip &clip) const
-{
-    switch (clip.kind) {
-    case OverlayClip::Text:
-        return tr("Text");
-    case OverlayClip::Video:
-        return tr("Video");
-    default:
-        return tr("Image");
-    }
-}
-
-QString ScheduleWindow::overlayDetails(const OverlayClip &clip) const
-{
-    if (clip.kind == OverlayClip::Text)
-        return QStringLiteral("\"%1\"").arg(clip.textData.text);
-    return tr("%1 at %2, %3 size %4 x %5, opacity %6")
-        .arg(QDir::toNativeSeparators(clip.path))
-        .arg(clip.x, 0, 'f', 2)
-        .arg(clip.y, 0, 'f', 2)
-        .arg(clip.w, 0, 'f', 2)
-        .arg(clip.h, 0, 'f', 2)
-        .arg(clip.opacity, 0, 'f', 2);
-}
-
 void ScheduleWindow::refreshTables()
 {
-    const auto fill = [](QTableWidget *table, int row, const QStringList &cells) {
-        for (int column = 0; column < cells.size(); ++column) {
-            auto *item = new QTableWidgetItem(cells[column]);
-            item->setToolTip(cells[column]);
-            table->setItem(row, column, item);
-        }
-    };
-    const auto times = [](const QDateTime &start, const QDateTime &end, bool open) {
-        return QStringList{start.toString(kDisplayFormat),
-                           open ? QStringLiteral("∞") : end.toString(kDisplayFormat)};
-    };
-    const int baseSelected = selectedRow(m_baseTable);
-    const int overlaySelected = selectedRow(m_overlayTable);
-    {
-        const QSignalBlocker quietBase(m_baseTable->selectionModel());
-        const QSignalBlocker quietOverlay(m_overlayTable->selectionModel());
-        m_baseTable->setRowCount(int(m_baseRows.size()));
-        for (int i = 0; i < m_baseRows.size(); ++i) {
-            const ScheduleBaseRow &r = m_baseRows[i];
-            fill(m_baseTable, i,
-                 QStringList{r.clip.id, baseSource(r.clip)} + times(r.start, r.end, r.openEnded) +
-                     QStringList{baseDetails(r.clip)});
-        }
-        m_overlayTable->setRowCount(int(m_overlayRows.size()));
-        for (int i = 0; i < m_overlayRows.size(); ++i) {
-            const ScheduleOverlayRow &r = m_overlayRows[i];
-            fill(m_overlayTable, i,
-                 QStringList{r.clip.id, overlayKind(r.clip)} + times(r.start, r.end, r.openEnded) +
-                     QStringList{overlayDetails(r.clip)});
-        }
-    }
-    for (QTableWidget *table : {m_baseTable, m_overlayTable})
-        for (int column = 0; column < 4; ++column)
+    for (QTableView *table : {m_baseTable, m_overlayTable})
+        for (int column = 0; column < ScheduleRowsModel::DetailsColumn; ++column)
             table->resizeColumnToContents(column);
-    if (baseSelected >= m_baseTable->rowCount())
-        m_baseTable->clearSelection();
-    if (overlaySelected >= m_overlayTable->rowCount())
-        m_overlayTable->clearSelection();
-    m_summary->setText(
-        tr("Base %1  |  Overlay %2").arg(m_baseRows.size()).arg(m_overlayRows.size()));
+    m_summary->setText(tr("Base %1  |  Overlay %2")
+                           .arg(m_baseModel->rowCount())
+                           .arg(m_overlayModel->rowCount()));
     refreshTimeline();
 }
 
@@ -666,12 +651,10 @@ void ScheduleWindow::retranslateUi()
     m_origin->setToolTip(tr("Clip times are measured from this date and time."));
     m_baseTitle->setText(tr("<b>Base Clips</b>"));
     m_baseTable->setAccessibleName(tr("Base clips"));
-    m_baseTable->setHorizontalHeaderLabels(
-        {tr("ID"), tr("Source"), tr("Start"), tr("End"), tr("Details")});
+    m_baseModel->retranslate();
     m_overlayTitle->setText(tr("<b>Overlay Clips</b>"));
     m_overlayTable->setAccessibleName(tr("Overlay clips"));
-    m_overlayTable->setHorizontalHeaderLabels(
-        {tr("ID"), tr("Kind"), tr("Start"), tr("End"), tr("Details")});
+    m_overlayModel->retranslate();
 
     const auto name = [](QPushButton *button, const QString &text, const QString &accessible) {
         button->setText(text);
@@ -689,6 +672,10 @@ void ScheduleWindow::retranslateUi()
     name(m_upOverlay, tr("Move Up"), tr("Move Overlay Clip Up"));
     name(m_downOverlay, tr("Move Down"), tr("Move Overlay Clip Down"));
     name(m_clearOverlay, tr("Clear"), tr("Clear Overlay Clips"));
+    name(m_undoButton, tr("Undo"), tr("Undo Schedule Edit"));
+    m_undoButton->setToolTip(m_undoAction->shortcut().toString(QKeySequence::NativeText));
+    name(m_redoButton, tr("Redo"), tr("Redo Schedule Edit"));
+    m_redoButton->setToolTip(m_redoAction->shortcut().toString(QKeySequence::NativeText));
     name(m_import, tr("Import..."), tr("Import"));
     name(m_export, tr("Export..."), tr("Export"));
     name(m_check, tr("Check"), tr("Check"));
@@ -703,8 +690,6 @@ void ScheduleWindow::retranslateUi()
                                      : QStringLiteral("QLabel { background: #6b6b6b; color: white; "
                                                       "padding: 3px 10px; border-radius: 3px; }"));
     m_summary->setAccessibleName(tr("Clip count"));
-    m_summary->setText(
-        tr("Base %1  |  Overlay %2").arg(m_baseRows.size()).arg(m_overlayRows.size()));
 }
 
 } // namespace selvane

@@ -1,8 +1,9 @@
 #pragma once
 
-// The Program Schedule window: the schedule editor and its controls. It owns the editor rows
-// (base clips and overlay clips, each with its start and end as date-times), the timeline
-// origin they are measured from, the ruler that draws them, and the file commands (Import,
+// The Program Schedule window: the schedule editor and its controls. It owns the models of the
+// editor rows (base clips and overlay clips, each with its start and end as date-times), the
+// timeline origin they are measured from, the ruler that draws them, the undo stack every edit
+// goes through (one command each, Ctrl+Z / Ctrl+Shift+Z), and the file commands (Import,
 // Export), Check and Start/Stop. The rows become a ProgramArrangement only when collected
 // (arrangement()): offsets are milliseconds from the origin, the origin is written as
 // "yyyy-MM-dd HH:mm:ss". Checking and running are the engine's: the window asks the engine to
@@ -15,19 +16,24 @@
 
 #include "engine/EngineTypes.h"
 #include "panels/ClipDialogs.h"
+#include "panels/ScheduleEdit.h"
 
 #include <QMessageBox>
 #include <QWidget>
 
+class QAction;
 class QDateTimeEdit;
 class QLabel;
 class QPushButton;
-class QTableWidget;
+class QTableView;
 class QTimer;
+class QUndoStack;
 
 namespace selvane {
 
+class BaseRowsModel;
 class Engine;
+class OverlayRowsModel;
 class ScheduleTimeline;
 
 class ScheduleWindow : public QWidget
@@ -49,6 +55,8 @@ public:
     bool exportTo(const QString &path);
 
     ScheduleTimeline *timeline() const { return m_timeline; }
+    // Every edit of the rows and the origin, one command each.
+    QUndoStack *undoStack() const { return m_undo; }
 
 protected:
     void changeEvent(QEvent *event) override;
@@ -76,13 +84,19 @@ private:
     void moveRow(bool overlay, int delta);
     void clearRows(bool overlay);
 
+    // The editor as it stands, and the row chosen in it.
+    ScheduleEditorState state() const;
+    ScheduleChoice choice() const;
+    // Pushes the edit from the current state to `after` (which then stands, `chosen` chosen).
+    void edit(const QString &text, const ScheduleEditorState &after, ScheduleChoice chosen,
+              bool originOnly = false);
+    // Shows a state: the undo commands call it.
+    void apply(const ScheduleEditorState &state, ScheduleChoice chosen);
+    void originEdited(const QDateTime &origin);
+
     void refreshTables();
     void refreshTimeline();
     void selectRow(bool overlay, int row);
-    QString baseSource(const SceneClip &clip) const;
-    QString baseDetails(const SceneClip &clip) const;
-    QString overlayKind(const OverlayClip &clip) const;
-    QString overlayDetails(const OverlayClip &clip) const;
     QDateTime nextBaseStart() const;
 
     // A modal box named "scheduleMessage"; returns the button pressed.
@@ -92,14 +106,18 @@ private:
                 QMessageBox::StandardButton defaultButton = QMessageBox::NoButton);
 
     Engine *m_engine = nullptr;
-    QList<ScheduleBaseRow> m_baseRows;
-    QList<ScheduleOverlayRow> m_overlayRows;
+    BaseRowsModel *m_baseModel = nullptr;
+    OverlayRowsModel *m_overlayModel = nullptr;
+    QDateTime m_committedOrigin; // the origin of the last edit (the box may be ahead of it)
+    QUndoStack *m_undo = nullptr;
+    QAction *m_undoAction = nullptr;
+    QAction *m_redoAction = nullptr;
     bool m_running = false;
 
     QLabel *m_originLabel = nullptr;
     QDateTimeEdit *m_origin = nullptr;
     QLabel *m_baseTitle = nullptr;
-    QTableWidget *m_baseTable = nullptr;
+    QTableView *m_baseTable = nullptr;
     QPushButton *m_addBase = nullptr;
     QPushButton *m_editBase = nullptr;
     QPushButton *m_removeBase = nullptr;
@@ -107,7 +125,7 @@ private:
     QPushButton *m_downBase = nullptr;
     QPushButton *m_clearBase = nullptr;
     QLabel *m_overlayTitle = nullptr;
-    QTableWidget *m_overlayTable = nullptr;
+    QTableView *m_overlayTable = nullptr;
     QPushButton *m_addOverlay = nullptr;
     QPushButton *m_editOverlay = nullptr;
     QPushButton *m_removeOverlay = nullptr;
@@ -115,6 +133,8 @@ private:
     QPushButton *m_downOverlay = nullptr;
     QPushButton *m_clearOverlay = nullptr;
     ScheduleTimeline *m_timeline = nullptr;
+    QPushButton *m_undoButton = nullptr;
+    QPushButton *m_redoButton = nullptr;
     QPushButton *m_import = nullptr;
     QPushButton *m_export = nullptr;
     QPushButton *m_check = nullptr;

@@ -20,6 +20,8 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTimer>
+#include <QTableView>
+#include <QUndoStack>
 #include <QtTest>
 
 using namespace testsupport;
@@ -143,6 +145,31 @@ private slots:
         QCOMPARE(*said, QString("Clear Overlay Clips|Delete all overlay clips?"));
         QCOMPARE(summary(w), QString("Base 2  |  Overlay 0"));
         QVERIFY(w.importFrom(file));
+        QCOMPARE(w.arrangement(), built);
+
+        // Every edit is one step back and forth: by key, by button, from the stack the Edit menu
+        // shows; the origin's edits too.
+        w.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&w));
+        named<QTableView>(&w, "Base clips")->selectRow(0);
+        QTest::mouseClick(named<QPushButton>(&w, "Move Base Clip Down"), Qt::LeftButton);
+        QCOMPARE(w.arrangement().sceneClips[0].id, QString("b"));
+        QTest::mouseClick(named<QPushButton>(&w, "Remove Base Clip"), Qt::LeftButton);
+        QCOMPARE(summary(w), QString("Base 1  |  Overlay 1"));
+        QCOMPARE(w.arrangement().sceneClips[0].id, QString("b"));
+        QTest::keyClick(&w, Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(summary(w), QString("Base 2  |  Overlay 1"));
+        QTest::mouseClick(named<QPushButton>(&w, "Undo Schedule Edit"), Qt::LeftButton);
+        QCOMPARE(w.arrangement(), built);
+        QTest::keyClick(&w, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(w.arrangement().sceneClips[0].id, QString("b"));
+        QCOMPARE(w.undoStack()->undoText(), QString("Move Base Clip Down"));
+        w.undoStack()->undo();
+        w.setOrigin(zero.addSecs(60));
+        w.setOrigin(zero.addSecs(120));
+        QCOMPARE(w.arrangement().sceneClips[0].startMs, -120000);
+        QTest::keyClick(&w, Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(w.origin(), zero);
         QCOMPARE(w.arrangement(), built);
 
         // Start while recording: red for three seconds, then blue for good.

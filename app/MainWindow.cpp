@@ -5,6 +5,8 @@
 #include "app/OperatorTexts.h"
 #include "app/Theme.h"
 #include "app/UpdateNotice.h"
+#include "app/WindowDocks.h"
+#include "app/WindowMenus.h"
 #include "engine/Engine.h"
 #include "engine/PreviewImages.h"
 #include "media/StoredSettings.h"
@@ -26,7 +28,6 @@
 #include "show/ShowLoader.h"
 
 #include <QAction>
-#include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDateTime>
@@ -42,8 +43,6 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QScreen>
-#include <QScrollArea>
-#include <QScrollBar>
 #include <QSettings>
 #include <QSplitter>
 #include <QStandardPaths>
@@ -98,10 +97,7 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent)
     retranslateUi();
     // Dock sizes take once the window has its own size.
     if (settings.value("window/state").isNull())
-        QTimer::singleShot(0, this, [this] {
-            resizeDocks({m_docks[OutputSettingsDock], m_docks[AudioMixerDock]}, {340, 400},
-                        Qt::Horizontal);
-        });
+        QTimer::singleShot(0, m_docks, &WindowDocks::sizeForFirstStart);
 
     m_statsTimer = new QTimer(this);
     m_statsTimer->setTimerType(Qt::PreciseTimer);
@@ -214,93 +210,45 @@ void MainWindow::connectEngine()
 
 void MainWindow::createMenus()
 {
-    m_fileMenu = menuBar()->addMenu(QString());
-    m_exportDrawingAction = m_fileMenu->addAction(QString());
-    m_openOutputFolderAction = m_fileMenu->addAction(QString());
-    m_exitAction = m_fileMenu->addAction(QString());
-
-    // Undo and Redo of what the window edits (the drawing), added when the drawing tools exist.
-    m_editMenu = menuBar()->addMenu(QString());
-
-    // The program row: Take 1-4 (keys 1-4, as on a switcher's program row) and the outputs,
-    // one action each for the menu, the panels' buttons and the key.
-    m_programMenu = menuBar()->addMenu(QString());
+    m_menus = new WindowMenus(menuBar(), this);
+    // One action each for the menu, the panels' buttons and the key.
     for (int c = 0; c < kChannelCount; ++c) {
-        QAction *takeAction = m_programMenu->addAction(QString());
-        takeAction->setObjectName(QStringLiteral("take%1Action").arg(c + 1));
-        takeAction->setShortcut(QKeySequence(Qt::Key_1 + c));
-        connect(takeAction, &QAction::triggered, this, [this, c] { take(c); });
-        connect(m_channels[std::size_t(c)], &ChannelPanel::takeRequested, takeAction,
-                &QAction::trigger);
-        m_takeActions[std::size_t(c)] = takeAction;
+        QAction *take = m_menus->take[std::size_t(c)];
+        connect(take, &QAction::triggered, this, [this, c] { this->take(c); });
+        connect(m_channels[std::size_t(c)], &ChannelPanel::takeRequested, take, &QAction::trigger);
     }
-    m_programMenu->addSeparator();
-    m_startOutputsAction = m_programMenu->addAction(QString());
-    m_startOutputsAction->setObjectName("startOutputsAction");
-    m_startOutputsAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
-    connect(m_startOutputsAction, &QAction::triggered, this, &MainWindow::startOutputs);
-    m_stopOutputsAction = m_programMenu->addAction(QString());
-    m_stopOutputsAction->setObjectName("stopOutputsAction");
-    m_stopOutputsAction->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R));
-    m_stopOutputsAction->setEnabled(false);
-    connect(m_stopOutputsAction, &QAction::triggered, this, &MainWindow::stopOutputs);
-
-    m_viewMenu = menuBar()->addMenu(QString());
-    m_drawingToolsAction = m_viewMenu->addAction(QString());
-    m_resetLayoutAction = m_viewMenu->addAction(QString());
-
-    m_toolsMenu = menuBar()->addMenu(QString());
-    m_schedulingAction = m_toolsMenu->addAction(QString());
-    m_proxyAction = m_toolsMenu->addAction(QString());
-
-    m_helpMenu = menuBar()->addMenu(QString());
-    m_languageMenu = m_helpMenu->addMenu(QString());
-    m_englishAction = m_languageMenu->addAction(QString());
-    m_chineseAction = m_languageMenu->addAction(QString());
-    m_aboutAction = m_helpMenu->addAction(QString());
-
-    m_languageGroup = new QActionGroup(this);
-    for (QAction *action : {m_englishAction, m_chineseAction}) {
-        action->setCheckable(true);
-        m_languageGroup->addAction(action);
-    }
-    m_exitAction->setShortcut(QKeySequence::Quit);
-
-    m_drawingToolsAction->setCheckable(true);
-
-    connect(m_exportDrawingAction, &QAction::triggered, this, &MainWindow::exportDrawing);
-    connect(m_proxyAction, &QAction::triggered, this, [this] {
+    connect(m_menus->startOutputs, &QAction::triggered, this, &MainWindow::startOutputs);
+    connect(m_menus->stopOutputs, &QAction::triggered, this, &MainWindow::stopOutputs);
+    connect(m_menus->exportDrawing, &QAction::triggered, this, &MainWindow::exportDrawing);
+    connect(m_menus->proxy, &QAction::triggered, this, [this] {
         ProxyDialog dialog(this);
         dialog.exec();
     });
-    connect(m_schedulingAction, &QAction::triggered, this, [this] {
+    connect(m_menus->scheduling, &QAction::triggered, this, [this] {
         ScheduleWindow *window = scheduleWindow();
         window->show();
         window->raise();
         window->activateWindow();
     });
-    connect(m_drawingToolsAction, &QAction::toggled, this, &MainWindow::showDrawingTools);
-    connect(m_openOutputFolderAction, &QAction::triggered, this, &MainWindow::openOutputFolder);
-    connect(m_exitAction, &QAction::triggered, this, &QWidget::close);
-    connect(m_resetLayoutAction, &QAction::triggered, this, &MainWindow::resetWorkspaceLayout);
-    connect(m_englishAction, &QAction::triggered, this, [this] { setLanguage(false); });
-    connect(m_chineseAction, &QAction::triggered, this, [this] { setLanguage(true); });
-    connect(m_aboutAction, &QAction::triggered, this, &MainWindow::showAbout);
+    connect(m_menus->drawingTools, &QAction::toggled, this, &MainWindow::showDrawingTools);
+    connect(m_menus->openOutputFolder, &QAction::triggered, this, &MainWindow::openOutputFolder);
+    connect(m_menus->exit, &QAction::triggered, this, &QWidget::close);
+    connect(m_menus->resetLayout, &QAction::triggered, this, &MainWindow::resetWorkspaceLayout);
+    connect(m_menus->english, &QAction::triggered, this, [this] { setLanguage(false); });
+    connect(m_menus->chinese, &QAction::triggered, this, [this] { setLanguage(true); });
+    connect(m_menus->about, &QAction::triggered, this, &MainWindow::showAbout);
 }
 
 void MainWindow::createDocks()
 {
-    static const char *const kObjectNames[DockCount] = {"outputSettingsDock", "outputPreviewDock",
-                                                        "audioMixerDock",     "textOverlayDock",
-                                                        "videoOverlayDock",   "imagePlaybackDock"};
     m_outputPanel = new OutputSettingsPanel(this);
     m_outputStatus = new OutputStatusView(this);
     m_mixerPanel = new AudioMixerPanel(m_engine, this);
     m_mediaPanel = new MediaOverlayPanel(m_engine, this);
     m_imagePanel = new ImagePlaybackPanel(m_engine, this);
-    connect(m_outputPanel, &OutputSettingsPanel::startOutputsRequested, m_startOutputsAction,
+    connect(m_outputPanel, &OutputSettingsPanel::startOutputsRequested, m_menus->startOutputs,
             &QAction::trigger);
-    connect(m_outputPanel, &OutputSettingsPanel::stopOutputsRequested, m_stopOutputsAction,
+    connect(m_outputPanel, &OutputSettingsPanel::stopOutputsRequested, m_menus->stopOutputs,
             &QAction::trigger);
     connect(m_outputPanel, &OutputSettingsPanel::programGainChanged, this,
             [this](float gain) { m_engine->setProgramGain(gain); });
@@ -313,63 +261,23 @@ void MainWindow::createDocks()
     connect(m_outputPanel, &OutputSettingsPanel::settingsChanged, this, prepare);
     prepare();
 
-    for (int i = 0; i < DockCount; ++i) {
-        auto *dockWidget = new QDockWidget(this);
-        dockWidget->setObjectName(kObjectNames[i]);
-        QWidget *body = nullptr;
-        switch (i) {
-        case OutputSettingsDock: {
-            auto *scroll = new QScrollArea(dockWidget);
-            scroll->setWidgetResizable(true);
-            scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-            scroll->setWidget(m_outputPanel);
-            body = scroll;
-            break;
-        }
-        case OutputPreviewDock:
-            body = m_outputStatus;
-            break;
-        case AudioMixerDock:
-            body = m_mixerPanel;
-            break;
-        case TextOverlayDock:
-            body = new TextOverlayPanel(m_engine, dockWidget);
-            break;
-        case VideoOverlayDock:
-            body = m_mediaPanel;
-            break;
-        case ImagePlaybackDock:
-            body = m_imagePanel;
-            break;
-        default:
-            break;
-        }
-        int minimumWidth = 220;
-        if (i == OutputSettingsDock) {
-            // Wide enough for the panel's narrowest form and the scroll bar beside it.
-            auto *scroll = static_cast<QScrollArea *>(body);
-            minimumWidth = std::max(320, m_outputPanel->minimumSizeHint().width() +
-                                             scroll->verticalScrollBar()->sizeHint().width() +
-                                             2 * scroll->frameWidth());
-        }
-        body->setMinimumSize(minimumWidth, 120);
-        dockWidget->setWidget(body);
-        m_docks[i] = dockWidget;
-    }
-    connect(m_docks[VideoOverlayDock], &QDockWidget::visibilityChanged, this,
+    m_docks = new WindowDocks(this, {m_outputPanel, m_outputStatus, m_mixerPanel,
+                                     new TextOverlayPanel(m_engine, this), m_mediaPanel,
+                                     m_imagePanel});
+    connect(m_docks->dock(VideoOverlayDock), &QDockWidget::visibilityChanged, this,
             &MainWindow::updateCanvas);
 
     // The drawing tools: a tool bar above the preview, shown from the View menu.
     m_drawingTools = new DrawingToolBar(m_engine, this);
-    m_editMenu->addAction(m_drawingTools->undoAction());
-    m_editMenu->addAction(m_drawingTools->redoAction());
+    m_menus->edit->addAction(m_drawingTools->undoAction());
+    m_menus->edit->addAction(m_drawingTools->redoAction());
     addToolBar(Qt::TopToolBarArea, m_drawingTools);
     m_drawingTools->hide();
     connect(m_drawingTools, &DrawingToolBar::toolChanged, this, &MainWindow::updateCanvas);
     connect(m_drawingTools, &DrawingToolBar::penChanged, this, &MainWindow::updateCanvas);
     connect(m_drawingTools, &QToolBar::visibilityChanged, this, [this](bool shown) {
-        const QSignalBlocker block(m_drawingToolsAction);
-        m_drawingToolsAction->setChecked(shown);
+        const QSignalBlocker block(m_menus->drawingTools);
+        m_menus->drawingTools->setChecked(shown);
         updateCanvas();
     });
     connect(m_canvas, &PreviewCanvas::strokeDrawn, m_drawingTools, &DrawingToolBar::addStroke);
@@ -391,7 +299,7 @@ void MainWindow::updateCanvas()
     }
     // The overlays' frames while their panel is in view.
     QList<PreviewCanvas::Frame> frames;
-    if (!m_docks[VideoOverlayDock]->visibleRegion().isEmpty())
+    if (!m_docks->dock(VideoOverlayDock)->visibleRegion().isEmpty())
         for (const MediaOverlayRecord &record : m_mediaPanel->editableOverlays())
             frames.append({record.id, record.rect, QFileInfo(record.filePath).fileName()});
     m_canvas->setFrames(frames, m_mediaPanel->selectedId());
@@ -406,9 +314,10 @@ ScheduleWindow *MainWindow::scheduleWindow()
         m_scheduleWindow->resize(960, 680);
         // Its history in the Edit menu as well; its keys work in its own window.
         QUndoStack *history = m_scheduleWindow->undoStack();
-        m_editMenu->addSeparator();
-        m_editMenu->addAction(history->createUndoAction(m_editMenu, tr("Schedule: Undo")));
-        m_editMenu->addAction(history->createRedoAction(m_editMenu, tr("Schedule: Redo")));
+        QMenu *edit = m_menus->edit;
+        edit->addSeparator();
+        edit->addAction(history->createUndoAction(edit, tr("Schedule: Undo")));
+        edit->addAction(history->createRedoAction(edit, tr("Schedule: Redo")));
     }
     return m_scheduleWindow;
 }
@@ -468,52 +377,14 @@ void MainWindow::createStatusBar()
     }
 }
 
-QString MainWindow::dockTitle(DockId id)
+QDockWidget *MainWindow::dock(DockId id) const
 {
-    switch (id) {
-    case OutputSettingsDock:
-        return tr("Output Settings");
-    case OutputPreviewDock:
-        return tr("Output Preview");
-    case AudioMixerDock:
-        return tr("Audio Mixer");
-    case TextOverlayDock:
-        return tr("Text Overlay");
-    case VideoOverlayDock:
-        return tr("Video Overlay");
-    case ImagePlaybackDock:
-        return tr("Image Playback");
-    case DockCount:
-        break;
-    }
-    return {};
+    return m_docks->dock(id);
 }
 
 void MainWindow::resetWorkspaceLayout()
 {
-    // Default workspace: the output controls and the graphics panels as tabs on the left, the
-    // output status and the mixer on the right.
-    const std::array<std::pair<DockId, Qt::DockWidgetArea>, DockCount> placement{{
-        {OutputSettingsDock, Qt::LeftDockWidgetArea},
-        {OutputPreviewDock, Qt::RightDockWidgetArea},
-        {AudioMixerDock, Qt::RightDockWidgetArea},
-        {TextOverlayDock, Qt::LeftDockWidgetArea},
-        {VideoOverlayDock, Qt::LeftDockWidgetArea},
-        {ImagePlaybackDock, Qt::LeftDockWidgetArea},
-    }};
-    for (const auto &[id, area] : placement) {
-        QDockWidget *dockWidget = m_docks[id];
-        dockWidget->setFloating(false);
-        addDockWidget(area, dockWidget);
-        dockWidget->setVisible(true);
-    }
-    splitDockWidget(m_docks[OutputPreviewDock], m_docks[AudioMixerDock], Qt::Vertical);
-    tabifyDockWidget(m_docks[OutputSettingsDock], m_docks[TextOverlayDock]);
-    tabifyDockWidget(m_docks[TextOverlayDock], m_docks[VideoOverlayDock]);
-    tabifyDockWidget(m_docks[VideoOverlayDock], m_docks[ImagePlaybackDock]);
-    m_docks[OutputSettingsDock]->raise();
-    resizeDocks({m_docks[OutputSettingsDock], m_docks[AudioMixerDock]}, {340, 400}, Qt::Horizontal);
-    resizeDocks({m_docks[OutputPreviewDock], m_docks[AudioMixerDock]}, {160, 420}, Qt::Vertical);
+    m_docks->resetLayout();
 }
 
 void MainWindow::setLanguage(bool chinese)
@@ -536,32 +407,8 @@ void MainWindow::changeEvent(QEvent *event)
 
 void MainWindow::retranslateUi()
 {
-    m_fileMenu->setTitle(tr("&File"));
-    m_editMenu->setTitle(tr("&Edit"));
-    m_programMenu->setTitle(tr("&Program"));
-    for (int c = 0; c < kChannelCount; ++c)
-        m_takeActions[std::size_t(c)]->setText(tr("Take Channel %1").arg(c + 1));
-    m_startOutputsAction->setText(tr("Start Outputs"));
-    m_stopOutputsAction->setText(tr("Stop Outputs"));
-    m_exportDrawingAction->setText(tr("Export Drawing..."));
-    m_openOutputFolderAction->setText(tr("Open Output Folder"));
-    m_exitAction->setText(tr("E&xit"));
-    m_viewMenu->setTitle(tr("&View"));
-    m_drawingToolsAction->setText(tr("Drawing Tools"));
-    m_resetLayoutAction->setText(tr("Reset Workspace Layout"));
-    m_toolsMenu->setTitle(tr("&Tools"));
-    m_schedulingAction->setText(tr("Program Scheduling..."));
-    m_proxyAction->setText(tr("Network Proxy..."));
-    m_helpMenu->setTitle(tr("&Help"));
-    m_languageMenu->setTitle(tr("Language"));
-    m_englishAction->setText(QStringLiteral("English"));
-    m_chineseAction->setText(QStringLiteral("中文"));
-    m_aboutAction->setText(tr("About Selvane"));
-    (m_chinese ? m_chineseAction : m_englishAction)->setChecked(true);
-    for (int i = 0; i < DockCount; ++i) {
-        m_docks[i]->setWindowTitle(dockTitle(static_cast<DockId>(i)));
-        m_docks[i]->setAccessibleName(dockTitle(static_cast<DockId>(i)));
-    }
+    m_menus->retranslate(m_chinese);
+    m_docks->retranslate();
     refreshStats();
 }
 
@@ -677,8 +524,8 @@ void MainWindow::showOutputsRunning(bool running)
 {
     m_outputPanel->setOutputsRunning(running);
     m_preview->setTally(running);
-    m_startOutputsAction->setEnabled(!running);
-    m_stopOutputsAction->setEnabled(running);
+    m_menus->startOutputs->setEnabled(!running);
+    m_menus->stopOutputs->setEnabled(running);
 }
 
 bool MainWindow::loadShow(const ShowOptions &show, bool startOutputs, QString *error)

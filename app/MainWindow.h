@@ -10,6 +10,7 @@
 // Owns: the engine, the preview scaler, every panel. GUI thread only. Emits
 // programArrangementRunningChanged when the schedule starts or stops.
 
+#include "app/WindowDocks.h"
 #include "show/ShowOptions.h"
 
 #include <QMainWindow>
@@ -23,6 +24,8 @@ class ImagePlaybackPanel;
 class MediaOverlayPanel;
 class PreviewCanvas;
 class ScheduleWindow;
+class WindowDocks;
+class WindowMenus;
 class StatusPanel;
 class Engine;
 class OutputSettingsPanel;
@@ -32,8 +35,6 @@ class ProgramPreview;
 struct EngineStats;
 struct OutputSettings;
 } // namespace selvane
-class QAction;
-class QActionGroup;
 class QDockWidget;
 class QLabel;
 class QMenu;
@@ -52,18 +53,10 @@ public:
     // re-reads every text of the window.
     void setLanguage(bool chinese);
 
-    // Dock identifiers in their fixed order; see dockTitle().
-    enum DockId
-    {
-        OutputSettingsDock,
-        OutputPreviewDock,
-        AudioMixerDock,
-        TextOverlayDock,
-        VideoOverlayDock,
-        ImagePlaybackDock,
-        DockCount
-    };
-    QDockWidget *dock(DockId id) const { return m_docks[id]; }
+    // The docks, in their fixed order.
+    using DockId = selvane::DockId;
+    using enum selvane::DockId;
+    QDockWidget *dock(DockId id) const;
     selvane::Engine *engine() const { return m_engine; }
     selvane::ProgramPreview *programPreview() const { return m_preview; }
     selvane::ChannelPanel *channelPanel(int channel) const { return m_channels[channel]; }
@@ -121,8 +114,6 @@ private:
     void updateCanvas();
     bool startOutputsWith(const selvane::OutputSettings &settings, bool fromPanel);
     void refuse(const QString &text);
-    // Stops the outputs and waits (at most `limitMs`) until their files are closed.
-    static QString dockTitle(DockId id);
 
     bool m_chinese = false;
     bool m_closingForShutdown = false;
@@ -140,32 +131,12 @@ private:
     selvane::DrawingToolBar *m_drawingTools = nullptr;
     selvane::PreviewCanvas *m_canvas = nullptr;
     selvane::ScheduleWindow *m_scheduleWindow = nullptr;
-    std::array<QDockWidget *, DockCount> m_docks{};
 
     QTimer *m_statsTimer = nullptr;
     int m_statsTicks = 0;
     int m_recordingFailures = 0;
     selvane::StatusPanel *m_status = nullptr;
 
-    QMenu *m_fileMenu = nullptr;
-    QMenu *m_editMenu = nullptr;
-    QMenu *m_programMenu = nullptr;
-    std::array<QAction *, 4> m_takeActions{};
-    QAction *m_startOutputsAction = nullptr;
-    QAction *m_stopOutputsAction = nullptr;
-    QMenu *m_viewMenu = nullptr;
-    QMenu *m_toolsMenu = nullptr;
-    QMenu *m_helpMenu = nullptr;
-    QMenu *m_languageMenu = nullptr;
-    QAction *m_exportDrawingAction = nullptr;
-    QAction *m_openOutputFolderAction = nullptr;
-    QAction *m_exitAction = nullptr;
-    QAction *m_drawingToolsAction = nullptr;
-    QAction *m_resetLayoutAction = nullptr;
-    QAction *m_schedulingAction = nullptr;
-    QAction *m_proxyAction = nullptr;
-    QAction *m_englishAction = nullptr;
-    QAction *m_chineseAction = nullptr;
-    QAction *m_aboutAction = nullptr;
-    QActionGroup *m_languageGroup = nullptr;
+    selvane::WindowMenus *m_menus = nullptr;
+    selvane::WindowDocks *m_docks = nullptr;
 };

@@ -29,7 +29,7 @@ ALLOWED = {
             "schedule"},
 }
 # The process entry picks a face: it may include any of them.
-ENTRY = {"app/main.cpp"}
+ENTRY = {"program/main.cpp"}
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([a-z]+)/([^"]+)"', re.M)
 
 

@@ -27,160 +27,54 @@
 <context>
     <name>MainWindow</name>
     <message>
-        <location filename="../app/MainWindow.cpp" line="193"/>
+        <location filename="../app/MainWindow.cpp" line="190"/>
         <source>Channel %1: %2</source>
         <translation>通道 %1：%2</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="421"/>
-        <location filename="../app/MainWindow.cpp" line="427"/>
-        <location filename="../app/MainWindow.cpp" line="439"/>
+        <location filename="../app/MainWindow.cpp" line="319"/>
+        <source>Schedule: Undo</source>
+        <translation>节目编排：撤销</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="320"/>
+        <source>Schedule: Redo</source>
+        <translation>节目编排：重做</translation>
+    </message>
+    <message>
+        <location filename="../app/MainWindow.cpp" line="336"/>
+        <location filename="../app/MainWindow.cpp" line="342"/>
+        <location filename="../app/MainWindow.cpp" line="354"/>
         <source>Export Drawing</source>
         <translation>导出涂鸦</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="422"/>
+        <location filename="../app/MainWindow.cpp" line="337"/>
         <source>There is no drawing to export yet. Draw on the program preview with View -&gt; Drawing Tools.</source>
         <translation>还没有可导出的涂鸦。请通过“视图 -&gt; 涂鸦工具”在节目预览上绘制。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="428"/>
+        <location filename="../app/MainWindow.cpp" line="343"/>
         <source>PNG image (*.png)</source>
         <translation>PNG 图片 (*.png)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="440"/>
+        <location filename="../app/MainWindow.cpp" line="355"/>
         <source>Unable to write the file.</source>
         <translation>无法写入文件。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="443"/>
+        <location filename="../app/MainWindow.cpp" line="358"/>
         <source>Drawing exported to %1</source>
         <translation>涂鸦已导出到 %1</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="469"/>
-        <source>Output Settings</source>
-        <translation>输出设置</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="471"/>
-        <source>Output Preview</source>
-        <translation>输出预览</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="473"/>
-        <source>Audio Mixer</source>
-        <translation>混音器</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="475"/>
-        <source>Text Overlay</source>
-        <translation>文字叠加</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="477"/>
-        <source>Video Overlay</source>
-        <translation>视频叠加</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="479"/>
-        <source>Image Playback</source>
-        <translation>图片播放</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="533"/>
-        <source>&amp;File</source>
-        <translation>文件(&amp;F)</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="534"/>
-        <source>&amp;Edit</source>
-        <translation>编辑(&amp;E)</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="535"/>
-        <source>&amp;Program</source>
-        <translation>节目(&amp;P)</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="537"/>
-        <source>Take Channel %1</source>
-        <translation>切换到通道 %1</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="538"/>
-        <source>Start Outputs</source>
-        <translation>开始输出</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="539"/>
-        <source>Stop Outputs</source>
-        <translation>停止输出</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="540"/>
-        <source>Export Drawing...</source>
-        <translation>导出涂鸦...</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="541"/>
-        <source>Open Output Folder</source>
-        <translation>打开输出文件夹</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="542"/>
-        <source>E&amp;xit</source>
-        <translation>退出(&amp;X)</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="543"/>
-        <source>&amp;View</source>
-        <translation>视图(&amp;V)</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="544"/>
-        <source>Drawing Tools</source>
-        <translation>绘图工具</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="545"/>
-        <source>Reset Workspace Layout</source>
-        <translation>重置工作区布局</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="546"/>
-        <source>&amp;Tools</source>
-        <translation>工具(&amp;T)</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="547"/>
-        <source>Program Scheduling...</source>
-        <translation>节目编排...</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="548"/>
-        <source>Network Proxy...</source>
-        <translation>网络代理...</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="549"/>
-        <source>&amp;Help</source>
-        <translation>帮助(&amp;H)</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="550"/>
-        <source>Language</source>
-        <translation>语言</translation>
-    </message>
-    <message>
-        <location filename="../app/MainWindow.cpp" line="553"/>
-        <location filename="../app/MainWindow.cpp" line="764"/>
+        <location filename="../app/MainWindow.cpp" line="617"/>
         <source>About Selvane</source>
         <translation>关于 Selvane</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="585"/>
+        <location filename="../app/MainWindow.cpp" line="438"/>
         <source>The recording failed: %1
 
 The streams go on. A new file is tried every second and the recording goes on there as soon as writing works.</source>
@@ -189,42 +83,42 @@ The streams go on. A new file is tried every second and the recording goes on th
 推流继续进行。每秒会尝试一个新文件，一旦可以写入，录制就在新文件中继续。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="609"/>
+        <location filename="../app/MainWindow.cpp" line="462"/>
         <source>Source</source>
         <translation>输入源</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="627"/>
+        <location filename="../app/MainWindow.cpp" line="480"/>
         <source>Output</source>
         <translation>输出</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="647"/>
+        <location filename="../app/MainWindow.cpp" line="500"/>
         <source>Stream %1 expects a %2:// URL.</source>
         <translation>推流 %1 需要 %2:// 地址。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="720"/>
+        <location filename="../app/MainWindow.cpp" line="573"/>
         <source>Outputs are running</source>
         <translation>输出正在运行</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="721"/>
+        <location filename="../app/MainWindow.cpp" line="574"/>
         <source>Recording or streaming is running. Stop the outputs and close Selvane?</source>
         <translation>录制或推流正在进行。要停止输出并关闭 Selvane 吗？</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="759"/>
+        <location filename="../app/MainWindow.cpp" line="612"/>
         <source>Output Folder</source>
         <translation>输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="759"/>
+        <location filename="../app/MainWindow.cpp" line="612"/>
         <source>Unable to open the output folder.</source>
         <translation>无法打开输出文件夹。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="765"/>
+        <location filename="../app/MainWindow.cpp" line="618"/>
         <source>Selvane %1
 Live video mixer: four input channels, overlays, audio mixing, recording and live streaming.</source>
         <translation>Selvane %1
@@ -1219,6 +1113,44 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
     </message>
 </context>
 <context>
+    <name>selvane::BaseRowsModel</name>
+    <message>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="75"/>
+        <source>Source</source>
+        <translation>来源</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="88"/>
+        <source>Image playback</source>
+        <translation>图片播放</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="90"/>
+        <source>Video</source>
+        <translation>视频</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="92"/>
+        <source>Channel %1</source>
+        <translation>通道 %1</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="101"/>
+        <source>%1 (%2 images, %3 ms each%4)</source>
+        <translation>%1（%2 张图片，每张 %3 毫秒%4）</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="105"/>
+        <source>, looping</source>
+        <translation>，循环</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="108"/>
+        <source> (looping)</source>
+        <translation>（循环）</translation>
+    </message>
+</context>
+<context>
     <name>selvane::ChannelPanel</name>
     <message>
         <location filename="../panels/ChannelPanel.cpp" line="175"/>
@@ -1626,193 +1558,173 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::MediaOverlayPanel</name>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="171"/>
-        <source>Video</source>
-        <translation>视频</translation>
-    </message>
-    <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="171"/>
-        <source>Image</source>
-        <translation>图片</translation>
-    </message>
-    <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="174"/>
-        <source> (hidden)</source>
-        <translation>（隐藏）</translation>
-    </message>
-    <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="178"/>
-        <source>  [schedule]</source>
-        <translation>  [节目编排]</translation>
-    </message>
-    <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="281"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="262"/>
         <source>Images (*.png *.jpg *.jpeg *.bmp *.webp *.gif);;All files (*)</source>
         <translation>图片 (*.png *.jpg *.jpeg *.bmp *.webp *.gif);;所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="282"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="263"/>
         <source>Videos (*.mp4 *.mov *.mkv *.avi *.webm *.ts *.flv *.m4v);;All files (*)</source>
         <translation>视频 (*.mp4 *.mov *.mkv *.avi *.webm *.ts *.flv *.m4v);;所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="284"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="265"/>
         <source>Choose an Image</source>
         <translation>选择图片</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="284"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="265"/>
         <source>Choose a Video</source>
         <translation>选择视频</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="299"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="280"/>
         <source>Choose a File</source>
         <translation>选择文件</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="299"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="280"/>
         <source>All files (*)</source>
         <translation>所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="318"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="299"/>
         <source>Video Overlay</source>
         <translation>视频叠加</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="333"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="314"/>
         <source>Pictures and videos over the program (at most %1).</source>
         <translation>叠加在节目上的图片和视频（最多 %1 个）。</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="335"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="316"/>
         <source>Media overlays</source>
         <translation>媒体叠加</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="336"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="317"/>
         <source>Add Image...</source>
         <translation>添加图片...</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="337"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="318"/>
         <source>Add Image</source>
         <translation>添加图片</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="338"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="319"/>
         <source>Add Video...</source>
         <translation>添加视频...</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="339"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="320"/>
         <source>Add Video</source>
         <translation>添加视频</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="340"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="321"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="341"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="322"/>
         <source>Remove Overlay</source>
         <translation>删除叠加</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="342"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="323"/>
         <source>File...</source>
         <translation>文件...</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="343"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="324"/>
         <source>Overlay file</source>
         <translation>叠加文件</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="344"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="325"/>
         <source>X</source>
         <translation>X</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="345"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="326"/>
         <source>Y</source>
         <translation>Y</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="346"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="327"/>
         <source>Width</source>
         <translation>宽度</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="347"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="328"/>
         <source>Height</source>
         <translation>高度</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="348"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="329"/>
         <source>Opacity</source>
         <translation>不透明度</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="355"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="336"/>
         <source>File:</source>
         <translation>文件：</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="356"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="337"/>
         <source>Position:</source>
         <translation>位置：</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="357"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="338"/>
         <source>Size:</source>
         <translation>大小：</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="358"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="339"/>
         <source>Opacity:</source>
         <translation>不透明度：</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="359"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="340"/>
         <source>X </source>
         <translation>X </translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="360"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="341"/>
         <source>Y </source>
         <translation>Y </translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="361"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="342"/>
         <source>W </source>
         <translation>宽 </translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="362"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="343"/>
         <source>H </source>
         <translation>高 </translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="363"/>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="364"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="344"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="345"/>
         <source>Visible</source>
         <translation>可见</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="365"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="346"/>
         <source>Loop</source>
         <translation>循环</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="366"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="347"/>
         <source>Loop video</source>
         <translation>循环播放视频</translation>
     </message>
     <message>
-        <location filename="../panels/MediaOverlayPanel.cpp" line="367"/>
+        <location filename="../panels/MediaOverlayPanel.cpp" line="348"/>
         <source>Places are in the 640 x 360 scene, whatever the output size. Drag the chosen overlay&apos;s frame on the program preview to move it; pull a corner or an edge to resize it. A video&apos;s sound is set on its strip in the audio mixer.</source>
         <translation>位置以 640 x 360 场景为准，与输出分辨率无关。在节目预览上拖动所选叠加的边框可移动它；拖动角或边可调整大小。视频的声音在混音器中它的通道条上调节。</translation>
     </message>
@@ -1820,309 +1732,289 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::OutputSettingsPanel</name>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="406"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="383"/>
         <source>Recording folder</source>
         <translation>录制文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="429"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="406"/>
         <source>8K requires hardware HEVC encoding</source>
         <translation>8K 需要硬件 HEVC 编码</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="433"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="410"/>
         <source>8K60 uses the Performance preset to maintain real-time output</source>
         <translation>8K60 使用“性能”预设以保持实时输出</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="518"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="478"/>
         <source>failed: %1</source>
         <translation>失败：%1</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="521"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="481"/>
         <source>recording %1  %2  %3 MB</source>
         <translation>录制中 %1  %2  %3 MB</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="527"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="487"/>
         <source>stopped</source>
         <translation>已停止</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="544"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="504"/>
         <source>&lt;b&gt;Recording&lt;/b&gt;</source>
         <translation>&lt;b&gt;录制&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="545"/>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="546"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="505"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="506"/>
         <source>Record to file</source>
         <translation>录制到文件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="547"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="507"/>
         <source>Folder and file name; {date} and {time} become the start time</source>
         <translation>文件夹和文件名；{date} 和 {time} 会替换为开始时间</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="548"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="508"/>
         <source>Browse…</source>
         <translation>浏览…</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="549"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="509"/>
         <source>Choose the recording folder</source>
         <translation>选择录制文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="550"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="510"/>
         <source>Container:</source>
         <translation>封装格式：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="551"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="511"/>
         <source>Container</source>
         <translation>封装格式</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="552"/>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="553"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="512"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="513"/>
         <source>Segment recording</source>
         <translation>分段录制</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="554"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="514"/>
         <source> min</source>
         <translation> 分钟</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="555"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="515"/>
         <source>Segment minutes</source>
         <translation>分段时长</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="556"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="516"/>
         <source> GiB</source>
         <translation> GiB</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="557"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="517"/>
         <source>Segment size</source>
         <translation>分段大小</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="558"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="518"/>
         <source>Start a new file at a keyframe when either limit is reached</source>
         <translation>达到任一限制时，在关键帧处开始新文件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="559"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="519"/>
         <source>Recording state</source>
         <translation>录制状态</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="560"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="520"/>
         <source>&lt;b&gt;Stream targets&lt;/b&gt;</source>
         <translation>&lt;b&gt;推流目标&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="562"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="522"/>
         <source>All enabled destinations share one encoder to minimize CPU/GPU load.</source>
         <translation>所有启用的目标共用一个编码器，以降低 CPU/GPU 负载。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
-        <source>On</source>
-        <translation>启用</translation>
-    </message>
-    <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
-        <source>Kind</source>
-        <translation>类型</translation>
-    </message>
-    <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
-        <source>Address</source>
-        <translation>地址</translation>
-    </message>
-    <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
-        <source>Status</source>
-        <translation>状态</translation>
-    </message>
-    <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="564"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="524"/>
         <source>Add</source>
         <translation>添加</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="565"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="525"/>
         <source>Edit</source>
         <translation>编辑</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="526"/>
         <source>Edit Target</source>
         <translation>编辑目标</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="567"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="527"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="568"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="528"/>
         <source>&lt;b&gt;Encoding&lt;/b&gt;</source>
         <translation>&lt;b&gt;编码&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="569"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="529"/>
         <source>Resolution:</source>
         <translation>分辨率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="570"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="530"/>
         <source>Same as Program</source>
         <translation>与节目相同</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="572"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="532"/>
         <source>%1 (%2 x %3)</source>
         <translation>%1（%2 x %3）</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="577"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="537"/>
         <source>Recording/stream output resolution; &apos;Same as Program&apos; follows current canvas size.</source>
         <translation>录制/推流输出分辨率；“与节目相同”跟随当前画布尺寸。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="578"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="538"/>
         <source>Output resolution</source>
         <translation>输出分辨率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="579"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="539"/>
         <source>Frame rate:</source>
         <translation>帧率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="580"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="540"/>
         <source>Frame rate</source>
         <translation>帧率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="581"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="541"/>
         <source>Bitrate:</source>
         <translation>码率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="582"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="542"/>
         <source>Video bitrate</source>
         <translation>视频码率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="583"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="543"/>
         <source>Automatic</source>
         <translation>自动</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="584"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="544"/>
         <source>The bitrate follows the preset and the picture size</source>
         <translation>码率跟随预设和画面尺寸</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="585"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="545"/>
         <source>Automatic bitrate</source>
         <translation>自动码率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="586"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="546"/>
         <source>Encoder:</source>
         <translation>编码器：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="587"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="547"/>
         <source>Auto</source>
         <translation>自动</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="588"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="548"/>
         <source>Hardware</source>
         <translation>硬件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="589"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="549"/>
         <source>Software</source>
         <translation>软件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="590"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="550"/>
         <source>Encoder mode</source>
         <translation>编码模式</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="591"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="551"/>
         <source>Preset:</source>
         <translation>预设：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="592"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="552"/>
         <source>Performance</source>
         <translation>性能</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="593"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="553"/>
         <source>Balanced</source>
         <translation>均衡</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="594"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="554"/>
         <source>Quality</source>
         <translation>质量</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="595"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="555"/>
         <source>Quality preset</source>
         <translation>质量预设</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="596"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="556"/>
         <source>Keyframe interval:</source>
         <translation>关键帧间隔：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="597"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="557"/>
         <source>Keyframe interval</source>
         <translation>关键帧间隔</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="598"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="558"/>
         <source>Output Gain:</source>
         <translation>输出增益：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="599"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="559"/>
         <source>Output Gain</source>
         <translation>输出增益</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="600"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="560"/>
         <source>Adjusts the program gain for recording and streaming only. It does not affect channel mixing or monitoring.</source>
         <translation>仅调整录制和推流的节目增益，不影响通道混音和监听。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="602"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="562"/>
         <source>Recording and streaming use the effective canvas resolution. The resolution is locked while output is active.</source>
         <translation>录制和推流使用实际画布分辨率。输出进行时分辨率被锁定。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="605"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="565"/>
         <source>Start Outputs</source>
         <translation>开始输出</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="606"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
         <source>Stop Outputs</source>
         <translation>停止输出</translation>
     </message>
@@ -2328,6 +2220,62 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <location filename="../panels/ClipDialogs.cpp" line="445"/>
         <source>Cancel</source>
         <translation>取消</translation>
+    </message>
+</context>
+<context>
+    <name>selvane::OverlayListModel</name>
+    <message>
+        <location filename="../panels/OverlayListModel.cpp" line="63"/>
+        <source>(no text)</source>
+        <translation>（无文字）</translation>
+    </message>
+    <message>
+        <location filename="../panels/OverlayListModel.cpp" line="67"/>
+        <source>Video</source>
+        <translation>视频</translation>
+    </message>
+    <message>
+        <location filename="../panels/OverlayListModel.cpp" line="67"/>
+        <source>Image</source>
+        <translation>图片</translation>
+    </message>
+    <message>
+        <location filename="../panels/OverlayListModel.cpp" line="69"/>
+        <source> (hidden)</source>
+        <translation>（隐藏）</translation>
+    </message>
+    <message>
+        <location filename="../panels/OverlayListModel.cpp" line="72"/>
+        <source>  [schedule]</source>
+        <translation>  [节目编排]</translation>
+    </message>
+</context>
+<context>
+    <name>selvane::OverlayRowsModel</name>
+    <message>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="133"/>
+        <source>Kind</source>
+        <translation>类型</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="146"/>
+        <source>Text</source>
+        <translation>文字</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="148"/>
+        <source>Video</source>
+        <translation>视频</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="150"/>
+        <source>Image</source>
+        <translation>图片</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="159"/>
+        <source>%1 at %2, %3 size %4 x %5, opacity %6</source>
+        <translation>%1 位置 %2, %3 大小 %4 x %5，不透明度 %6</translation>
     </message>
 </context>
 <context>
@@ -2632,6 +2580,29 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
     </message>
 </context>
 <context>
+    <name>selvane::ScheduleRowsModel</name>
+    <message>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="38"/>
+        <source>ID</source>
+        <translation>ID</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="42"/>
+        <source>Start</source>
+        <translation>开始</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="44"/>
+        <source>End</source>
+        <translation>结束</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="46"/>
+        <source>Details</source>
+        <translation>详情</translation>
+    </message>
+</context>
+<context>
     <name>selvane::ScheduleTimeline</name>
     <message>
         <location filename="../panels/ScheduleTimeline.cpp" line="32"/>
@@ -2653,349 +2624,310 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::ScheduleWindow</name>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="334"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="691"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="406"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="419"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
         <source>Clear Overlay Clips</source>
         <translation>清空叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="335"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="407"/>
         <source>Delete all overlay clips?</source>
         <translation>删除全部叠加片段？</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="337"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="685"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="409"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="419"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="668"/>
         <source>Clear Base Clips</source>
         <translation>清空基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="338"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="410"/>
         <source>Delete all base clips?</source>
         <translation>删除全部基础片段？</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="367"/>
-        <source>Image playback</source>
-        <translation>图片播放</translation>
-    </message>
-    <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="369"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="398"/>
-        <source>Video</source>
-        <translation>视频</translation>
-    </message>
-    <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="371"/>
-        <source>Channel %1</source>
-        <translation>通道 %1</translation>
-    </message>
-    <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="379"/>
-        <source>%1 (%2 images, %3 ms each%4)</source>
-        <translation>%1（%2 张图片，每张 %3 毫秒%4）</translation>
-    </message>
-    <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="383"/>
-        <source>, looping</source>
-        <translation>，循环</translation>
-    </message>
-    <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="386"/>
-        <source> (looping)</source>
-        <translation>（循环）</translation>
-    </message>
-    <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="396"/>
-        <source>Text</source>
-        <translation>文字</translation>
-    </message>
-    <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="400"/>
-        <source>Image</source>
-        <translation>图片</translation>
-    </message>
-    <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="408"/>
-        <source>%1 at %2, %3 size %4 x %5, opacity %6</source>
-        <translation>%1 位置 %2, %3 大小 %4 x %5，不透明度 %6</translation>
-    </message>
-    <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="458"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="707"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="441"/>
         <source>Base %1  |  Overlay %2</source>
         <translation>基础 %1  |  叠加 %2</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="484"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="469"/>
         <source>Import Program Schedule</source>
         <translation>导入节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="484"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="469"/>
         <source>JSON (*.json);;All files (*)</source>
         <translation>JSON (*.json);;所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="493"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="499"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="692"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="478"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="484"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="679"/>
         <source>Import</source>
         <translation>导入</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="493"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="478"/>
         <source>Unable to open the file.</source>
         <translation>无法打开该文件。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="511"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="545"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="693"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="496"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="530"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
         <source>Export</source>
         <translation>导出</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="512"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="497"/>
         <source>There are no valid clips to export. Check the validation messages.</source>
         <translation>没有可导出的有效片段。请查看校验提示。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="529"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="514"/>
         <source>Export Program Schedule</source>
         <translation>导出节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="531"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="516"/>
         <source>JSON (*.json)</source>
         <translation>JSON (*.json)</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="545"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="530"/>
         <source>Unable to write the file.</source>
         <translation>无法写入该文件。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="568"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="570"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="553"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="555"/>
         <source>Schedule Check</source>
         <translation>编排检查</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="564"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="549"/>
         <source>Schedule check passed: %1 base clip(s), %2 overlay clip(s).</source>
         <translation>节目编排检查通过：%1 个基础片段，%2 个叠加片段。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="582"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="593"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="662"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="567"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="578"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="647"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="648"/>
         <source>Program Schedule</source>
         <translation>节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="583"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="568"/>
         <source>Add at least one valid base clip.</source>
         <translation>请至少添加一个有效的基础片段。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="664"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="649"/>
         <source>Timeline origin:</source>
         <translation>时间轴起点：</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="665"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="650"/>
         <source>Timeline origin</source>
         <translation>时间轴起点</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="666"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="651"/>
         <source>Clip times are measured from this date and time.</source>
         <translation>片段时间从此日期时间起算。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="667"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="652"/>
         <source>&lt;b&gt;Base Clips&lt;/b&gt;</source>
         <translation>&lt;b&gt;基础片段&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="668"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="653"/>
         <source>Base clips</source>
         <translation>基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
-        <source>ID</source>
-        <translation>ID</translation>
-    </message>
-    <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
-        <source>Source</source>
-        <translation>来源</translation>
-    </message>
-    <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
-        <source>Start</source>
-        <translation>开始</translation>
-    </message>
-    <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
-        <source>End</source>
-        <translation>结束</translation>
-    </message>
-    <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
-        <source>Details</source>
-        <translation>详情</translation>
-    </message>
-    <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="671"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="655"/>
         <source>&lt;b&gt;Overlay Clips&lt;/b&gt;</source>
         <translation>&lt;b&gt;叠加片段&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="672"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="656"/>
         <source>Overlay clips</source>
         <translation>叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
-        <source>Kind</source>
-        <translation>类型</translation>
-    </message>
-    <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="686"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
         <source>Add...</source>
         <translation>添加...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="323"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
         <source>Add Base Clip</source>
         <translation>添加基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="681"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="687"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="664"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
         <source>Edit...</source>
         <translation>编辑...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="681"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="337"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="664"/>
         <source>Edit Base Clip</source>
         <translation>编辑基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="682"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="688"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="665"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="671"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="682"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="380"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="665"/>
         <source>Remove Base Clip</source>
         <translation>删除基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="683"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="689"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="666"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="672"/>
         <source>Move Up</source>
         <translation>上移</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="683"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="398"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="666"/>
         <source>Move Base Clip Up</source>
         <translation>上移基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="684"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="690"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="667"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
         <source>Move Down</source>
         <translation>下移</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="684"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="398"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="667"/>
         <source>Move Base Clip Down</source>
         <translation>下移基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="685"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="691"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="668"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
         <source>Clear</source>
         <translation>清空</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="686"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="352"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
         <source>Add Overlay Clip</source>
         <translation>添加叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="687"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="255"/>
+        <source>Load Schedule</source>
+        <translation>载入节目编排</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleWindow.cpp" line="300"/>
+        <source>Change Timeline Origin</source>
+        <translation>更改时间轴起点</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleWindow.cpp" line="366"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
         <source>Edit Overlay Clip</source>
         <translation>编辑叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="688"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="380"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="671"/>
         <source>Remove Overlay Clip</source>
         <translation>删除叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="689"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="396"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="672"/>
         <source>Move Overlay Clip Up</source>
         <translation>上移叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="690"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="397"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
         <source>Move Overlay Clip Down</source>
         <translation>下移叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="692"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="675"/>
+        <source>Undo</source>
+        <translation>撤销</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleWindow.cpp" line="675"/>
+        <source>Undo Schedule Edit</source>
+        <translation>撤销节目编排编辑</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleWindow.cpp" line="677"/>
+        <source>Redo</source>
+        <translation>重做</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleWindow.cpp" line="677"/>
+        <source>Redo Schedule Edit</source>
+        <translation>重做节目编排编辑</translation>
+    </message>
+    <message>
+        <location filename="../panels/ScheduleWindow.cpp" line="679"/>
         <source>Import...</source>
         <translation>导入...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="693"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
         <source>Export...</source>
         <translation>导出...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="694"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="681"/>
         <source>Check</source>
         <translation>检查</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="695"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="682"/>
         <source>Stop Schedule</source>
         <translation>停止节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="695"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="682"/>
         <source>Start Schedule</source>
         <translation>开始节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="698"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="685"/>
         <source>RUNNING</source>
         <translation>运行中</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="698"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="685"/>
         <source>READY</source>
         <translation>就绪</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="699"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="686"/>
         <source>Schedule state</source>
         <translation>编排状态</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="705"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="692"/>
         <source>Clip count</source>
         <translation>片段数量</translation>
     </message>
@@ -3383,6 +3315,29 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
     </message>
 </context>
 <context>
+    <name>selvane::StreamTargetModel</name>
+    <message>
+        <location filename="../panels/StreamTargetModel.cpp" line="60"/>
+        <source>On</source>
+        <translation>启用</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetModel.cpp" line="62"/>
+        <source>Kind</source>
+        <translation>类型</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetModel.cpp" line="64"/>
+        <source>Address</source>
+        <translation>地址</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetModel.cpp" line="66"/>
+        <source>Status</source>
+        <translation>状态</translation>
+    </message>
+</context>
+<context>
     <name>selvane::TextEffectDialog</name>
     <message>
         <location filename="../panels/TextEffectDialog.cpp" line="59"/>
@@ -3683,67 +3638,57 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::TextOverlayPanel</name>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="137"/>
-        <source>(no text)</source>
-        <translation>（无文字）</translation>
-    </message>
-    <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="139"/>
-        <source>  [schedule]</source>
-        <translation>  [节目编排]</translation>
-    </message>
-    <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="259"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="199"/>
         <source>Text Overlay</source>
         <translation>文字叠加</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="274"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="214"/>
         <source>Texts over the program (at most %1). Tick a text to show it; double-click it to edit.</source>
         <translation>叠加在节目上的文字（最多 %1 个）。勾选文字即显示；双击可编辑。</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="277"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="217"/>
         <source>Text overlays</source>
         <translation>文字叠加列表</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="278"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="218"/>
         <source>Add...</source>
         <translation>添加...</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="279"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="219"/>
         <source>Add Text</source>
         <translation>添加文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="280"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="220"/>
         <source>Edit...</source>
         <translation>编辑...</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="281"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="221"/>
         <source>Edit Text</source>
         <translation>编辑文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="282"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="222"/>
         <source>Duplicate</source>
         <translation>复制</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="283"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="223"/>
         <source>Duplicate Text</source>
         <translation>复制文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="284"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="224"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="285"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="225"/>
         <source>Remove Text</source>
         <translation>删除文字</translation>
     </message>
@@ -3840,6 +3785,132 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <location filename="../app/UpdateNotice.cpp" line="106"/>
         <source>The update was not downloaded: %1</source>
         <translation>更新未下载：%1</translation>
+    </message>
+</context>
+<context>
+    <name>selvane::WindowDocks</name>
+    <message>
+        <location filename="../app/WindowDocks.cpp" line="43"/>
+        <source>Output Settings</source>
+        <translation>输出设置</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowDocks.cpp" line="45"/>
+        <source>Output Preview</source>
+        <translation>输出预览</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowDocks.cpp" line="47"/>
+        <source>Audio Mixer</source>
+        <translation>混音器</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowDocks.cpp" line="49"/>
+        <source>Text Overlay</source>
+        <translation>文字叠加</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowDocks.cpp" line="51"/>
+        <source>Video Overlay</source>
+        <translation>视频叠加</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowDocks.cpp" line="53"/>
+        <source>Image Playback</source>
+        <translation>图片播放</translation>
+    </message>
+</context>
+<context>
+    <name>selvane::WindowMenus</name>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="61"/>
+        <source>&amp;File</source>
+        <translation>文件(&amp;F)</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="62"/>
+        <source>Export Drawing...</source>
+        <translation>导出涂鸦...</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="63"/>
+        <source>Open Output Folder</source>
+        <translation>打开输出文件夹</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="64"/>
+        <source>E&amp;xit</source>
+        <translation>退出(&amp;X)</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="65"/>
+        <source>&amp;Edit</source>
+        <translation>编辑(&amp;E)</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="66"/>
+        <source>&amp;Program</source>
+        <translation>节目(&amp;P)</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="68"/>
+        <source>Take Channel %1</source>
+        <translation>切换到通道 %1</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="69"/>
+        <source>Start Outputs</source>
+        <translation>开始输出</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="70"/>
+        <source>Stop Outputs</source>
+        <translation>停止输出</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="71"/>
+        <source>&amp;View</source>
+        <translation>视图(&amp;V)</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="72"/>
+        <source>Drawing Tools</source>
+        <translation>绘图工具</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="73"/>
+        <source>Reset Workspace Layout</source>
+        <translation>重置工作区布局</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="74"/>
+        <source>&amp;Tools</source>
+        <translation>工具(&amp;T)</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="75"/>
+        <source>Program Scheduling...</source>
+        <translation>节目编排...</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="76"/>
+        <source>Network Proxy...</source>
+        <translation>网络代理...</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="77"/>
+        <source>&amp;Help</source>
+        <translation>帮助(&amp;H)</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="78"/>
+        <source>Language</source>
+        <translation>语言</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="79"/>
+        <source>About Selvane</source>
+        <translation>关于 Selvane</translation>
     </message>
 </context>
 </TS>

@@ -433,6 +433,22 @@ int Engine::addTextOverlay(TextOverlayData text, Problem *problem)
     return refused ? -1 : id;
 }
 
+int Engine::duplicateTextOverlay(int id, Problem *problem)
+{
+    const TextOverlayData *original = m_overlays->textOverlay(id);
+    if (!original) {
+        if (problem)
+            *problem = {ProblemKind::NoSuchOverlay, {}, id};
+        return -1;
+    }
+    // A step of 12 scene units, so that the copy is seen beside the original.
+    constexpr double kStep = 12.0;
+    TextOverlayData copy = *original;
+    copy.posX = std::min(1.0, copy.posX + kStep / VulkanCompositor::kSceneWidth);
+    copy.posY = std::min(1.0, copy.posY + kStep / VulkanCompositor::kSceneHeight);
+    return addTextOverlay(copy, problem);
+}
+
 Problem Engine::removeTextOverlay(int id)
 {
     if (!m_overlays->textOverlay(id))

@@ -90,6 +90,9 @@ public:
     // A new text overlay of the operator's, over the others, under the first free id; the id,
     // or -1 with the problem.
     int addTextOverlay(TextOverlayData text, Problem *problem = nullptr);
+    // A copy of text overlay `id`, a step right of and below it (kept inside the picture), added
+    // as addTextOverlay adds; the copy's id, or -1 with the problem.
+    int duplicateTextOverlay(int id, Problem *problem = nullptr);
     Problem removeTextOverlay(int id);
     // An image or a (looping) video in a rectangle of the 640 x 360 scene, inserted or replaced
     // by id. Refused: no readable file, a fifth overlay.

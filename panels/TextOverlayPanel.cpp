@@ -1,5 +1,4 @@
 #include "panels/TextOverlayPanel.h"
-#include "engine/OverlayDrawing.h"
 
 #include "engine/Engine.h"
 #include "panels/OverlayListModel.h"
@@ -15,14 +14,6 @@
 #include <algorithm>
 
 namespace selvane {
-
-namespace {
-
-// Texts a schedule shows have ids from here on; the panel's own stay below.
-// A duplicate lands this many scene units right of and below its original.
-constexpr double kDuplicateStep = 12.0;
-
-} // namespace
 
 TextOverlayPanel::TextOverlayPanel(Engine *engine, QWidget *parent)
     : QWidget(parent), m_engine(engine)
@@ -171,15 +162,8 @@ void TextOverlayPanel::duplicateSelected()
     const int id = selectedId();
     if (!editable(id) || !roomForOne())
         return;
-    const TextOverlayData *found = find(id);
-    if (!found)
-        return;
-    TextOverlayData text = *found;
-    const QSizeF scene = OverlayDrawing::sceneSize();
-    text.posX = std::min(1.0, text.posX + kDuplicateStep / scene.width());
-    text.posY = std::min(1.0, text.posY + kDuplicateStep / scene.height());
     Problem problem;
-    const int copy = m_engine->addTextOverlay(text, &problem);
+    const int copy = m_engine->duplicateTextOverlay(id, &problem);
     if (problem)
         refuse(problemText(problem));
     else

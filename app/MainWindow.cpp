@@ -261,9 +261,9 @@ void MainWindow::createDocks()
     connect(m_outputPanel, &OutputSettingsPanel::settingsChanged, this, prepare);
     prepare();
 
-    m_docks = new WindowDocks(this, {m_outputPanel, m_outputStatus, m_mixerPanel,
-                                     new TextOverlayPanel(m_engine, this), m_mediaPanel,
-                                     m_imagePanel});
+    m_docks =
+        new WindowDocks(this, {m_outputPanel, m_outputStatus, m_mixerPanel,
+                               new TextOverlayPanel(m_engine, this), m_mediaPanel, m_imagePanel});
     connect(m_docks->dock(VideoOverlayDock), &QDockWidget::visibilityChanged, this,
             &MainWindow::updateCanvas);
 

@@ -2,6 +2,7 @@
 
 #include "media/FrameConvert.h"
 #include "media/SteadyClock.h"
+#include "media/ThreadName.h"
 
 #include <QMetaObject>
 
@@ -82,6 +83,7 @@ QImage PreviewImages::take(int stream)
 
 void PreviewImages::run()
 {
+    nameThisThread("preview");
     std::unique_lock lock(m_mutex);
     for (;;) {
         Stream *next = nullptr;

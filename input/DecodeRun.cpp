@@ -3,6 +3,7 @@
 #include "input/SourceAddress.h"
 #include "media/FfmpegCompat.h"
 #include "media/LogThrottle.h"
+#include "media/ThreadName.h"
 
 #include <QDebug>
 #include <algorithm>
@@ -163,6 +164,7 @@ int DecodeRun::nextPacket(AVPacket *packet)
 
 void DecodeRun::readerLoop()
 {
+    nameThisThread("demux");
     ffsupport::PacketPtr packet(av_packet_alloc());
     while (packet && !m_host.cancelled()) {
         const int err = m_input.read(packet.get());

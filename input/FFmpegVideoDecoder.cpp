@@ -8,6 +8,7 @@
 #include "media/LogThrottle.h"
 #include "media/ReconnectPolicy.h"
 #include "media/SourceFeeds.h"
+#include "media/ThreadName.h"
 
 #include <QDebug>
 #include <algorithm>
@@ -343,6 +344,7 @@ void FFmpegVideoDecoder::requestFlush()
 
 void FFmpegVideoDecoder::workerLoop()
 {
+    nameThisThread("decode");
     quint64 done = 0;
     for (;;) {
         Address source;
@@ -411,8 +413,8 @@ bool FFmpegVideoDecoder::runAttempt(const Address &source, const Address &audioS
     Run host(*this, generation, retrying, logFailure);
     std::thread microphone;
     if (!audioSource.isEmpty())
-        microphone = std::thread(
-            [&host, name = audioSource.microphone()] { runMicrophone(name, host); });
+        microphone =
+            std::thread([&host, name = audioSource.microphone()] { runMicrophone(name, host); });
 
     // A captured window is watched: a new size opens the grab again, and a window that is gone
     // ends the source with its own message.

@@ -98,8 +98,8 @@ void applyHttpProxyChoice(const SourceAddress &address, bool relayed, Dictionary
         if (!proxy::isLocalAndNotRunning(server))
             return;
         qWarning().noquote() << "ProxySettings: the HTTP proxy" << server.endpoint()
-                             << "on this machine is not running; connecting to"
-                             << address.host() << "directly";
+                             << "on this machine is not running; connecting to" << address.host()
+                             << "directly";
     }
     options.set("http_proxy", "");
 }
@@ -206,8 +206,8 @@ OpenedInput openMainInput(const SourceAddress &source, bool separateAudio,
         }
         Dictionary deviceOptions;
 #ifdef _WIN32
-        const QByteArray spec =
-            buildDshowDeviceSpec(address.camera(), separateAudio ? QString() : address.microphone());
+        const QByteArray spec = buildDshowDeviceSpec(
+            address.camera(), separateAudio ? QString() : address.microphone());
         deviceOptions.set("rtbufsize", separateAudio ? "16777216" : "33554432");
 #else
         const QByteArray spec = linuxDeviceName(format, address.camera());

@@ -5,7 +5,6 @@
 #include <QDebug>
 #include <QUrl>
 #include <QUrlQuery>
-
 #include <optional>
 
 extern "C" {

@@ -1,8 +1,9 @@
 #include "output/OutputRouter.h"
 
 #include "media/FrameSizes.h"
-#include "output/FfmpegEncoderSink.h"
 #include "media/ReconnectPolicy.h"
+#include "media/ThreadName.h"
+#include "output/FfmpegEncoderSink.h"
 #include "output/StreamUrl.h"
 
 #include <QDebug>
@@ -106,6 +107,7 @@ void OutputRouter::injectEncoderStall(int milliseconds)
 
 void OutputRouter::encodeWorker(std::shared_ptr<EncodeWorkerState> state)
 {
+    nameThisThread("encode");
     FfmpegEncoderSink &sink = *state->sink;
     if (!sink.open(state->settings)) {
         if (!state->failureReported.exchange(true) && state->failure)

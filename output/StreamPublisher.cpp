@@ -1,9 +1,10 @@
 #include "output/StreamPublisher.h"
 
+#include "media/ReconnectPolicy.h"
+#include "media/ThreadName.h"
 #include "net/ProxyRoute.h"
 #include "net/ProxySettings.h"
 #include "net/SocksTcpRelay.h"
-#include "media/ReconnectPolicy.h"
 #include "output/StreamUrl.h"
 
 #include <QDebug>
@@ -285,6 +286,7 @@ bool StreamPublisher::drainOverLocked() const
 
 void StreamPublisher::networkLoop()
 {
+    nameThisThread("stream");
     for (;;) {
         std::unique_lock lock(m_mutex);
         if (m_stop.load() && drainOverLocked())

@@ -1,9 +1,9 @@
 #include "panels/MediaOverlayPanel.h"
-#include "engine/OverlayDrawing.h"
 
 #include "engine/Engine.h"
-#include "panels/OverlayListModel.h"
+#include "engine/OverlayDrawing.h"
 #include "media/StoredSettings.h"
+#include "panels/OverlayListModel.h"
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
@@ -122,14 +122,14 @@ MediaOverlayPanel::MediaOverlayPanel(Engine *engine, QWidget *parent)
     connect(m_changeFile, &QPushButton::clicked, this, &MediaOverlayPanel::changeFile);
     connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex &current) {
-        const int id = m_model->idAt(current.row());
-        if (id == m_selected)
-            return;
-        m_selected = id;
-        showSelected();
-        emit selectedChanged(id);
-        emit framesChanged();
-    });
+                const int id = m_model->idAt(current.row());
+                if (id == m_selected)
+                    return;
+                m_selected = id;
+                showSelected();
+                emit selectedChanged(id);
+                emit framesChanged();
+            });
     // The model follows the engine; the fields and the preview's frames follow the model.
     connect(m_model, &QAbstractItemModel::dataChanged, this, &MediaOverlayPanel::refresh);
     connect(m_model, &QAbstractItemModel::modelReset, this, &MediaOverlayPanel::refresh);

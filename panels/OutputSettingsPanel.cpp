@@ -1,7 +1,7 @@
 #include "panels/OutputSettingsPanel.h"
-#include "engine/OutputRules.h"
 
 #include "engine/Engine.h"
+#include "engine/OutputRules.h"
 #include "media/StoredSettings.h"
 #include "panels/OutputFolder.h"
 #include "panels/OutputStatusView.h"

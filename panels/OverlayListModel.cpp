@@ -65,8 +65,9 @@ QString OverlayListModel::words(int row) const
         const MediaOverlayRecord &record = m_media[row];
         const QString kind =
             record.kind == MediaOverlayRecord::OverlayVideo ? tr("Video") : tr("Image");
-        words = QString("%1  %2%3").arg(kind, QFileInfo(record.filePath).fileName(),
-                                        record.visible ? QString() : tr(" (hidden)"));
+        words = QString("%1  %2%3")
+                    .arg(kind, QFileInfo(record.filePath).fileName(),
+                         record.visible ? QString() : tr(" (hidden)"));
     }
     if (!editable(idAt(row)))
         words += tr("  [schedule]");

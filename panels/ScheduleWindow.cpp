@@ -1,7 +1,7 @@
 #include "panels/ScheduleWindow.h"
-#include "engine/ScheduleFiles.h"
 
 #include "engine/Engine.h"
+#include "engine/ScheduleFiles.h"
 #include "panels/ScheduleRowsModel.h"
 #include "panels/ScheduleTimeline.h"
 
@@ -16,8 +16,8 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTableView>
-#include <QUndoStack>
 #include <QTimer>
+#include <QUndoStack>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -393,9 +393,9 @@ void ScheduleWindow::moveRow(bool overlay, int delta)
         after.overlay.swapItemsAt(index, target);
     else
         after.base.swapItemsAt(index, target);
-    const QString text = overlay ? (delta < 0 ? tr("Move Overlay Clip Up")
-                                              : tr("Move Overlay Clip Down"))
-                                 : (delta < 0 ? tr("Move Base Clip Up") : tr("Move Base Clip Down"));
+    const QString text =
+        overlay ? (delta < 0 ? tr("Move Overlay Clip Up") : tr("Move Overlay Clip Down"))
+                : (delta < 0 ? tr("Move Base Clip Up") : tr("Move Base Clip Down"));
     edit(text, after, {overlay, target});
 }
 
@@ -438,9 +438,8 @@ void ScheduleWindow::refreshTables()
     for (QTableView *table : {m_baseTable, m_overlayTable})
         for (int column = 0; column < ScheduleRowsModel::DetailsColumn; ++column)
             table->resizeColumnToContents(column);
-    m_summary->setText(tr("Base %1  |  Overlay %2")
-                           .arg(m_baseModel->rowCount())
-                           .arg(m_overlayModel->rowCount()));
+    m_summary->setText(
+        tr("Base %1  |  Overlay %2").arg(m_baseModel->rowCount()).arg(m_overlayModel->rowCount()));
     refreshTimeline();
 }
 

@@ -350,7 +350,8 @@ private slots:
         else if (damage.startsWith("bitflip"))
             QVERIFY(damagedCopy(good, bad, 1.0, 4096, 211));
         DecoderProbe probe;
-        probe.decoder.setSource(SourceAddress(damage == "missing" ? path("does_not_exist.mp4") : bad));
+        probe.decoder.setSource(
+            SourceAddress(damage == "missing" ? path("does_not_exist.mp4") : bad));
         QTRY_VERIFY_WITH_TIMEOUT(probe.ended == 1 || !probe.errors.isEmpty(), 10000);
         if (damage == "truncate-indexlast" || damage == "missing")
             QCOMPARE(probe.errors, QList<SourceError>{SourceError::OpenFailed});

@@ -19,8 +19,8 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSignalSpy>
-#include <QTimer>
 #include <QTableView>
+#include <QTimer>
 #include <QUndoStack>
 #include <QtTest>
 

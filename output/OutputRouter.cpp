@@ -107,7 +107,7 @@ void OutputRouter::injectEncoderStall(int milliseconds)
 
 void OutputRouter::encodeWorker(std::shared_ptr<EncodeWorkerState> state)
 {
-    nameThisThread("encode");
+    selvane::nameThisThread("encode");
     FfmpegEncoderSink &sink = *state->sink;
     if (!sink.open(state->settings)) {
         if (!state->failureReported.exchange(true) && state->failure)

@@ -20,6 +20,9 @@ public:
     bool prepare(const FrameToken &picture, const AVFrame &out, int qualityPreset);
     // After prepare(): converts into `out`, which must be writable.
     void convert(const FrameToken &picture, AVFrame *out);
+    // After prepare(): the picture is the encoder's frame as it is (size and format), so an
+    // encoder that copies its input at once may read the picture's own planes.
+    bool passesThrough() const { return m_copy; }
     // Forgets the converter (the encoder's frame changed).
     void reset();
 

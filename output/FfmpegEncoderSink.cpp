@@ -101,6 +101,9 @@ bool FfmpegEncoderSink::openVideo(int width, int height, bool globalHeader)
     if (av_frame_get_buffer(m_videoFrame.get(), 0) < 0)
         return false;
     m_converter.reset();
+    // x264 copies a picture into its own frames while it is being sent: the program's picture
+    // can be handed over as it is, with no copy of ours.
+    m_encoderCopiesInput = opened.name == QLatin1String("libx264");
     m_lastVideoPts = AV_NOPTS_VALUE;
     return true;
 }
@@ -280,6 +283,38 @@ bool FfmpegEncoderSink::reopenVideoEncoderForNewSize(int width, int height)
     return true;
 }
 
+namespace {
+
+// An AVFrame over a picture's own planes, holding the picture until the frame's last reference
+// goes. Null when it cannot be made (the caller copies instead).
+ffsupport::FramePtr borrowPicture(FrameTokenPtr picture, const AVFrame &like)
+{
+    ffsupport::FramePtr out(av_frame_alloc());
+    if (!out || av_frame_copy_props(out.get(), &like) < 0)
+        return {};
+    const FrameToken::AvPlanes planes = std::as_const(*picture).avPlanes();
+    auto *held = new FrameTokenPtr(std::move(picture));
+    AVBufferRef *buffer = av_buffer_create(
+        const_cast<std::uint8_t *>(planes.data[0]), 1,
+        [](void *opaque, std::uint8_t *) { delete static_cast<FrameTokenPtr *>(opaque); }, held,
+        AV_BUFFER_FLAG_READONLY);
+    if (!buffer) {
+        delete held;
+        return {};
+    }
+    out->buf[0] = buffer;
+    for (int i = 0; i < 4; ++i) {
+        out->data[i] = const_cast<std::uint8_t *>(planes.data[i]);
+        out->linesize[i] = planes.linesize[i];
+    }
+    out->format = like.format;
+    out->width = like.width;
+    out->height = like.height;
+    return out;
+}
+
+} // namespace
+
 int FfmpegEncoderSink::pushVideoFrame(FrameTokenPtr frame, qint64 ptsUs)
 {
     if (!m_open || !frame || frame->width < 1 || frame->height < 1 || frame->pixels.isEmpty())
@@ -294,14 +329,24 @@ int FfmpegEncoderSink::pushVideoFrame(FrameTokenPtr frame, qint64 ptsUs)
             return 1;
         pts = m_lastVideoPts + 1;
     }
-    if (!m_converter.prepare(*frame, *m_videoFrame, m_settings.qualityPreset) ||
-        av_frame_make_writable(m_videoFrame.get()) < 0)
+    if (!m_converter.prepare(*frame, *m_videoFrame, m_settings.qualityPreset))
         return AVERROR(ENOMEM);
-    m_converter.convert(*frame, m_videoFrame.get());
-    frame.reset(); // the pool gets the picture back as soon as it is converted
-    m_videoFrame->pts = pts;
+    AVFrame *input = m_videoFrame.get();
+    ffsupport::FramePtr borrowed;
+    if (m_converter.passesThrough() && m_encoderCopiesInput)
+        borrowed = borrowPicture(std::move(frame), *m_videoFrame);
+    if (borrowed) {
+        input = borrowed.get();
+    } else {
+        if (av_frame_make_writable(m_videoFrame.get()) < 0)
+            return AVERROR(ENOMEM);
+        m_converter.convert(*frame, m_videoFrame.get());
+        frame.reset(); // the pool gets the picture back as soon as it is converted
+    }
+    input->pts = pts;
     m_lastVideoPts = pts;
-    const int err = encodeAndDistribute(m_videoCodec.get(), m_videoFrame.get(), true);
+    const int err = encodeAndDistribute(m_videoCodec.get(), input, true);
+    borrowed.reset(); // the encoder has copied it: the picture goes back to its pool
     if (!m_audioAligned && m_audioCodec) {
         if (m_videoStartUs == AV_NOPTS_VALUE)
             m_videoStartUs = av_rescale_q(pts, base, AVRational{1, 1000000});

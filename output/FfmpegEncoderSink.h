@@ -102,6 +102,7 @@ private:
     mutable std::mutex m_nameMutex;
     QString m_encoderName;
     selvane::EncoderFrameConverter m_converter;
+    bool m_encoderCopiesInput = false; // the picture may be sent as it is (borrowPicture)
     ffsupport::FramePtr m_videoFrame;
     int64_t m_lastVideoPts = AV_NOPTS_VALUE;
 

@@ -170,6 +170,8 @@ frames_in() { # FILE: video frames decoded from the file (0 when it is missing)
     -of csv=p=0 "$1" 2>/dev/null | head -n 1 || true)"
   echo "${n:-0}"
 }
+spread() { printf '%s\n' "$@" | sort -g | awk '{a[NR] = $1} END {m = a[int((NR + 1) / 2)];
+  if (m > 0) printf "%.1f %%", 100 * (a[NR] - a[1]) / m; else print "n/a"}'; }
 median() { printf '%s\n' "$@" | sort -g | awk '{a[NR] = $1} END {print a[int((NR + 1) / 2)]}'; }
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN {if (b > 0) printf "%.2f", a / b; else print "n/a"}'; }
 core_pct() { awk -v c="$1" -v w="$2" 'BEGIN {if (w > 0) printf "%.0f", 100 * c / w; else print "n/a"}'; }
@@ -178,6 +180,18 @@ counts() { # NAME: Selvane's own counts from its done: line
     "dropped $(done_field "$1" dropped) encoder-drops $(done_field "$1" encoder-drops)"
 }
 expected=$((seconds * 30))
+sample_threads() { # NAME PATTERN: per-thread CPU and wake-ups of the newest process matching
+  # PATTERN, over the middle half of the run, into NAME.threads (run in the background)
+  local name="$1" pattern="$2" pid="" _
+  for _ in $(seq 50); do
+    pid="$(pgrep -n -f "$pattern" || true)"
+    [ -n "$pid" ] && break
+    sleep 0.1
+  done
+  [ -n "$pid" ] || return 0
+  python3 "$root/scripts/threads.py" "$pid" "$((seconds / 2))" "$((seconds / 4))" \
+    >"$work/$name.threads" 2>/dev/null || true
+}
 
 # --- media ------------------------------------------------------------------------------------
 tone="sine=frequency=1000:sample_rate=48000"
@@ -267,17 +281,29 @@ ffmpeg_show_args() { # RECORDING LENGTH: the same show as the CLI's options, int
 bench_show() {
   make_show_media
   start_nginx
-  local i s_cpu=() f_cpu=() s_rss=() f_rss=() s_frames=() f_frames=() online
+  local i s_cpu=() f_cpu=() s_rss=() f_rss=() s_frames=() f_frames=() online sampler
   for i in $(seq 1 "$rounds"); do
     selvane_show_args "$work/ours$i.mp4" "$seconds"
+    sampler=
+    if [ "$i" -eq 1 ]; then
+      sample_threads ours "$binary --headless" &
+      sampler=$!
+    fi
     run_selvane ours "${show_args[@]}"
+    [ -z "$sampler" ] || wait "$sampler" || true
     s_cpu+=("$(cpu ours)") s_rss+=("$(rss ours)") s_frames+=("$(frames_in "$work/ours$i.mp4")")
     online=no
     grep -q 'targets online,online' "$work/ours.log" && online=yes
     printf 'round %d  selvane  CPU %6.2f s  RSS %4d MiB  frames %d/%d  %s  targets online: %s\n' \
       "$i" "${s_cpu[-1]}" "${s_rss[-1]}" "${s_frames[-1]}" "$expected" "$(counts ours)" "$online"
     ffmpeg_show_args "$work/theirs$i.mp4" "$seconds"
+    sampler=
+    if [ "$i" -eq 1 ]; then
+      sample_threads theirs "ffmpeg -nostdin -hide_banner" &
+      sampler=$!
+    fi
     run_ffmpeg theirs "${show_args[@]}"
+    [ -z "$sampler" ] || wait "$sampler" || true
     f_cpu+=("$(cpu theirs)") f_rss+=("$(rss theirs)") f_frames+=("$(frames_in "$work/theirs$i.mp4")")
     printf 'round %d  ffmpeg   CPU %6.2f s  RSS %4d MiB  frames %d/%d\n' \
       "$i" "${f_cpu[-1]}" "${f_rss[-1]}" "${f_frames[-1]}" "$expected"
@@ -293,6 +319,15 @@ bench_show() {
   printf '  %-10s  CPU %6.2f s (%3s %% of a core)  RSS %4d MiB  frames %d/%d\n' \
     "ffmpeg CLI" "$fc" "$(core_pct "$fc" "$seconds")" "$fr" "$(median "${f_frames[@]}")" "$expected"
   echo "ratio selvane/ffmpeg: CPU $(ratio "$sc" "$fc"), RSS $(ratio "$sr" "$fr")"
+  echo "spread (max - min) / median of the rounds: selvane $(spread "${s_cpu[@]}")," \
+    "ffmpeg CLI $(spread "${f_cpu[@]}")"
+  local side
+  for side in ours theirs; do
+    [ -s "$work/$side.threads" ] || continue
+    echo
+    echo "round 1, $side: threads over the middle half of the run"
+    sed 's/^/  /' "$work/$side.threads"
+  done
 }
 
 # --- window -----------------------------------------------------------------------------------

@@ -27,8 +27,12 @@ void Engine::shutdownAudio()
         m_output->setMixer(nullptr);
     m_mixer->setProgramTap(nullptr);
     if (m_audioThread->isRunning()) {
+        // The sink is closed inside the thread's event loop, and only then does the loop end:
+        // a quit posted beside the cleanup could end the loop first, and the sink would then be
+        // destroyed while the thread winds down, which crashed now and then.
         QMetaObject::invokeMethod(m_mixer, "cleanup", Qt::QueuedConnection);
-        m_audioThread->quit();
+        QMetaObject::invokeMethod(
+            m_mixer, [thread = m_audioThread] { thread->quit(); }, Qt::QueuedConnection);
         if (!m_audioThread->wait(2000)) {
             qWarning("Preview audio thread shutdown exceeded 2 seconds");
             m_audioThread->requestInterruption();

@@ -28,6 +28,17 @@
 
 namespace testsupport {
 
+// A program the build made for the tests (the selvane executable, a helper): ctest gives its
+// path in the environment, so that a test's object code holds no path of the tree and a fresh
+// clone compiles it from the compiler cache.
+inline QString builtProgram(const char *variable)
+{
+    const QString path = qEnvironmentVariable(variable);
+    if (path.isEmpty())
+        qFatal("%s is not set: run the suites through ctest", variable);
+    return path;
+}
+
 // ---- media ----
 
 // Runs `ffmpeg -hide_banner -loglevel error -y ARGS`; true on success (its output in `log`).

@@ -13,7 +13,7 @@ using namespace testsupport;
 
 namespace {
 
-const QString kBinary = QStringLiteral(SELVANE_BINARY);
+const QString kBinary = testsupport::builtProgram("SELVANE_BINARY");
 
 } // namespace
 

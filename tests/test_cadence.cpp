@@ -16,7 +16,7 @@ using namespace testsupport;
 
 namespace {
 
-const QString kBinary = QStringLiteral(SELVANE_BINARY);
+const QString kBinary = testsupport::builtProgram("SELVANE_BINARY");
 const char *const kKinds[] = {"rtmp", "srt", "udp", "hls"};
 
 struct Sample

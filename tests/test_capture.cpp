@@ -24,7 +24,7 @@ using namespace testsupport;
 
 namespace {
 
-const QString kBinary = QStringLiteral(SELVANE_BINARY);
+const QString kBinary = testsupport::builtProgram("SELVANE_BINARY");
 const QString kTitle = QStringLiteral("Selvane Red Card");
 
 // One picture of a recording, `at` seconds in.

@@ -21,7 +21,7 @@ using namespace testsupport;
 
 namespace {
 
-const QString kBinary = QStringLiteral(SELVANE_BINARY);
+const QString kBinary = testsupport::builtProgram("SELVANE_BINARY");
 const QByteArray kToken = RemoteShow::kToken;
 
 QString colourSource(const char *colour)

@@ -208,7 +208,8 @@ private slots:
         const ProcessResult r =
             runProcess("valgrind",
                        {"--leak-check=full", "--errors-for-leak-kinds=definite,indirect",
-                        "--error-exitcode=9", SELVANE_TESTSIGNAL_CYCLES},
+                        "--error-exitcode=9",
+                        testsupport::builtProgram("SELVANE_TESTSIGNAL_CYCLES")},
                        QProcessEnvironment::systemEnvironment(), 120000);
         QVERIFY2(r.finished && r.exitCode == 0, r.err.right(3000).constData());
         QVERIFY(r.out.contains("test signal cycles done"));

@@ -15,7 +15,7 @@ using selvane::Engine;
 
 namespace {
 
-const QString kBinary = QStringLiteral(SELVANE_BINARY);
+const QString kBinary = testsupport::builtProgram("SELVANE_BINARY");
 const QString kBars = "1=lavfi://testsrc2=size=640x360:rate=30[out0];sine=frequency=1000[out1]";
 
 struct Progress

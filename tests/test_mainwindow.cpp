@@ -498,7 +498,7 @@ private slots:
             QProcess app;
             app.setProcessEnvironment(env);
             app.setProcessChannelMode(QProcess::MergedChannels);
-            app.start(SELVANE_BINARY, {"--channel",
+            app.start(testsupport::builtProgram("SELVANE_BINARY"), {"--channel",
                                        "1=lavfi://smptehdbars=size=1280x720:rate=30[out0];"
                                        "sine=frequency=1000:sample_rate=48000[out1]",
                                        "--channel",

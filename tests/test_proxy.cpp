@@ -28,7 +28,7 @@ using namespace selvane;
 
 namespace {
 
-const QString kBinary = QStringLiteral(SELVANE_BINARY);
+const QString kBinary = testsupport::builtProgram("SELVANE_BINARY");
 const QString kSignal = "lavfi://testsrc2=size=320x180:rate=30[out0];sine=frequency=800[out1]";
 
 // A radio button takes clicks on its mark and label only: click the mark.

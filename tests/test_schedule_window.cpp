@@ -136,7 +136,7 @@ private slots:
         QVERIFY(w.exportTo(file));
         IsolatedHome home;
         const ProcessResult checked =
-            runProcess(SELVANE_BINARY, {"--check-schedule", file}, home.environment());
+            runProcess(testsupport::builtProgram("SELVANE_BINARY"), {"--check-schedule", file}, home.environment());
         QVERIFY2(checked.exitCode == 0, checked.err.constData());
 
         // Cleared overlays come back with the file, exactly as they were.

@@ -15,7 +15,7 @@ using namespace testsupport;
 
 namespace {
 
-const QString kBinary = QStringLiteral(SELVANE_BINARY);
+const QString kBinary = testsupport::builtProgram("SELVANE_BINARY");
 
 bool waitForLock(const QString &socketPath, int timeoutMs)
 {

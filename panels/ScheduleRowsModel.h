@@ -40,7 +40,8 @@ public:
     // The words again, in the language now chosen.
     void retranslate();
 
-    static QString timeText(const QDateTime &time);
+    // How the rows and the origin show a date and time.
+    static constexpr const char *kTimeFormat = "yyyy/MM/dd HH:mm:ss";
 
 protected:
     // The words of one cell.
@@ -49,40 +50,75 @@ protected:
     virtual QString sourceHeader() const = 0;
 };
 
-class BaseRowsModel : public ScheduleRowsModel
+// The rows of one kind: the id and the times are read alike; the source and the details are the
+// kind's own.
+template <typename Row> class ScheduleRowList : public ScheduleRowsModel
 {
-    Q_OBJECT
-
 public:
     using ScheduleRowsModel::ScheduleRowsModel;
-    int rowCount(const QModelIndex &parent = {}) const override;
-    const QList<ScheduleBaseRow> &rows() const { return m_rows; }
-    void setRows(const QList<ScheduleBaseRow> &rows);
+
+    int rowCount(const QModelIndex &parent = {}) const override
+    {
+        return parent.isValid() ? 0 : int(m_rows.size());
+    }
+    const QList<Row> &rows() const { return m_rows; }
+    void setRows(const QList<Row> &rows)
+    {
+        beginResetModel();
+        m_rows = rows;
+        endResetModel();
+    }
 
 protected:
-    QString cell(int row, int column) const override;
-    QString sourceHeader() const override;
+    QString cell(int row, int column) const override
+    {
+        const Row &r = m_rows[row];
+        switch (column) {
+        case IdColumn:
+            return r.clip.id;
+        case StartColumn:
+            return r.start.toString(kTimeFormat);
+        case EndColumn:
+            return r.openEnded ? QStringLiteral("∞") : r.end.toString(kTimeFormat);
+        case SourceColumn:
+            return sourceText(r);
+        case DetailsColumn:
+            return detailsText(r);
+        default:
+            return {};
+        }
+    }
+    virtual QString sourceText(const Row &row) const = 0;
+    virtual QString detailsText(const Row &row) const = 0;
 
 private:
-    QList<ScheduleBaseRow> m_rows;
+    QList<Row> m_rows;
 };
 
-class OverlayRowsModel : public ScheduleRowsModel
+class BaseRowsModel : public ScheduleRowList<ScheduleBaseRow>
 {
     Q_OBJECT
 
 public:
-    using ScheduleRowsModel::ScheduleRowsModel;
-    int rowCount(const QModelIndex &parent = {}) const override;
-    const QList<ScheduleOverlayRow> &rows() const { return m_rows; }
-    void setRows(const QList<ScheduleOverlayRow> &rows);
+    using ScheduleRowList::ScheduleRowList;
 
 protected:
-    QString cell(int row, int column) const override;
     QString sourceHeader() const override;
+    QString sourceText(const ScheduleBaseRow &row) const override;
+    QString detailsText(const ScheduleBaseRow &row) const override;
+};
 
-private:
-    QList<ScheduleOverlayRow> m_rows;
+class OverlayRowsModel : public ScheduleRowList<ScheduleOverlayRow>
+{
+    Q_OBJECT
+
+public:
+    using ScheduleRowList::ScheduleRowList;
+
+protected:
+    QString sourceHeader() const override;
+    QString sourceText(const ScheduleOverlayRow &row) const override;
+    QString detailsText(const ScheduleOverlayRow &row) const override;
 };
 
 } // namespace selvane

@@ -25,7 +25,6 @@ namespace selvane {
 
 namespace {
 
-constexpr auto kDisplayFormat = "yyyy/MM/dd HH:mm:ss";
 constexpr auto kOriginFormat = "yyyy-MM-dd HH:mm:ss";
 constexpr int kPollMs = 200;
 
@@ -76,7 +75,7 @@ ScheduleWindow::ScheduleWindow(Engine *engine, QWidget *parent)
 {
     m_originLabel = new QLabel(this);
     m_origin = new QDateTimeEdit(nowToTheSecond(), this);
-    m_origin->setDisplayFormat(kDisplayFormat);
+    m_origin->setDisplayFormat(ScheduleRowsModel::kTimeFormat);
     m_origin->setCalendarPopup(true);
     auto *originRow = new QHBoxLayout;
     originRow->addWidget(m_originLabel);

@@ -1115,37 +1115,37 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::BaseRowsModel</name>
     <message>
-        <location filename="../panels/ScheduleRowsModel.cpp" line="75"/>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="52"/>
         <source>Source</source>
         <translation>来源</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleRowsModel.cpp" line="88"/>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="59"/>
         <source>Image playback</source>
         <translation>图片播放</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleRowsModel.cpp" line="90"/>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="61"/>
         <source>Video</source>
         <translation>视频</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleRowsModel.cpp" line="92"/>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="63"/>
         <source>Channel %1</source>
         <translation>通道 %1</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleRowsModel.cpp" line="101"/>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="72"/>
         <source>%1 (%2 images, %3 ms each%4)</source>
         <translation>%1（%2 张图片，每张 %3 毫秒%4）</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleRowsModel.cpp" line="105"/>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="76"/>
         <source>, looping</source>
         <translation>，循环</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleRowsModel.cpp" line="108"/>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="79"/>
         <source> (looping)</source>
         <translation>（循环）</translation>
     </message>
@@ -2240,12 +2240,12 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <translation>图片</translation>
     </message>
     <message>
-        <location filename="../panels/OverlayListModel.cpp" line="69"/>
+        <location filename="../panels/OverlayListModel.cpp" line="70"/>
         <source> (hidden)</source>
         <translation>（隐藏）</translation>
     </message>
     <message>
-        <location filename="../panels/OverlayListModel.cpp" line="72"/>
+        <location filename="../panels/OverlayListModel.cpp" line="73"/>
         <source>  [schedule]</source>
         <translation>  [节目编排]</translation>
     </message>
@@ -2253,27 +2253,27 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::OverlayRowsModel</name>
     <message>
-        <location filename="../panels/ScheduleRowsModel.cpp" line="133"/>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="89"/>
         <source>Kind</source>
         <translation>类型</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleRowsModel.cpp" line="146"/>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="96"/>
         <source>Text</source>
         <translation>文字</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleRowsModel.cpp" line="148"/>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="98"/>
         <source>Video</source>
         <translation>视频</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleRowsModel.cpp" line="150"/>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="100"/>
         <source>Image</source>
         <translation>图片</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleRowsModel.cpp" line="159"/>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="109"/>
         <source>%1 at %2, %3 size %4 x %5, opacity %6</source>
         <translation>%1 位置 %2, %3 大小 %4 x %5，不透明度 %6</translation>
     </message>
@@ -2582,22 +2582,22 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::ScheduleRowsModel</name>
     <message>
-        <location filename="../panels/ScheduleRowsModel.cpp" line="38"/>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="27"/>
         <source>ID</source>
         <translation>ID</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleRowsModel.cpp" line="42"/>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="31"/>
         <source>Start</source>
         <translation>开始</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleRowsModel.cpp" line="44"/>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="33"/>
         <source>End</source>
         <translation>结束</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleRowsModel.cpp" line="46"/>
+        <location filename="../panels/ScheduleRowsModel.cpp" line="35"/>
         <source>Details</source>
         <translation>详情</translation>
     </message>
@@ -2624,26 +2624,26 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::ScheduleWindow</name>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="406"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="419"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="405"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="418"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="672"/>
         <source>Clear Overlay Clips</source>
         <translation>清空叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="407"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="406"/>
         <source>Delete all overlay clips?</source>
         <translation>删除全部叠加片段？</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="409"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="419"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="668"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="408"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="418"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="666"/>
         <source>Clear Base Clips</source>
         <translation>清空基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="410"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="409"/>
         <source>Delete all base clips?</source>
         <translation>删除全部基础片段？</translation>
     </message>
@@ -2653,281 +2653,281 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <translation>基础 %1  |  叠加 %2</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="469"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="467"/>
         <source>Import Program Schedule</source>
         <translation>导入节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="469"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="467"/>
         <source>JSON (*.json);;All files (*)</source>
         <translation>JSON (*.json);;所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="478"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="484"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="679"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="476"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="482"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="677"/>
         <source>Import</source>
         <translation>导入</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="478"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="476"/>
         <source>Unable to open the file.</source>
         <translation>无法打开该文件。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="496"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="530"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="494"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="528"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="678"/>
         <source>Export</source>
         <translation>导出</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="497"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="495"/>
         <source>There are no valid clips to export. Check the validation messages.</source>
         <translation>没有可导出的有效片段。请查看校验提示。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="514"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="512"/>
         <source>Export Program Schedule</source>
         <translation>导出节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="516"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="514"/>
         <source>JSON (*.json)</source>
         <translation>JSON (*.json)</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="530"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="528"/>
         <source>Unable to write the file.</source>
         <translation>无法写入该文件。</translation>
     </message>
     <message>
+        <location filename="../panels/ScheduleWindow.cpp" line="551"/>
         <location filename="../panels/ScheduleWindow.cpp" line="553"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="555"/>
         <source>Schedule Check</source>
         <translation>编排检查</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="549"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="547"/>
         <source>Schedule check passed: %1 base clip(s), %2 overlay clip(s).</source>
         <translation>节目编排检查通过：%1 个基础片段，%2 个叠加片段。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="567"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="578"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="647"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="648"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="565"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="576"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="645"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="646"/>
         <source>Program Schedule</source>
         <translation>节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="568"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="566"/>
         <source>Add at least one valid base clip.</source>
         <translation>请至少添加一个有效的基础片段。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="649"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="647"/>
         <source>Timeline origin:</source>
         <translation>时间轴起点：</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="650"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="648"/>
         <source>Timeline origin</source>
         <translation>时间轴起点</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="651"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="649"/>
         <source>Clip times are measured from this date and time.</source>
         <translation>片段时间从此日期时间起算。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="652"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="650"/>
         <source>&lt;b&gt;Base Clips&lt;/b&gt;</source>
         <translation>&lt;b&gt;基础片段&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="653"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="651"/>
         <source>Base clips</source>
         <translation>基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="655"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="653"/>
         <source>&lt;b&gt;Overlay Clips&lt;/b&gt;</source>
         <translation>&lt;b&gt;叠加片段&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="656"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="654"/>
         <source>Overlay clips</source>
         <translation>叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="661"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="667"/>
         <source>Add...</source>
         <translation>添加...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="323"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="322"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="661"/>
         <source>Add Base Clip</source>
         <translation>添加基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="664"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="662"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="668"/>
         <source>Edit...</source>
         <translation>编辑...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="337"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="664"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="336"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="662"/>
         <source>Edit Base Clip</source>
         <translation>编辑基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="665"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="671"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="380"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="665"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="379"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
         <source>Remove Base Clip</source>
         <translation>删除基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="666"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="672"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="664"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
         <source>Move Up</source>
         <translation>上移</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="398"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="666"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="397"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="664"/>
         <source>Move Base Clip Up</source>
         <translation>上移基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="667"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="665"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="671"/>
         <source>Move Down</source>
         <translation>下移</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="398"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="667"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="397"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="665"/>
         <source>Move Base Clip Down</source>
         <translation>下移基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="668"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="666"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="672"/>
         <source>Clear</source>
         <translation>清空</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="352"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="351"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="667"/>
         <source>Add Overlay Clip</source>
         <translation>添加叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="255"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="254"/>
         <source>Load Schedule</source>
         <translation>载入节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="300"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="299"/>
         <source>Change Timeline Origin</source>
         <translation>更改时间轴起点</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="366"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="365"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="668"/>
         <source>Edit Overlay Clip</source>
         <translation>编辑叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="380"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="671"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="379"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
         <source>Remove Overlay Clip</source>
         <translation>删除叠加片段</translation>
     </message>
     <message>
         <location filename="../panels/ScheduleWindow.cpp" line="396"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="672"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
         <source>Move Overlay Clip Up</source>
         <translation>上移叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="397"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="396"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="671"/>
         <source>Move Overlay Clip Down</source>
         <translation>下移叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="675"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
         <source>Undo</source>
         <translation>撤销</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="675"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
         <source>Undo Schedule Edit</source>
         <translation>撤销节目编排编辑</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="677"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="675"/>
         <source>Redo</source>
         <translation>重做</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="677"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="675"/>
         <source>Redo Schedule Edit</source>
         <translation>重做节目编排编辑</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="679"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="677"/>
         <source>Import...</source>
         <translation>导入...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="678"/>
         <source>Export...</source>
         <translation>导出...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="681"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="679"/>
         <source>Check</source>
         <translation>检查</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="682"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
         <source>Stop Schedule</source>
         <translation>停止节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="682"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
         <source>Start Schedule</source>
         <translation>开始节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="685"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="683"/>
         <source>RUNNING</source>
         <translation>运行中</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="685"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="683"/>
         <source>READY</source>
         <translation>就绪</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="686"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="684"/>
         <source>Schedule state</source>
         <translation>编排状态</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="692"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="690"/>
         <source>Clip count</source>
         <translation>片段数量</translation>
     </message>
@@ -3638,57 +3638,57 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::TextOverlayPanel</name>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="199"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="183"/>
         <source>Text Overlay</source>
         <translation>文字叠加</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="214"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="198"/>
         <source>Texts over the program (at most %1). Tick a text to show it; double-click it to edit.</source>
         <translation>叠加在节目上的文字（最多 %1 个）。勾选文字即显示；双击可编辑。</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="217"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="201"/>
         <source>Text overlays</source>
         <translation>文字叠加列表</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="218"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="202"/>
         <source>Add...</source>
         <translation>添加...</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="219"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="203"/>
         <source>Add Text</source>
         <translation>添加文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="220"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="204"/>
         <source>Edit...</source>
         <translation>编辑...</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="221"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="205"/>
         <source>Edit Text</source>
         <translation>编辑文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="222"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="206"/>
         <source>Duplicate</source>
         <translation>复制</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="223"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="207"/>
         <source>Duplicate Text</source>
         <translation>复制文字</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="224"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="208"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/TextOverlayPanel.cpp" line="225"/>
+        <location filename="../panels/TextOverlayPanel.cpp" line="209"/>
         <source>Remove Text</source>
         <translation>删除文字</translation>
     </message>

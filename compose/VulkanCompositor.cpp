@@ -31,10 +31,10 @@ QRect fitInside(const QRectF &target, QSize picture)
     return fitted.toRect();
 }
 
-QRectF scenePlace(const MediaOverlayRecord &record, const YuvPlanes &frame)
+QRectF scenePlace(const MediaOverlayRecord &record, QSize frame)
 {
-    const double sx = frame.width / VulkanCompositor::kSceneWidth;
-    const double sy = frame.height / VulkanCompositor::kSceneHeight;
+    const double sx = frame.width() / VulkanCompositor::kSceneWidth;
+    const double sy = frame.height() / VulkanCompositor::kSceneHeight;
     return {record.rect.x() * sx, record.rect.y() * sy, record.rect.width() * sx,
             record.rect.height() * sy};
 }
@@ -51,6 +51,10 @@ YuvPlanes planesOf(FrameWriter &out)
     return planes;
 }
 
+// Rows of a band: even, so that each band holds both luma rows of its chroma rows; small enough
+// that a 1080p band of all three planes (about 46 KB) stays in the cache while it is blended.
+constexpr int kBandRows = 16;
+
 } // namespace
 
 VulkanCompositor::VulkanCompositor(const FramePool &programPool) : m_pool(programPool) {}
@@ -62,7 +66,7 @@ void VulkanCompositor::setVideoPicture(int mediaId, FrameTokenPtr picture)
     if (picture)
         m_videos[mediaId].picture = std::move(picture);
     else
-        m_videos.remove(mediaId);
+        m_videos.erase(mediaId);
 }
 
 int VulkanCompositor::overlayCount(const OverlayScene &scene) const
@@ -75,7 +79,7 @@ int VulkanCompositor::overlayCount(const OverlayScene &scene) const
         if (!record.visible || record.filePath.isEmpty())
             continue;
         const bool hasPicture = record.kind == MediaOverlayRecord::OverlayVideo
-                                    ? m_videos.contains(record.id)
+                                    ? m_videos.count(record.id) > 0
                                     : !scene.images.value(record.id).isNull();
         if (hasPicture)
             ++count;
@@ -83,31 +87,21 @@ int VulkanCompositor::overlayCount(const OverlayScene &scene) const
     return count;
 }
 
-bool VulkanCompositor::copyBase(const FrameToken &base, FrameWriter &out)
-{
-    if (!base.isI420())
-        return selvane::scaleToI420(m_rgbaSws, base, QSize(base.width, base.height), out);
-    out.prepareI420(base.width, base.height);
-    FrameToken::AvPlanes src = base.avPlanes();
-    FrameWriter::AvPlanes dst = out.avPlanes();
-    av_image_copy(dst.data, dst.linesize, src.data, src.linesize, AV_PIX_FMT_YUV420P, base.width,
-                  base.height);
-    return true;
-}
-
 FrameTokenPtr VulkanCompositor::compose(const FrameTokenPtr &base, const OverlayScene *scene)
 {
-    if (!base || base->pixels.isEmpty() || !scene)
+    if (!base || !base->hasPicture() || !scene)
         return base;
     if (overlayCount(*scene) == 0)
         return base;
     FrameWriter out = m_pool.acquire();
-    if (!out || !copyBase(*base, out))
+    if (!out)
         return base; // no overlays on this frame rather than no frame
     ++m_frameCount;
-    const YuvPlanes frame = planesOf(out);
+    const QSize size(base->width, base->height);
+    m_steps.clear();
+    m_tilesInView.clear();
 
-    drawMedia(frame, *scene);
+    drawMedia(size, *scene);
 
     // Text overlays, lowest stacking key first; equal keys keep the manager's order.
     std::vector<const TextOverlayData *> &texts = m_drawOrder;
@@ -120,23 +114,86 @@ FrameTokenPtr VulkanCompositor::compose(const FrameTokenPtr &base, const Overlay
         [](const TextOverlayData *a, const TextOverlayData *b) { return a->zIndex < b->zIndex; });
     const qint64 nowUs = texts.empty() ? 0 : scene->nowUs();
     for (const TextOverlayData *data : texts)
-        drawText(frame, *data, scene->scrollElapsedUs(data->id, nowUs));
-    // Texts gone from the scene take their layers with them.
+        drawText(size, *data, scene->scrollElapsedUs(data->id, nowUs));
+
+    drawDoodle(size, *scene);
+
+    if (!paint(*base, out))
+        return base;
+
+    // Texts gone from the scene take their layers with them; long lines keep a few tiles.
     for (auto it = m_texts.begin(); it != m_texts.end();) {
         if (it->second.lastUse != m_frameCount)
             it = m_texts.erase(it);
         else
             ++it;
     }
-
-    drawDoodle(frame, *scene);
+    trimTextTiles();
 
     out->ptsUs = base->ptsUs;
     out->timeline = base->timeline;
     return std::move(out).publish();
 }
 
-void VulkanCompositor::drawMedia(const YuvPlanes &frame, const OverlayScene &scene)
+void VulkanCompositor::addStep(DrawStep step, QRect covers)
+{
+    covers &= step.clip;
+    if (covers.isEmpty())
+        return;
+    step.top = covers.top();
+    step.bottom = covers.bottom();
+    m_steps.push_back(step);
+}
+
+bool VulkanCompositor::paint(const FrameToken &base, FrameWriter &out)
+{
+    const int width = base.width, height = base.height;
+    YuvPlanes frame;
+    int bandRows = kBandRows;
+    if (base.isI420()) {
+        out.prepareI420(width, height);
+        frame = planesOf(out);
+    } else {
+        // An RGBA picture is converted whole first; the steps then run over it in one band.
+        if (!selvane::scaleToI420(m_rgbaSws, base, QSize(width, height), out))
+            return false;
+        frame = planesOf(out);
+        bandRows = height + (height & 1);
+    }
+    for (int top = 0; top < height; top += bandRows) {
+        const int rows = std::min(bandRows, height - top);
+        if (base.isI420()) {
+            const int chromaTop = top / 2, chromaRows = (top + rows + 1) / 2 - chromaTop;
+            for (int p = 0; p < 3; ++p) {
+                const int y = p == 0 ? top : chromaTop, n = p == 0 ? rows : chromaRows;
+                const int bytes = p == 0 ? width : (width + 1) / 2;
+                av_image_copy_plane(frame.data[p] + y * frame.stride[p], int(frame.stride[p]),
+                                    base.plane(p) + y * base.planeStride(p),
+                                    int(base.planeStride(p)), bytes, n);
+            }
+        }
+        const QRect band(0, top, width, rows);
+        for (const DrawStep &step : m_steps) {
+            if (step.bottom < top || step.top >= top + rows)
+                continue;
+            const QRect clip = step.clip & band;
+            switch (step.kind) {
+            case DrawStep::Layer:
+                step.layer->blendInto(frame, step.at, clip);
+                break;
+            case DrawStep::Fill:
+                YuvLayer::fillRect(frame, step.rect, step.color, step.opacity, clip);
+                break;
+            case DrawStep::Picture:
+                YuvLayer::blendPicture(frame, *step.picture, step.at, step.opacity, clip);
+                break;
+            }
+        }
+    }
+    return true;
+}
+
+void VulkanCompositor::drawMedia(QSize frame, const OverlayScene &scene)
 {
     // Media overlays (images and videos) in the manager's order: first drawn is lowest.
     for (const MediaOverlayRecord &record : scene.media) {
@@ -145,7 +202,7 @@ void VulkanCompositor::drawMedia(const YuvPlanes &frame, const OverlayScene &sce
         if (record.kind == MediaOverlayRecord::OverlayVideo) {
             auto video = m_videos.find(record.id);
             if (video != m_videos.end())
-                drawVideo(frame, record, *video);
+                drawVideo(frame, record, video->second);
             continue;
         }
         const QImage image = scene.images.value(record.id);
@@ -153,15 +210,14 @@ void VulkanCompositor::drawMedia(const YuvPlanes &frame, const OverlayScene &sce
             drawImage(frame, record, image);
     }
     for (auto it = m_images.begin(); it != m_images.end();) {
-        if (scene.images.contains(it.key()))
+        if (scene.images.contains(it->first))
             ++it;
         else
             it = m_images.erase(it);
     }
 }
 
-void VulkanCompositor::drawImage(const YuvPlanes &frame, const MediaOverlayRecord &record,
-                                 const QImage &image)
+void VulkanCompositor::drawImage(QSize frame, const MediaOverlayRecord &record, const QImage &image)
 {
     const QRect placed = fitInside(scenePlace(record, frame), image.size());
     if (placed.isEmpty())
@@ -180,53 +236,65 @@ void VulkanCompositor::drawImage(const YuvPlanes &frame, const MediaOverlayRecor
         }
         cached = {image.cacheKey(), placed, opacity, YuvLayer(picture)};
     }
-    cached.layer.blendInto(frame, placed.topLeft(), QRect(0, 0, frame.width, frame.height));
+    DrawStep step;
+    step.layer = &cached.layer;
+    step.at = placed.topLeft();
+    step.clip = QRect(QPoint(0, 0), frame);
+    addStep(step, placed);
 }
 
-void VulkanCompositor::drawVideo(const YuvPlanes &frame, const MediaOverlayRecord &record,
-                                 VideoLayer &video)
+void VulkanCompositor::drawVideo(QSize frame, const MediaOverlayRecord &record, VideoLayer &video)
 {
     const FrameToken &picture = *video.picture;
-    if (picture.pixels.isEmpty())
+    if (!picture.hasPicture())
         return;
     const QRect placed = fitInside(scenePlace(record, frame), QSize(picture.width, picture.height));
     if (placed.width() < 2 || placed.height() < 2)
         return;
     const QSize size(placed.width() & ~1, placed.height() & ~1);
-    const double opacity = std::clamp(record.opacity, 0.0, 1.0);
-    if (picture.isI420() && QSize(picture.width, picture.height) == size) {
-        YuvLayer::blendPicture(frame, picture, placed.topLeft(), opacity);
-        return;
+    DrawStep step;
+    step.kind = DrawStep::Picture;
+    step.picture = &picture;
+    step.at = placed.topLeft();
+    step.opacity = std::clamp(record.opacity, 0.0, 1.0);
+    step.clip = QRect(QPoint(0, 0), frame);
+    if (!picture.isI420() || QSize(picture.width, picture.height) != size) {
+        if (!video.scaled || video.scaledFrom != video.picture || video.placed != placed) {
+            // A new picture or another place: scaled once, then blended on every frame it shows.
+            if (!video.scaled)
+                video.scaled = std::make_shared<FrameToken>();
+            FrameWriter writer(video.scaled);
+            if (!selvane::scaleToI420(m_videoSws, picture, size, writer))
+                return;
+            video.scaledFrom = video.picture;
+            video.placed = placed;
+        }
+        step.picture = video.scaled.get();
     }
-    if (!video.scaled || video.scaledFrom != video.picture || video.placed != placed) {
-        // A new picture or another place: scaled once, then blended on every frame it shows.
-        if (!video.scaled)
-            video.scaled = std::make_shared<FrameToken>();
-        FrameWriter writer(video.scaled);
-        if (!selvane::scaleToI420(m_videoSws, picture, size, writer))
-            return;
-        video.scaledFrom = video.picture;
-        video.placed = placed;
-    }
-    YuvLayer::blendPicture(frame, *video.scaled, placed.topLeft(), opacity);
+    addStep(step, QRect(QPoint(placed.x() & ~1, placed.y() & ~1), size));
 }
 
-void VulkanCompositor::drawText(const YuvPlanes &frame, const TextOverlayData &data,
-                                qint64 elapsedUs)
+void VulkanCompositor::drawText(QSize frame, const TextOverlayData &data, qint64 elapsedUs)
 {
     TextLayer &text = m_texts[data.id];
     text.lastUse = m_frameCount;
-    const QSize picture(frame.width, frame.height);
-    if (!text.render || !(text.render->data() == data) || text.render->picture() != picture) {
-        text.render = std::make_unique<selvane::TextRender>(data, picture);
+    if (!text.render || !(text.render->data() == data) || text.render->picture() != frame) {
+        text.render = std::make_unique<selvane::TextRender>(data, frame);
         text.tiles.clear();
     }
     const selvane::TextRender &render = *text.render;
     const selvane::TextRender::Placement at = render.placement(elapsedUs);
     if (!at.visible)
         return;
-    if (!at.box.isEmpty())
-        YuvLayer::fillRect(frame, at.box, data.backgroundColor, render.opacity());
+    if (!at.box.isEmpty()) {
+        DrawStep fill;
+        fill.kind = DrawStep::Fill;
+        fill.rect = at.box;
+        fill.color = data.backgroundColor;
+        fill.opacity = render.opacity();
+        fill.clip = QRect(QPoint(0, 0), frame);
+        addStep(fill, at.box);
+    }
 
     // The tiles of the line that the clip shows at this moment.
     const QRect ink = render.inkRect();
@@ -252,24 +320,39 @@ void VulkanCompositor::drawText(const YuvPlanes &frame, const TextOverlayData &d
             }
             tile = text.tiles.emplace(index, YuvLayer(image)).first;
         }
-        tile->second.blendInto(frame, at.topLeft + tileRect.topLeft(), at.clip);
+        DrawStep step;
+        step.layer = &tile->second;
+        step.at = at.topLeft + tileRect.topLeft();
+        step.clip = at.clip;
+        addStep(step, QRect(step.at, tileRect.size()));
     }
+    m_tilesInView.push_back({data.id, {first, last}});
+}
+
+void VulkanCompositor::trimTextTiles()
+{
     // A long line keeps only the tiles around the ones in view.
-    while (int(text.tiles.size()) > kTextTilesKept) {
-        const auto front = text.tiles.begin();
-        const auto back = std::prev(text.tiles.end());
-        if (first - front->first >= back->first - last)
-            text.tiles.erase(front);
-        else
-            text.tiles.erase(back);
+    for (const auto &[id, view] : m_tilesInView) {
+        auto text = m_texts.find(id);
+        if (text == m_texts.end())
+            continue;
+        auto &tiles = text->second.tiles;
+        const auto [first, last] = view;
+        while (int(tiles.size()) > std::max(kTextTilesKept, last - first + 1)) {
+            const auto front = tiles.begin();
+            const auto back = std::prev(tiles.end());
+            if (first - front->first >= back->first - last)
+                tiles.erase(front);
+            else
+                tiles.erase(back);
+        }
     }
 }
 
-void VulkanCompositor::drawDoodle(const YuvPlanes &frame, const OverlayScene &scene)
+void VulkanCompositor::drawDoodle(QSize size, const OverlayScene &scene)
 {
     if (!scene.hasDoodle())
         return;
-    const QSize size(frame.width, frame.height);
     if (m_doodle.isNull() || m_doodleSize != size || m_doodleVersion != scene.doodleVersion) {
         // Drawn once per change of strokes or size; only the part with ink is kept.
         const QImage picture = selvane::drawDoodle(scene.doodle, size);
@@ -291,5 +374,11 @@ void VulkanCompositor::drawDoodle(const YuvPlanes &frame, const OverlayScene &sc
         m_doodleSize = size;
         m_doodleVersion = scene.doodleVersion;
     }
-    m_doodle.blendInto(frame, m_doodleAt, QRect(0, 0, frame.width, frame.height));
+    if (m_doodle.isNull())
+        return;
+    DrawStep step;
+    step.layer = &m_doodle;
+    step.at = m_doodleAt;
+    step.clip = QRect(QPoint(0, 0), size);
+    addStep(step, QRect(m_doodleAt, m_doodle.size()));
 }

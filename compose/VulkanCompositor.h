@@ -9,7 +9,11 @@
 // picture size; a text overlay per change of its record, in tiles of its line made when they
 // first come into view (a scrolling text only moves); the doodle per change of strokes; an
 // overlay video per new picture (scaled into its rectangle when its size differs). Per frame
-// only the pixels the layers cover are touched.
+// only the pixels the layers cover are blended.
+//
+// A frame is made in bands of rows: each band of the base picture is copied and every layer that
+// crosses it is blended into it while the band is still in the processor's cache, so that the
+// picture travels through memory once.
 //
 // Despite its name no Vulkan is used: composition runs on the CPU.
 //
@@ -21,7 +25,6 @@
 #include "media/FfmpegTypes.h"
 #include "media/FramePool.h"
 
-#include <QHash>
 #include <QImage>
 #include <map>
 #include <memory>
@@ -41,7 +44,7 @@ public:
     // The latest picture of an overlay video; null forgets it.
     void setVideoPicture(int mediaId, FrameTokenPtr picture);
     void forgetVideoPictures() { m_videos.clear(); }
-    bool hasVideoPicture(int mediaId) const { return m_videos.contains(mediaId); }
+    bool hasVideoPicture(int mediaId) const { return m_videos.count(mediaId) > 0; }
 
     // Overlays that would be drawn on the next frame: hidden or picture-less ones do not count.
     int overlayCount(const OverlayScene &scene) const;
@@ -75,21 +78,46 @@ private:
         std::shared_ptr<FrameToken> scaled; // the picture at the place's size
     };
 
-    void drawMedia(const selvane::YuvPlanes &frame, const OverlayScene &scene);
-    void drawImage(const selvane::YuvPlanes &frame, const MediaOverlayRecord &record,
-                   const QImage &image);
-    void drawVideo(const selvane::YuvPlanes &frame, const MediaOverlayRecord &record,
-                   VideoLayer &video);
-    void drawText(const selvane::YuvPlanes &frame, const TextOverlayData &data, qint64 elapsedUs);
-    void drawDoodle(const selvane::YuvPlanes &frame, const OverlayScene &scene);
-    bool copyBase(const FrameToken &base, FrameWriter &out);
+    // One blend of this frame, in drawing order; what it points at lives in the caches below,
+    // which keep their elements in place until the frame is made.
+    struct DrawStep
+    {
+        enum Kind : quint8
+        {
+            Layer,
+            Fill,
+            Picture
+        } kind = Layer;
+        const selvane::YuvLayer *layer = nullptr; // Layer
+        const FrameToken *picture = nullptr;      // Picture
+        QPoint at;                                // Layer, Picture
+        QRect rect;                               // Fill: the box
+        QRect clip;                               // where it may draw
+        QColor color;                             // Fill
+        double opacity = 1.0;                     // Fill, Picture
+        int top = 0, bottom = 0;                  // the rows it may touch
+    };
+
+    // Each of these brings its layers up to date and lists the blends they need.
+    void drawMedia(QSize frame, const OverlayScene &scene);
+    void drawImage(QSize frame, const MediaOverlayRecord &record, const QImage &image);
+    void drawVideo(QSize frame, const MediaOverlayRecord &record, VideoLayer &video);
+    void drawText(QSize frame, const TextOverlayData &data, qint64 elapsedUs);
+    void drawDoodle(QSize frame, const OverlayScene &scene);
+    void addStep(DrawStep step, QRect covers);
+    // Copies the base and runs the steps, band by band; false when the base cannot be read.
+    bool paint(const FrameToken &base, FrameWriter &out);
+    void trimTextTiles();
 
     FramePool m_pool;
     ffsupport::SwsPtr m_rgbaSws;
     ffsupport::SwsPtr m_videoSws;
-    QHash<int, ImageLayer> m_images;
+    // Node-based maps: a step's pointer stays valid while other entries come and go.
+    std::map<int, ImageLayer> m_images;
     std::map<int, TextLayer> m_texts;
-    QHash<int, VideoLayer> m_videos;
+    std::map<int, VideoLayer> m_videos;
+    std::vector<DrawStep> m_steps;                                  // kept: no allocation per frame
+    std::vector<std::pair<int, std::pair<int, int>>> m_tilesInView; // text id, first and last
     selvane::YuvLayer m_doodle;
     QPoint m_doodleAt;
     quint64 m_doodleVersion = 0;

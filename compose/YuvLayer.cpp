@@ -1,5 +1,7 @@
 #include "compose/YuvLayer.h"
 
+#include "compose/BlendRows.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -8,34 +10,7 @@ namespace selvane {
 
 namespace {
 
-// Rounded x / 255 for x in 0 .. 255 * 255, without a division (the loops below vectorise).
-inline unsigned div255(unsigned x)
-{
-    x += 128;
-    return (x + (x >> 8)) >> 8;
-}
-
-// Premultiplied source over the destination.
-void blendRow(std::uint8_t *__restrict dst, const std::uint8_t *__restrict src,
-              const std::uint8_t *__restrict alpha, int n)
-{
-    for (int i = 0; i < n; ++i)
-        dst[i] = std::uint8_t(src[i] + div255(unsigned(dst[i]) * (255u - alpha[i])));
-}
-
-void blendRowConstant(std::uint8_t *__restrict dst, std::uint8_t value, std::uint8_t alpha, int n)
-{
-    const unsigned keep = 255u - alpha;
-    for (int i = 0; i < n; ++i)
-        dst[i] = std::uint8_t(value + div255(unsigned(dst[i]) * keep));
-}
-
-void mixRow(std::uint8_t *__restrict dst, const std::uint8_t *__restrict src, unsigned alpha, int n)
-{
-    const unsigned keep = 255u - alpha;
-    for (int i = 0; i < n; ++i)
-        dst[i] = std::uint8_t(div255(unsigned(src[i]) * alpha + unsigned(dst[i]) * keep));
-}
+using blend::div255;
 
 // BT.601, limited range, of premultiplied R, G, B under alpha a: Y, U and V times a / 255.
 inline std::uint8_t lumaOf(int r, int g, int b, int a)
@@ -143,7 +118,8 @@ void YuvLayer::blendInto(const YuvPlanes &frame, QPoint at, QRect clip) const
     for (int y = r.top(); y <= r.bottom(); ++y) {
         const std::size_t from =
             std::size_t(y - at.y()) * std::size_t(m_width) + std::size_t(r.left() - at.x());
-        blendRow(frame.data[0] + y * frame.stride[0] + r.left(), &m_y[from], &m_a[from], r.width());
+        blend::over(frame.data[0] + y * frame.stride[0] + r.left(), &m_y[from], &m_a[from],
+                    r.width());
     }
     const int parityX = at.x() & 1;
     const int parityY = at.y() & 1;
@@ -157,8 +133,8 @@ void YuvLayer::blendInto(const YuvPlanes &frame, QPoint at, QRect clip) const
     for (int j = j0; j <= j1 && i0 <= i1; ++j) {
         const std::size_t from =
             std::size_t(j - originY) * std::size_t(c.width) + std::size_t(i0 - originX);
-        blendRow(frame.data[1] + j * frame.stride[1] + i0, &c.u[from], &c.a[from], i1 - i0 + 1);
-        blendRow(frame.data[2] + j * frame.stride[2] + i0, &c.v[from], &c.a[from], i1 - i0 + 1);
+        blend::over(frame.data[1] + j * frame.stride[1] + i0, &c.u[from], &c.a[from], i1 - i0 + 1);
+        blend::over(frame.data[2] + j * frame.stride[2] + i0, &c.v[from], &c.a[from], i1 - i0 + 1);
     }
 }
 
@@ -171,28 +147,29 @@ std::array<std::uint8_t, 4> YuvLayer::premultiplied(QColor color, double opacity
     return {lumaOf(r, g, b, a), blueDiffOf(r, g, b, a), redDiffOf(r, g, b, a), std::uint8_t(a)};
 }
 
-void YuvLayer::fillRect(const YuvPlanes &frame, QRect rect, QColor color, double opacity)
+void YuvLayer::fillRect(const YuvPlanes &frame, QRect rect, QColor color, double opacity,
+                        QRect clip)
 {
-    const QRect r = rect & frameRect(frame);
+    const QRect r = rect & clip & frameRect(frame);
     const auto c = premultiplied(color, opacity);
     if (r.isEmpty() || c[3] == 0)
         return;
     for (int y = r.top(); y <= r.bottom(); ++y)
-        blendRowConstant(frame.data[0] + y * frame.stride[0] + r.left(), c[0], c[3], r.width());
+        blend::overConstant(frame.data[0] + y * frame.stride[0] + r.left(), c[0], c[3], r.width());
     const int i0 = r.left() / 2, i1 = r.right() / 2;
     for (int j = r.top() / 2; j <= r.bottom() / 2; ++j) {
-        blendRowConstant(frame.data[1] + j * frame.stride[1] + i0, c[1], c[3], i1 - i0 + 1);
-        blendRowConstant(frame.data[2] + j * frame.stride[2] + i0, c[2], c[3], i1 - i0 + 1);
+        blend::overConstant(frame.data[1] + j * frame.stride[1] + i0, c[1], c[3], i1 - i0 + 1);
+        blend::overConstant(frame.data[2] + j * frame.stride[2] + i0, c[2], c[3], i1 - i0 + 1);
     }
 }
 
 void YuvLayer::blendPicture(const YuvPlanes &frame, const FrameToken &picture, QPoint at,
-                            double opacity)
+                            double opacity, QRect clip)
 {
     const QSize size(picture.width, picture.height);
     const int alpha = alphaOf(opacity);
     const QPoint even(at.x() & ~1, at.y() & ~1);
-    const QRect r = QRect(even, size) & frameRect(frame);
+    const QRect r = QRect(even, size) & clip & frameRect(frame);
     if (r.isEmpty() || alpha == 0)
         return;
     for (int p = 0; p < 3; ++p) {
@@ -210,7 +187,7 @@ void YuvLayer::blendPicture(const YuvPlanes &frame, const FrameToken &picture, Q
             if (alpha == 255)
                 std::memcpy(dst, src, std::size_t(lastX - x0 + 1));
             else
-                mixRow(dst, src, unsigned(alpha), lastX - x0 + 1);
+                blend::mix(dst, src, unsigned(alpha), lastX - x0 + 1);
         }
     }
 }

@@ -6,6 +6,9 @@
 // for the rest of the picture. Blending premultiplied Y, U and V is exact, since the RGB to YUV
 // transform is affine; only chroma is shared by 2 x 2 pixels, as in the picture itself.
 //
+// A clip whose top and bottom are even (a band of rows) splits every blend exactly: the chroma rows
+// of luma rows 2j and 2j + 1 are blended with the band that holds both.
+//
 // The colour matrix is BT.601 with limited range, the same that every conversion of the program
 // uses. Threads: a layer is made on one thread and then only read (the chroma for each position
 // parity is made on first use, so one layer is used by one thread at a time).
@@ -46,11 +49,13 @@ public:
 
     // A premultiplied colour as Y, U, V and alpha (0..255 each).
     static std::array<std::uint8_t, 4> premultiplied(QColor color, double opacity);
-    // Fills a rectangle with a colour of any alpha.
-    static void fillRect(const YuvPlanes &frame, QRect rect, QColor color, double opacity);
-    // Blends an I420 picture at `at` (rounded down to even) with one opacity for all of it.
+    // Fills a rectangle with a colour of any alpha, only inside `clip`.
+    static void fillRect(const YuvPlanes &frame, QRect rect, QColor color, double opacity,
+                         QRect clip);
+    // Blends an I420 picture at `at` (rounded down to even) with one opacity for all of it, only
+    // inside `clip`.
     static void blendPicture(const YuvPlanes &frame, const FrameToken &picture, QPoint at,
-                             double opacity);
+                             double opacity, QRect clip);
 
 private:
     struct Chroma

@@ -22,7 +22,11 @@ constexpr int kLivePacketDepth = 8;
 constexpr auto kTryAgainSleep = 1ms;
 constexpr auto kEndOfFilePoll = 20ms;
 constexpr auto kPausePoll = 25ms;
+// Waits for a free picture of the pool (no one wakes the decoder when one comes back) ...
 constexpr int kRoomWaitMs = 5;
+// ... and for room in the source's queue, whose every taking (and every seek, flush and stop)
+// wakes the decoder: the bound only covers a wake-up that never comes.
+constexpr int kQueueWaitMs = 40;
 // While a file's pictures wait for room, reading goes on (sound keeps flowing) until this many
 // picture packets wait: about two seconds at 30 pictures a second.
 constexpr int kReadAheadPackets = 60;
@@ -371,7 +375,7 @@ bool DecodeRun::offerUntilTaken(FrameTokenPtr &picture)
             return false;
         // Reading goes on while the picture waits, so that the sound keeps coming.
         if (!readAheadOnce())
-            m_host.waitForRoom(kRoomWaitMs);
+            m_host.waitForRoom(kQueueWaitMs);
     }
 }
 

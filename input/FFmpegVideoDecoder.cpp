@@ -223,6 +223,7 @@ FFmpegVideoDecoder::~FFmpegVideoDecoder()
         m_shuttingDown.store(true);
     }
     m_wake.notify_all();
+    wakeWaitingPicture();
     if (m_worker.joinable())
         m_worker.join();
 }
@@ -327,6 +328,14 @@ void FFmpegVideoDecoder::seek(qint64 positionMs)
     m_controls->seekRequestMs.store(std::max<qint64>(0, positionMs));
     if (m_controls->playing.load())
         m_controls->seekFlag.store(true);
+    wakeWaitingPicture();
+}
+
+void FFmpegVideoDecoder::wakeWaitingPicture()
+{
+    std::lock_guard lock(m_sinkMutex);
+    if (m_feed)
+        m_feed->frames().wakeAll();
 }
 
 void FFmpegVideoDecoder::setLoop(bool loop)
@@ -340,6 +349,7 @@ bool FFmpegVideoDecoder::loop() const
 void FFmpegVideoDecoder::requestFlush()
 {
     m_controls->flushRequest.store(true);
+    wakeWaitingPicture();
 }
 
 void FFmpegVideoDecoder::workerLoop()

@@ -124,6 +124,9 @@ signals:
     void runEnded(quint64 generation);
 
 private:
+    // A picture waiting for room in the feed's queue notices a seek, a flush or the end at once.
+    void wakeWaitingPicture();
+
     class Run;
 
     void workerLoop();

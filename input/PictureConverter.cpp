@@ -101,11 +101,29 @@ QSize PictureConverter::outputSize(QSize display, QSize target)
             std::max(1, int(display.height() * scale + 0.5))};
 }
 
+bool PictureConverter::holdDecoded(const AVFrame *frame, QSize size, FrameWriter &out)
+{
+    // Only counted buffers can be held; rows that run upwards are copied.
+    if (!frame->buf[0] || frame->linesize[0] <= 0 || frame->linesize[1] <= 0 ||
+        frame->linesize[2] <= 0)
+        return false;
+    std::shared_ptr<const AVFrame> held(av_frame_clone(frame),
+                                        [](AVFrame *f) { av_frame_free(&f); });
+    if (!held || !held->data[0])
+        return false;
+    const std::uint8_t *const planes[3] = {held->data[0], held->data[1], held->data[2]};
+    const int strides[3] = {held->linesize[0], held->linesize[1], held->linesize[2]};
+    out.holdI420(size.width(), size.height(), std::move(held), planes, strides);
+    return true;
+}
+
 bool PictureConverter::convert(const AVFrame *frame, QSize size, FrameWriter &out)
 {
     const bool quarterTurn = m_rotation == 90 || m_rotation == 270;
     const QSize scaled = quarterTurn ? size.transposed() : size;
     if (m_rotation == 0 && isProgramFormat(frame) && scaled == QSize(frame->width, frame->height)) {
+        if (holdDecoded(frame, size, out))
+            return true;
         out.prepareI420(size.width(), size.height());
         for (int p = 0; p < 3; ++p) {
             const int rows = p == 0 ? size.height() : (size.height() + 1) / 2;

@@ -3,8 +3,9 @@
 // Turns decoded pictures into upright I420 pool tokens: a hardware picture is first copied to
 // system memory, the stream's rotation is undone, and the picture is scaled (bilinear) and
 // converted through a cached scaling context straight into the token's buffer. A 4:2:0 picture
-// of the right size and upright is copied plane by plane, with no conversion at all. One run's
-// thread only.
+// of the right size and upright is not converted at all: the token holds the decoded picture
+// itself (a reference to the decoder's buffer), or a copy of its planes where it cannot be
+// held. One run's thread only.
 
 #include "media/FfmpegTypes.h"
 #include "media/FrameToken.h"
@@ -44,6 +45,8 @@ public:
     bool convert(const AVFrame *frame, QSize size, FrameWriter &out);
 
 private:
+    bool holdDecoded(const AVFrame *frame, QSize size, FrameWriter &out);
+
     int m_rotation = 0;
     AVPixelFormat m_hardwareFormat = AV_PIX_FMT_NONE;
     ffsupport::FramePtr m_systemFrame;

@@ -15,7 +15,7 @@ ffsupport::SwsPtr converter(int width, int height, AVPixelFormat from, AVPixelFo
 
 QImage frameToImage(const FrameToken &frame)
 {
-    if (frame.width < 1 || frame.height < 1 || frame.pixels.isEmpty())
+    if (frame.width < 1 || frame.height < 1 || !frame.hasPicture())
         return {};
     if (!frame.isI420())
         return QImage(frame.bits(), frame.width, frame.height, frame.stride,

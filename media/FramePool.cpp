@@ -24,6 +24,7 @@ void returnToPool(const std::shared_ptr<FramePool::State> &state, FrameToken *to
         if (large >= 2)
             token->pixels = QByteArray();
     }
+    token->held.reset(); // a held picture goes back to its producer at once
     token->ptsUs = 0;
     token->timeline = 0;
     token->width = 0;
@@ -79,6 +80,21 @@ void FramePool::State::giveBlock(void *block, std::size_t size)
     ::operator delete(block);
 }
 
+void FrameWriter::holdI420(qint32 width, qint32 height, std::shared_ptr<const void> owner,
+                           const std::uint8_t *const planes[3], const int strides[3])
+{
+    FrameToken &token = *m_token;
+    token.layout = FrameToken::Layout::I420;
+    token.width = width;
+    token.height = height;
+    token.stride = strides[0];
+    token.held = std::move(owner);
+    for (int p = 0; p < 3; ++p) {
+        token.heldPlanes[p] = planes[p];
+        token.heldStrides[p] = strides[p];
+    }
+}
+
 void FrameWriter::prepareI420(qint32 width, qint32 height)
 {
     const qint64 stride = FrameToken::i420Stride(width);
@@ -102,6 +118,7 @@ void FrameWriter::prepare(qint32 width, qint32 height, qint64 stride)
 void FrameWriter::reserve(qint64 needed)
 {
     FrameToken &token = *m_token;
+    token.held.reset();
     if (token.pixels.isDetached()) {
         if (token.pixels.size() < needed)
             token.pixels.resize(needed);

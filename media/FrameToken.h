@@ -31,12 +31,23 @@ struct FrameToken
     QByteArray pixels; // the planes, one after the other
     qint64 stride = 0; // bytes per row of the first plane
     quint64 tag = 0;   // owned by the producer, reset when returned to the pool
+    // A picture held by reference (I420 only): the planes live in `held`, not in `pixels`.
+    std::shared_ptr<const void> held;
+    const uchar *heldPlanes[3] = {};
+    qint64 heldStrides[3] = {};
 
+    bool hasPicture() const { return held || !pixels.isEmpty(); }
     const uchar *bits() const { return reinterpret_cast<const uchar *>(pixels.constData()); }
     bool isI420() const { return layout == Layout::I420; }
     // Plane 0..2 of an I420 picture (plane 0 of an RGBA one).
-    const uchar *plane(int index) const { return bits() + planeOffset(index); }
-    qint64 planeStride(int index) const { return index == 0 ? stride : stride / 2; }
+    const uchar *plane(int index) const
+    {
+        return held ? heldPlanes[index] : bits() + planeOffset(index);
+    }
+    qint64 planeStride(int index) const
+    {
+        return held ? heldStrides[index] : index == 0 ? stride : stride / 2;
+    }
     qint64 planeOffset(int index) const
     {
         const qint64 luma = stride * height;
@@ -89,6 +100,10 @@ public:
     void prepare(qint32 width, qint32 height, qint64 stride);
     // The same for an I420 picture: aligned rows, the three planes in one buffer.
     void prepareI420(qint32 width, qint32 height);
+    // An I420 picture that stays where it is: `owner` keeps the planes alive and readable for as
+    // long as the token holds it. Nothing is copied; the token cannot be written afterwards.
+    void holdI420(qint32 width, qint32 height, std::shared_ptr<const void> owner,
+                  const std::uint8_t *const planes[3], const int strides[3]);
     uchar *bits() { return reinterpret_cast<uchar *>(m_token->pixels.data()); }
     uchar *plane(int index) { return bits() + m_token->planeOffset(index); }
     struct AvPlanes

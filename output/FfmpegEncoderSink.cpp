@@ -317,7 +317,7 @@ ffsupport::FramePtr borrowPicture(FrameTokenPtr picture, const AVFrame &like)
 
 int FfmpegEncoderSink::pushVideoFrame(FrameTokenPtr frame, qint64 ptsUs)
 {
-    if (!m_open || !frame || frame->width < 1 || frame->height < 1 || frame->pixels.isEmpty())
+    if (!m_open || !frame || frame->width < 1 || frame->height < 1 || !frame->hasPicture())
         return 1;
     // The program clock in encoder ticks. A picture that arrives a little early for the next
     // tick (event-loop jitter) takes it; a second picture in an already used tick is skipped.

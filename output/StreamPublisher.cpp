@@ -18,6 +18,7 @@ namespace rc = reconnect;
 namespace {
 
 constexpr auto kTrailerGrace = std::chrono::seconds(2);
+constexpr std::size_t kPacketsPerWake = 4;
 
 } // namespace
 
@@ -239,6 +240,7 @@ void StreamPublisher::submit(const AVPacket *source, bool video)
         return;
     }
     bool reset = false;
+    bool wake = false;
     qint64 resets = 0;
     {
         std::lock_guard lock(m_mutex);
@@ -251,8 +253,12 @@ void StreamPublisher::submit(const AVPacket *source, bool video)
             reset = true;
         }
         m_queue.emplace_back(std::move(copy), video);
+        // Sound packets go out with the next picture (at most a frame later), so the worker
+        // wakes once a frame rather than once a packet; a few of them alone wake it too.
+        wake = video || m_queue.size() >= kPacketsPerWake;
     }
-    m_wake.notify_one();
+    if (wake)
+        m_wake.notify_one();
     if (reset) {
         if (rc::shouldLog(resets, 5, 50))
             qWarning().noquote() << "FfmpegEncoderSink: network mux queue reset; count" << resets

@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 """Per-thread CPU and wake-ups of a running process, by thread name.
 
-    scripts/threads.py PID [SECONDS [SKIP]]
+    scripts/threads.py [--each] PID [SECONDS [SKIP]]
 
 Waits SKIP seconds (default 5: past the start-up), then reads every thread's CPU time and
 context switches from /proc, again SECONDS later (default 10), and prints per thread name: the
 share of one core, voluntary switches a second (wake-ups: the thread slept and was woken) and
 involuntary ones (it was pushed off a core). Threads started by a named thread carry its name
-(the codec threads of "decode" and "encode"). By hand and from scripts/bench.sh only.
+(the codec threads of "decode" and "encode"); --each prints every thread on a line of its own
+(name and thread id) instead of one line per name. By hand and from scripts/bench.sh only.
 """
 import os
 import sys
@@ -36,11 +37,14 @@ def sample(pid):
 
 
 def main():
-    if len(sys.argv) < 2:
+    args = sys.argv[1:]
+    each = "--each" in args
+    args = [a for a in args if a != "--each"]
+    if not args:
         sys.exit(__doc__)
-    pid = int(sys.argv[1])
-    seconds = float(sys.argv[2]) if len(sys.argv) > 2 else 10.0
-    time.sleep(float(sys.argv[3]) if len(sys.argv) > 3 else 5.0)
+    pid = int(args[0])
+    seconds = float(args[1]) if len(args) > 1 else 10.0
+    time.sleep(float(args[2]) if len(args) > 2 else 5.0)
     first = sample(pid)
     start = time.monotonic()
     time.sleep(seconds)
@@ -49,18 +53,19 @@ def main():
     by_name = {}
     for tid, (name, cpu, vol, invol) in last.items():
         _, cpu0, vol0, invol0 = first.get(tid, (name, 0.0, 0, 0))
-        row = by_name.setdefault(name, [0, 0.0, 0, 0])
+        row = by_name.setdefault(f"{name}/{tid}" if each else name, [0, 0.0, 0, 0])
         row[0] += 1
         row[1] += cpu - cpu0
         row[2] += vol - vol0
         row[3] += invol - invol0
-    print(f"{'thread':16} {'n':>3} {'% core':>7} {'wake-ups/s':>11} {'preempted/s':>12}")
+    w = 22 if each else 16
+    print(f"{'thread':{w}} {'n':>3} {'% core':>7} {'wake-ups/s':>11} {'preempted/s':>12}")
     total = [0, 0.0, 0, 0]
     for name, (n, cpu, vol, invol) in sorted(by_name.items(), key=lambda kv: -kv[1][1]):
-        print(f"{name:16} {n:3d} {100 * cpu / elapsed:7.1f} {vol / elapsed:11.0f} "
+        print(f"{name:{w}} {n:3d} {100 * cpu / elapsed:7.1f} {vol / elapsed:11.0f} "
               f"{invol / elapsed:12.0f}")
         total = [total[0] + n, total[1] + cpu, total[2] + vol, total[3] + invol]
-    print(f"{'all':16} {total[0]:3d} {100 * total[1] / elapsed:7.1f} "
+    print(f"{'all':{w}} {total[0]:3d} {100 * total[1] / elapsed:7.1f} "
           f"{total[2] / elapsed:11.0f} {total[3] / elapsed:12.0f}")
 
 

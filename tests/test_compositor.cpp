@@ -3,9 +3,11 @@
 // wider than any tile too), pass-through and an exhausted pool.
 
 #include "TestSupport.h"
+#include "compose/BlendRows.h"
 #include "compose/OverlayManager.h"
 #include "compose/TextOverlayData.h"
 #include "compose/VulkanCompositor.h"
+#include "compose/YuvLayer.h"
 #include "media/FrameConvert.h"
 
 #include <QFontMetricsF>
@@ -13,6 +15,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 #include <cmath>
+#include <random>
+#include <vector>
 
 namespace {
 
@@ -87,6 +91,99 @@ class TestCompositor : public QObject
     Q_OBJECT
 
 private slots:
+    // The vector and the one-pixel paths must give the same bytes as the formula, at every
+    // length (the tails), at odd addresses and for every alpha, opaque and clear included.
+    void blendKernelsMatchTheFormula()
+    {
+        std::mt19937 random(7);
+        auto byte = [&] {
+            return std::uint8_t(random() & 0xff);
+        };
+        auto rounded = [](unsigned x) {
+            return unsigned(std::lround(x / 255.0));
+        };
+        std::vector<std::uint8_t> dst(96), src(96), alpha(96), before;
+        for (int round = 0; round < 400; ++round) {
+            const int n = round % 80, at = round % 13;
+            for (int i = 0; i < 96; ++i) {
+                dst[i] = byte();
+                alpha[i] = i % 7 == 0 ? 0 : i % 5 == 0 ? 255 : byte();
+                src[i] = std::uint8_t(rounded(unsigned(byte()) * alpha[i])); // premultiplied
+            }
+            const std::uint8_t a = std::uint8_t(round * 37 % 256),
+                               value = std::uint8_t(rounded(unsigned(byte()) * a));
+            before = dst;
+            selvane::blend::over(dst.data() + at, src.data() + at, alpha.data() + at, n);
+            for (int i = 0; i < 96; ++i) {
+                const bool in = i >= at && i < at + n;
+                const unsigned want =
+                    in ? src[i] + rounded(unsigned(before[i]) * (255u - alpha[i])) : before[i];
+                QCOMPARE(unsigned(dst[i]), want);
+            }
+            before = dst;
+            selvane::blend::overConstant(dst.data() + at, value, a, n);
+            for (int i = 0; i < 96; ++i) {
+                const bool in = i >= at && i < at + n;
+                QCOMPARE(unsigned(dst[i]),
+                         in ? value + rounded(unsigned(before[i]) * (255u - a)) : before[i]);
+            }
+            before = dst;
+            selvane::blend::mix(dst.data() + at, src.data() + at, a, n);
+            for (int i = 0; i < 96; ++i) {
+                const bool in = i >= at && i < at + n;
+                QCOMPARE(unsigned(dst[i]),
+                         in ? rounded(unsigned(src[i]) * a + unsigned(before[i]) * (255u - a))
+                            : before[i]);
+            }
+        }
+    }
+
+    // Frames are made in bands of rows: every blend split at even rows must give the same bytes
+    // as the blend of the whole, at odd places and sizes, chroma included.
+    void blendsSplitIntoBandsGiveTheWhole()
+    {
+        std::mt19937 random(11);
+        QImage art(37, 23, QImage::Format_ARGB32_Premultiplied);
+        for (int y = 0; y < art.height(); ++y)
+            for (int x = 0; x < art.width(); ++x)
+                art.setPixelColor(
+                    x, y, QColor(random() % 256, random() % 256, random() % 256, random() % 256));
+        const selvane::YuvLayer layer(art);
+        FramePool pool(2, 0, 0);
+        FrameWriter picture = pool.acquire();
+        picture.prepareI420(18, 14);
+        for (qsizetype i = 0; i < picture->pixels.size(); ++i)
+            picture->pixels[i] = char(random());
+        const FrameTokenPtr shown = std::move(picture).publish();
+        auto draw = [&](const selvane::YuvPlanes &frame, QRect clip) {
+            layer.blendInto(frame, QPoint(5, 7), clip);
+            selvane::YuvLayer::fillRect(frame, QRect(3, 9, 21, 17), QColor(200, 30, 90, 140), 0.8,
+                                        clip);
+            selvane::YuvLayer::blendPicture(frame, *shown, QPoint(11, 3), 0.6, clip);
+        };
+        std::vector<std::uint8_t> whole, banded;
+        for (std::vector<std::uint8_t> *target : {&whole, &banded}) {
+            FrameWriter out = pool.acquire();
+            out.prepareI420(48, 34);
+            for (qsizetype i = 0; i < out->pixels.size(); ++i)
+                out->pixels[i] = char(i * 7 % 251);
+            selvane::YuvPlanes frame;
+            for (int p = 0; p < 3; ++p) {
+                frame.data[p] = out.plane(p);
+                frame.stride[p] = out->planeStride(p);
+            }
+            frame.width = 48;
+            frame.height = 34;
+            if (target == &whole)
+                draw(frame, QRect(0, 0, 48, 34));
+            else
+                for (int top = 0; top < 34; top += 6)
+                    draw(frame, QRect(0, top, 48, 6));
+            target->assign(out.bits(), out.bits() + out->pixels.size());
+        }
+        QVERIFY(whole == banded);
+    }
+
     void passThroughAndExhaustedPool()
     {
         FramePool basePool(2, 640, 360);

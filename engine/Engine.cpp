@@ -28,6 +28,7 @@
 #include <QPainter>
 #include <QSettings>
 #include <QThread>
+#include <QMetaMethod>
 #include <QTimer>
 #include <QUrl>
 #include <cmath>
@@ -163,11 +164,12 @@ Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBas
     m_scheduleHands = std::make_unique<Hands>(*this);
     m_scheduleControl = new ScheduleControl(*m_scheduleHands, this);
     connect(this, &Engine::slideShown, m_scheduleControl, &ScheduleControl::onSlideShown);
-    connect(this, &Engine::programFrame, m_scheduleControl, &ScheduleControl::onProgramFrame);
     m_schedule = new ScheduleRunner(m_scheduleControl, this);
     m_scheduleControl->setRunner(m_schedule);
     connect(m_schedule, &ScheduleRunner::programArrangementRunningChanged, this,
             &Engine::scheduleRunningChanged);
+    connect(m_schedule, &ScheduleRunner::programArrangementRunningChanged, this,
+            &Engine::updatePreviewDemand);
     connect(m_schedule, &ScheduleRunner::baseClipChanged, this, [this](const QString &id) {
         emit scheduleBaseClipChanged(id, m_schedule->clock().ms());
     });
@@ -184,6 +186,8 @@ Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBas
     connect(m_rateTimer, &QTimer::timeout, this, &Engine::sampleRates);
     m_rateClock.start();
     m_rateTimer->start(kRateIntervalMs);
+    // Until the faces have connected, every preview is made; then only those they take.
+    QMetaObject::invokeMethod(this, &Engine::updatePreviewDemand, Qt::QueuedConnection);
 
     m_feeds.setProgramChannel(0);
     m_switcher->cutTo(0);
@@ -368,11 +372,46 @@ void Engine::onOverlayPreviewsReady()
             emit overlayPreview(mediaId, frame);
 }
 
+namespace {
+
+bool isPreviewSignal(const QMetaMethod &signal)
+{
+    return signal == QMetaMethod::fromSignal(&Engine::programFrame) ||
+           signal == QMetaMethod::fromSignal(&Engine::channelPreview) ||
+           signal == QMetaMethod::fromSignal(&Engine::overlayPreview);
+}
+
+} // namespace
+
+void Engine::connectNotify(const QMetaMethod &signal)
+{
+    // Called inside the connection: the demand is worked out afterwards, on this thread.
+    if (isPreviewSignal(signal))
+        QMetaObject::invokeMethod(this, &Engine::updatePreviewDemand, Qt::QueuedConnection);
+}
+
+void Engine::disconnectNotify(const QMetaMethod &signal)
+{
+    if (isPreviewSignal(signal))
+        QMetaObject::invokeMethod(this, &Engine::updatePreviewDemand, Qt::QueuedConnection);
+}
+
+void Engine::updatePreviewDemand()
+{
+    m_switcher->setPreviewDemand(
+        isSignalConnected(QMetaMethod::fromSignal(&Engine::programFrame)) ||
+            m_schedule->isRunning(),
+        isSignalConnected(QMetaMethod::fromSignal(&Engine::channelPreview)),
+        isSignalConnected(QMetaMethod::fromSignal(&Engine::overlayPreview)));
+}
+
 void Engine::onPreviewReady()
 {
     const ProgramSwitcher::Preview preview = m_switcher->takePreview();
     if (!preview.frame)
         return;
+    // The schedule follows the clip it plays by the pictures that go out.
+    m_scheduleControl->onProgramFrame(preview.frame, preview.channel);
     emit programFrame(preview.frame, preview.channel);
 }
 

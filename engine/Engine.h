@@ -198,7 +198,14 @@ signals:
     void scheduleBaseClipChanged(QString id, qint64 scheduleMs);
     void slideShown(int shown);
 
+protected:
+    void connectNotify(const QMetaMethod &signal) override;
+    void disconnectNotify(const QMetaMethod &signal) override;
+
 private:
+    // Pictures are handed out only while someone takes them: a face listening to the preview
+    // signals, or the schedule while it runs.
+    void updatePreviewDemand();
     void onPreviewReady();
     void onChannelPreviewsReady();
     void onOverlayPreviewsReady();

@@ -90,6 +90,13 @@ void ProgramSwitcher::setOutputSink(OutputSink sink)
     m_outputSink = std::move(sink);
 }
 
+void ProgramSwitcher::setPreviewDemand(bool program, bool channels, bool overlays)
+{
+    m_programWanted.store(program);
+    m_channelsWanted.store(channels);
+    m_overlaysWanted.store(overlays);
+}
+
 ProgramSwitcher::Counters ProgramSwitcher::counters() const
 {
     std::lock_guard lock(m_mutex);
@@ -232,11 +239,12 @@ void ProgramSwitcher::tick(qint64 programUs)
 {
     m_periodUs = std::llround(1e6 / m_tickFps);
     bool channelsChanged = false;
+    const bool channelsWanted = m_channelsWanted.load();
     for (int c = 0; c < SourceFeeds::kChannels; ++c) {
         SourceState &state = m_channels[std::size_t(c)];
         state.pacer.advance(m_feeds.channel(c), programUs, m_periodUs);
         const FrameTokenPtr &current = state.pacer.current();
-        if (current && current != state.previewed) {
+        if (channelsWanted && current && current != state.previewed) {
             state.previewed = current;
             std::lock_guard lock(m_previewMutex);
             m_channelPreviews[std::size_t(c)] = current;
@@ -259,9 +267,11 @@ void ProgramSwitcher::tick(qint64 programUs)
         if (media >= 0 && current && current != state.previewed) {
             state.previewed = current;
             m_compositor.setVideoPicture(media, current);
-            std::lock_guard lock(m_previewMutex);
-            m_overlayPreviews[std::size_t(s)] = {media, current};
-            slotsChanged = true;
+            if (m_overlaysWanted.load()) {
+                std::lock_guard lock(m_previewMutex);
+                m_overlayPreviews[std::size_t(s)] = {media, current};
+                slotsChanged = true;
+            }
         }
     }
     if (channelsChanged && !m_channelPreviewsPosted.exchange(true))
@@ -317,6 +327,8 @@ void ProgramSwitcher::tick(qint64 programUs)
     }
     if (sink)
         sink(program, programUs);
+    if (!m_programWanted.load())
+        return;
     {
         std::lock_guard lock(m_previewMutex);
         m_preview = {program, onAir};

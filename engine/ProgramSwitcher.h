@@ -13,7 +13,8 @@
 // Threads: the switcher lives on the program thread, where ticks, composition and the hand-over
 // to the outputs run; the window never waits for any of it. Controls (cut, still, scene, size,
 // outputs, overlay slots) may be called from any thread; they store values under a short lock.
-// Previews reach the owner through the *Ready() signals, posted at most once until taken.
+// Previews reach the owner through the *Ready() signals, posted at most once until taken, and
+// only those the owner asks for (a headless show without a remote control takes none).
 
 #include "compose/OverlayScene.h"
 #include "compose/VulkanCompositor.h"
@@ -65,6 +66,9 @@ public:
     void setOutputSink(OutputSink sink);
     // The program time of the next tick (outputs start on a tick).
     qint64 nextTickUs() const { return m_nextTickPublished.load(); }
+
+    // Which previews anyone takes: the others are neither kept nor announced (any thread).
+    void setPreviewDemand(bool program, bool channels, bool overlays);
 
     // The newest program frame and the channel it came from (-1: still); owner's thread.
     struct Preview
@@ -151,6 +155,9 @@ private:
     Preview m_preview;
     std::array<FrameTokenPtr, SourceFeeds::kChannels> m_channelPreviews;
     std::array<std::pair<int, FrameTokenPtr>, SourceFeeds::kOverlaySlots> m_overlayPreviews;
+    std::atomic<bool> m_programWanted{true};
+    std::atomic<bool> m_channelsWanted{true};
+    std::atomic<bool> m_overlaysWanted{true};
     std::atomic<bool> m_previewPosted{false};
     std::atomic<bool> m_channelPreviewsPosted{false};
     std::atomic<bool> m_overlayPreviewsPosted{false};

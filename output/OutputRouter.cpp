@@ -13,7 +13,11 @@
 
 namespace {
 
-constexpr auto kWorkerWait = std::chrono::milliseconds(20);
+// The worker wakes for every picture; sound waits for the next picture (a frame at most) unless
+// this many chunks of it (10 ms each) are queued, so a steady show wakes it once a frame.
+constexpr std::size_t kAudioChunksPerWake = 4;
+// The longest the worker sleeps when nothing wakes it.
+constexpr auto kWorkerWait = std::chrono::milliseconds(100);
 
 } // namespace
 
@@ -131,7 +135,8 @@ void OutputRouter::encodeWorker(std::shared_ptr<EncodeWorkerState> state)
         }
         std::unique_lock lock(state->mutex);
         state->wake.wait_for(lock, kWorkerWait, [&] {
-            return state->stop || !state->frames.empty() || !state->audio.empty();
+            return state->stop || !state->frames.empty() ||
+                   state->audio.size() >= kAudioChunksPerWake;
         });
         // Swapped with the worker's own list: neither allocates once both have their capacity.
         audio.swap(state->audio);
@@ -198,6 +203,7 @@ void OutputRouter::pushAudio(const std::int16_t *samples, int frames, qint64 pts
     if (!state || frames <= 0)
         return;
     qint64 dropped = 0;
+    bool wake = false;
     {
         std::lock_guard lock(state->mutex);
         if (!state->running || state->stop)
@@ -214,8 +220,10 @@ void OutputRouter::pushAudio(const std::int16_t *samples, int frames, qint64 pts
         }
         buffer.assign(samples, samples + std::size_t(frames) * 2);
         state->audio.push_back({std::move(buffer), ptsUs});
+        wake = state->audio.size() == kAudioChunksPerWake;
     }
-    state->wake.notify_one();
+    if (wake)
+        state->wake.notify_one();
     if (dropped > 0 && selvane::shouldLog(dropped, 5, 100))
         qWarning().noquote() << "OutputRouter: program audio queue full; dropped chunk count"
                              << dropped;

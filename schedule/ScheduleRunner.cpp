@@ -47,7 +47,7 @@ ScheduleRunner::ScheduleRunner(ProgramControl *control, QObject *parent)
             return;
         tick();
     });
-    m_timer->start(kTickMs);
+    // The timer runs while a schedule does: a stopped clock would take nothing from its ticks.
 }
 
 ScheduleRunner::~ScheduleRunner() = default;
@@ -75,6 +75,7 @@ bool ScheduleRunner::start(const ProgramArrangement &arrangement, QString *error
     std::stable_sort(m_arrangement.sceneClips.begin(), m_arrangement.sceneClips.end(), byStart);
     std::stable_sort(m_arrangement.overlayClips.begin(), m_arrangement.overlayClips.end(), byStart);
     m_running = true;
+    m_timer->start(kTickMs);
     emit programArrangementRunningChanged(true);
     m_clock.start(0);
     applyAt(0);
@@ -94,6 +95,7 @@ void ScheduleRunner::stop()
     m_showingBlack = false;
     m_activeOverlays.clear();
     m_clock.stop();
+    m_timer->stop();
     emit programArrangementRunningChanged(false);
 }
 

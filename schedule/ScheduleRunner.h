@@ -4,9 +4,9 @@
 // program picture and which overlay clips are shown, and applies the changes through a small
 // program-control interface (so the window and the headless face drive the same code).
 //
-// The schedule's own clock starts at 0 when the schedule starts. It advances by the 33 ms
-// timer, is set by each slide of an image clip to where that slide belongs, and follows the
-// playback position of a video clip while it plays. Gaps of 5 s or more (a stall, a suspended
+// The schedule's own clock starts at 0 when the schedule starts. It advances by a 33 ms timer
+// (running while the schedule does), is set by each slide of an image clip to where that slide
+// belongs, and follows the playback position of a video clip while it plays. Gaps of 5 s or more (a stall, a suspended
 // machine) are not counted: the schedule pauses over them instead of skipping ahead.
 //
 // When no base clip is eligible the program shows black. A video clip is opened up to 1.5 s before

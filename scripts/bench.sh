@@ -225,14 +225,17 @@ make_show_media() { # the file channel (SECONDS + 5 s), two pictures with alpha,
 }
 font="$(fc-match -f '%{file}' 'sans:bold' 2>/dev/null || true)"
 # The ticker as Selvane draws it at 1080p: a dark band along the bottom, bold white words with
-# a shadow, moving right to left.
-ticker_filter() { # TEXTFILE
-  echo "drawbox=x=0:y=900:w=iw:h=154:color=black@0.69:t=fill,drawtext=fontfile=$font:textfile=$1:expansion=none:fontsize=84:fontcolor=white:shadowcolor=black:shadowx=4:shadowy=4:x=w-mod(t*100\\,w+tw):y=900+(154-th)/2"
+# a shadow, moving right to left; the same picture as Selvane's, measured on a frame of each.
+# The band is a translucent black picture laid over (drawbox would blend the chroma of each
+# pixel four times over and leave a grey band, a picture cheaper to encode than the real one);
+# fontsize 95 gives Selvane's letter height (24 pt on the 360-line scene, 72 rows of ink).
+ticker_filter() { # IN TEXTFILE OUT: filter_complex chains from the label IN to OUT
+  echo "color=c=black@0.69:size=1920x154:rate=30,format=yuva420p[band];[$1][band]overlay=0:900:shortest=1,drawtext=fontfile=$font:textfile=$2:expansion=none:fontsize=95:fontcolor=white:shadowcolor=black:shadowx=4:shadowy=4:x=w-mod(t*100\\,w+tw):y=900+(154-th)/2[$3]"
 }
 # Selvane's rectangles are in the 640x360 scene; the CLI's are the same at 1920x1080 (x 3).
 show_images=(--image "$work/a.png@20,20,200,150" --image "$work/b.png@440,20,160,90")
 show_filter() {
-  echo "[1:v]scale=600:450[a];[2:v]scale=480:270[b];[0:v][a]overlay=60:60[v1];[v1][b]overlay=1320:60[v2];[v2]$(ticker_filter "$work/ticker.txt")[v]"
+  echo "[1:v]scale=600:450[a];[2:v]scale=480:270[b];[0:v][a]overlay=60:60[v1];[v1][b]overlay=1320:60[v2];$(ticker_filter v2 "$work/ticker.txt" v)"
 }
 
 header() {
@@ -286,7 +289,7 @@ bench_show() {
     selvane_show_args "$work/ours$i.mp4" "$seconds"
     sampler=
     if [ "$i" -eq 1 ]; then
-      sample_threads ours "$binary --headless" &
+      sample_threads ours "^$binary --headless" &
       sampler=$!
     fi
     run_selvane ours "${show_args[@]}"
@@ -299,7 +302,7 @@ bench_show() {
     ffmpeg_show_args "$work/theirs$i.mp4" "$seconds"
     sampler=
     if [ "$i" -eq 1 ]; then
-      sample_threads theirs "ffmpeg -nostdin -hide_banner" &
+      sample_threads theirs "^ffmpeg -nostdin -hide_banner" &
       sampler=$!
     fi
     run_ffmpeg theirs "${show_args[@]}"
@@ -601,12 +604,14 @@ bench_keepup() {
     text10k)
       label="10,000-character ticker (the longest --text) over a 1080p30 test signal"
       s_args=("${signal_args[@]}" --text "$(cat "$work/words10k.txt")")
-      f_args=("${signal_inputs[@]}" -vf "$(ticker_filter "$work/words10k.txt")")
+      f_args=("${signal_inputs[@]}" -filter_complex "$(ticker_filter 0:v "$work/words10k.txt" v)"
+        -map '[v]' -map 1:a)
       ;;
     text100k)
       label="100 KB ticker (in a schedule) over a 1080p30 test signal"
       s_args=("${signal_args[@]}" --schedule "$work/ticker100k.json")
-      f_args=("${signal_inputs[@]}" -vf "$(ticker_filter "$work/words100k.txt")")
+      f_args=("${signal_inputs[@]}" -filter_complex "$(ticker_filter 0:v "$work/words100k.txt" v)"
+        -map '[v]' -map 1:a)
       ;;
     esac
     echo

@@ -103,11 +103,18 @@ private slots:
             return unsigned(std::lround(x / 255.0));
         };
         std::vector<std::uint8_t> dst(96), src(96), alpha(96), before;
-        for (int round = 0; round < 400; ++round) {
+        const selvane::blend::Path widest = selvane::blend::path();
+        for (int round = 0; round < 1200; ++round) {
+            // Every way the processor has, the widest first.
+            selvane::blend::narrowTo(selvane::blend::Path(std::max(0, int(widest) - round / 400)));
             const int n = round % 80, at = round % 13;
+            const bool plain = round % 3 == 0; // long clear or opaque stretches
             for (int i = 0; i < 96; ++i) {
                 dst[i] = byte();
-                alpha[i] = i % 7 == 0 ? 0 : i % 5 == 0 ? 255 : byte();
+                alpha[i] = plain        ? (round % 2 ? 255 : 0)
+                           : i % 7 == 0 ? 0
+                           : i % 5 == 0 ? 255
+                                        : byte();
                 src[i] = std::uint8_t(rounded(unsigned(byte()) * alpha[i])); // premultiplied
             }
             const std::uint8_t a = std::uint8_t(round * 37 % 256),
@@ -136,6 +143,7 @@ private slots:
                             : before[i]);
             }
         }
+        selvane::blend::narrowTo(widest);
     }
 
     // Frames are made in bands of rows: every blend split at even rows must give the same bytes

@@ -69,9 +69,15 @@ private slots:
     void programFollowsCuts()
     {
         Engine engine;
+        engine.setChannelSource(0, kBars);
+        // Nobody watches at first, so no picture is handed out; one who comes later gets them
+        // from then on, and channel pictures too.
+        QTest::qWait(300);
         ProgramWatch watch;
         watch.attach(engine, this);
-        engine.setChannelSource(0, kBars);
+        int channelPictures = 0;
+        connect(&engine, &Engine::channelPreview, this, [&] { ++channelPictures; });
+        QTRY_VERIFY(watch.frames > 0 && channelPictures > 0);
         engine.setChannelSource(1, kBarsHd);
         engine.cutTo(1);
         QTRY_COMPARE(watch.lastWidth, 1280);

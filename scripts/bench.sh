@@ -9,11 +9,20 @@
 #
 #   signal  (3 20)   a 1080p30 test signal with a tone, paced in real time, encoded once to
 #                    H.264 + AAC in an MP4 file; then the selvane_bench micro benchmarks
-#   show    (3 20)   the real-time show: a 1080p30 H.264 + AAC file channel, two pictures, a
-#                    ticker, x264 veryfast (--encoder software --preset balanced), AAC 160k, to
-#                    an MP4 file and two RTMP targets; CPU, peak RSS, Selvane's done: counts and
-#                    the frames in the recording against SECONDS * 30
-#   memory  (1 600)  the same show, RSS sampled every 10 s; the series, first/last/max and
+#   show      (5 20)  the real-time show: a 1080p30 H.264 + AAC file channel, two pictures, a
+#                     ticker, x264 veryfast live settings (--encoder software --preset balanced),
+#                     AAC 160k, to an MP4 file and two RTMP targets; beside each round the CLI's
+#                     bare transcode of the same file (decode + encode alone, one MP4): CPU,
+#                     peak RSS, Selvane's done: counts, the frames in the recording against
+#                     SECONDS * 30, the ratio, each side's spread, Selvane's overhead beyond the
+#                     bare transcode, and for round 1 each thread's CPU and wake-ups a second
+#   show-hevc (5 20)  the same for an HEVC file with a picture-in-picture video and a logo
+#   show-vp9  (5 20)  the same for a VP9/Opus WebM file with a lower third and the ticker
+#   shows     (5 20)  all three, then a line each
+#   profile   (1 20)  one run of each side of a show (SELVANE_BENCH_SHOW, default show) and of
+#                     the bare transcode under perf record: CPU seconds by library, and
+#                     Selvane's hottest functions outside the codecs (needs linux-perf)
+#   memory  (1 600)  the show, RSS sampled every 10 s; the series, first/last/max and
 #                    whether it grew by more than 10 % from the 60 s sample to the end
 #   scale   (3 20)   CPU against (a) 1, 2, 3, 4 file channels loaded (channel 1 on the program,
 #                    one encode to MP4) and (b) 1, 2, 4, 8 RTMP targets (one encode)
@@ -47,13 +56,15 @@ if [ $# -gt 0 ] && ! [[ $1 =~ ^[0-9]+$ ]]; then
   shift
 fi
 case "$case_name" in
-signal | show | scale | relay) default_rounds=3 default_seconds=20 ;;
+signal | scale | relay) default_rounds=3 default_seconds=20 ;;
+show | show-hevc | show-vp9 | shows) default_rounds=5 default_seconds=20 ;;
+profile) default_rounds=1 default_seconds=20 ;;
 window) default_rounds=3 default_seconds=30 ;;
 capture) default_rounds=3 default_seconds=20 ;;
 memory) default_rounds=1 default_seconds=600 ;;
 keepup) default_rounds=3 default_seconds=10 ;;
 *)
-  echo "usage: scripts/bench.sh [signal|show|memory|scale|keepup|relay|window|capture] [ROUNDS] [SECONDS]" >&2
+  echo "usage: scripts/bench.sh [signal|show|show-hevc|show-vp9|shows|profile|memory|scale|keepup|relay|window|capture] [ROUNDS] [SECONDS]" >&2
   exit 2
   ;;
 esac
@@ -132,13 +143,14 @@ run_timed() { # NAME CMD...: wall, user, system, peak RSS of CMD into NAME.time,
   wait "$current" || rc=$?
   current=
 }
+wrap=() # a command the next headless runs go through (the profile's perf record)
 run_selvane() { # NAME ARGS...: a headless run (tried again while the binary cannot be executed)
   local name="$1" _
   shift
   for _ in 1 2 3 4 5 6; do
     need_binary
     run_timed "$name" env XDG_DATA_HOME="$work/data" XDG_CONFIG_HOME="$work/config" \
-      QT_QPA_PLATFORM=offscreen "$binary" --headless "$@"
+      QT_QPA_PLATFORM=offscreen "${wrap[@]}" "$binary" --headless "$@"
     [ "$rc" -eq 126 ] || [ "$rc" -eq 127 ] || break
     sleep 10
   done
@@ -180,16 +192,16 @@ counts() { # NAME: Selvane's own counts from its done: line
     "dropped $(done_field "$1" dropped) encoder-drops $(done_field "$1" encoder-drops)"
 }
 expected=$((seconds * 30))
-sample_threads() { # NAME PATTERN: per-thread CPU and wake-ups of the newest process matching
-  # PATTERN, over the middle half of the run, into NAME.threads (run in the background)
-  local name="$1" pattern="$2" pid="" _
+sample_threads() { # NAME PATTERN [--each]: per-thread CPU and wake-ups of the newest process
+  # matching PATTERN, over the middle half of the run, into NAME.threads (run in the background)
+  local name="$1" pattern="$2" each="${3:-}" pid="" _
   for _ in $(seq 50); do
     pid="$(pgrep -n -f "$pattern" || true)"
     [ -n "$pid" ] && break
     sleep 0.1
   done
   [ -n "$pid" ] || return 0
-  python3 "$root/scripts/threads.py" "$pid" "$((seconds / 2))" "$((seconds / 4))" \
+  python3 "$root/scripts/threads.py" $each "$pid" "$((seconds / 2))" "$((seconds / 4))" \
     >"$work/$name.threads" 2>/dev/null || true
 }
 
@@ -213,16 +225,6 @@ make_clip() { # FILE SECONDS SOURCE [ENCODER OPTIONS...]: a 30 fps clip with a t
   ffmpeg -nostdin -v error -y -f lavfi -i "$source" -f lavfi -i "$tone" -t "$length" "$@" \
     -c:a aac -b:a 160k "$file"
 }
-make_show_media() { # the file channel (SECONDS + 5 s), two pictures with alpha, the ticker text
-  echo "making media: $((seconds + 5)) s of 1080p30 H.264 + AAC, two PNG pictures"
-  make_clip "$work/show.mp4" $((seconds + 5)) "$signal1080" -c:v libx264 -preset veryfast \
-    -crf 23 -g 60 -pix_fmt yuv420p
-  ffmpeg -nostdin -v error -y -f lavfi -i "color=c=orange@0.6:size=400x300,format=rgba" \
-    -frames:v 1 "$work/a.png"
-  ffmpeg -nostdin -v error -y -f lavfi -i "testsrc2=size=320x180,format=rgba,colorchannelmixer=aa=0.5" \
-    -frames:v 1 "$work/b.png"
-  printf '%s' "$ticker" >"$work/ticker.txt"
-}
 font="$(fc-match -f '%{file}' 'sans:bold' 2>/dev/null || true)"
 # The ticker as Selvane draws it at 1080p: a dark band along the bottom, bold white words with
 # a shadow, moving right to left; the same picture as Selvane's, measured on a frame of each.
@@ -232,12 +234,6 @@ font="$(fc-match -f '%{file}' 'sans:bold' 2>/dev/null || true)"
 ticker_filter() { # IN TEXTFILE OUT: filter_complex chains from the label IN to OUT
   echo "color=c=black@0.69:size=1920x154:rate=30,format=yuva420p[band];[$1][band]overlay=0:900:shortest=1,drawtext=fontfile=$font:textfile=$2:expansion=none:fontsize=95:fontcolor=white:shadowcolor=black:shadowx=4:shadowy=4:x=w-mod(t*100\\,w+tw):y=900+(154-th)/2[$3]"
 }
-# Selvane's rectangles are in the 640x360 scene; the CLI's are the same at 1920x1080 (x 3).
-show_images=(--image "$work/a.png@20,20,200,150" --image "$work/b.png@440,20,160,90")
-show_filter() {
-  echo "[1:v]scale=600:450[a];[2:v]scale=480:270[b];[0:v][a]overlay=60:60[v1];[v1][b]overlay=1320:60[v2];$(ticker_filter v2 "$work/ticker.txt" v)"
-}
-
 header() {
   echo "selvane bench: $case_name, $rounds round(s) of $seconds s; $(nproc) cores," \
     "load average $(cut -d' ' -f1-3 /proc/loadavg)"
@@ -266,71 +262,6 @@ bench_signal() {
   echo "median CPU seconds for ${seconds} s of 1080p30 + tone: selvane $m_ours, ffmpeg CLI $m_theirs"
   echo "ratio selvane/ffmpeg: $(ratio "$m_ours" "$m_theirs")"
   "$build/selvane_bench" 2>/dev/null || echo "note: $build/selvane_bench did not run"
-}
-
-# --- show -------------------------------------------------------------------------------------
-selvane_show_args() { # RECORDING LENGTH: the show as Selvane's options, into show_args
-  next_key
-  show_args=(--channel "1=$work/show.mp4" "${show_images[@]}" --text "$ticker" --record "$1"
-    --stream "rtmp://127.0.0.1:$port/live/s${key}a" --stream "rtmp://127.0.0.1:$port/live/s${key}b"
-    --duration "$2" --encoder software --preset balanced)
-}
-ffmpeg_show_args() { # RECORDING LENGTH: the same show as the CLI's options, into show_args
-  next_key
-  show_args=(-re -i "$work/show.mp4" -i "$work/a.png" -i "$work/b.png" -filter_complex
-    "$(show_filter)" -map '[v]' -map 0:a "${x264_live[@]}" -flags +global_header -t "$2" -f tee
-    "[f=mp4:$fragmented]$1|[f=flv:onfail=ignore]rtmp://127.0.0.1:$port/live/f${key}a|[f=flv:onfail=ignore]rtmp://127.0.0.1:$port/live/f${key}b")
-}
-bench_show() {
-  make_show_media
-  start_nginx
-  local i s_cpu=() f_cpu=() s_rss=() f_rss=() s_frames=() f_frames=() online sampler
-  for i in $(seq 1 "$rounds"); do
-    selvane_show_args "$work/ours$i.mp4" "$seconds"
-    sampler=
-    if [ "$i" -eq 1 ]; then
-      sample_threads ours "^$binary --headless" &
-      sampler=$!
-    fi
-    run_selvane ours "${show_args[@]}"
-    [ -z "$sampler" ] || wait "$sampler" || true
-    s_cpu+=("$(cpu ours)") s_rss+=("$(rss ours)") s_frames+=("$(frames_in "$work/ours$i.mp4")")
-    online=no
-    grep -q 'targets online,online' "$work/ours.log" && online=yes
-    printf 'round %d  selvane  CPU %6.2f s  RSS %4d MiB  frames %d/%d  %s  targets online: %s\n' \
-      "$i" "${s_cpu[-1]}" "${s_rss[-1]}" "${s_frames[-1]}" "$expected" "$(counts ours)" "$online"
-    ffmpeg_show_args "$work/theirs$i.mp4" "$seconds"
-    sampler=
-    if [ "$i" -eq 1 ]; then
-      sample_threads theirs "^ffmpeg -nostdin -hide_banner" &
-      sampler=$!
-    fi
-    run_ffmpeg theirs "${show_args[@]}"
-    [ -z "$sampler" ] || wait "$sampler" || true
-    f_cpu+=("$(cpu theirs)") f_rss+=("$(rss theirs)") f_frames+=("$(frames_in "$work/theirs$i.mp4")")
-    printf 'round %d  ffmpeg   CPU %6.2f s  RSS %4d MiB  frames %d/%d\n' \
-      "$i" "${f_cpu[-1]}" "${f_rss[-1]}" "${f_frames[-1]}" "$expected"
-    rm -f "$work/ours$i.mp4" "$work/theirs$i.mp4"
-  done
-  local sc fc sr fr
-  sc="$(median "${s_cpu[@]}")" fc="$(median "${f_cpu[@]}")"
-  sr="$(median "${s_rss[@]}")" fr="$(median "${f_rss[@]}")"
-  echo
-  echo "medians, $seconds s show (1080p30 file + 2 pictures + ticker -> MP4 + 2 RTMP):"
-  printf '  %-10s  CPU %6.2f s (%3s %% of a core)  RSS %4d MiB  frames %d/%d\n' \
-    selvane "$sc" "$(core_pct "$sc" "$seconds")" "$sr" "$(median "${s_frames[@]}")" "$expected"
-  printf '  %-10s  CPU %6.2f s (%3s %% of a core)  RSS %4d MiB  frames %d/%d\n' \
-    "ffmpeg CLI" "$fc" "$(core_pct "$fc" "$seconds")" "$fr" "$(median "${f_frames[@]}")" "$expected"
-  echo "ratio selvane/ffmpeg: CPU $(ratio "$sc" "$fc"), RSS $(ratio "$sr" "$fr")"
-  echo "spread (max - min) / median of the rounds: selvane $(spread "${s_cpu[@]}")," \
-    "ffmpeg CLI $(spread "${f_cpu[@]}")"
-  local side
-  for side in ours theirs; do
-    [ -s "$work/$side.threads" ] || continue
-    echo
-    echo "round 1, $side: threads over the middle half of the run"
-    sed 's/^/  /' "$work/$side.threads"
-  done
 }
 
 # --- window -----------------------------------------------------------------------------------
@@ -439,13 +370,13 @@ report_rss() { # NAME LABEL
          printf "60 s -> end %+.1f %% (%s)\n", g, (g > 10 ? "GREW BY MORE THAN 10 %" : "within 10 %")}' "$out"
 }
 bench_memory() {
-  make_show_media
+  make_media_for show
   start_nginx
   local i
   for i in $(seq 1 "$rounds"); do
     echo "round $i: selvane show of $seconds s"
     need_binary
-    selvane_show_args "$work/ours$i.mp4" "$seconds"
+    selvane_args show "$work/ours$i.mp4" "$seconds"
     env XDG_DATA_HOME="$work/data" XDG_CONFIG_HOME="$work/config" QT_QPA_PLATFORM=offscreen \
       "$binary" --headless "${show_args[@]}" </dev/null >"$work/ours.log" 2>&1 &
     sampled=$!
@@ -457,7 +388,7 @@ bench_memory() {
     rm -f "$work/ours$i.mp4"
 
     echo "round $i: ffmpeg CLI show of $seconds s"
-    ffmpeg_show_args "$work/theirs$i.mp4" "$seconds"
+    ffmpeg_args show "$work/theirs$i.mp4" "$seconds"
     ffmpeg -nostdin -hide_banner -v warning -y "${show_args[@]}" </dev/null >"$work/theirs.log" 2>&1 &
     sampled=$!
     sample_rss "$sampled" theirs
@@ -489,7 +420,7 @@ scale_table() { # TITLE UNIT then rows "COUNT S_CPU F_CPU S_WALL F_WALL" on stdi
         pn = n; psc = sc; pfc = fc}'
 }
 bench_scale() {
-  make_show_media
+  make_media_for show
   start_nginx
   local n i args s_cpu f_cpu s_wall f_wall rows=()
   for n in 1 2 3 4; do
@@ -718,6 +649,9 @@ else:
 PY
   done
 }
+
+# shellcheck source=lib/bench-shows.sh
+. "$root/scripts/lib/bench-shows.sh"
 
 header
 "bench_$case_name"

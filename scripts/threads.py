@@ -8,7 +8,8 @@ context switches from /proc, again SECONDS later (default 10), and prints per th
 share of one core, voluntary switches a second (wake-ups: the thread slept and was woken) and
 involuntary ones (it was pushed off a core). Threads started by a named thread carry its name
 (the codec threads of "decode" and "encode"); --each prints every thread on a line of its own
-(name and thread id) instead of one line per name. By hand and from scripts/bench.sh only.
+(name and thread id) instead of one line per name, leaving out the idle ones (counted at the
+end). By hand and from scripts/bench.sh only.
 """
 import os
 import sys
@@ -61,10 +62,17 @@ def main():
     w = 22 if each else 16
     print(f"{'thread':{w}} {'n':>3} {'% core':>7} {'wake-ups/s':>11} {'preempted/s':>12}")
     total = [0, 0.0, 0, 0]
+    idle = 0
     for name, (n, cpu, vol, invol) in sorted(by_name.items(), key=lambda kv: -kv[1][1]):
+        if each and cpu / elapsed < 0.0005 and vol / elapsed < 0.5:
+            idle += 1
+            total[0] += n
+            continue
         print(f"{name:{w}} {n:3d} {100 * cpu / elapsed:7.1f} {vol / elapsed:11.0f} "
               f"{invol / elapsed:12.0f}")
         total = [total[0] + n, total[1] + cpu, total[2] + vol, total[3] + invol]
+    if idle:
+        print(f"{f'({idle} idle)':{w}}")
     print(f"{'all':{w}} {total[0]:3d} {100 * total[1] / elapsed:7.1f} "
           f"{total[2] / elapsed:11.0f} {total[3] / elapsed:12.0f}")
 

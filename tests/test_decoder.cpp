@@ -13,6 +13,7 @@
 #include <QtTest>
 #include <algorithm>
 #include <mutex>
+#include <set>
 #include <thread>
 
 using namespace testsupport;
@@ -120,6 +121,31 @@ public:
         frames.clear();
         audioFrames = 0;
     }
+    // Keeps the first `count` pictures themselves, each with the sum of its bytes on arrival.
+    void keepFirst(int count)
+    {
+        std::lock_guard lock(mutex);
+        keepCount = count;
+    }
+    std::vector<std::pair<FrameTokenPtr, quint64>> kept()
+    {
+        std::lock_guard lock(mutex);
+        return keptPictures;
+    }
+    static quint64 sumOf(const FrameToken &frame)
+    {
+        quint64 sum = 0;
+        for (int p = 0; p < 3; ++p) {
+            const int rows = p == 0 ? frame.height : (frame.height + 1) / 2;
+            const int width = p == 0 ? frame.width : (frame.width + 1) / 2;
+            for (int y = 0; y < rows; ++y) {
+                const uchar *row = frame.plane(p) + y * frame.planeStride(p);
+                for (int x = 0; x < width; ++x)
+                    sum = sum * 31 + row[x];
+            }
+        }
+        return sum;
+    }
 
 private:
     void readLoop()
@@ -141,6 +167,8 @@ private:
                             pixelAt(*frame, w - 5, h - 5)};
                 std::lock_guard lock(mutex);
                 frames.push_back(d);
+                if (int(keptPictures.size()) < keepCount)
+                    keptPictures.emplace_back(frame, sumOf(*frame));
             }
             qint64 headUs = 0;
             quint64 timeline = 0;
@@ -159,6 +187,8 @@ private:
 
     std::mutex mutex;
     std::vector<Delivered> frames;
+    int keepCount = 0;
+    std::vector<std::pair<FrameTokenPtr, quint64>> keptPictures;
     qint64 audioFrames = 0;
     qint64 soundStartUs = 0;
     QElapsedTimer clock;
@@ -205,12 +235,11 @@ private slots:
         // lost one frame at every close).
         if (QStandardPaths::findExecutable("valgrind").isEmpty())
             QSKIP("valgrind is not installed");
-        const ProcessResult r =
-            runProcess("valgrind",
-                       {"--leak-check=full", "--errors-for-leak-kinds=definite,indirect",
-                        "--error-exitcode=9",
-                        testsupport::builtProgram("SELVANE_TESTSIGNAL_CYCLES")},
-                       QProcessEnvironment::systemEnvironment(), 120000);
+        const ProcessResult r = runProcess(
+            "valgrind",
+            {"--leak-check=full", "--errors-for-leak-kinds=definite,indirect", "--error-exitcode=9",
+             testsupport::builtProgram("SELVANE_TESTSIGNAL_CYCLES")},
+            QProcessEnvironment::systemEnvironment(), 120000);
         QVERIFY2(r.finished && r.exitCode == 0, r.err.right(3000).constData());
         QVERIFY(r.out.contains("test signal cycles done"));
     }
@@ -241,6 +270,35 @@ private slots:
         QVERIFY2(std::abs(probe.firstSoundUs() - frames.front().ptsUs) < 1000,
                  QByteArray::number(probe.firstSoundUs() - frames.front().ptsUs));
         QVERIFY(std::abs(probe.audio() - 4 * 48000) < 2400);
+    }
+
+    void heldPicturesOutliveTheDecoder()
+    {
+        // Decoded pictures travel by reference to the decoder's own buffers: one that is held
+        // must stay as it came while the decoder goes on (B-frames and references included)
+        // and after the decoder has closed the file.
+        const QString file = path("held.mp4");
+        QByteArray log;
+        QVERIFY2(makeClip(file, "testsrc2=size=320x240:rate=30", "sine=frequency=1000", 3.0,
+                          x264("-g 30 -bf 2") << "-c:a"
+                                              << "aac",
+                          &log),
+                 log.constData());
+        auto probe = std::make_unique<DecoderProbe>();
+        probe->keepFirst(8);
+        probe->decoder.setSource(SourceAddress(file));
+        QTRY_VERIFY_WITH_TIMEOUT(probe->decoder.hasEnded(), 20000);
+        QCOMPARE(probe->snapshot().size(), std::size_t(90));
+        const auto kept = probe->kept();
+        QCOMPARE(kept.size(), std::size_t(8));
+        QVERIFY(kept[0].first->held); // not a copy
+        probe.reset();
+        std::set<quint64> distinct;
+        for (const auto &[picture, sum] : kept) {
+            QCOMPARE(DecoderProbe::sumOf(*picture), sum);
+            distinct.insert(sum);
+        }
+        QCOMPARE(distinct.size(), kept.size()); // eight pictures, not one buffer eight times
     }
 
     void loopGoesOnOneTimeLineWithoutEndSignal()

@@ -136,8 +136,8 @@ bench_one_show() { # SHOW: the rounds, the medians, the ratio, the spreads and t
     run_selvane ours "${show_args[@]}"
     [ -z "$sampler" ] || wait "$sampler" || true
     s_cpu+=("$(cpu ours)") s_rss+=("$(rss ours)") s_frames+=("$(frames_in "$work/ours$i.mp4")")
-    online=no
-    [[ "$(done_field ours targets)" =~ ^online(,online)*$ ]] && online=yes
+    online=no # every target online on the last progress line before the end
+    [[ "$(grep '^elapsed' "$work/ours.log" | tail -n 1 | sed -n 's/.* targets \([^ ]*\).*/\1/p')" =~ ^online(,online)*$ ]] && online=yes
     printf 'round %d  selvane  CPU %6.2f s  RSS %4d MiB  frames %d/%d  %s  targets online: %s\n' \
       "$i" "${s_cpu[-1]}" "${s_rss[-1]}" "${s_frames[-1]}" "$expected" "$(counts ours)" "$online"
     ffmpeg_args "$show" "$work/theirs$i.mp4" "$seconds"

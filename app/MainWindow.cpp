@@ -59,7 +59,7 @@ namespace {
 constexpr int kProgramStream = 0;
 constexpr int kStatsIntervalMs = 40; // meters at 25 updates a second
 constexpr int kCloseWaitMs = 15000;  // the longest a close waits for the outputs' trailers
-constexpr int kThumbnailsPerSecond = 15;
+constexpr int kThumbnailsPerSecond = 5;
 const QSize kThumbnailSize(256, 144);
 
 } // namespace
@@ -108,6 +108,7 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent)
 MainWindow::~MainWindow()
 {
     m_statsTimer->stop();
+    m_engine->setProgramPictureTap({}); // the scaler goes with the window
     // The audio thread stops within fixed limits before anything else goes.
     m_engine->shutdownAudio();
 }
@@ -157,12 +158,16 @@ void MainWindow::createCentralArea()
     setCentralWidget(central);
 
     if (!m_preview->usesGpu()) {
-        connect(m_preview, &ProgramPreview::displaySizeChanged, this,
-                [this](QSize size) { m_previews->setSize(kProgramStream, size); });
-        m_previews->setSize(kProgramStream, m_preview->displaySize());
+        // Drawn by the processor: the picture shrunk by a whole factor to fit, no scaler.
+        connect(m_preview, &ProgramPreview::displaySizeChanged, this, [this](QSize size) {
+            m_previews->setSize(kProgramStream, size, 0, PreviewImages::Fit::WholeSteps);
+        });
+        m_previews->setSize(kProgramStream, m_preview->displaySize(), 0,
+                            PreviewImages::Fit::WholeSteps);
     }
     for (int c = 0; c < kChannelCount; ++c)
         m_previews->setSize(1 + c, kThumbnailSize, kThumbnailsPerSecond);
+    m_engine->setChannelPreviewRate(kThumbnailsPerSecond);
     connect(m_previews, &PreviewImages::ready, this, [this](int stream) {
         const QImage image = m_previews->take(stream);
         if (stream == kProgramStream)
@@ -174,12 +179,15 @@ void MainWindow::createCentralArea()
 
 void MainWindow::connectEngine()
 {
-    connect(m_engine, &Engine::programFrame, this, [this](const FrameTokenPtr &frame, int) {
-        if (m_preview->usesGpu())
-            m_preview->showFrame(frame);
-        else
-            m_previews->submit(kProgramStream, frame);
-    });
+    if (m_preview->usesGpu()) {
+        connect(m_engine, &Engine::programFrame, this,
+                [this](const FrameTokenPtr &frame, int) { m_preview->showFrame(frame); });
+    } else {
+        // Straight from the program thread to the scaler: the window thread sees only images.
+        PreviewImages *previews = m_previews;
+        m_engine->setProgramPictureTap(
+            [previews](const FrameTokenPtr &frame) { previews->submit(kProgramStream, frame); });
+    }
     connect(m_engine, &Engine::channelPreview, this,
             [this](int c, const FrameTokenPtr &frame) { m_previews->submit(1 + c, frame); });
     connect(m_engine, &Engine::channelError, this,
@@ -421,7 +429,10 @@ void MainWindow::refreshStats()
     const int tick = m_statsTicks++;
     if (tick % 6 != 0)
         return;
-    for (int c = 0; c < kChannelCount; ++c) {
+    // Words and figures twice a second: a text that changes lays out its panel again, too
+    // dear to do for every meter update.
+    const bool texts = tick % 12 == 0;
+    for (int c = 0; c < kChannelCount && texts; ++c) {
         ChannelPanel *panel = m_channels[std::size_t(c)];
         panel->showStats(stats.channels[std::size_t(c)]);
     }
@@ -439,6 +450,8 @@ void MainWindow::refreshStats()
                   "second and the recording goes on there as soon as writing works.")
                    .arg(stats.output.file.failureReason));
     m_recordingFailures = failures;
+    if (!texts)
+        return;
     m_outputPanel->showStats(stats.output);
     m_imagePanel->showProgram(stats.program);
     m_outputStatus->showStats(stats.output, stats.program.size, stats.program.fps);

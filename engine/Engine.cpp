@@ -25,10 +25,10 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QMetaMethod>
 #include <QPainter>
 #include <QSettings>
 #include <QThread>
-#include <QMetaMethod>
 #include <QTimer>
 #include <QUrl>
 #include <cmath>
@@ -394,6 +394,21 @@ void Engine::disconnectNotify(const QMetaMethod &signal)
 {
     if (isPreviewSignal(signal))
         QMetaObject::invokeMethod(this, &Engine::updatePreviewDemand, Qt::QueuedConnection);
+}
+
+void Engine::setChannelPreviewRate(int perSecond)
+{
+    m_switcher->setChannelPreviewRate(perSecond);
+}
+
+void Engine::setProgramPictureTap(std::function<void(const FrameTokenPtr &frame)> tap)
+{
+    if (!tap) {
+        m_switcher->setPictureTap({});
+        return;
+    }
+    m_switcher->setPictureTap(
+        [tap = std::move(tap)](const FrameTokenPtr &frame, qint64) { tap(frame); });
 }
 
 void Engine::updatePreviewDemand()

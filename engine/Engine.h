@@ -25,6 +25,7 @@
 #include <QHash>
 #include <QImage>
 #include <QObject>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -169,6 +170,13 @@ public:
     bool isScheduleRunning() const;
     // The arrangement last loaded (empty when none was valid).
     ProgramArrangement schedule() const { return m_arrangement; }
+
+    // Channel pictures (channelPreview) come at most this many times a second (default: every
+    // new picture); thumbnails need few.
+    void setChannelPreviewRate(int perSecond);
+    // Every program picture, handed over on the program thread as it is made (no hop through
+    // the window's thread, unlike programFrame); `tap` must return at once. Null: none.
+    void setProgramPictureTap(std::function<void(const FrameTokenPtr &frame)> tap);
 
     // ---- what is going on ----
     EngineStats stats() const;

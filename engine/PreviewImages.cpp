@@ -1,16 +1,20 @@
 #include "engine/PreviewImages.h"
 
 #include "media/FrameConvert.h"
+#include "media/PlaneShrink.h"
 #include "media/SteadyClock.h"
 #include "media/ThreadName.h"
 
 #include <QMetaObject>
+#include <algorithm>
 
 namespace selvane {
 
 struct PreviewImages::Stream
 {
     QSize size;
+    Fit fit = Fit::Scale;
+    ShrunkPlanes shrunk; // the worker's own
     qint64 minGapUs = 0;
     qint64 lastQueuedUs = -1;
     FrameTokenPtr waiting;
@@ -35,13 +39,14 @@ PreviewImages::~PreviewImages()
     m_worker.join();
 }
 
-void PreviewImages::setSize(int stream, QSize size, int maxPerSecond)
+void PreviewImages::setSize(int stream, QSize size, int maxPerSecond, Fit fit)
 {
     std::lock_guard lock(m_mutex);
     std::unique_ptr<Stream> &s = m_streams[stream];
     if (!s)
         s = std::make_unique<Stream>();
     s->size = size;
+    s->fit = fit;
     s->minGapUs = maxPerSecond > 0 ? 1000000 / maxPerSecond : 0;
     if (size.isEmpty())
         s->waiting.reset();
@@ -104,10 +109,8 @@ void PreviewImages::run()
             return;
         FrameTokenPtr frame = std::move(next->waiting);
         const QSize size = next->size;
+        const Fit fit = next->fit;
         lock.unlock();
-        // Keep the aspect: the image fits inside the wanted size.
-        const QSize fitted =
-            QSize(frame->width, frame->height).scaled(size, Qt::KeepAspectRatio) / 2 * 2;
         QImage *out = &next->work[0];
         for (QImage &candidate : next->work) {
             if (candidate.isNull() || candidate.isDetached()) {
@@ -115,7 +118,18 @@ void PreviewImages::run()
                 break;
             }
         }
-        const bool ok = !fitted.isEmpty() && scaleToImage(next->sws, *frame, fitted, *out);
+        bool ok = false;
+        if (fit == Fit::WholeSteps && frame->isI420()) {
+            const int factor =
+                std::max({1, (frame->width + size.width() - 1) / std::max(1, size.width()),
+                          (frame->height + size.height() - 1) / std::max(1, size.height())});
+            ok = shrinkToImage(next->sws, next->shrunk, *frame, factor, *out);
+        } else {
+            // Keep the aspect: the image fits inside the wanted size.
+            const QSize fitted =
+                QSize(frame->width, frame->height).scaled(size, Qt::KeepAspectRatio) / 2 * 2;
+            ok = !fitted.isEmpty() && scaleToImage(next->sws, *frame, fitted, *out);
+        }
         frame.reset();
         lock.lock();
         if (!ok)

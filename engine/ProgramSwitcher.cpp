@@ -97,6 +97,17 @@ void ProgramSwitcher::setPreviewDemand(bool program, bool channels, bool overlay
     m_overlaysWanted.store(overlays);
 }
 
+void ProgramSwitcher::setChannelPreviewRate(int perSecond)
+{
+    m_channelPreviewGapUs.store(perSecond > 0 ? 1000000 / perSecond : 0);
+}
+
+void ProgramSwitcher::setPictureTap(OutputSink tap)
+{
+    std::lock_guard lock(m_mutex);
+    m_pictureTap = std::move(tap);
+}
+
 ProgramSwitcher::Counters ProgramSwitcher::counters() const
 {
     std::lock_guard lock(m_mutex);
@@ -274,8 +285,16 @@ void ProgramSwitcher::tick(qint64 programUs)
             }
         }
     }
-    if (channelsChanged && !m_channelPreviewsPosted.exchange(true))
+    // A picture that comes sooner than the rate allows waits, never gets lost: it is announced
+    // with the next one, or on its own once the gap has passed.
+    m_channelPreviewsPending = m_channelPreviewsPending || channelsChanged;
+    if (m_channelPreviewsPending &&
+        programUs - m_channelPreviewsPostedUs >= m_channelPreviewGapUs.load() &&
+        !m_channelPreviewsPosted.exchange(true)) {
+        m_channelPreviewsPending = false;
+        m_channelPreviewsPostedUs = programUs;
         emit channelPreviewsReady();
+    }
     if (slotsChanged && !m_overlayPreviewsPosted.exchange(true))
         emit overlayPreviewsReady();
 
@@ -305,11 +324,12 @@ void ProgramSwitcher::tick(qint64 programUs)
     m_lastBase = base;
 
     OverlayScenePtr scene;
-    OutputSink sink;
+    OutputSink sink, tap;
     {
         std::lock_guard lock(m_mutex);
         scene = m_scene;
         sink = m_outputSink;
+        tap = m_pictureTap;
     }
     const FrameTokenPtr program = m_compositor.compose(base, scene.get());
     const bool bare = program == base && scene && m_compositor.overlayCount(*scene) > 0;
@@ -327,6 +347,8 @@ void ProgramSwitcher::tick(qint64 programUs)
     }
     if (sink)
         sink(program, programUs);
+    if (tap)
+        tap(program, programUs);
     if (!m_programWanted.load())
         return;
     {

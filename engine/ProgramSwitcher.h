@@ -64,11 +64,16 @@ public:
     void setOverlaySlotMedia(int slot, int mediaId);
     void setOutputSize(QSize size, double fps);
     void setOutputSink(OutputSink sink);
+    // Also receives every program frame on the program thread (a face's preview scaler); it
+    // must return at once.
+    void setPictureTap(OutputSink tap);
     // The program time of the next tick (outputs start on a tick).
     qint64 nextTickUs() const { return m_nextTickPublished.load(); }
 
     // Which previews anyone takes: the others are neither kept nor announced (any thread).
     void setPreviewDemand(bool program, bool channels, bool overlays);
+    // Channel pictures are announced at most this many times a second (0: every tick).
+    void setChannelPreviewRate(int perSecond);
 
     // The newest program frame and the channel it came from (-1: still); owner's thread.
     struct Preview
@@ -130,6 +135,7 @@ private:
     QSize m_outputSize{1920, 1080};
     double m_fps = 30.0;
     OutputSink m_outputSink;
+    OutputSink m_pictureTap;
     Counters m_counters;
 
     // Program thread only.
@@ -157,6 +163,9 @@ private:
     std::array<std::pair<int, FrameTokenPtr>, SourceFeeds::kOverlaySlots> m_overlayPreviews;
     std::atomic<bool> m_programWanted{true};
     std::atomic<bool> m_channelsWanted{true};
+    std::atomic<qint64> m_channelPreviewGapUs{0};
+    qint64 m_channelPreviewsPostedUs = 0;  // program thread
+    bool m_channelPreviewsPending = false; // program thread
     std::atomic<bool> m_overlaysWanted{true};
     std::atomic<bool> m_previewPosted{false};
     std::atomic<bool> m_channelPreviewsPosted{false};

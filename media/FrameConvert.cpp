@@ -1,5 +1,7 @@
 #include "media/FrameConvert.h"
 
+#include "media/PlaneShrink.h"
+
 namespace selvane {
 
 namespace {
@@ -67,27 +69,58 @@ bool scaleToI420(ffsupport::SwsPtr &context, const FrameToken &from, QSize size,
     return true;
 }
 
-bool scaleToImage(ffsupport::SwsPtr &context, const FrameToken &from, QSize size, QImage &out)
+namespace {
+
+// An RGB32 image of `size` made from planes of `format` at `from` size, through `context`.
+bool planesToImage(ffsupport::SwsPtr &context, const std::uint8_t *const data[4],
+                   const int linesize[4], AVPixelFormat format, QSize from, QSize size, int flags,
+                   QImage &out)
 {
-    if (from.width < 1 || from.height < 1 || size.isEmpty())
-        return false;
-    // Far downscales read one source pixel of four anyway; point sampling then costs a third.
-    const bool far = from.width >= 3 * size.width();
-    context.reset(sws_getCachedContext(
-        context.release(), from.width, from.height,
-        from.isI420() ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_RGBA, size.width(), size.height(),
-        AV_PIX_FMT_BGRA, far ? SWS_POINT : SWS_FAST_BILINEAR, nullptr, nullptr, nullptr));
+    context.reset(sws_getCachedContext(context.release(), from.width(), from.height(), format,
+                                       size.width(), size.height(), AV_PIX_FMT_BGRA, flags, nullptr,
+                                       nullptr, nullptr));
     if (!context)
         return false;
     if (out.size() != size || out.format() != QImage::Format_RGB32 || !out.isDetached())
         out = QImage(size, QImage::Format_RGB32);
     if (out.isNull())
         return false;
-    const FrameToken::AvPlanes src = from.avPlanes();
     uint8_t *dst[4] = {out.bits(), nullptr, nullptr, nullptr};
     const int dstStride[4] = {int(out.bytesPerLine()), 0, 0, 0};
-    sws_scale(context.get(), src.data, src.linesize, 0, from.height, dst, dstStride);
+    sws_scale(context.get(), data, linesize, 0, from.height(), dst, dstStride);
     return true;
+}
+
+} // namespace
+
+bool shrinkToImage(ffsupport::SwsPtr &context, ShrunkPlanes &scratch, const FrameToken &from,
+                   int factor, QImage &out)
+{
+    if (!from.isI420() || factor < 1)
+        return false;
+    if (factor == 1) {
+        const FrameToken::AvPlanes planes = from.avPlanes();
+        const QSize size(from.width & ~1, from.height & ~1);
+        return planesToImage(context, planes.data, planes.linesize, AV_PIX_FMT_YUV420P, size, size,
+                             SWS_POINT, out);
+    }
+    if (!shrinkI420(from, factor, scratch))
+        return false;
+    const QSize size(scratch.width, scratch.height);
+    return planesToImage(context, scratch.data, scratch.linesize, AV_PIX_FMT_YUV420P, size, size,
+                         SWS_POINT, out);
+}
+
+bool scaleToImage(ffsupport::SwsPtr &context, const FrameToken &from, QSize size, QImage &out)
+{
+    if (from.width < 1 || from.height < 1 || size.isEmpty())
+        return false;
+    // Far downscales read one source pixel of four anyway; point sampling then costs a third.
+    const bool far = from.width >= 3 * size.width();
+    const FrameToken::AvPlanes src = from.avPlanes();
+    return planesToImage(
+        context, src.data, src.linesize, from.isI420() ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_RGBA,
+        QSize(from.width, from.height), size, far ? SWS_POINT : SWS_FAST_BILINEAR, out);
 }
 
 } // namespace selvane

@@ -23,5 +23,11 @@ bool scaleToI420(ffsupport::SwsPtr &context, const FrameToken &from, QSize size,
 // Writes `from` into `out` as an RGB32 image of `size` for display (fast filtering: previews,
 // not pictures on air). `out` is reused when it has that size and nobody else holds it.
 bool scaleToImage(ffsupport::SwsPtr &context, const FrameToken &from, QSize size, QImage &out);
+// Writes `from` into `out` as an RGB32 image of its size divided by `factor` (1, 2, 3 ...): the
+// I420 planes are shrunk by averaging whole blocks (PlaneShrink.h), then only the colours are
+// converted. `scratch` holds the shrunk planes between calls. False for a picture that is not I420.
+struct ShrunkPlanes;
+bool shrinkToImage(ffsupport::SwsPtr &context, ShrunkPlanes &scratch, const FrameToken &from,
+                   int factor, QImage &out);
 
 } // namespace selvane

@@ -4,6 +4,7 @@
 
 #include <QElapsedTimer>
 #include <QEvent>
+#include <QPaintEvent>
 #include <QPainter>
 
 namespace selvane {
@@ -81,11 +82,14 @@ void ProgramPreview::showImage(const QImage &image)
 {
     if (image.isNull())
         return;
-    const bool aspectChanged = m_image.isNull() || image.size() != m_image.size();
+    const bool sizeChanged = m_image.isNull() || image.size() != m_image.size();
     m_image = image;
-    if (aspectChanged)
+    if (sizeChanged) {
         m_aspect = image.size();
-    update();
+        update(); // the margins change too
+        return;
+    }
+    update(pictureRect()); // only the picture: the margins and the border stay as they are
 }
 
 void ProgramPreview::showNoSignal()
@@ -112,6 +116,16 @@ void ProgramPreview::setTally(bool onAir)
 QRect ProgramPreview::pictureRect() const
 {
     const QRect area = rect().adjusted(kTallyWidth, kTallyWidth, -kTallyWidth, -kTallyWidth);
+    if (!m_gpu && !m_image.isNull()) {
+        // An image is shown as it was made (at the display size or a whole part of the
+        // picture's own), centred, unless the widget has shrunk below it meanwhile.
+        const QSize own = (QSizeF(m_image.size()) / devicePixelRatioF()).toSize();
+        if (own.width() <= area.width() && own.height() <= area.height()) {
+            QRect picture(QPoint(0, 0), own);
+            picture.moveCenter(area.center());
+            return picture;
+        }
+    }
     QSize fitted = m_aspect.scaled(area.size(), Qt::KeepAspectRatio);
     QRect picture(QPoint(0, 0), fitted);
     picture.moveCenter(area.center());
@@ -124,19 +138,24 @@ QSize ProgramPreview::displaySize() const
     return area.size() * devicePixelRatioF();
 }
 
-void ProgramPreview::paintEvent(QPaintEvent *)
+void ProgramPreview::paintEvent(QPaintEvent *event)
 {
     QElapsedTimer took;
     took.start();
     QPainter painter(this);
-    painter.fillRect(rect(), QColor(0x10, 0x13, 0x18));
-    if (m_tally) {
-        painter.setPen(QPen(QColor(0xe0, 0x30, 0x30), kTallyWidth));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRect(
-            rect().adjusted(kTallyWidth / 2, kTallyWidth / 2, -kTallyWidth / 2, -kTallyWidth / 2));
-    }
     const QRect picture = pictureRect();
+    const bool pictureOnly =
+        m_gpu == nullptr && !m_image.isNull() && picture.contains(event->rect());
+    if (!pictureOnly) {
+        // The margins and the border, when they are asked for (not for every new picture).
+        painter.fillRect(rect(), QColor(0x10, 0x13, 0x18));
+        if (m_tally) {
+            painter.setPen(QPen(QColor(0xe0, 0x30, 0x30), kTallyWidth));
+            painter.setBrush(Qt::NoBrush);
+            painter.drawRect(rect().adjusted(kTallyWidth / 2, kTallyWidth / 2, -kTallyWidth / 2,
+                                             -kTallyWidth / 2));
+        }
+    }
     if (m_gpu && m_gpu->isVisible())
         return; // the surface draws the picture
     if (m_image.isNull()) {

@@ -5,9 +5,10 @@
 //
 // Two ways to draw the picture. Where a graphics card draws GL, program frames go to a
 // GpuPreviewSurface inside the border, which converts and scales them on the card. Otherwise
-// the engine's PreviewImages scales them off the GUI thread and painting is one blit of an image
-// made at the widget's size. GUI thread only; emits displaySizeChanged when the image it wants
-// changes size (device pixels).
+// the engine's PreviewImages makes images off the GUI thread (at the widget's size, or shrunk by a
+// whole factor to fit it, which is far cheaper), an image is shown as it was made, centred, and a
+// new picture repaints the picture alone, never the margins. GUI thread only; emits
+// displaySizeChanged when the image it wants changes size (device pixels).
 
 #include "media/FrameToken.h"
 

@@ -30,10 +30,13 @@
 #                    CLI (the same x264 settings) side by side: a frame counter burnt into the
 #                    source is read back from both outputs, and the difference of arrival times
 #                    of the same frame is what Selvane adds beyond decoding and encoding
-#   window  (3 30)   the cost of the window: the same show (a 1080p30 file channel and a test
-#                    signal, recorded to MP4) headless and in the window under Xvfb with the
-#                    program preview and the channel thumbnails running (--start-outputs, both
-#                    ended by --duration); CPU medians and the ratio window/headless
+#   window  (3 30)   the cost of the window: the same show (four channels: a 1080p30 file on
+#                    air, a 720p30 file, two test signals; recorded to MP4) headless and in the
+#                    window under Xvfb with the
+#                    program preview, the channel thumbnails and the meters running
+#                    (--start-outputs, both ended by --duration); CPU medians over the whole run
+#                    and in steady state (the middle half, from each thread's CPU), the ratios
+#                    window/headless, and each thread of round 1
 #   capture (3 20)   1080p30 display capture into the program (no outputs) under Xvfb with a
 #                    moving picture on the screen, against ffmpeg -f x11grab alone grabbing the
 #                    same screen at the same rate into the null muxer; CPU medians, the
@@ -265,40 +268,63 @@ bench_signal() {
 }
 
 # --- window -----------------------------------------------------------------------------------
+steady_core() { # NAME: "% of a core" of the whole process in its threads table (middle half)
+  awk '$1 == "all" {print $3}' "$work/$1.threads" 2>/dev/null || echo 0
+}
 bench_window() {
-  echo "making media: $((seconds + 5)) s of 1080p30 H.264 + AAC"
+  echo "making media: $((seconds + 5)) s of 1080p30 and of 720p30 H.264 + AAC"
   make_clip "$work/show.mp4" $((seconds + 5)) "$signal1080" -c:v libx264 -preset veryfast \
     -crf 23 -g 60 -pix_fmt yuv420p
+  make_clip "$work/second.mp4" $((seconds + 5)) "smptehdbars=size=1280x720:rate=30" \
+    -c:v libx264 -preset veryfast -crf 23 -g 60 -pix_fmt yuv420p
   local display=":$((RANDOM % 400 + 200))"
   Xvfb "$display" -screen 0 1920x1080x24 -nolisten tcp >/dev/null 2>&1 &
   xvfb_pid=$!
   sleep 1
-  local i h_cpu=() w_cpu=() h_frames=() w_frames=()
+  local i h_cpu=() w_cpu=() h_frames=() w_frames=() h_core=() w_core=() sampler
+  # Four channels, so that four thumbnails move: two files and two test signals.
   local show=(--channel "1=$work/show.mp4" --channel
-    "2=lavfi://testsrc2=size=1280x720:rate=30[out0];$tone[out1]" --encoder software
+    "2=lavfi://testsrc2=size=1280x720:rate=30[out0];$tone[out1]" --channel
+    "3=lavfi://testsrc=size=640x360:rate=30" --channel "4=$work/second.mp4" --encoder software
     --preset balanced)
   for i in $(seq 1 "$rounds"); do
+    sample_threads head "^$binary --headless" --each &
+    sampler=$!
     run_selvane head "${show[@]}" --record "$work/head$i.mp4" --duration "$seconds"
-    h_cpu+=("$(cpu head)") h_frames+=("$(frames_in "$work/head$i.mp4")")
-    printf 'round %d  headless  CPU %6.2f s  frames %d/%d\n' "$i" "${h_cpu[-1]}" \
-      "${h_frames[-1]}" "$expected"
+    wait "$sampler" || true
+    h_cpu+=("$(cpu head)") h_frames+=("$(frames_in "$work/head$i.mp4")") h_core+=("$(steady_core head)")
+    printf 'round %d  headless  CPU %6.2f s  steady %5.1f %% of a core  frames %d/%d\n' "$i" \
+      "${h_cpu[-1]}" "${h_core[-1]}" "${h_frames[-1]}" "$expected"
     rm -rf "$work/run"
     mkdir -p -m 700 "$work/run"
+    sample_threads win "^$binary --channel" --each &
+    sampler=$!
     run_timed win env XDG_DATA_HOME="$work/data" XDG_CONFIG_HOME="$work/config" \
       XDG_RUNTIME_DIR="$work/run" DISPLAY="$display" QT_QPA_PLATFORM=xcb \
       "$binary" "${show[@]}" --record "$work/win$i.mp4" --start-outputs --duration "$seconds"
-    w_cpu+=("$(cpu win)") w_frames+=("$(frames_in "$work/win$i.mp4")")
-    printf 'round %d  window    CPU %6.2f s  frames %d/%d\n' "$i" "${w_cpu[-1]}" \
-      "${w_frames[-1]}" "$expected"
+    wait "$sampler" || true
+    w_cpu+=("$(cpu win)") w_frames+=("$(frames_in "$work/win$i.mp4")") w_core+=("$(steady_core win)")
+    printf 'round %d  window    CPU %6.2f s  steady %5.1f %% of a core  frames %d/%d\n' "$i" \
+      "${w_cpu[-1]}" "${w_core[-1]}" "${w_frames[-1]}" "$expected"
+    [ "$i" -gt 1 ] || { cp "$work/head.threads" "$work/head1.threads" 2>/dev/null || true
+                        cp "$work/win.threads" "$work/win1.threads" 2>/dev/null || true; }
     rm -f "$work/head$i.mp4" "$work/win$i.mp4"
   done
-  local hc wc
+  local hc wc hs ws
   hc="$(median "${h_cpu[@]}")" wc="$(median "${w_cpu[@]}")"
+  hs="$(median "${h_core[@]}")" ws="$(median "${w_core[@]}")"
   echo
-  echo "medians, $seconds s show (1080p30 file + test signal -> MP4):"
-  printf '  %-9s CPU %6.2f s (%3s %% of a core)\n' headless "$hc" "$(core_pct "$hc" "$seconds")"
-  printf '  %-9s CPU %6.2f s (%3s %% of a core)\n' window "$wc" "$(core_pct "$wc" "$seconds")"
-  echo "ratio window/headless: CPU $(ratio "$wc" "$hc")"
+  echo "medians, $seconds s show (four channels: 1080p30 file on air, 720p file, two test signals -> MP4):"
+  printf '  %-9s CPU %6.2f s (%3s %% of a core), steady state %5.1f %% of a core\n' headless \
+    "$hc" "$(core_pct "$hc" "$seconds")" "$hs"
+  printf '  %-9s CPU %6.2f s (%3s %% of a core), steady state %5.1f %% of a core\n' window \
+    "$wc" "$(core_pct "$wc" "$seconds")" "$ws"
+  echo "ratio window/headless: CPU $(ratio "$wc" "$hc") over the whole run (start-up included)," \
+    "$(ratio "$ws" "$hs") in steady state (the middle half)"
+  echo "spread (max - min) / median of the rounds, steady state: headless $(spread "${h_core[@]}")," \
+    "window $(spread "${w_core[@]}")"
+  thread_table head1 "round 1, headless: each thread over the middle half of the run"
+  thread_table win1 "round 1, window: each thread over the middle half of the run"
 }
 
 # --- capture ----------------------------------------------------------------------------------

@@ -1,11 +1,12 @@
 // The ground floor shared by every thread: the frame pool's cap (and the room it lends the
 // encode queue), its recycling across threads and after the pool is gone, the coalescing
-// mailbox, and the sample queue's drop rule.
+// mailbox, the sample queue's drop rule, and shrinking pictures by whole factors for previews.
 
 #include "TestSupport.h"
 #include "input/SourceTimeline.h"
 #include "media/FramePool.h"
 #include "media/FrameSizes.h"
+#include "media/PlaneShrink.h"
 #include "media/TimedSampleQueue.h"
 
 #include <QtTest>
@@ -19,6 +20,49 @@ class TestMedia : public QObject
     Q_OBJECT
 
 private slots:
+    // Each output pixel is the rounded mean of its block, in every plane, at widths that leave
+    // tails for the one-pixel path; odd sizes lose their last row and column, never overrun.
+    void shrinkingAveragesWholeBlocks()
+    {
+        FramePool pool(4, 0, 0);
+        for (const int factor : {2, 3}) {
+            FrameWriter writer = pool.acquire();
+            writer.prepareI420(101, 47);
+            for (int p = 0; p < 3; ++p) {
+                const int rows = p == 0 ? 47 : 24, width = p == 0 ? 101 : 51;
+                for (int y = 0; y < rows; ++y)
+                    for (int x = 0; x < width; ++x)
+                        writer.plane(p)[y * writer->planeStride(p) + x] =
+                            std::uint8_t((x * 37 + y * 11 + p * 5) % 256);
+            }
+            const FrameTokenPtr picture = std::move(writer).publish();
+            selvane::ShrunkPlanes shrunk;
+            QVERIFY(selvane::shrinkI420(*picture, factor, shrunk));
+            QCOMPARE(shrunk.width, (101 / factor) & ~1);
+            QCOMPARE(shrunk.height, (47 / factor) & ~1);
+            for (int p = 0; p < 3; ++p) {
+                const int w = p == 0 ? shrunk.width : shrunk.width / 2;
+                const int h = p == 0 ? shrunk.height : shrunk.height / 2;
+                for (int y = 0; y < h; ++y)
+                    for (int x = 0; x < w; ++x) {
+                        int sum = 0;
+                        for (int dy = 0; dy < factor; ++dy)
+                            for (int dx = 0; dx < factor; ++dx)
+                                sum +=
+                                    picture->plane(p)[(y * factor + dy) * picture->planeStride(p) +
+                                                      x * factor + dx];
+                        const int area = factor * factor;
+                        QCOMPARE(int(shrunk.data[p][y * shrunk.linesize[p] + x]),
+                                 (sum + area / 2) / area);
+                    }
+            }
+        }
+        FrameWriter tiny = pool.acquire();
+        tiny.prepareI420(3, 3);
+        selvane::ShrunkPlanes shrunk;
+        QVERIFY(!selvane::shrinkI420(*std::move(tiny).publish(), 2, shrunk)); // nothing left
+    }
+
     void capHoldsAndGrowsWithWhatConsumersHold()
     {
         FramePool pool(18, 1920, 1080);

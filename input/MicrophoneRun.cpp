@@ -1,5 +1,7 @@
 #include "input/MicrophoneRun.h"
 
+#include "input/ContinuousStamps.h"
+
 #include <thread>
 
 extern "C" {
@@ -38,10 +40,11 @@ void runMicrophone(const QString &microphone, DecodeHost &host)
     }
     AudioConverter converter;
     // A capture device stamps its sound with the wall clock, as the camera does its pictures:
-    // both share one origin.
-    const AudioConverter::Sink sink = [&host](const std::int16_t *samples, int frames,
-                                              qint64 startUs) {
-        host.deliverAudio(samples, frames, startUs, host.timeline());
+    // both share one origin. Its blocks follow each other without holes (ContinuousStamps).
+    ContinuousStamps stamps;
+    const AudioConverter::Sink sink = [&host, &stamps](const std::int16_t *samples, int frames,
+                                                       qint64 startUs) {
+        host.deliverAudio(samples, frames, stamps.place(startUs, frames), host.timeline());
     };
     while (!host.cancelled()) {
         const int err = av_read_frame(input.context.get(), packet.get());

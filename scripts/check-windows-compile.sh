@@ -11,7 +11,7 @@ if [ -z "$cxx" ]; then
   exit 77
 fi
 files=(app/LogSinkPlatform.cpp input/WindowsCapture.cpp net/SocksTcpRelay.cpp net/SocketIo.cpp
-  net/SocksWire.cpp media/ThreadName.cpp)
+  net/SocksWire.cpp media/ThreadName.cpp compose/BlendRows.cpp)
 for f in "${files[@]}"; do
   "$cxx" -std=c++20 -Wall -Wextra -DUNICODE -D_UNICODE -fsyntax-only -I"$root" "$root/$f"
   echo "windows syntax ok: $f"

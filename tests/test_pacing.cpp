@@ -2,10 +2,13 @@
 // timestamps as real senders make them: rounded to the millisecond (FLV), jittered by the
 // sender's clock, at the program's rate, a little slower, twice as fast, or at 25 fps. Counts the
 // ticks that repeated a picture and the pictures never shown, and checks that the repeats of a
-// slower source come in an even pattern.
+// slower source come in an even pattern. Also the sound of a capture device, whose stamps wander
+// while it starts and drift with its clock: it must reach its queue without holes.
 
 #include "TestSupport.h"
 #include "engine/SourcePacer.h"
+#include "input/ContinuousStamps.h"
+#include "media/TimedSampleQueue.h"
 
 #include <QRandomGenerator>
 #include <QtTest>
@@ -87,6 +90,46 @@ class TestPacing : public QObject
     Q_OBJECT
 
 private slots:
+    void captureSoundFollowsOnWithoutHoles()
+    {
+        // Ten minutes of 1024-frame blocks from a device whose clock runs 0.05 % slow, stamped
+        // with a latency that wanders by up to 80 ms in its first two seconds and by a few
+        // milliseconds ever after; once it stalls for half a second.
+        ContinuousStamps stamps;
+        TimedSampleQueue queue(48000);
+        std::vector<std::int16_t> block(2 * 1024, 1000), out(2 * 1024);
+        QRandomGenerator random(3);
+        const qint64 blockUs = 1024 * 1000000LL / 48000;
+        qint64 deviceUs = 0, maxAwayUs = 0, restartsAt = -1;
+        qint64 filledBefore = 0, droppedBefore = 0;
+        for (int i = 0; i < 600 * 47; ++i) {
+            const qint64 wander =
+                deviceUs < 2000000 ? qint64(random.bounded(80000)) : qint64(random.bounded(4000));
+            if (i == 300 * 47)
+                deviceUs += 500000; // the stall: nothing for half a second
+            const qint64 stampUs = deviceUs * 10005 / 10000 - wander;
+            const qint64 atUs = stamps.place(stampUs, 1024);
+            if (i == 300 * 47) {
+                filledBefore = queue.filledFrames();
+                droppedBefore = queue.droppedFrames();
+                restartsAt = atUs;
+                QCOMPARE(atUs, stampUs); // far from where it should be: it starts there
+            } else if (deviceUs > 2000000) {
+                maxAwayUs = std::max(maxAwayUs, std::abs(atUs - stampUs));
+            }
+            queue.push(block.data(), 1024, atUs, 1);
+            queue.takeOldest(out.data(), 1024);
+            deviceUs += blockUs;
+        }
+        QVERIFY(restartsAt > 0);
+        // Not one hole filled nor one frame cut, before the stall or after it.
+        QCOMPARE(filledBefore, 0);
+        QCOMPARE(queue.filledFrames(), 0);
+        QCOMPARE(queue.droppedFrames(), droppedBefore);
+        // The times keep near the device's own (its wander and the drift followed).
+        QVERIFY2(maxAwayUs < ContinuousStamps::kFollowUs, QByteArray::number(maxAwayUs));
+    }
+
     void picturesKeepToTheTicks_data()
     {
         QTest::addColumn<double>("fps");

@@ -109,6 +109,11 @@ MainWindow::~MainWindow()
 {
     m_statsTimer->stop();
     m_engine->setProgramPictureTap({}); // the scaler goes with the window
+    // Docks and tool bars are hidden as the window goes: what they tell must no longer reach it
+    // (it is no MainWindow any more by then).
+    disconnect(m_docks->dock(VideoOverlayDock), nullptr, this, nullptr);
+    disconnect(m_drawingTools, nullptr, this, nullptr);
+    disconnect(m_mediaPanel, nullptr, this, nullptr);
     // The audio thread stops within fixed limits before anything else goes.
     m_engine->shutdownAudio();
 }

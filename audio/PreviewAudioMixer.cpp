@@ -10,6 +10,7 @@
 #include <QDebug>
 #include <QMediaDevices>
 #include <QTimer>
+#include <array>
 #include <cmath>
 #include <cstring>
 
@@ -208,8 +209,20 @@ void PreviewAudioMixer::mixBlock(qint64 programUs)
     std::fill(m_programBus.begin(), m_programBus.end(), 0.0f);
 
     // Every source gives the sound of this block's time whether it is heard or not.
-    const int program = m_feeds.programChannel();
-    const float programVolume = m_programVolume.load();
+    // The program's channels by the bus at this block's time: one, or two crossfading with
+    // equal power while a transition runs; the whole program fades with the fade to black.
+    const selvane::ProgramBus::Moment onAir = m_feeds.bus().at(programUs);
+    std::array<float, 4> programShare{};
+    if (onAir.to >= 0) {
+        const double angle = onAir.position * 1.5707963267948966;
+        if (onAir.from >= 0 && onAir.from < 4)
+            programShare[std::size_t(onAir.from)] += float(std::cos(angle));
+        if (onAir.to < 4)
+            programShare[std::size_t(onAir.to)] += float(std::sin(angle));
+    } else if (onAir.from >= 0 && onAir.from < 4) {
+        programShare[std::size_t(onAir.from)] = 1.0f;
+    }
+    const float programVolume = m_programVolume.load() * float(1.0 - onAir.black);
     for (int c = 0; c < 4; ++c) {
         const float v = m_channelVolumes[c].load();
         const int real = takeSource(m_feeds.channel(c), programUs);
@@ -220,8 +233,8 @@ void PreviewAudioMixer::mixBlock(qint64 programUs)
         m_levels.measureChannel(c, m_source.data(), kBlockValues);
         if (v > 0.0f)
             addSource(m_previewBus, v);
-        if (c == program && programVolume > 0.0f)
-            addSource(m_programBus, programVolume);
+        if (programShare[std::size_t(c)] > 0.0f && programVolume > 0.0f)
+            addSource(m_programBus, programVolume * programShare[std::size_t(c)]);
     }
     for (int s = 0; s < 4; ++s) {
         const int real = takeSource(m_feeds.overlaySlot(s), programUs);
@@ -231,7 +244,7 @@ void PreviewAudioMixer::mixBlock(qint64 programUs)
         }
         m_levels.measureOverlaySlot(s, m_source.data(), kBlockValues);
         const float pv = m_overlayPreviewVolumes[s].load();
-        const float qv = m_overlayProgramVolumes[s].load();
+        const float qv = m_overlayProgramVolumes[s].load() * float(1.0 - onAir.black);
         if (pv > 0.0f)
             addSource(m_previewBus, pv);
         if (m_overlayOnProgram[s].load() && qv > 0.0f)

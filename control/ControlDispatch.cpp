@@ -1,9 +1,10 @@
 #include "control/ControlDispatch.h"
-#include "engine/CaptureSources.h"
-#include "engine/ScheduleFiles.h"
 
 #include "control/ControlStatus.h"
+#include "engine/CaptureSources.h"
 #include "engine/Engine.h"
+#include "engine/ScheduleFiles.h"
+#include "media/TransitionWords.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -59,6 +60,38 @@ Reply ControlDispatch::execute(const ControlCommand &c)
     case Command::Cut:
         engine.cutTo(c.channel);
         return ok({{"channel", channelNumber}});
+    case Command::SetPreview:
+        engine.setPreviewChannel(c.channel);
+        return ok(productionJson(engine));
+    case Command::Take:
+        if (engine.previewChannel() < 0)
+            return failed(409, QStringLiteral("no channel is on the preview bus "
+                                              "(PUT /api/v1/program/preview)"));
+        if (c.takeAtOnce)
+            engine.cutToPreview();
+        else
+            engine.take();
+        return ok(productionJson(engine));
+    case Command::SetTransition: {
+        QString error;
+        const auto transition = transitions::fromJson(c.transition, engine.transition(), &error);
+        if (!transition)
+            return failed(400, error);
+        engine.setTransition(*transition);
+        if (c.directTakes)
+            engine.setDirectTakesUseTransition(*c.directTakes);
+        return ok(productionJson(engine));
+    }
+    case Command::SetTBar:
+        if (engine.previewChannel() < 0)
+            return failed(409, QStringLiteral("no channel is on the preview bus "
+                                              "(PUT /api/v1/program/preview)"));
+        engine.setTBar(c.position);
+        return ok(productionJson(engine));
+    case Command::FadeToBlack:
+        engine.setFadeToBlack(c.black.value_or(!engine.fadedToBlack()),
+                              c.durationMs.value_or(engine.transition().durationMs));
+        return ok(productionJson(engine));
     case Command::Snapshot: {
         Reply later; // the server answers with the next program picture
         later.deferred = true;

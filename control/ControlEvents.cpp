@@ -52,6 +52,19 @@ ControlEvents::ControlEvents(Engine &engine, QObject *parent) : QObject(parent),
             {{"type", "cut"},
              {"channel", channel >= 0 ? QJsonValue(channel + 1) : QJsonValue(QJsonValue::Null)}});
     });
+    // The production controls, whoever moved them; each event carries the whole state.
+    const auto production = [this](const char *type) {
+        return [this, type] {
+            QJsonObject event = productionJson(m_engine);
+            event.insert("type", QLatin1String(type));
+            broadcast(event);
+        };
+    };
+    connect(&engine, &Engine::previewChannelChanged, this, production("preview"));
+    connect(&engine, &Engine::transitionChanged, this, production("transition"));
+    connect(&engine, &Engine::transitionStarted, this, production("take"));
+    connect(&engine, &Engine::tbarChanged, this, production("tbar"));
+    connect(&engine, &Engine::fadeToBlackChanged, this, production("fadeToBlack"));
     connect(&engine, &Engine::programSizeChanged, this, [this](QSize size, bool fallback) {
         broadcast({{"type", "programSize"},
                    {"width", size.width()},

@@ -1,7 +1,7 @@
 #include "control/ControlRequests.h"
-#include "engine/OutputRules.h"
 
 #include "engine/Engine.h"
+#include "engine/OutputRules.h"
 
 #include <QColor>
 #include <QJsonArray>
@@ -201,8 +201,20 @@ Route route(const QList<QByteArrayView> &s, ControlCommand *c)
             return {{{"POST", Command::SeekChannel}}, {}};
         return unknown(noPath);
     }
-    if (count == 2 && is(0, "program") && is(1, "cut"))
-        return {{{"POST", Command::Cut}}, {}};
+    if (count == 2 && is(0, "program")) {
+        if (is(1, "cut"))
+            return {{{"POST", Command::Cut}}, {}};
+        if (is(1, "preview"))
+            return {{{"PUT", Command::SetPreview}}, {}};
+        if (is(1, "take"))
+            return {{{"POST", Command::Take}}, {}};
+        if (is(1, "transition"))
+            return {{{"PUT", Command::SetTransition}}, {}};
+        if (is(1, "tbar"))
+            return {{{"PUT", Command::SetTBar}}, {}};
+        if (is(1, "fade-to-black"))
+            return {{{"POST", Command::FadeToBlack}}, {}};
+    }
     if (count == 2 && is(0, "program") && is(1, "snapshot.jpg"))
         return {{{"GET", Command::Snapshot}}, {}};
     if (count == 3 && is(0, "overlays") && (is(1, "text") || is(1, "media"))) {
@@ -504,7 +516,10 @@ Refusal readBody(const QByteArray &body, ControlCommand *c)
     default:
         break;
     }
-    if (!readObject(body, c->command == Command::StartOutputs, &object, &refusal))
+    // A body may be left out where every field has a default.
+    const bool optionalBody = c->command == Command::StartOutputs || c->command == Command::Take ||
+                              c->command == Command::FadeToBlack;
+    if (!readObject(body, optionalBody, &object, &refusal))
         return refusal;
     Fields f(object);
     switch (c->command) {
@@ -520,6 +535,24 @@ Refusal readBody(const QByteArray &body, ControlCommand *c)
         break;
     case Command::Cut:
         c->channel = int(f.integer("channel", 1, kChannelCount, true).value_or(0)) - 1;
+        break;
+    case Command::SetPreview: // 0: none
+        c->channel = int(f.integer("channel", 0, kChannelCount, true).value_or(0)) - 1;
+        break;
+    case Command::Take:
+        c->takeAtOnce = f.boolean("cut").value_or(false);
+        break;
+    case Command::SetTransition:
+        c->transition = object; // read against the engine's transition by the dispatcher
+        c->directTakes = f.boolean("directTakes");
+        break;
+    case Command::SetTBar:
+        c->position = f.number("position", 0, 1, true).value_or(0);
+        break;
+    case Command::FadeToBlack:
+        c->black = f.boolean("black");
+        if (const auto ms = f.integer("durationMs", 0, Transition::kMaxMs))
+            c->durationMs = int(*ms);
         break;
     case Command::SetText:
         checkTextFields(f);

@@ -10,6 +10,7 @@
 
 #include <QByteArray>
 #include <QByteArrayView>
+#include <QJsonObject>
 #include <QList>
 #include <QPair>
 #include <QSize>
@@ -94,6 +95,11 @@ enum class Command
     ResumeChannel,
     SeekChannel,
     Cut,
+    SetPreview,
+    Take,
+    SetTransition,
+    SetTBar,
+    FadeToBlack,
     Snapshot,
     SetText,
     RemoveText,
@@ -129,6 +135,14 @@ struct ControlCommand
     std::optional<float> gain; // program bus, linear
     OutputRequest outputs;
     QByteArray schedule; // the arrangement's JSON as sent
+    // Production: a take at once instead of with the transition; the transition's fields as
+    // sent; the T-bar's position; fade to black (absent: the other way from where it is).
+    bool takeAtOnce = false;
+    QJsonObject transition;
+    std::optional<bool> directTakes;
+    double position = 0;
+    std::optional<bool> black;
+    std::optional<int> durationMs;
 };
 
 struct ParsedRequest

@@ -1,5 +1,4 @@
 #include "control/ControlServer.h"
-#include "engine/OverlayDrawing.h"
 
 #include "control/ControlDispatch.h"
 #include "control/ControlEvents.h"
@@ -8,6 +7,7 @@
 #include "control/EventSocket.h"
 #include "control/HttpWire.h"
 #include "engine/Engine.h"
+#include "engine/OverlayDrawing.h"
 
 #include <QBuffer>
 #include <QImage>

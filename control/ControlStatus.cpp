@@ -1,7 +1,8 @@
 #include "control/ControlStatus.h"
-#include "engine/CaptureSources.h"
 
+#include "engine/CaptureSources.h"
 #include "engine/Engine.h"
+#include "media/TransitionWords.h"
 
 #include <QJsonArray>
 #include <algorithm>
@@ -131,11 +132,22 @@ QJsonObject statusJson(const Engine &engine)
                                {"scheduleMs", stats.scheduleMs},
                                {"sceneClips", loaded.sceneClips.size()},
                                {"overlayClips", loaded.overlayClips.size()}};
-    return {{"program", program},
-            {"channels", channels},
-            {"overlays", overlays},
-            {"outputs", outputJson(stats.output)},
-            {"schedule", schedule}};
+    return {{"program", program},   {"production", productionJson(engine)}, {"channels", channels},
+            {"overlays", overlays}, {"outputs", outputJson(stats.output)},  {"schedule", schedule}};
+}
+
+QJsonObject productionJson(const Engine &engine)
+{
+    const auto channelValue = [](int channel) {
+        return channel >= 0 ? QJsonValue(channel + 1) : QJsonValue(QJsonValue::Null);
+    };
+    return {{"preview", channelValue(engine.previewChannel())},
+            {"program", channelValue(engine.programChannel())},
+            {"transitionTo", channelValue(engine.transitionTarget())},
+            {"transition", transitions::toJson(engine.transition())},
+            {"directTakes", engine.directTakesUseTransition()},
+            {"tbar", engine.tbar()},
+            {"fadeToBlack", engine.fadedToBlack()}};
 }
 
 QJsonObject levelsJson(const EngineStats &stats)

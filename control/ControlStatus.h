@@ -20,6 +20,8 @@ QJsonObject statusJson(const Engine &engine);
 // Peak and RMS of the program, the channels and the overlay videos.
 QJsonObject levelsJson(const EngineStats &stats);
 QJsonObject overlaysJson(const Engine &engine);
+// The preview bus, the transition, the T-bar and fade to black.
+QJsonObject productionJson(const Engine &engine);
 // What can be captured here, as the source dialog lists it: monitors and windows with the
 // address that captures each, cameras and microphones with the name the system knows them by.
 QJsonObject sourcesJson();

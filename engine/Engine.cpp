@@ -100,6 +100,8 @@ Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBas
             &Engine::onChannelPreviewsReady, Qt::QueuedConnection);
     connect(m_switcher, &ProgramSwitcher::overlayPreviewsReady, this,
             &Engine::onOverlayPreviewsReady, Qt::QueuedConnection);
+    connect(m_switcher, &ProgramSwitcher::transitionFinished, this, &Engine::onTransitionFinished,
+            Qt::QueuedConnection);
 
     m_overlays = new OverlayManager(this);
     m_switcher->setScene(m_overlays->scene());
@@ -189,7 +191,6 @@ Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBas
     // Until the faces have connected, every preview is made; then only those they take.
     QMetaObject::invokeMethod(this, &Engine::updatePreviewDemand, Qt::QueuedConnection);
 
-    m_feeds.setProgramChannel(0);
     m_switcher->cutTo(0);
     updateProgramSize();
 }
@@ -264,9 +265,13 @@ int Engine::programChannel() const
 
 void Engine::cutTo(int channel)
 {
+    if (m_directTakesUseTransition && m_transition.timed() && ChannelSet::isChannel(channel)) {
+        transitionTo(channel, m_transition);
+        return;
+    }
     m_slides->stop();
+    finishRunningTake();
     m_switcher->cutTo(channel);
-    m_feeds.setProgramChannel(channel);
     updateProgramSize();
     noteProgramChannel();
 }
@@ -286,7 +291,6 @@ Problem Engine::showImages(const QStringList &paths, int intervalMs, bool loop)
         return ProblemKind::NoImages;
     if (!m_slides->isPlaying())
         m_channelBeforeImages = programChannel();
-    m_feeds.setProgramChannel(-1);
     m_slides->play(paths, intervalMs, loop);
     return {};
 }
@@ -310,7 +314,7 @@ bool Engine::isShowingImages() const
 void Engine::showStill(const QImage &image)
 {
     m_slides->stop();
-    m_feeds.setProgramChannel(-1);
+    finishRunningTake();
     m_switcher->showStill(image);
     if (!image.isNull())
         m_stillSize = image.size();
@@ -751,6 +755,11 @@ EngineStats Engine::stats() const
     s.program.repeated = counters.repeated;
     s.program.skippedTicks = counters.skippedTicks;
     s.program.framesWithoutOverlays = counters.withoutOverlays;
+    s.program.preview = m_previewChannel;
+    s.program.transitionTarget = transitionTarget();
+    s.program.tbar = m_tbar;
+    s.program.fadedToBlack = m_fadedToBlack;
+    s.program.transitions = m_transitionsDone;
     for (int c = 0; c < kChannelCount; ++c) {
         s.channels[std::size_t(c)].picturesSkipped = counters.skippedPictures[std::size_t(c)];
         s.channels[std::size_t(c)].repeatedTicks = counters.repeatedTicks[std::size_t(c)];

@@ -18,6 +18,7 @@
 #include "engine/Problem.h"
 #include "engine/StatsSampler.h"
 #include "media/FramePool.h"
+#include "media/ProgramBus.h"
 #include "media/ProgramClock.h"
 #include "media/SourceFeeds.h"
 
@@ -79,6 +80,37 @@ public:
     QSize programSize() const { return m_programSize; }
     // The size the outputs are to have: explicit, or the program's own.
     void setOutputSize(const OutputSize &size);
+
+    // ---- production: preview bus, transitions, T-bar, fade to black ----
+    // The channel prepared on the preview bus (-1: none). It costs the program nothing.
+    void setPreviewChannel(int channel);
+    int previewChannel() const { return m_previewChannel; }
+    // How takes go to air: a cut, a mix, a wipe or a dip, and how long (clamped to
+    // Transition::kMinMs .. kMaxMs).
+    void setTransition(Transition transition);
+    Transition transition() const { return m_transition; }
+    // Take: the preview goes to air with the transition and the former program becomes the
+    // preview. Cut: the same at once. Nothing happens without a preview channel.
+    void take();
+    void cutToPreview();
+    // A channel straight to air (cutTo above, the keys, the remote control's cut, the schedule)
+    // uses the transition too when this is on; off by default.
+    void setDirectTakesUseTransition(bool use);
+    bool directTakesUseTransition() const { return m_directTakesUseTransition; }
+    // A channel to air with this transition (the schedule's clips name theirs).
+    void transitionTo(int channel, const Transition &transition);
+    // The T-bar: the transition from program to preview held at `position` (0 .. 1); reaching 1
+    // completes the take (and the bar reads 0 again), going back to 0 cancels it. A cut (the
+    // transition's kind) is ridden as a mix.
+    void setTBar(double position);
+    double tbar() const { return m_tbar; }
+    // Fade to black: the whole program, overlays and sound included, fades to black and
+    // silence over `durationMs` and holds; called again, it fades back. Outputs keep running.
+    void setFadeToBlack(bool black, int durationMs = Transition::kDefaultMs);
+    void toggleFadeToBlack() { setFadeToBlack(!m_fadedToBlack, m_transition.durationMs); }
+    bool fadedToBlack() const { return m_fadedToBlack; }
+    // The channel a running transition goes to (-1: none runs).
+    int transitionTarget() const;
 
     // ---- overlays ----
     // Ids below kFirstScheduleOverlayId are the operator's; the schedule's overlays have the
@@ -195,6 +227,12 @@ signals:
     // The channel on program changed (-1: a still, a slide or black), whoever cut: the window,
     // the control API, the schedule.
     void programChannelChanged(int channel);
+    void previewChannelChanged(int channel);
+    void transitionChanged(selvane::Transition transition);
+    // A timed transition to `channel` starts now (it ends with programChannelChanged).
+    void transitionStarted(int channel, selvane::Transition transition);
+    void tbarChanged(double position);
+    void fadeToBlackChanged(bool black);
     void outputsStarted(QSize size);
     void outputsStopped();
     void outputsFailed(selvane::Problem problem);
@@ -220,6 +258,11 @@ private:
     void onChannelSizeChanged(int channel, QSize size);
     void updateProgramSize();
     void noteProgramChannel();
+    void onTransitionFinished(int channel);
+    void finishRunningTake();
+    // Puts `channel` on air with `transition` (a cut when it is one); the former program goes
+    // to the preview when `swap`.
+    void goToAir(int channel, const Transition &transition, bool swap);
     void openPendingOutputs();
     // Opens them when the program's size is known (given, or shown by its source).
     void openPendingOutputsOnceSized();
@@ -274,6 +317,15 @@ private:
     OutputSettings m_preparedOutputs;
     EncoderSettings m_runningOutputs; // while outputs run: what they write
     int m_channelBeforeImages = -1;
+    int m_previewChannel = -1;
+    Transition m_transition;
+    bool m_directTakesUseTransition = false;
+    double m_tbar = 0.0;
+    bool m_fadedToBlack = false;
+    static constexpr int kNoSwap = -2;
+    int m_swapOnFinish = kNoSwap; // to the preview when the running take ends (-1: none)
+    int m_awaitedChannel = -1;    // the channel the running take goes to
+    qint64 m_transitionsDone = 0;
     quint64 m_outputRequests = 0;
     static constexpr int kOutputSizeWaitMs = 1000;
 

@@ -123,6 +123,11 @@ struct ProgramStats
     qint64 skippedTicks = 0; // ticks the program thread was too late for (a stalled machine)
     qint64 framesWithoutOverlays = 0; // composed without overlays for want of a free picture
     Level audio;
+    int preview = -1;          // the channel on the preview bus; -1 for none
+    int transitionTarget = -1; // the channel a running transition goes to; -1 for none
+    double tbar = 0.0;         // the hand-held transition's position, 0 .. 1
+    bool fadedToBlack = false; // faded (or fading) to black
+    qint64 transitions = 0;    // transitions taken to their end since the start
 };
 
 struct TargetStats

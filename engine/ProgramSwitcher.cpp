@@ -1,5 +1,6 @@
 #include "engine/ProgramSwitcher.h"
 
+#include "compose/TransitionPaint.h"
 #include "media/FrameConvert.h"
 #include "media/ProgramClock.h"
 
@@ -50,8 +51,40 @@ void ProgramSwitcher::startTicking()
 
 void ProgramSwitcher::cutTo(int channel)
 {
-    m_channel.store(channel);
+    m_feeds.bus().cut(SourceFeeds::isChannel(channel) ? channel : -1, nextTickUs());
     m_still.store(false);
+}
+
+void ProgramSwitcher::transitionTo(int channel, const Transition &transition)
+{
+    if (!transition.timed() || !SourceFeeds::isChannel(channel)) {
+        cutTo(channel);
+        return;
+    }
+    m_feeds.bus().begin(channel, transition, nextTickUs());
+}
+
+void ProgramSwitcher::holdTransition(int channel, const Transition &transition, double position)
+{
+    ProgramBus &bus = m_feeds.bus();
+    if (position >= 1.0) {
+        if (bus.isManual() && bus.target() == channel) {
+            bus.settleManual(nextTickUs());
+            m_still.store(false);
+        } else {
+            cutTo(channel);
+        }
+        emit transitionFinished(channel);
+    } else if (position <= 0.0) {
+        bus.cancelManual();
+    } else if (SourceFeeds::isChannel(channel)) {
+        bus.hold(channel, transition, position);
+    }
+}
+
+void ProgramSwitcher::fadeToBlack(bool black, int durationMs)
+{
+    m_feeds.bus().fade(black, durationMs, nextTickUs());
 }
 
 void ProgramSwitcher::showStill(const QImage &image)
@@ -62,7 +95,7 @@ void ProgramSwitcher::showStill(const QImage &image)
         ++m_stillVersion;
     }
     m_still.store(true);
-    m_channel.store(-1);
+    m_feeds.bus().cut(-1, nextTickUs());
 }
 
 void ProgramSwitcher::setScene(OverlayScenePtr scene)
@@ -246,6 +279,36 @@ FrameTokenPtr ProgramSwitcher::blackFrame(qint64 programUs)
     return m_blackToken;
 }
 
+FrameTokenPtr ProgramSwitcher::transitionFrame(const ProgramBus::Moment &moment, qint64 programUs)
+{
+    const auto pictureOf = [this](int channel) -> FrameTokenPtr {
+        if (SourceFeeds::isChannel(channel) && m_channels[std::size_t(channel)].pacer.current())
+            return m_channels[std::size_t(channel)].pacer.current();
+        return {};
+    };
+    FrameTokenPtr from = pictureOf(moment.from);
+    if (!from)
+        from = m_settledBase; // a still, black, or a channel with nothing yet: what was shown
+    FrameTokenPtr to = pictureOf(moment.to);
+    if (!from || !to)
+        return to ? to : from;
+    FrameWriter out = m_pool.acquire();
+    if (!out || !transition::paint(*from, *to, moment.position, moment.transition, out))
+        return {};
+    out->ptsUs = programUs;
+    return std::move(out).publish();
+}
+
+FrameTokenPtr ProgramSwitcher::fadedFrame(const FrameTokenPtr &program, double black)
+{
+    if (!program)
+        return program;
+    FrameWriter out = m_pool.acquire();
+    if (!out || !transition::fade(*program, {16, 128, 128}, black, out))
+        return program; // no frame to spare: this one goes out as it is
+    return std::move(out).publish();
+}
+
 void ProgramSwitcher::tick(qint64 programUs)
 {
     m_periodUs = std::llround(1e6 / m_tickFps);
@@ -298,11 +361,21 @@ void ProgramSwitcher::tick(qint64 programUs)
     if (slotsChanged && !m_overlayPreviewsPosted.exchange(true))
         emit overlayPreviewsReady();
 
-    const bool still = m_still.load();
-    const int channel = still ? -1 : m_channel.load();
+    const int finished = m_feeds.bus().settle(programUs);
+    if (finished >= 0) {
+        m_still.store(false);
+        emit transitionFinished(finished);
+    }
+    const ProgramBus::Moment moment = m_feeds.bus().at(programUs);
+    const bool still = m_still.load() && moment.from < 0;
+    const int channel = still ? -1 : moment.from;
     int onAir = channel; // the channel whose picture this is; -1 while the last one holds
     FrameTokenPtr base;
-    if (still) {
+    if (moment.transitioning() && moment.position > 0.0) {
+        base = transitionFrame(moment, programUs);
+        if (!base)
+            base = m_lastBase;
+    } else if (still) {
         base = stillFrame(programUs);
         if (!base)
             base = m_lastBase; // no frame to draw it into yet: the picture holds
@@ -312,6 +385,8 @@ void ProgramSwitcher::tick(qint64 programUs)
             base = m_lastBase; // nothing from the new channel yet: the picture holds
             onAir = -1;
         }
+    } else {
+        base = m_lastBase; // a still left, its switch not due yet: the picture holds
     }
     if (!base || base == m_blackToken) {
         // Nothing has been on air yet: the program is black, and runs at its rate all the same.
@@ -322,6 +397,8 @@ void ProgramSwitcher::tick(qint64 programUs)
     }
     const bool repeated = base == m_lastBase;
     m_lastBase = base;
+    if (!moment.transitioning() || moment.position <= 0.0)
+        m_settledBase = base;
 
     OverlayScenePtr scene;
     OutputSink sink, tap;
@@ -331,7 +408,9 @@ void ProgramSwitcher::tick(qint64 programUs)
         sink = m_outputSink;
         tap = m_pictureTap;
     }
-    const FrameTokenPtr program = m_compositor.compose(base, scene.get());
+    FrameTokenPtr program = m_compositor.compose(base, scene.get());
+    if (moment.black > 0.0)
+        program = fadedFrame(program, moment.black);
     const bool bare = program == base && scene && m_compositor.overlayCount(*scene) > 0;
     {
         std::lock_guard lock(m_mutex);

@@ -20,6 +20,7 @@
 #include "compose/VulkanCompositor.h"
 #include "engine/SourcePacer.h"
 #include "media/FramePool.h"
+#include "media/ProgramBus.h"
 #include "media/SourceFeeds.h"
 
 #include <QImage>
@@ -52,9 +53,15 @@ public:
     // Begins ticking (posted to the program thread).
     void start();
 
-    // Any thread.
+    // Any thread. Switches land on the next tick, for picture and sound alike (the feeds' bus).
     void cutTo(int channel);
-    int programChannel() const { return m_channel.load(); }
+    // A timed transition from the channel on air to `channel`; a running one is finished first.
+    void transitionTo(int channel, const Transition &transition);
+    // A transition held by hand at `position`; 1 puts `channel` on air, 0 cancels.
+    void holdTransition(int channel, const Transition &transition, double position);
+    // The whole program (overlays and sound too) fades to black, or back, from the next tick.
+    void fadeToBlack(bool black, int durationMs);
+    int programChannel() const { return m_feeds.bus().program(); }
     // Still mode: this picture (letterboxed into the output size) is the program until the next
     // cut; a null image shows black.
     void showStill(const QImage &image);
@@ -99,6 +106,8 @@ public:
     Counters counters() const;
 
 signals:
+    // A transition has put `channel` on air (program thread).
+    void transitionFinished(int channel);
     void previewReady();
     void channelPreviewsReady();
     void overlayPreviewsReady();
@@ -117,6 +126,9 @@ private:
     FrameTokenPtr stillFrame(qint64 programUs);
     // Black at the output size, until anything else has been on air.
     FrameTokenPtr blackFrame(qint64 programUs);
+    // The picture of a running transition; null when it cannot be made (the last holds).
+    FrameTokenPtr transitionFrame(const ProgramBus::Moment &moment, qint64 programUs);
+    FrameTokenPtr fadedFrame(const FrameTokenPtr &program, double black);
     void startTicking();
 
     SourceFeeds &m_feeds;
@@ -124,7 +136,6 @@ private:
     FramePool m_pool;
     VulkanCompositor m_compositor;
 
-    std::atomic<int> m_channel{0};
     std::atomic<bool> m_still{false};
     std::array<std::atomic<int>, SourceFeeds::kOverlaySlots> m_slotMedia;
 
@@ -152,6 +163,7 @@ private:
     std::array<SourceState, SourceFeeds::kOverlaySlots> m_slots;
     std::array<int, SourceFeeds::kOverlaySlots> m_slotShownMedia{-1, -1, -1, -1};
     FrameTokenPtr m_lastBase;
+    FrameTokenPtr m_settledBase; // the last picture made while no transition ran
     quint64 m_canvasVersion = 0;
     QSize m_canvasSize;
     FrameTokenPtr m_stillToken;

@@ -11,6 +11,7 @@
 // the program thread pops pictures, the mixer thread takes sound. Any thread.
 
 #include "media/FrameQueue.h"
+#include "media/ProgramBus.h"
 #include "media/TimedSampleQueue.h"
 
 #include <array>
@@ -71,12 +72,16 @@ public:
     SourceFeed &overlaySlot(int index) { return *m_overlays[std::size_t(index)]; }
     static bool isChannel(int index) { return index >= 0 && index < kChannels; }
 
-    // The channel whose sound goes into the program mix, or -1 (still pictures, black).
+    // What is on air when: the program channel, transitions and the fade to black, read by the
+    // program thread for pictures and by the mixer for sound.
+    ProgramBus &bus() { return m_bus; }
+    const ProgramBus &bus() const { return m_bus; }
+    // The channel whose sound goes into the program mix from now on, or -1 (stills, black).
     void setProgramChannel(int channel)
     {
-        m_programChannel.store(isChannel(channel) ? channel : -1);
+        m_bus.cut(isChannel(channel) ? channel : -1, ProgramBus::kAlways);
     }
-    int programChannel() const { return m_programChannel.load(); }
+    int programChannel() const { return m_bus.program(); }
 
     // Sound dropped and silence filled by every queue since the start.
     qint64 droppedAudioFrames() const;
@@ -84,7 +89,7 @@ public:
 private:
     std::array<std::unique_ptr<SourceFeed>, kChannels> m_channels;
     std::array<std::unique_ptr<SourceFeed>, kOverlaySlots> m_overlays;
-    std::atomic<int> m_programChannel{-1};
+    ProgramBus m_bus;
 };
 
 } // namespace selvane

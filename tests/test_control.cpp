@@ -251,6 +251,73 @@ private slots:
         QCOMPARE(call("POST", "schedule/stop").status, 409);
     }
 
+    void productionControlsReachTheRecording()
+    {
+        Events events;
+        QVERIFY(events.open(m_show));
+        qsizetype at = 0;
+        QCOMPARE(call("POST", "program/cut", QJsonObject{{"channel", 1}}).status, 200);
+        QCOMPARE(call("PUT", "program/preview", QJsonObject{{"channel", 0}}).status, 200);
+        QCOMPARE(call("POST", "program/take").status, 409); // nothing on the preview bus
+        QCOMPARE(call("PUT", "program/transition", QJsonObject{{"type", "spin"}}).status, 400);
+        QCOMPARE(call("PUT", "program/transition", QJsonObject{{"durationMs", 50}}).status, 400);
+        QCOMPARE(call("PUT", "program/tbar", QJsonObject{{"position", 1.5}}).status, 400);
+
+        const QString file = m_dir.filePath("production.mp4");
+        QCOMPARE(
+            call("POST", "outputs/start", QJsonObject{{"record", file}, {"streams", QJsonArray{}}})
+                .status,
+            202);
+        QVERIFY(events.next("outputsStarted", &at));
+        QCOMPARE(call("PUT", "program/preview", QJsonObject{{"channel", 2}}).status, 200);
+        QVERIFY(
+            events.next("preview", &at, [](const QJsonObject &e) { return e["preview"] == 2; }));
+        QCOMPARE(
+            call("PUT", "program/transition", QJsonObject{{"type", "mix"}, {"durationMs", 300}})
+                .status,
+            200);
+        QVERIFY(events.next("transition", &at));
+        QTest::qWait(1000);
+        // Take: blue mixes in; red goes to the preview.
+        QCOMPARE(call("POST", "program/take").status, 200);
+        QVERIFY(
+            events.next("take", &at, [](const QJsonObject &e) { return e["transitionTo"] == 2; }));
+        QVERIFY(events.next("cut", &at, [](const QJsonObject &e) { return e["channel"] == 2; }));
+        QVERIFY(
+            events.next("preview", &at, [](const QJsonObject &e) { return e["preview"] == 1; }));
+        QTest::qWait(1000);
+        // The T-bar half way back to red: the picture is half of each.
+        QCOMPARE(call("PUT", "program/tbar", QJsonObject{{"position", 0.5}}).status, 200);
+        QVERIFY(events.next("tbar", &at, [](const QJsonObject &e) { return e["tbar"] == 0.5; }));
+        QTest::qWait(300);
+        const QImage half = QImage::fromData(call("GET", "program/snapshot.jpg").body, "JPEG");
+        const QColor blend = half.pixelColor(half.width() / 2, half.height() / 2);
+        QVERIFY2(std::abs(blend.red() - blend.blue()) < 40 && blend.red() > 90,
+                 qPrintable(blend.name()));
+        QTest::qWait(700);
+        QCOMPARE(call("PUT", "program/tbar", QJsonObject{{"position", 1}}).status, 200);
+        QVERIFY(events.next("cut", &at, [](const QJsonObject &e) { return e["channel"] == 1; }));
+        QTest::qWait(1000);
+        // Fade to black, and the snapshot is black while the outputs run on.
+        QCOMPARE(call("POST", "program/fade-to-black", QJsonObject{{"durationMs", 200}}).status,
+                 200);
+        QVERIFY(events.next("fadeToBlack", &at,
+                            [](const QJsonObject &e) { return e["fadeToBlack"] == true; }));
+        QTest::qWait(600);
+        const QImage dark = QImage::fromData(call("GET", "program/snapshot.jpg").body, "JPEG");
+        QVERIFY(qGray(dark.pixel(dark.width() / 2, dark.height() / 2)) < 20);
+        const qint64 frames = programFrames();
+        QTest::qWait(500);
+        QVERIFY(programFrames() > frames + 10);
+        QCOMPARE(call("POST", "program/fade-to-black").status, 200); // and back
+        QVERIFY(events.next("fadeToBlack", &at,
+                            [](const QJsonObject &e) { return e["fadeToBlack"] == false; }));
+        QCOMPARE(call("POST", "outputs/stop").status, 200);
+        QVERIFY(events.next("outputsStopped", &at));
+        QCOMPARE(colourRun(file), QString("rbr"));
+        QCOMPARE(call("PUT", "program/preview", QJsonObject{{"channel", 0}}).status, 200);
+    }
+
     void badRequestsAreRefusedWhileTheShowGoesOn()
     {
         const qint64 framesBefore = programFrames();

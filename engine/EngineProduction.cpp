@@ -1,0 +1,179 @@
+// The engine's production controls: the preview bus, takes with a transition, the T-bar and
+// fade to black. The pictures and sound of a transition are made on the program and audio
+// threads from the feeds' bus; here the operator's requests become the bus's switches.
+
+#include "engine/ChannelSet.h"
+#include "engine/Engine.h"
+#include "engine/ProgramSwitcher.h"
+#include "engine/SlideShow.h"
+
+#include <QDebug>
+#include <algorithm>
+
+namespace selvane {
+
+namespace {
+
+const char *kindName(TransitionKind kind)
+{
+    switch (kind) {
+    case TransitionKind::Cut:
+        return "cut";
+    case TransitionKind::Mix:
+        return "mix";
+    case TransitionKind::Wipe:
+        return "wipe";
+    case TransitionKind::Dip:
+        return "dip";
+    }
+    return "cut";
+}
+
+} // namespace
+
+void Engine::setPreviewChannel(int channel)
+{
+    const int preview = ChannelSet::isChannel(channel) ? channel : -1;
+    if (preview == m_previewChannel)
+        return;
+    if (m_tbar > 0.0) {
+        // The bar was riding towards the old preview: that transition is cancelled.
+        m_switcher->holdTransition(m_previewChannel, m_transition, 0.0);
+        m_tbar = 0.0;
+        emit tbarChanged(0.0);
+    }
+    m_previewChannel = preview;
+    emit previewChannelChanged(preview);
+}
+
+void Engine::setTransition(Transition transition)
+{
+    transition.durationMs =
+        std::clamp(transition.durationMs, Transition::kMinMs, Transition::kMaxMs);
+    if (transition == m_transition)
+        return;
+    m_transition = transition;
+    emit transitionChanged(transition);
+}
+
+void Engine::setDirectTakesUseTransition(bool use)
+{
+    m_directTakesUseTransition = use;
+}
+
+int Engine::transitionTarget() const
+{
+    return m_feeds.bus().target();
+}
+
+void Engine::take()
+{
+    finishRunningTake();
+    if (m_previewChannel >= 0)
+        goToAir(m_previewChannel, m_transition, true);
+}
+
+void Engine::cutToPreview()
+{
+    finishRunningTake();
+    if (m_previewChannel >= 0)
+        goToAir(m_previewChannel, Transition{}, true);
+}
+
+void Engine::transitionTo(int channel, const Transition &transition)
+{
+    if (!ChannelSet::isChannel(channel))
+        return;
+    finishRunningTake();
+    goToAir(channel, transition, channel == m_previewChannel);
+}
+
+void Engine::finishRunningTake()
+{
+    // A take is never left half done: the next switch finishes it at once (the bus does so
+    // for the pictures and sound), and its swap of preview and program happens now.
+    if (m_awaitedChannel < 0 || transitionTarget() != m_awaitedChannel)
+        return;
+    const int channel = m_awaitedChannel;
+    m_awaitedChannel = -1;
+    ++m_transitionsDone;
+    if (m_swapOnFinish != kNoSwap && channel == m_previewChannel)
+        setPreviewChannel(m_swapOnFinish);
+    m_swapOnFinish = kNoSwap;
+}
+
+void Engine::goToAir(int channel, const Transition &transition, bool swap)
+{
+    const int running = transitionTarget();
+    const int former = running >= 0 ? running : programChannel();
+    if (m_tbar > 0.0) {
+        // A take while the bar is up runs the held transition on from there.
+        m_tbar = 0.0;
+        emit tbarChanged(0.0);
+    }
+    m_slides->stop();
+    if (!transition.timed() || channel == former) {
+        m_swapOnFinish = kNoSwap;
+        m_switcher->cutTo(channel);
+        updateProgramSize();
+        noteProgramChannel();
+        if (swap && former != channel)
+            setPreviewChannel(former);
+        return;
+    }
+    m_swapOnFinish = swap ? former : kNoSwap;
+    m_awaitedChannel = channel;
+    m_switcher->transitionTo(channel, transition);
+    qInfo("Transition: %s of %d ms to channel %d", kindName(transition.kind), transition.durationMs,
+          channel + 1);
+    emit transitionStarted(channel, transition);
+}
+
+void Engine::onTransitionFinished(int channel)
+{
+    updateProgramSize();
+    noteProgramChannel();
+    if (channel != m_awaitedChannel)
+        return; // finished already by the switch that followed it
+    m_awaitedChannel = -1;
+    ++m_transitionsDone;
+    const int swapTo = m_swapOnFinish;
+    m_swapOnFinish = kNoSwap;
+    if (swapTo != kNoSwap && channel == m_previewChannel)
+        setPreviewChannel(swapTo);
+}
+
+void Engine::setTBar(double position)
+{
+    position = std::clamp(position, 0.0, 1.0);
+    if (m_previewChannel < 0 || position == m_tbar)
+        return;
+    Transition ridden = m_transition;
+    if (!ridden.timed())
+        ridden.kind = TransitionKind::Mix;
+    finishRunningTake();
+    if (position >= 1.0) {
+        m_tbar = 0.0;
+        m_slides->stop();
+        m_swapOnFinish = programChannel(); // the switcher reports the end, which swaps
+        m_awaitedChannel = m_previewChannel;
+        m_switcher->holdTransition(m_previewChannel, ridden, 1.0);
+        emit tbarChanged(0.0);
+        return;
+    }
+    m_tbar = position;
+    m_switcher->holdTransition(m_previewChannel, ridden, position);
+    emit tbarChanged(position);
+}
+
+void Engine::setFadeToBlack(bool black, int durationMs)
+{
+    if (black == m_fadedToBlack)
+        return;
+    m_fadedToBlack = black;
+    m_switcher->fadeToBlack(black, std::clamp(durationMs, 0, Transition::kMaxMs));
+    qInfo("Fade to black: %s over %d ms", black ? "out" : "back", durationMs);
+    emit fadeToBlackChanged(black);
+}
+
+} // namespace selvane

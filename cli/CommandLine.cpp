@@ -1,8 +1,9 @@
 #include "cli/CommandLine.h"
-#include "engine/OutputRules.h"
 
 #include "cli/OverlaySpecs.h"
 #include "engine/Engine.h"
+#include "engine/OutputRules.h"
+#include "media/TransitionWords.h"
 #include "schedule/ProgramArrangement.h"
 
 #include <QCommandLineParser>
@@ -36,6 +37,11 @@ void configureCommandLine(QCommandLineParser &parser)
                       tr("Validate a program schedule and print it in the current format; "
                          "with --channel options, warn of clips whose channel has no source."),
                       "FILE"});
+    parser.addOption({"transition",
+                      tr("How the schedule's channel clips without a transition of their own "
+                         "come on air: cut, mix, wipe or dip, with :MS for its length (default "
+                         "1000), e.g. mix:500. Default: cut."),
+                      "TYPE[:MS]"});
     parser.addOption({"demo", tr("Run the built-in demo: test signals, a schedule, a ticker and "
                                  "an image overlay (no files needed).")});
     parser.addOption({"channel",
@@ -427,6 +433,15 @@ bool readShowOptions(const QCommandLineParser &parser, ShowOptions *options, QSt
         return false;
     options->demo = parser.isSet("demo");
     options->scheduleFile = parser.value("schedule").trimmed();
+    if (parser.isSet("transition")) {
+        QString why;
+        const auto transition = transitions::parse(parser.value("transition"), &why);
+        if (!transition) {
+            *error = tr("--transition: %1, got \"%2\"").arg(why, parser.value("transition"));
+            return false;
+        }
+        options->scheduleTransition = *transition;
+    }
     if (options->demo && !options->scheduleFile.isEmpty()) {
         *error = tr("--demo brings its own schedule; leave out --schedule");
         return false;

@@ -54,6 +54,10 @@ class Engine::Hands : public ScheduleHands
 public:
     explicit Hands(Engine &engine) : m_engine(engine) {}
     void cutTo(int channel) override { m_engine.cutTo(channel); }
+    void transitionTo(int channel, const Transition &transition) override
+    {
+        m_engine.transitionTo(channel, transition);
+    }
     void showImages(const QStringList &paths, int intervalMs, bool loop) override
     {
         m_engine.showImages(paths, intervalMs, loop);

@@ -199,6 +199,8 @@ public:
     arrangement::Validation loadSchedule(const ProgramArrangement &arrangement);
     bool startSchedule(QString *error = nullptr);
     void stopSchedule();
+    // How the schedule's channel clips without a transition of their own come on air.
+    void setScheduleTransition(const Transition &transition);
     bool isScheduleRunning() const;
     // The arrangement last loaded (empty when none was valid).
     ProgramArrangement schedule() const { return m_arrangement; }

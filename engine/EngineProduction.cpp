@@ -6,6 +6,7 @@
 #include "engine/Engine.h"
 #include "engine/ProgramSwitcher.h"
 #include "engine/SlideShow.h"
+#include "schedule/ScheduleRunner.h"
 
 #include <QDebug>
 #include <algorithm>
@@ -164,6 +165,11 @@ void Engine::setTBar(double position)
     m_tbar = position;
     m_switcher->holdTransition(m_previewChannel, ridden, position);
     emit tbarChanged(position);
+}
+
+void Engine::setScheduleTransition(const Transition &transition)
+{
+    m_schedule->setDefaultTransition(transition);
 }
 
 void Engine::setFadeToBlack(bool black, int durationMs)

@@ -36,12 +36,15 @@ void ScheduleControl::release()
     }
 }
 
-void ScheduleControl::showChannel(int channel)
+void ScheduleControl::showChannel(int channel, const Transition &transition)
 {
     m_slides = false;
     if (channel != kSceneVideoChannel)
         stopVideo();
-    m_do.cutTo(channel);
+    if (transition.timed())
+        m_do.transitionTo(channel, transition);
+    else
+        m_do.cutTo(channel);
 }
 
 void ScheduleControl::showBlack()

@@ -21,6 +21,7 @@ class ScheduleHands
 public:
     virtual ~ScheduleHands() = default;
     virtual void cutTo(int channel) = 0;
+    virtual void transitionTo(int channel, const Transition &transition) = 0;
     virtual void showImages(const QStringList &paths, int intervalMs, bool loop) = 0;
     virtual void showBlack() = 0;
     // An empty address clears the channel.
@@ -48,7 +49,7 @@ public:
     void onSlideShown(int shown);
     void onProgramFrame(const FrameTokenPtr &frame, int channel);
 
-    void showChannel(int channel) override;
+    void showChannel(int channel, const Transition &transition) override;
     void playImages(const QStringList &paths, int intervalMs, bool loop) override;
     void playVideo(const QString &path, bool loop) override;
     void prepareVideo(const QString &path, bool loop) override;

@@ -1,5 +1,7 @@
 #include "schedule/ProgramArrangement.h"
 
+#include "media/TransitionWords.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -88,6 +90,15 @@ SceneClip readSceneClip(const QJsonObject &o, QStringList *warnings)
     clip.imageDirectory = o.value("imageDirectory").toString();
     if (clip.kind == SceneClip::ImagePlay && clip.paths.isEmpty() && !clip.imageDirectory.isEmpty())
         clip.paths = imagesInDirectory(clip.imageDirectory);
+    if (o.value("transition").isObject()) {
+        QString error;
+        clip.transition =
+            selvane::transitions::fromJson(o.value("transition").toObject(), {}, &error);
+        if (!clip.transition && warnings)
+            *warnings << tr("Base clip %1: %2; it cuts instead.").arg(clip.id, error);
+        if (!clip.transition)
+            clip.transition = selvane::Transition{};
+    }
     return clip;
 }
 
@@ -227,6 +238,8 @@ QByteArray toJson(const ProgramArrangement &a)
         o.insert("sceneVideoPath", c.sceneVideoPath);
         o.insert("sceneVideoLoop", c.sceneVideoLoop);
         o.insert("imageDirectory", c.imageDirectory);
+        if (c.transition)
+            o.insert("transition", selvane::transitions::toJson(*c.transition));
         scenes.append(o);
     }
     root.insert("sceneClips", scenes);

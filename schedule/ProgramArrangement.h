@@ -6,6 +6,7 @@
 // shared by the schedule editor and the headless face. Any thread.
 
 #include "compose/TextOverlayData.h"
+#include "media/ProgramBus.h"
 
 #include <QByteArray>
 #include <QList>
@@ -13,6 +14,7 @@
 #include <QString>
 #include <QStringList>
 #include <array>
+#include <optional>
 
 struct QJsonParseError;
 
@@ -35,6 +37,9 @@ struct SceneClip
     QString sceneVideoPath;
     bool sceneVideoLoop = false;
     QString imageDirectory;
+    // How a channel clip comes on air; none: the schedule's default (a cut unless the show
+    // says otherwise).
+    std::optional<selvane::Transition> transition;
 
     friend bool operator==(const SceneClip &, const SceneClip &) = default;
 };

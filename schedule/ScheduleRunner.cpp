@@ -3,7 +3,6 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QTimer>
-
 #include <algorithm>
 
 ScheduleClock::ScheduleClock(ElapsedMs elapsed) : m_elapsed(std::move(elapsed))
@@ -11,7 +10,9 @@ ScheduleClock::ScheduleClock(ElapsedMs elapsed) : m_elapsed(std::move(elapsed))
     if (!m_elapsed) {
         auto timer = std::make_shared<QElapsedTimer>();
         timer->start();
-        m_elapsed = [timer] { return timer->elapsed(); };
+        m_elapsed = [timer] {
+            return timer->elapsed();
+        };
     }
 }
 
@@ -66,12 +67,15 @@ bool ScheduleRunner::start(const ProgramArrangement &arrangement, QString *error
 {
     if (arrangement.sceneClips.isEmpty()) {
         if (error)
-            *error = QCoreApplication::translate("ProgramArrangement", "Add at least one valid base clip.");
+            *error = QCoreApplication::translate("ProgramArrangement",
+                                                 "Add at least one valid base clip.");
         return false;
     }
     stop();
     m_arrangement = arrangement;
-    const auto byStart = [](const auto &a, const auto &b) { return a.startMs < b.startMs; };
+    const auto byStart = [](const auto &a, const auto &b) {
+        return a.startMs < b.startMs;
+    };
     std::stable_sort(m_arrangement.sceneClips.begin(), m_arrangement.sceneClips.end(), byStart);
     std::stable_sort(m_arrangement.overlayClips.begin(), m_arrangement.overlayClips.end(), byStart);
     m_running = true;
@@ -171,7 +175,7 @@ void ScheduleRunner::applyAt(qint64 t)
             m_control->playVideo(clip.sceneVideoPath, clip.sceneVideoLoop);
             break;
         default:
-            m_control->showChannel(clip.channel);
+            m_control->showChannel(clip.channel, clip.transition.value_or(m_defaultTransition));
             break;
         }
         emit baseClipChanged(clip.id);

@@ -6,8 +6,9 @@
 //
 // The schedule's own clock starts at 0 when the schedule starts. It advances by a 33 ms timer
 // (running while the schedule does), is set by each slide of an image clip to where that slide
-// belongs, and follows the playback position of a video clip while it plays. Gaps of 5 s or more (a stall, a suspended
-// machine) are not counted: the schedule pauses over them instead of skipping ahead.
+// belongs, and follows the playback position of a video clip while it plays. Gaps of 5 s or more (a
+// stall, a suspended machine) are not counted: the schedule pauses over them instead of skipping
+// ahead.
 //
 // When no base clip is eligible the program shows black. A video clip is opened up to 1.5 s before
 // it starts, while no other video clip is the base, so that it starts on time.
@@ -19,7 +20,6 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QSet>
-
 #include <functional>
 
 class QTimer;
@@ -29,7 +29,9 @@ class ProgramControl
 {
 public:
     virtual ~ProgramControl() = default;
-    virtual void showChannel(int channel) = 0;
+    // A channel clip comes on air with its transition (a cut unless it or the schedule names
+    // another).
+    virtual void showChannel(int channel, const selvane::Transition &transition) = 0;
     virtual void playImages(const QStringList &paths, int intervalMs, bool loop) = 0;
     virtual void playVideo(const QString &path, bool loop) = 0;
     // The video clip that becomes the base within kPrerollMs: open it now, held at its start, so
@@ -100,6 +102,13 @@ public:
     void restartClock(qint64 ms);
     void applyAt(qint64 ms);
 
+    // How channel clips without a transition of their own come on air (a cut by default).
+    void setDefaultTransition(const selvane::Transition &transition)
+    {
+        m_defaultTransition = transition;
+    }
+    selvane::Transition defaultTransition() const { return m_defaultTransition; }
+
     ScheduleClock &clock() { return m_clock; }
     QString currentBaseId() const { return m_currentBaseId; }
     QSet<QString> activeOverlayIds() const { return m_activeOverlays; }
@@ -118,6 +127,7 @@ private:
     ProgramArrangement m_arrangement;
     bool m_running = false;
     QString m_currentBaseId;
+    selvane::Transition m_defaultTransition;
     bool m_showingBlack = false;
     QString m_preparedId; // the video clip opened ahead of its start
     QSet<QString> m_activeOverlays;

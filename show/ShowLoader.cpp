@@ -28,6 +28,7 @@ void applyShowOptions(Engine &engine, const ShowOptions &options)
     engine.setProgramVolume(float(options.programVolume));
     engine.setProgramGain(float(options.programGainPercent / 100.0));
     engine.setOutputSize({options.outputSize.isValid(), options.outputSize});
+    engine.setScheduleTransition(options.scheduleTransition);
     for (const TextOverlayData &text : options.texts)
         engine.setTextOverlay(text);
     for (const MediaOverlayRecord &record : options.media)

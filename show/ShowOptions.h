@@ -5,6 +5,7 @@
 // port. A value record; any thread.
 
 #include "engine/EngineTypes.h"
+#include "media/ProgramBus.h"
 
 #include <QMap>
 #include <QSize>
@@ -28,6 +29,8 @@ struct ShowOptions
     // A schedule file to play, or the built-in demo (test signals, a schedule, overlays).
     QString scheduleFile;
     bool demo = false;
+    // How the schedule's channel clips without a transition of their own come on air.
+    Transition scheduleTransition;
 
     // Overlays drawn over the program.
     QList<TextOverlayData> texts;

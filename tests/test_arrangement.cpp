@@ -49,6 +49,8 @@ private slots:
               {"id":"hi","startMs":1500.9,"kind":"channel","channel":7},
               {"id":"lo","kind":"somethingElse","channel":-2},
               {"id":"seq","kind":"imageSequence","paths":"a.png||b.png|"},
+              {"id":"mix","channel":1,"transition":{"type":"mix","durationMs":500}},
+              {"id":"bad","channel":1,"transition":{"type":"spin"}},
               "not an object"
             ],
             "overlayClips":[
@@ -58,7 +60,11 @@ private slots:
             ])"),
                                                            &error);
         QVERIFY2(error.isEmpty(), qPrintable(error));
-        QCOMPARE(a.sceneClips.size(), 3);
+        QCOMPARE(a.sceneClips.size(), 5);
+        QCOMPARE(a.sceneClips[0].transition, std::nullopt); // cuts, or the show's default
+        QCOMPARE(a.sceneClips[3].transition->kind, selvane::TransitionKind::Mix);
+        QCOMPARE(a.sceneClips[3].transition->durationMs, 500);
+        QCOMPARE(a.sceneClips[4].transition->kind, selvane::TransitionKind::Cut); // a bad one
         QCOMPARE(a.sceneClips[0].startMs, 1500);
         QCOMPARE(a.sceneClips[0].channel, 3); // clamped to the four channels
         QCOMPARE(a.sceneClips[1].channel, 0);
@@ -106,7 +112,11 @@ private slots:
         img.kind = SceneClip::ImagePlay;
         img.paths = QStringList{"/a b/1.png", "/c/2.jpg"};
         img.imageLoop = false;
-        a.sceneClips = {img};
+        SceneClip wiped;
+        wiped.id = "wiped";
+        wiped.transition = selvane::Transition{selvane::TransitionKind::Wipe, 750,
+                                               selvane::WipeDirection::BottomUp, 0xff336699};
+        a.sceneClips = {img, wiped};
         OverlayClip text;
         text.id = "ticker";
         text.textData.text = "Breaking";

@@ -118,6 +118,10 @@ private slots:
             << bars + QStringList{"--text", QString(100000, 'x')} << "at most 10000 characters";
         QTest::newRow("target without container")
             << bars + QStringList{"--stream", "ftp://host/x"} << "add #FORMAT";
+        QTest::newRow("unknown transition")
+            << bars + QStringList{"--transition", "spin"} << "one of cut, mix, wipe, dip";
+        QTest::newRow("transition too short")
+            << bars + QStringList{"--transition", "mix:10"} << "from 100 to 10000 ms";
     }
 
     void badArgumentsAreRefused()

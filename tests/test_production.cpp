@@ -5,6 +5,7 @@
 #include "TestSupport.h"
 #include "compose/TransitionPaint.h"
 #include "engine/Engine.h"
+#include "schedule/ProgramArrangement.h"
 
 #include <QSignalSpy>
 #include <QtTest>
@@ -245,6 +246,54 @@ private slots:
         const qint64 quiet = sampleAt(held.second + 40);
         QVERIFY2(toneDb(samples, quiet, window, 1000) < toneDb(samples, before, window, 1000) - 40,
                  "the fade to black is not silent");
+    }
+
+    void scheduleTransitionsLandAtTheirTimes()
+    {
+        Engine engine;
+        engine.setChannelSource(0, kRed);
+        engine.setChannelSource(1, kGreen);
+        // Clips without a transition of their own come on with the show's default.
+        engine.setScheduleTransition({TransitionKind::Wipe, 500, WipeDirection::LeftToRight});
+        const auto clip = [](const char *id, int startMs, int endMs, int channel) {
+            SceneClip c;
+            c.id = id;
+            c.startMs = startMs;
+            c.endMs = endMs;
+            c.channel = channel;
+            return c;
+        };
+        ProgramArrangement schedule;
+        schedule.sceneClips << clip("red", 0, 1500, 0) << clip("green", 1500, 3000, 1)
+                            << clip("back", 3000, 0, 0);
+        schedule.sceneClips[1].transition = Transition{TransitionKind::Mix, 500};
+        QVERIFY(engine.loadSchedule(schedule).ok);
+        QVERIFY(engine.startSchedule());
+        OutputSettings settings;
+        settings.encoder.fileEnabled = true;
+        settings.encoder.filePath = QDir(m_dir.path()).filePath("scheduled.mkv");
+        settings.encoder.qualityPreset = EncoderSettings::Performance;
+        QSignalSpy outputs(&engine, &Engine::outputsStarted);
+        QVERIFY(!engine.startOutputs(settings)); // the schedule's time zero is the recording's
+        QVERIFY(outputs.wait(10000));
+        QTest::qWait(4200);
+        QSignalSpy stopped(&engine, &Engine::outputsStopped);
+        engine.stopOutputs();
+        QVERIFY(stopped.wait(10000));
+
+        const std::vector<Picture> pictures = readPictures(settings.encoder.filePath);
+        const QList<QPair<int, int>> runs = blendRuns(pictures);
+        QCOMPARE(runs.size(), 2);
+        // The mix at 1.5 s and the default wipe at 3 s, 15 pictures each.
+        const auto mix = runs[0], wipe = runs[1];
+        QVERIFY2(std::abs(mix.first - 46) <= 4, QByteArray::number(mix.first));
+        QVERIFY2(std::abs(wipe.first - 91) <= 4, QByteArray::number(wipe.first));
+        QCOMPARE(mix.second - mix.first + 1, 14);
+        QCOMPARE(wipe.second - wipe.first + 1, 14);
+        const Picture &mixed = pictures[std::size_t(mix.first + 6)];
+        QVERIFY(std::abs(mixed.green[0] - mixed.green[kColumns - 1]) < 0.02);
+        const Picture &wiped = pictures[std::size_t(wipe.first + 6)];
+        QVERIFY(wiped.green[0] < 0.1 && wiped.green[kColumns - 1] > 0.9); // red from the left
     }
 
     void transitionPicturesAreExact()

@@ -13,7 +13,10 @@ class RecordingControl : public ProgramControl
 {
 public:
     QStringList calls;
-    void showChannel(int channel) override { calls << QStringLiteral("channel %1").arg(channel); }
+    void showChannel(int channel, const selvane::Transition &) override
+    {
+        calls << QStringLiteral("channel %1").arg(channel);
+    }
     void playImages(const QStringList &paths, int intervalMs, bool loop) override
     {
         calls << QStringLiteral("images %1 %2 %3").arg(paths.join(',')).arg(intervalMs).arg(loop);

@@ -48,27 +48,43 @@ void wipeRamp(std::vector<std::uint8_t> &ramp, int length, int fullLength, doubl
     }
 }
 
-// A row of the new picture's share `ramp` over the old one: the stretches that are all one
-// picture are copied, the soft edge between them is mixed pixel by pixel.
-void wipeRow(std::uint8_t *dst, const std::uint8_t *from, const std::uint8_t *to,
-             const std::uint8_t *ramp, int n)
+// Stretches of a wipe's line: all the old picture, all the new one, or the soft edge between.
+struct Stretch
 {
-    int i = 0;
-    while (i < n) {
-        int j = i;
-        const std::uint8_t value = ramp[i];
-        if (value == 0 || value == 255) {
-            while (j < n && ramp[j] == value)
-                ++j;
-            std::memcpy(dst + i, value == 0 ? from + i : to + i, std::size_t(j - i));
-        } else {
-            while (j < n && ramp[j] != 0 && ramp[j] != 255) {
-                dst[j] = std::uint8_t(blend::div255(unsigned(to[j]) * ramp[j] +
-                                                    unsigned(from[j]) * (255u - ramp[j])));
-                ++j;
-            }
-        }
+    int from = 0, to = 0;   // [from, to)
+    std::uint8_t share = 0; // 0 or 255 for one picture alone; else the edge (per place)
+};
+
+std::vector<Stretch> stretchesOf(const std::vector<std::uint8_t> &ramp)
+{
+    std::vector<Stretch> stretches;
+    const int n = int(ramp.size());
+    for (int i = 0; i < n;) {
+        const bool whole = ramp[std::size_t(i)] == 0 || ramp[std::size_t(i)] == 255;
+        int j = i + 1;
+        while (j < n && (whole ? ramp[std::size_t(j)] == ramp[std::size_t(i)]
+                               : ramp[std::size_t(j)] != 0 && ramp[std::size_t(j)] != 255))
+            ++j;
+        stretches.push_back({i, j, whole ? ramp[std::size_t(i)] : std::uint8_t(1)});
         i = j;
+    }
+    return stretches;
+}
+
+// A row of the new picture's share over the old one: the stretches that are all one picture are
+// copied, the soft edge between them is mixed pixel by pixel.
+void wipeRow(std::uint8_t *dst, const std::uint8_t *from, const std::uint8_t *to,
+             const std::uint8_t *ramp, const std::vector<Stretch> &stretches)
+{
+    for (const Stretch &s : stretches) {
+        if (s.share == 0 || s.share == 255) {
+            std::memcpy(dst + s.from, s.share == 0 ? from + s.from : to + s.from,
+                        std::size_t(s.to - s.from));
+            continue;
+        }
+        for (int j = s.from; j < s.to; ++j)
+            dst[j] = std::uint8_t(
+                blend::div255(unsigned(to[j]) * ramp[j] + unsigned(from[j]) * (255u - ramp[j])));
     }
 }
 
@@ -109,14 +125,17 @@ bool paint(const FrameToken &from, const FrameToken &to, double position,
     const bool fromStart = transition.direction == WipeDirection::LeftToRight ||
                            transition.direction == WipeDirection::TopDown;
     std::vector<std::uint8_t> ramp;
+    std::vector<Stretch> stretches;
     for (int p = 0; p < 3; ++p) {
         const int width = planeWidth(from, p), height = planeHeight(from, p);
         const std::uint8_t *a = from.plane(p), *b = to.plane(p);
         std::uint8_t *d = out.plane(p);
         const qint64 as = from.planeStride(p), bs = to.planeStride(p), ds = out->planeStride(p);
-        if (transition.kind == TransitionKind::Wipe)
+        if (transition.kind == TransitionKind::Wipe) {
             wipeRamp(ramp, across ? width : height, across ? from.width : from.height, position,
                      fromStart);
+            stretches = stretchesOf(ramp);
+        }
         for (int y = 0; y < height; ++y) {
             const std::uint8_t *ra = a + y * as, *rb = b + y * bs;
             std::uint8_t *rd = d + y * ds;
@@ -124,7 +143,7 @@ bool paint(const FrameToken &from, const FrameToken &to, double position,
                 std::memcpy(rd, ra, std::size_t(width));
                 blend::mix(rd, rb, share, width);
             } else if (across) {
-                wipeRow(rd, ra, rb, ramp.data(), width);
+                wipeRow(rd, ra, rb, ramp.data(), stretches);
             } else {
                 const unsigned rowShare = ramp[std::size_t(y)];
                 std::memcpy(rd, rowShare == 255 ? rb : ra, std::size_t(width));

@@ -19,6 +19,7 @@
 #include "panels/OutputSettingsPanel.h"
 #include "panels/OutputStatusView.h"
 #include "panels/PreviewCanvas.h"
+#include "panels/ProductionPanel.h"
 #include "panels/ProgramPreview.h"
 #include "panels/ProxyDialog.h"
 #include "panels/ScheduleWindow.h"
@@ -57,6 +58,7 @@ using namespace selvane;
 namespace {
 
 constexpr int kProgramStream = 0;
+constexpr int kPreviewBusStream = 5; // after the four channels' thumbnails
 constexpr int kStatsIntervalMs = 40; // meters at 25 updates a second
 constexpr int kCloseWaitMs = 15000;  // the longest a close waits for the outputs' trailers
 constexpr int kThumbnailsPerSecond = 5;
@@ -123,7 +125,16 @@ void MainWindow::createCentralArea()
     auto *central = new QSplitter(Qt::Vertical, this);
     central->setObjectName("centralSplitter");
     central->setChildrenCollapsible(false);
-    m_preview = new ProgramPreview(central);
+    // Preview on the left, program on the right, as on a desk.
+    auto *monitors = new QSplitter(Qt::Horizontal, central);
+    monitors->setObjectName("monitorSplitter");
+    monitors->setChildrenCollapsible(false);
+    m_production = new ProductionPanel(monitors);
+    m_preview = new ProgramPreview(monitors);
+    monitors->addWidget(m_production);
+    monitors->addWidget(m_preview);
+    monitors->setStretchFactor(0, 2);
+    monitors->setStretchFactor(1, 3);
     QString renderer;
     if (ProgramPreview::gpuWanted(&renderer)) {
         m_preview->useGpu();
@@ -153,10 +164,12 @@ void MainWindow::createCentralArea()
                 [this, c](bool loop) { m_engine->setChannelLoop(c, loop); });
         connect(panel, &ChannelPanel::seekRequested, this,
                 [this, c](qint64 ms) { m_engine->seekChannel(c, ms); });
+        connect(panel, &ChannelPanel::previewRequested, this,
+                [this, c] { m_engine->setPreviewChannel(c); });
     }
     // The operator's mouse on the program: overlay frames and the drawing tools.
     m_canvas = new PreviewCanvas(m_preview);
-    central->addWidget(m_preview);
+    central->addWidget(monitors);
     central->addWidget(row);
     central->setStretchFactor(0, 3);
     central->setStretchFactor(1, 1);
@@ -179,6 +192,8 @@ void MainWindow::createCentralArea()
             m_preview->showImage(image);
         else if (stream >= 1 && stream <= kChannelCount)
             m_channels[std::size_t(stream - 1)]->setThumbnail(image);
+        else if (stream == kPreviewBusStream)
+            m_production->setPreviewImage(image);
     });
 }
 
@@ -193,8 +208,27 @@ void MainWindow::connectEngine()
         m_engine->setProgramPictureTap(
             [previews](const FrameTokenPtr &frame) { previews->submit(kProgramStream, frame); });
     }
-    connect(m_engine, &Engine::channelPreview, this,
-            [this](int c, const FrameTokenPtr &frame) { m_previews->submit(1 + c, frame); });
+    connect(m_engine, &Engine::channelPreview, this, [this](int c, const FrameTokenPtr &frame) {
+        m_previews->submit(1 + c, frame);
+        if (c == m_engine->previewChannel()) {
+            m_previews->setSize(kPreviewBusStream, m_production->monitorSize(),
+                                kThumbnailsPerSecond);
+            m_previews->submit(kPreviewBusStream, frame);
+        }
+    });
+    // The production desk shows what the engine says, whoever changed it.
+    connect(m_engine, &Engine::previewChannelChanged, this, [this](int channel) {
+        m_production->setPreviewChannel(channel);
+        for (int c = 0; c < kChannelCount; ++c)
+            m_channels[std::size_t(c)]->setOnPreview(c == channel);
+    });
+    connect(m_engine, &Engine::transitionChanged, m_production, &ProductionPanel::setTransition);
+    connect(m_engine, &Engine::tbarChanged, m_production, &ProductionPanel::setTBar);
+    connect(m_engine, &Engine::fadeToBlackChanged, m_production, &ProductionPanel::setFadedToBlack);
+    connect(m_production, &ProductionPanel::transitionChosen, m_engine, &Engine::setTransition);
+    connect(m_production, &ProductionPanel::directTakesChosen, m_engine,
+            &Engine::setDirectTakesUseTransition);
+    connect(m_production, &ProductionPanel::tbarMoved, m_engine, &Engine::setTBar);
     connect(m_engine, &Engine::channelError, this,
             [this](int channel, SourceError error, const QString &) {
                 const QString text = sourceErrorText(error);
@@ -230,6 +264,13 @@ void MainWindow::createMenus()
         connect(take, &QAction::triggered, this, [this, c] { this->take(c); });
         connect(m_channels[std::size_t(c)], &ChannelPanel::takeRequested, take, &QAction::trigger);
     }
+    for (int c = 0; c < kChannelCount; ++c)
+        connect(m_menus->preview[std::size_t(c)], &QAction::triggered, this,
+                [this, c] { m_engine->setPreviewChannel(c); });
+    connect(m_menus->takePreview, &QAction::triggered, m_engine, &Engine::take);
+    connect(m_menus->cutPreview, &QAction::triggered, m_engine, &Engine::cutToPreview);
+    connect(m_menus->fadeToBlack, &QAction::triggered, m_engine, &Engine::toggleFadeToBlack);
+    m_production->useActions(m_menus->takePreview, m_menus->cutPreview, m_menus->fadeToBlack);
     connect(m_menus->startOutputs, &QAction::triggered, this, &MainWindow::startOutputs);
     connect(m_menus->stopOutputs, &QAction::triggered, this, &MainWindow::stopOutputs);
     connect(m_menus->exportDrawing, &QAction::triggered, this, &MainWindow::exportDrawing);

@@ -1,6 +1,7 @@
 #pragma once
 
-// The mixer window: the program preview in the centre with the four channel panels under it,
+// The mixer window: the program preview in the centre, the production desk (preview monitor,
+// transitions, T-bar, fade to black) beside it and the four channel panels under them,
 // the panels as docks around it (output settings, output status, audio mixer), a status bar,
 // and the menus. It builds them and wires them to the engine; what it decides is the window's
 // own: the language, the layout, and a close that waits (without blocking) for the outputs'
@@ -32,6 +33,7 @@ class OutputSettingsPanel;
 class OutputStatusView;
 class PreviewImages;
 class ProgramPreview;
+class ProductionPanel;
 struct EngineStats;
 struct OutputSettings;
 } // namespace selvane
@@ -122,6 +124,7 @@ private:
     selvane::Engine *m_engine = nullptr;
     selvane::PreviewImages *m_previews = nullptr;
     selvane::ProgramPreview *m_preview = nullptr;
+    selvane::ProductionPanel *m_production = nullptr;
     std::array<selvane::ChannelPanel *, 4> m_channels{};
     selvane::OutputSettingsPanel *m_outputPanel = nullptr;
     selvane::OutputStatusView *m_outputStatus = nullptr;

@@ -27,6 +27,21 @@ WindowMenus::WindowMenus(QMenuBar *bar, QObject *parent) : QObject(parent)
         take[c]->setShortcut(QKeySequence(Qt::Key_1 + int(c)));
     }
     program->addSeparator();
+    for (std::size_t c = 0; c < preview.size(); ++c) {
+        preview[c] = program->addAction(QString());
+        preview[c]->setObjectName(QStringLiteral("preview%1Action").arg(c + 1));
+        preview[c]->setShortcut(QKeySequence(Qt::SHIFT | (Qt::Key_1 + int(c))));
+    }
+    takePreview = program->addAction(QString());
+    takePreview->setObjectName("takePreviewAction");
+    takePreview->setShortcuts({QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)});
+    cutPreview = program->addAction(QString());
+    cutPreview->setObjectName("cutPreviewAction");
+    cutPreview->setShortcut(QKeySequence(Qt::Key_Space));
+    fadeToBlack = program->addAction(QString());
+    fadeToBlack->setObjectName("fadeToBlackAction");
+    fadeToBlack->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_B));
+    program->addSeparator();
     startOutputs = program->addAction(QString());
     startOutputs->setObjectName("startOutputsAction");
     startOutputs->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
@@ -66,6 +81,11 @@ void WindowMenus::retranslate(bool chineseChosen)
     program->setTitle(tr("&Program"));
     for (std::size_t c = 0; c < take.size(); ++c)
         take[c]->setText(tr("Take Channel %1").arg(c + 1));
+    for (std::size_t c = 0; c < preview.size(); ++c)
+        preview[c]->setText(tr("Preview Channel %1").arg(c + 1));
+    takePreview->setText(tr("Take Preview"));
+    cutPreview->setText(tr("Cut to Preview"));
+    fadeToBlack->setText(tr("Fade to Black"));
     startOutputs->setText(tr("Start Outputs"));
     stopOutputs->setText(tr("Stop Outputs"));
     view->setTitle(tr("&View"));

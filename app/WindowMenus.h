@@ -1,7 +1,8 @@
 #pragma once
 
 // The main window's menus and their actions: File, Edit (filled by what the window edits),
-// Program (Take Channel 1-4 on keys 1-4, Start Outputs Ctrl+R, Stop Outputs Ctrl+Shift+R),
+// Program (Take Channel 1-4 on keys 1-4, Preview Channel 1-4 on Shift+1-4, Take on Enter, Cut
+// on Space, Fade to Black on Ctrl+B, Start Outputs Ctrl+R, Stop Outputs Ctrl+Shift+R),
 // View, Tools and Help with the language choice. It makes them on the window's menu bar and
 // gives them their keys and words; the window connects what they do and shares the actions
 // with the panels' buttons.
@@ -40,6 +41,10 @@ public:
     QAction *openOutputFolder = nullptr;
     QAction *exit = nullptr;
     std::array<QAction *, 4> take{};
+    std::array<QAction *, 4> preview{};
+    QAction *takePreview = nullptr;
+    QAction *cutPreview = nullptr;
+    QAction *fadeToBlack = nullptr;
     QAction *startOutputs = nullptr;
     QAction *stopOutputs = nullptr;
     QAction *drawingTools = nullptr;

@@ -2,6 +2,8 @@
 
 #include "media/PlaneShrink.h"
 
+#include <cstdlib>
+
 namespace selvane {
 
 namespace {
@@ -81,8 +83,19 @@ bool planesToImage(ffsupport::SwsPtr &context, const std::uint8_t *const data[4]
                                        nullptr, nullptr));
     if (!context)
         return false;
-    if (out.size() != size || out.format() != QImage::Format_RGB32 || !out.isDetached())
-        out = QImage(size, QImage::Format_RGB32);
+    // swscale's vector code may write a few pixels past the end of a row whose width is not a
+    // multiple of its step: rows are padded to 64 bytes and a spare row follows the last, so
+    // that nothing lands outside the image's buffer.
+    const qsizetype rowBytes = (qsizetype(size.width()) * 4 + 63) & ~qsizetype(63);
+    if (out.size() != size || out.format() != QImage::Format_RGB32 || !out.isDetached() ||
+        out.bytesPerLine() != rowBytes) {
+        auto *buffer =
+            static_cast<uchar *>(std::malloc(std::size_t(rowBytes) * (size.height() + 1)));
+        if (!buffer)
+            return false;
+        out = QImage(buffer, size.width(), size.height(), rowBytes, QImage::Format_RGB32, std::free,
+                     buffer);
+    }
     if (out.isNull())
         return false;
     uint8_t *dst[4] = {out.bits(), nullptr, nullptr, nullptr};

@@ -1,6 +1,6 @@
 #include "panels/AudioMixerPanel.h"
-#include "engine/CaptureSources.h"
 
+#include "engine/CaptureSources.h"
 #include "engine/Engine.h"
 #include "panels/LevelMeter.h"
 

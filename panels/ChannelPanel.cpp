@@ -4,10 +4,12 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
 #include <QSlider>
 #include <QVBoxLayout>
+#include <functional>
 
 namespace selvane {
 
@@ -36,8 +38,14 @@ public:
         m_image = QImage();
         update();
     }
+    std::function<void()> clicked;
 
 protected:
+    void mousePressEvent(QMouseEvent *event) override
+    {
+        if (event->button() == Qt::LeftButton && clicked)
+            clicked();
+    }
     void paintEvent(QPaintEvent *) override
     {
         QPainter painter(this);
@@ -70,6 +78,9 @@ ChannelPanel::ChannelPanel(int channel, QWidget *parent) : QFrame(parent), m_cha
     m_state->setObjectName("channelState");
     m_state->setWordWrap(true);
     m_thumbnail = new ChannelThumbnail(this);
+    m_thumbnail->clicked = [this] {
+        emit previewRequested();
+    };
 
     m_choose = new QPushButton(this);
     m_choose->setAccessibleName("Choose Source");
@@ -150,9 +161,25 @@ void ChannelPanel::setOnProgram(bool onProgram)
         return;
     m_onProgram = onProgram;
     setProperty("onProgram", onProgram);
-    // The program channel wears the tally colour.
-    setStyleSheet(onProgram ? "selvane--ChannelPanel { border: 2px solid #e03030; }" : QString());
+    showTally();
     retranslateUi();
+}
+
+void ChannelPanel::setOnPreview(bool onPreview)
+{
+    if (m_onPreview == onPreview)
+        return;
+    m_onPreview = onPreview;
+    setProperty("onPreview", onPreview);
+    showTally();
+}
+
+void ChannelPanel::showTally()
+{
+    // The tally colours: red on program, green on preview (red wins when both).
+    setStyleSheet(m_onProgram   ? "selvane--ChannelPanel { border: 2px solid #e03030; }"
+                  : m_onPreview ? "selvane--ChannelPanel { border: 2px solid #2eb84d; }"
+                                : QString());
 }
 
 void ChannelPanel::setError(const QString &message)

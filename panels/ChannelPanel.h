@@ -5,8 +5,8 @@
 // (files) and Take. It holds no media state of its own: it shows the engine's ChannelStats and
 // asks the window (signals) for every action. GUI thread only.
 //
-// Emits: chooseSourceRequested, clearRequested, takeRequested, pauseRequested(bool pause),
-// loopRequested(bool loop), seekRequested(ms).
+// Emits: chooseSourceRequested, clearRequested, takeRequested, previewRequested,
+// pauseRequested(bool pause), loopRequested(bool loop), seekRequested(ms).
 
 #include "engine/EngineTypes.h"
 
@@ -34,6 +34,8 @@ public:
     void showStats(const ChannelStats &stats);
     void setOnProgram(bool onProgram);
     bool isOnProgram() const { return m_onProgram; }
+    void setOnPreview(bool onPreview);
+    bool isOnPreview() const { return m_onPreview; }
     // The last error reported for the channel; cleared by a new source.
     void setError(const QString &message);
     QString stateText() const;
@@ -42,6 +44,8 @@ signals:
     void chooseSourceRequested();
     void clearRequested();
     void takeRequested();
+    // The operator clicked the picture: this channel to the preview bus.
+    void previewRequested();
     void pauseRequested(bool pause);
     void loopRequested(bool loop);
     void seekRequested(qint64 positionMs);
@@ -52,10 +56,12 @@ protected:
 private:
     void retranslateUi();
     void showState();
+    void showTally();
     static QString timeText(qint64 ms);
 
     int m_channel = 0;
     bool m_onProgram = false;
+    bool m_onPreview = false;
     ChannelStats m_stats;
     QString m_error;
     qint64 m_positionMs = 0;

@@ -1,7 +1,7 @@
 #include "panels/PreviewCanvas.h"
-#include "engine/OverlayDrawing.h"
 
 #include "engine/Engine.h"
+#include "engine/OverlayDrawing.h"
 #include "panels/ProgramPreview.h"
 
 #include <QEvent>
@@ -298,7 +298,8 @@ void PreviewCanvas::paintEvent(QPaintEvent *)
     }
     // The stroke under the pen, until the program shows it.
     if (m_drawing && m_mode == Mode::Pen && !m_stroke.points.isEmpty()) {
-        const double scale = m_preview->pictureRect().height() / OverlayDrawing::sceneSize().height();
+        const double scale =
+            m_preview->pictureRect().height() / OverlayDrawing::sceneSize().height();
         painter.setPen(QPen(m_penColour, std::max(1.0, m_penWidth * scale), Qt::SolidLine,
                             Qt::RoundCap, Qt::RoundJoin));
         QPainterPath path(toWidget(m_stroke.points.first()));

@@ -1,6 +1,6 @@
 #include "panels/SourceDialog.h"
-#include "engine/CaptureSources.h"
 
+#include "engine/CaptureSources.h"
 #include "engine/Engine.h"
 #include "media/StoredSettings.h"
 
@@ -302,7 +302,8 @@ void SourceDialog::refreshCaptures()
     m_captureNotice->setText(
         tr("This session has no X11 display, so nothing can be captured (on Wayland, run "
            "Selvane under XWayland)."));
-    for (const CaptureTarget &target : windows ? CaptureSources::windows() : CaptureSources::displays()) {
+    for (const CaptureTarget &target :
+         windows ? CaptureSources::windows() : CaptureSources::displays()) {
         const QString label = windows ? target.label
                                       : tr("Display %1: %2, %3×%4 at %5,%6")
                                             .arg(target.address.section('=', -1).toInt() + 1)

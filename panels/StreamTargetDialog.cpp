@@ -1,7 +1,7 @@
 #include "panels/StreamTargetDialog.h"
-#include "engine/OutputRules.h"
 
 #include "engine/Engine.h"
+#include "engine/OutputRules.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -1,7 +1,7 @@
 #include "panels/TextEffectDialog.h"
-#include "engine/OverlayDrawing.h"
 
 #include "engine/Engine.h"
+#include "engine/OverlayDrawing.h"
 #include "panels/BoundedTextEdit.h"
 #include "panels/TextPreviewWidget.h"
 

@@ -1,7 +1,7 @@
 #include "panels/TextPreviewWidget.h"
-#include "engine/OverlayDrawing.h"
 
 #include "engine/Engine.h"
+#include "engine/OverlayDrawing.h"
 
 #include <QEvent>
 #include <QFontMetricsF>

@@ -4,6 +4,7 @@
 
 #include "TestSupport.h"
 #include "input/SourceTimeline.h"
+#include "media/FrameConvert.h"
 #include "media/FramePool.h"
 #include "media/FrameSizes.h"
 #include "media/PlaneShrink.h"
@@ -57,6 +58,18 @@ private slots:
                     }
             }
         }
+        // Into an image whose width is no multiple of the converter's step (1280 / 3 = 426):
+        // the colours come through and nothing is written past the image (ASan would say).
+        FrameWriter grey = pool.acquire();
+        grey.prepareI420(1280, 720);
+        std::memset(grey.bits(), 126, std::size_t(grey->pixels.size()));
+        std::memset(grey.plane(1), 128, std::size_t(grey->planeStride(1) * 360 * 2));
+        ffsupport::SwsPtr context;
+        selvane::ShrunkPlanes scratch;
+        QImage image;
+        QVERIFY(selvane::shrinkToImage(context, scratch, *std::move(grey).publish(), 3, image));
+        QCOMPARE(image.size(), QSize(426, 240));
+        QVERIFY(std::abs(qGray(image.pixel(425, 239)) - 128) < 4);
         FrameWriter tiny = pool.acquire();
         tiny.prepareI420(3, 3);
         selvane::ShrunkPlanes shrunk;

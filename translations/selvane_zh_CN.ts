@@ -27,54 +27,54 @@
 <context>
     <name>MainWindow</name>
     <message>
-        <location filename="../app/MainWindow.cpp" line="190"/>
+        <location filename="../app/MainWindow.cpp" line="237"/>
         <source>Channel %1: %2</source>
         <translation>通道 %1：%2</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="319"/>
+        <location filename="../app/MainWindow.cpp" line="373"/>
         <source>Schedule: Undo</source>
         <translation>节目编排：撤销</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="320"/>
+        <location filename="../app/MainWindow.cpp" line="374"/>
         <source>Schedule: Redo</source>
         <translation>节目编排：重做</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="336"/>
-        <location filename="../app/MainWindow.cpp" line="342"/>
-        <location filename="../app/MainWindow.cpp" line="354"/>
+        <location filename="../app/MainWindow.cpp" line="390"/>
+        <location filename="../app/MainWindow.cpp" line="396"/>
+        <location filename="../app/MainWindow.cpp" line="408"/>
         <source>Export Drawing</source>
         <translation>导出涂鸦</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="337"/>
+        <location filename="../app/MainWindow.cpp" line="391"/>
         <source>There is no drawing to export yet. Draw on the program preview with View -&gt; Drawing Tools.</source>
         <translation>还没有可导出的涂鸦。请通过“视图 -&gt; 涂鸦工具”在节目预览上绘制。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="343"/>
+        <location filename="../app/MainWindow.cpp" line="397"/>
         <source>PNG image (*.png)</source>
         <translation>PNG 图片 (*.png)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="355"/>
+        <location filename="../app/MainWindow.cpp" line="409"/>
         <source>Unable to write the file.</source>
         <translation>无法写入文件。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="358"/>
+        <location filename="../app/MainWindow.cpp" line="412"/>
         <source>Drawing exported to %1</source>
         <translation>涂鸦已导出到 %1</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="617"/>
+        <location filename="../app/MainWindow.cpp" line="676"/>
         <source>About Selvane</source>
         <translation>关于 Selvane</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="438"/>
+        <location filename="../app/MainWindow.cpp" line="495"/>
         <source>The recording failed: %1
 
 The streams go on. A new file is tried every second and the recording goes on there as soon as writing works.</source>
@@ -83,42 +83,42 @@ The streams go on. A new file is tried every second and the recording goes on th
 推流继续进行。每秒会尝试一个新文件，一旦可以写入，录制就在新文件中继续。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="462"/>
+        <location filename="../app/MainWindow.cpp" line="521"/>
         <source>Source</source>
         <translation>输入源</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="480"/>
+        <location filename="../app/MainWindow.cpp" line="539"/>
         <source>Output</source>
         <translation>输出</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="500"/>
+        <location filename="../app/MainWindow.cpp" line="559"/>
         <source>Stream %1 expects a %2:// URL.</source>
         <translation>推流 %1 需要 %2:// 地址。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="573"/>
+        <location filename="../app/MainWindow.cpp" line="632"/>
         <source>Outputs are running</source>
         <translation>输出正在运行</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="574"/>
+        <location filename="../app/MainWindow.cpp" line="633"/>
         <source>Recording or streaming is running. Stop the outputs and close Selvane?</source>
         <translation>录制或推流正在进行。要停止输出并关闭 Selvane 吗？</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="612"/>
+        <location filename="../app/MainWindow.cpp" line="671"/>
         <source>Output Folder</source>
         <translation>输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="612"/>
+        <location filename="../app/MainWindow.cpp" line="671"/>
         <source>Unable to open the output folder.</source>
         <translation>无法打开输出文件夹。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="618"/>
+        <location filename="../app/MainWindow.cpp" line="677"/>
         <source>Selvane %1
 Live video mixer: four input channels, overlays, audio mixing, recording and live streaming.</source>
         <translation>Selvane %1
@@ -278,17 +278,17 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>ProgramArrangement</name>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="113"/>
+        <location filename="../cli/CommandLine.cpp" line="119"/>
         <source>Unable to open the file.</source>
         <translation>无法打开文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="137"/>
+        <location filename="../cli/CommandLine.cpp" line="143"/>
         <source>Schedule check passed: %1 base clip(s), %2 overlay clip(s).</source>
         <translation>节目编排检查通过：%1 个基础片段，%2 个叠加片段。</translation>
     </message>
     <message>
-        <location filename="../schedule/ScheduleRunner.cpp" line="69"/>
+        <location filename="../schedule/ScheduleRunner.cpp" line="70"/>
         <source>Add at least one valid base clip.</source>
         <translation>请至少添加一个有效的基础片段。</translation>
     </message>
@@ -296,203 +296,208 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>arrangement</name>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="79"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="81"/>
         <source>Base clip %1: channel %2 does not exist; channel %3 plays instead.</source>
         <translation>基础片段 %1：通道 %2 不存在，改为播放通道 %3。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="134"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="98"/>
+        <source>Base clip %1: %2; it cuts instead.</source>
+        <translation>基础片段 %1：%2；改为直接切换。</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="145"/>
         <source>an object is not closed: expected &quot;,&quot; or &quot;}&quot;</source>
         <translation>对象未闭合：应为 &quot;,&quot; 或 &quot;}&quot;</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="136"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="147"/>
         <source>expected &quot;:&quot; after a key</source>
         <translation>键后应为 &quot;:&quot;</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="138"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="149"/>
         <source>a list is not closed: expected &quot;,&quot; or &quot;]&quot;</source>
         <translation>列表未闭合：应为 &quot;,&quot; 或 &quot;]&quot;</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="140"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="151"/>
         <source>expected &quot;,&quot; between two values</source>
         <translation>两个值之间应为 &quot;,&quot;</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="142"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="153"/>
         <source>expected a value: a string, a number, an object, a list, true, false or null</source>
         <translation>应为一个值：字符串、数字、对象、列表、true、false 或 null</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="144"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="155"/>
         <source>the text ends in the middle of a number</source>
         <translation>文本在数字中间结束</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="146"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="157"/>
         <source>a number that cannot be read</source>
         <translation>无法读取的数字</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="148"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="159"/>
         <source>an escape sequence JSON does not have</source>
         <translation>JSON 中不存在的转义序列</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="150"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="161"/>
         <source>text that is not UTF-8</source>
         <translation>不是 UTF-8 的文本</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="152"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="163"/>
         <source>a string is not closed: expected &quot;</source>
         <translation>字符串未闭合：应为 &quot;</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="154"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="165"/>
         <source>expected an object ({...}) at the top</source>
         <translation>顶层应为一个对象（{...}）</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="156"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="167"/>
         <source>objects and lists nested too deep</source>
         <translation>对象和列表嵌套过深</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="158"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="169"/>
         <source>the document is too large</source>
         <translation>文档过大</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="160"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="171"/>
         <source>more text after the end of the document</source>
         <translation>文档结束后还有多余的文本</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="162"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="173"/>
         <source>not JSON</source>
         <translation>不是 JSON</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="171"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="182"/>
         <source>the file is empty: expected a schedule document ({...})</source>
         <translation>文件为空：应为节目编排文档（{...}）</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="178"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="189"/>
         <source>line %1, column %2: %3</source>
         <translation>第 %1 行，第 %2 列：%3</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="183"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="194"/>
         <source> (the text ends there: is the file cut short?)</source>
         <translation>（文本在此结束：文件是否被截断？）</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="193"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="204"/>
         <source>Base clip %1 shows channel %2, which has no source.</source>
         <translation>基础片段 %1 显示通道 %2，但该通道没有信号源。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="266"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="279"/>
         <source>line 1, column 1: expected an object ({...}) at the top</source>
         <translation>第 1 行，第 1 列：顶层应为一个对象（{...}）</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="272"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="285"/>
         <source>not a Selvane schedule file (its &quot;format&quot; is not &quot;%1&quot;)</source>
         <translation>不是有效的节目编排文件（其 &quot;format&quot; 不是 &quot;%1&quot;）</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="292"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="305"/>
         <source>Invalid Schedule</source>
         <translation>无效的节目编排</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="295"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="308"/>
         <source>Missing Media</source>
         <translation>媒体缺失</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="315"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="328"/>
         <source>Every base clip needs an ID.</source>
         <translation>每个基础片段都需要 ID。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="317"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="330"/>
         <source>Duplicate base clip ID: %1</source>
         <translation>基础片段 ID 重复：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="320"/>
-        <location filename="../schedule/ProgramArrangement.cpp" line="339"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="333"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="352"/>
         <source>End time must be later than start time.</source>
         <translation>结束时间必须晚于开始时间。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="322"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="335"/>
         <source>Select an image directory.</source>
         <translation>请选择图片目录。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="324"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="337"/>
         <source>Select a video for the channel.</source>
         <translation>请为通道选择视频。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="326"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="339"/>
         <source>Base video was not found: %1</source>
         <translation>找不到基础视频：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="329"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="342"/>
         <source>Image directory was not found: %1</source>
         <translation>找不到图片目录：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="334"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="347"/>
         <source>Every overlay clip needs an ID.</source>
         <translation>每个叠加片段都需要 ID。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="336"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="349"/>
         <source>Duplicate overlay clip ID: %1</source>
         <translation>叠加片段 ID 重复：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="341"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="354"/>
         <source>Overlay text cannot be empty.</source>
         <translation>叠加文字不能为空。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="343"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="356"/>
         <source>Overlay clip %1: its text has %2 characters; a text holds at most %3.</source>
         <translation>叠加片段 %1：文本有 %2 个字符；文本最多 %3 个字符。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="349"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="362"/>
         <source>Select an overlay image file.</source>
         <translation>请选择叠加图片文件。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="351"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="364"/>
         <source>Overlay image was not found: %1</source>
         <translation>找不到叠加图片：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="353"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="366"/>
         <source>Select an overlay video.</source>
         <translation>请选择叠加视频。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="355"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="368"/>
         <source>Overlay video was not found: %1</source>
         <translation>找不到叠加视频：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="358"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="371"/>
         <source>Add at least one valid base clip.</source>
         <translation>请至少添加一个有效的基础片段。</translation>
     </message>
@@ -500,252 +505,262 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane</name>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="29"/>
+        <location filename="../cli/CommandLine.cpp" line="30"/>
         <source>Selvane live video mixer. Without options the mixer window opens.</source>
         <translation>Selvane 直播视频混合器。不带选项时打开混合器窗口。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="32"/>
+        <location filename="../cli/CommandLine.cpp" line="33"/>
         <source>Run the engine without a window (no instance lock).</source>
         <translation>无窗口运行引擎（不占用单实例锁）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="34"/>
+        <location filename="../cli/CommandLine.cpp" line="35"/>
         <source>Play this program schedule (JSON) into the outputs.</source>
         <translation>将此节目编排（JSON）播出到输出。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="39"/>
+        <location filename="../cli/CommandLine.cpp" line="41"/>
+        <source>How the schedule&apos;s channel clips without a transition of their own come on air: cut, mix, wipe or dip, with :MS for its length (default 1000), e.g. mix:500. Default: cut.</source>
+        <translation>排程中未自带转场的通道片段上节目的方式：cut、mix、wipe 或 dip，可加 :毫秒 指定时长（默认 1000），例如 mix:500。默认：cut。</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="45"/>
         <source>Run the built-in demo: test signals, a schedule, a ticker and an image overlay (no files needed).</source>
         <translation>运行内置演示：测试信号、节目编排、滚动字幕和图片叠加（无需任何文件）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="42"/>
+        <location filename="../cli/CommandLine.cpp" line="48"/>
         <source>Load a source into input channel N (1-4): a file path, a network URL, a capture address or lavfi://GRAPH. Repeatable.</source>
         <translation>为输入通道 N（1-4）加载信号源：文件路径、网络地址、采集地址或 lavfi://GRAPH。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="46"/>
+        <location filename="../cli/CommandLine.cpp" line="52"/>
         <source>Give channel N (1-4) the sound of this microphone (a PulseAudio source by name or description) instead of its own. Repeatable.</source>
         <translation>让通道 N（1-4）使用此麦克风（按名称或描述指定的 PulseAudio 源）的声音代替其自身声音。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="49"/>
+        <location filename="../cli/CommandLine.cpp" line="55"/>
         <source>Channel (1-4) that forms the program picture. Default 1.</source>
         <translation>构成节目画面的通道（1-4），默认 1。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="51"/>
+        <location filename="../cli/CommandLine.cpp" line="57"/>
         <source>Stop after this many seconds (default: until Ctrl+C).</source>
         <translation>运行指定秒数后停止（默认：直到 Ctrl+C）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="53"/>
+        <location filename="../cli/CommandLine.cpp" line="59"/>
         <source>Window: start the recording and streams of the show at once (without --headless they wait for the Start button).</source>
         <translation>窗口模式：立即开始节目的录制与推流（不加此项时等待按下“开始输出”）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="56"/>
+        <location filename="../cli/CommandLine.cpp" line="62"/>
         <source>Preview (speaker) volume of channel N, linear, e.g. 1=0.5. Repeatable.</source>
         <translation>通道 N 的预览（扬声器）音量，线性，例如 1=0.5。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="59"/>
+        <location filename="../cli/CommandLine.cpp" line="65"/>
         <source>Volume of the program channel in the program mix, linear (default 1).</source>
         <translation>节目通道在节目混音中的音量，线性（默认 1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="62"/>
+        <location filename="../cli/CommandLine.cpp" line="68"/>
         <source>Program bus gain for recording and streaming, in percent (default 100).</source>
         <translation>录制与推流的节目总线增益，百分比（默认 100）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="65"/>
+        <location filename="../cli/CommandLine.cpp" line="71"/>
         <source>Show a scrolling ticker with these words. Repeatable.</source>
         <translation>显示滚动字幕。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="67"/>
+        <location filename="../cli/CommandLine.cpp" line="73"/>
         <source>Show a picture in the rectangle x,y,w,h of the 640x360 scene. Repeatable.</source>
         <translation>在 640x360 场景的矩形 x,y,w,h 中显示图片。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="70"/>
+        <location filename="../cli/CommandLine.cpp" line="76"/>
         <source>Play a video (looping) in the rectangle x,y,w,h of the 640x360 scene. Repeatable.</source>
         <translation>在 640x360 场景的矩形 x,y,w,h 中循环播放视频。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="74"/>
+        <location filename="../cli/CommandLine.cpp" line="80"/>
         <source>Record the program to this file (MP4, MKV, MOV, TS ...).</source>
         <translation>将节目录制到此文件（MP4、MKV、MOV、TS……）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="76"/>
+        <location filename="../cli/CommandLine.cpp" line="82"/>
         <source>Start a new recording file at a keyframe after this many minutes.</source>
         <translation>录制满指定分钟后在关键帧处开始新文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="80"/>
+        <location filename="../cli/CommandLine.cpp" line="86"/>
         <source>Start a new recording file at a keyframe once a file reaches this many GiB.</source>
         <translation>文件达到指定 GiB 后在关键帧处开始新文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="82"/>
+        <location filename="../cli/CommandLine.cpp" line="88"/>
         <source>Publish the program to this URL (rtmp://, rtmps://, srt://, udp:// ...); #FORMAT picks the container (flv, mpegts). Repeatable.</source>
         <translation>将节目推流到此地址（rtmp://、rtmps://、srt://、udp://……）；#FORMAT 指定封装格式（flv、mpegts）。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="86"/>
+        <location filename="../cli/CommandLine.cpp" line="92"/>
         <source>Output size, e.g. 1280x720 (default: same as the program).</source>
         <translation>输出尺寸，例如 1280x720（默认：与节目相同）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="87"/>
+        <location filename="../cli/CommandLine.cpp" line="93"/>
         <source>Output frame rate: 30 or 60 (default 30).</source>
         <translation>输出帧率：30 或 60（默认 30）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="88"/>
+        <location filename="../cli/CommandLine.cpp" line="94"/>
         <source>Video bitrate in kbit/s (default: automatic).</source>
         <translation>视频码率，kbit/s（默认：自动）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="90"/>
+        <location filename="../cli/CommandLine.cpp" line="96"/>
         <source>Video encoder: auto, hardware or software (default auto).</source>
         <translation>视频编码器：auto、hardware 或 software（默认 auto）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="92"/>
+        <location filename="../cli/CommandLine.cpp" line="98"/>
         <source>Quality preset: performance, balanced or quality (default balanced).</source>
         <translation>质量预设：performance、balanced 或 quality（默认 balanced）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="95"/>
+        <location filename="../cli/CommandLine.cpp" line="101"/>
         <source>Serve the remote control API (HTTP and WebSocket) on this port.</source>
         <translation>在此端口上提供远程控制 API（HTTP 和 WebSocket）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="98"/>
+        <location filename="../cli/CommandLine.cpp" line="104"/>
         <source>Address the remote control listens on (default 127.0.0.1).</source>
         <translation>远程控制监听的地址（默认 127.0.0.1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="186"/>
+        <location filename="../cli/CommandLine.cpp" line="192"/>
         <source>--record expects a file path</source>
         <translation>--record 需要文件路径</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="196"/>
+        <location filename="../cli/CommandLine.cpp" line="202"/>
         <source>--%1 expects a positive number, got &quot;%2&quot;</source>
         <translation>--%1 需要正数，收到 &quot;%2&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="207"/>
+        <location filename="../cli/CommandLine.cpp" line="213"/>
         <source>segment limits need --record</source>
         <translation>分段限制需要 --record</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="225"/>
+        <location filename="../cli/CommandLine.cpp" line="231"/>
         <source>--size expects an even width and height, got &quot;%1&quot;</source>
         <translation>--size 的宽和高必须是偶数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="323"/>
+        <location filename="../cli/CommandLine.cpp" line="329"/>
         <source>--control-port expects a port from 1 to 65535, got &quot;%1&quot;</source>
         <translation>--control-port 需要 1 到 65535 之间的端口，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="332"/>
+        <location filename="../cli/CommandLine.cpp" line="338"/>
         <source>--control-bind expects an IP address such as 127.0.0.1 or ::1, got &quot;%1&quot;</source>
         <translation>--control-bind 需要 IP 地址（如 127.0.0.1 或 ::1），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="360"/>
+        <location filename="../cli/CommandLine.cpp" line="366"/>
         <source>overlay &quot;%1&quot;: &quot;%2&quot; is not a file that can be read</source>
         <translation>叠加 &quot;%1&quot;：&quot;%2&quot; 不是可读取的文件</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="36"/>
+        <location filename="../cli/CommandLine.cpp" line="37"/>
         <source>Validate a program schedule and print it in the current format; with --channel options, warn of clips whose channel has no source.</source>
         <translation>校验节目编排并以当前格式输出；配合 --channel 选项时，对通道没有信号源的片段给出警告。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="219"/>
+        <location filename="../cli/CommandLine.cpp" line="225"/>
         <source>--size expects WIDTHxHEIGHT, got &quot;%1&quot;</source>
         <translation>--size 需要 宽x高，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="233"/>
+        <location filename="../cli/CommandLine.cpp" line="239"/>
         <source>--fps expects 30 or 60, got &quot;%1&quot;</source>
         <translation>--fps 需要 30 或 60，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="242"/>
+        <location filename="../cli/CommandLine.cpp" line="248"/>
         <source>--bitrate expects kbit/s from 100 to 400000, got &quot;%1&quot;</source>
         <translation>--bitrate 需要 100 到 400000 之间的 kbit/s，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="251"/>
+        <location filename="../cli/CommandLine.cpp" line="257"/>
         <source>--encoder expects auto, hardware or software, got &quot;%1&quot;</source>
         <translation>--encoder 需要 auto、hardware 或 software，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="261"/>
+        <location filename="../cli/CommandLine.cpp" line="267"/>
         <source>--preset expects performance, balanced or quality, got &quot;%1&quot;</source>
         <translation>--preset 需要 performance、balanced 或 quality，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="290"/>
+        <location filename="../cli/CommandLine.cpp" line="296"/>
         <source>--volume expects N=V with N from 1 to 4 and V from 0 to 4, got &quot;%1&quot;</source>
         <translation>--volume 需要 N=V（N 为 1 到 4，V 为 0 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="300"/>
+        <location filename="../cli/CommandLine.cpp" line="306"/>
         <source>--program-volume expects a number from 0 to 4, got &quot;%1&quot;</source>
         <translation>--program-volume 需要 0 到 4 之间的数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="309"/>
+        <location filename="../cli/CommandLine.cpp" line="315"/>
         <source>--gain expects a percentage from 0 to 1000, got &quot;%1&quot;</source>
         <translation>--gain 需要 0 到 1000 之间的百分比，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="368"/>
+        <location filename="../cli/CommandLine.cpp" line="374"/>
         <source>at most %1 image and video overlays</source>
         <translation>图片与视频叠加最多 %1 个</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="389"/>
+        <location filename="../cli/CommandLine.cpp" line="395"/>
         <source>--channel expects N=ADDRESS with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--channel 需要 N=地址（N 为 1 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="400"/>
+        <location filename="../cli/CommandLine.cpp" line="406"/>
         <source>--microphone expects N=NAME with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--microphone 需要 N=名称，N 为 1 到 4，收到的是“%1”</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="411"/>
+        <location filename="../cli/CommandLine.cpp" line="417"/>
         <source>--base expects a channel from 1 to 4, got &quot;%1&quot;</source>
         <translation>--base 需要 1 到 4 的通道，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="420"/>
+        <location filename="../cli/CommandLine.cpp" line="426"/>
         <source>--duration expects a positive number of seconds, got &quot;%1&quot;</source>
         <translation>--duration 需要正的秒数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="431"/>
+        <location filename="../cli/CommandLine.cpp" line="440"/>
+        <source>--transition: %1, got &quot;%2&quot;</source>
+        <translation>--transition：%1，收到的是“%2”</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="446"/>
         <source>--demo brings its own schedule; leave out --schedule</source>
         <translation>--demo 自带节目编排；请去掉 --schedule</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="444"/>
+        <location filename="../cli/CommandLine.cpp" line="459"/>
         <source>--headless needs at least one --channel</source>
         <translation>--headless 至少需要一个 --channel</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="448"/>
+        <location filename="../cli/CommandLine.cpp" line="463"/>
         <source>the base channel %1 has no source</source>
         <translation>基础通道 %1 没有信号源</translation>
     </message>
@@ -1153,148 +1168,148 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::ChannelPanel</name>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="175"/>
-        <location filename="../panels/ChannelPanel.cpp" line="269"/>
+        <location filename="../panels/ChannelPanel.cpp" line="202"/>
+        <location filename="../panels/ChannelPanel.cpp" line="296"/>
         <source>(no source)</source>
         <translation>（无源）</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="198"/>
+        <location filename="../panels/ChannelPanel.cpp" line="225"/>
         <source>LIVE</source>
         <translation>直播</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="206"/>
+        <location filename="../panels/ChannelPanel.cpp" line="233"/>
         <source>idle</source>
         <translation>空闲</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="208"/>
+        <location filename="../panels/ChannelPanel.cpp" line="235"/>
         <source>connecting</source>
         <translation>连接中</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="210"/>
+        <location filename="../panels/ChannelPanel.cpp" line="237"/>
         <source>live</source>
         <translation>直播中</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="210"/>
+        <location filename="../panels/ChannelPanel.cpp" line="237"/>
         <source>playing</source>
         <translation>播放中</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="212"/>
+        <location filename="../panels/ChannelPanel.cpp" line="239"/>
         <source>paused</source>
         <translation>已暂停</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="214"/>
+        <location filename="../panels/ChannelPanel.cpp" line="241"/>
         <source>ended</source>
         <translation>已结束</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="216"/>
+        <location filename="../panels/ChannelPanel.cpp" line="243"/>
         <source>error</source>
         <translation>错误</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="216"/>
+        <location filename="../panels/ChannelPanel.cpp" line="243"/>
         <source>error: %1</source>
         <translation>错误：%1</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="218"/>
+        <location filename="../panels/ChannelPanel.cpp" line="245"/>
         <source>reconnecting</source>
         <translation>重连中</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="218"/>
+        <location filename="../panels/ChannelPanel.cpp" line="245"/>
         <source>reconnecting: %1</source>
         <translation>重连中：%1</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="229"/>
+        <location filename="../panels/ChannelPanel.cpp" line="256"/>
         <source>Channel %1 state</source>
         <translation>通道 %1 状态</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="253"/>
+        <location filename="../panels/ChannelPanel.cpp" line="280"/>
         <source>&lt;b&gt;%1&lt;/b&gt;  PROGRAM</source>
         <translation>&lt;b&gt;%1&lt;/b&gt;  节目</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="253"/>
+        <location filename="../panels/ChannelPanel.cpp" line="280"/>
         <source>&lt;b&gt;%1&lt;/b&gt;</source>
         <translation>&lt;b&gt;%1&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="254"/>
+        <location filename="../panels/ChannelPanel.cpp" line="281"/>
         <source>Source…</source>
         <translation>选择源…</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="255"/>
+        <location filename="../panels/ChannelPanel.cpp" line="282"/>
         <source>Choose what channel %1 plays</source>
         <translation>选择通道 %1 播放的内容</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="256"/>
+        <location filename="../panels/ChannelPanel.cpp" line="283"/>
         <source>Clear</source>
         <translation>清除</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="257"/>
+        <location filename="../panels/ChannelPanel.cpp" line="284"/>
         <source>Take</source>
         <translation>切入</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="258"/>
+        <location filename="../panels/ChannelPanel.cpp" line="285"/>
         <source>Put channel %1 on the program (key %1)</source>
         <translation>将通道 %1 切入节目（按键 %1）</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="259"/>
+        <location filename="../panels/ChannelPanel.cpp" line="286"/>
         <source>Pause</source>
         <translation>暂停</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="260"/>
+        <location filename="../panels/ChannelPanel.cpp" line="287"/>
         <source>Pause channel %1</source>
         <translation>暂停通道 %1</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="261"/>
+        <location filename="../panels/ChannelPanel.cpp" line="288"/>
         <source>Loop</source>
         <translation>循环</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="262"/>
+        <location filename="../panels/ChannelPanel.cpp" line="289"/>
         <source>Loop channel %1</source>
         <translation>循环通道 %1</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="263"/>
+        <location filename="../panels/ChannelPanel.cpp" line="290"/>
         <source>Channel %1 position</source>
         <translation>通道 %1 播放位置</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="264"/>
+        <location filename="../panels/ChannelPanel.cpp" line="291"/>
         <source>Channel %1 time</source>
         <translation>通道 %1 时间</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="265"/>
+        <location filename="../panels/ChannelPanel.cpp" line="292"/>
         <source>Channel %1 source</source>
         <translation>通道 %1 源</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="266"/>
+        <location filename="../panels/ChannelPanel.cpp" line="293"/>
         <source>Channel %1 picture</source>
         <translation>通道 %1 画面</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="267"/>
+        <location filename="../panels/ChannelPanel.cpp" line="294"/>
         <source>Channel %1 title</source>
         <translation>通道 %1 标题</translation>
     </message>
@@ -2279,9 +2294,103 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
     </message>
 </context>
 <context>
+    <name>selvane::ProductionPanel</name>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="235"/>
+        <source>Preview: Channel %1</source>
+        <translation>预监：通道 %1</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="236"/>
+        <source>Preview: none (click a channel&apos;s picture)</source>
+        <translation>预监：无（点击通道画面）</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="240"/>
+        <location filename="../panels/ProductionPanel.cpp" line="251"/>
+        <source>Cut</source>
+        <translation>切换</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="240"/>
+        <source>Mix</source>
+        <translation>叠化</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="240"/>
+        <source>Wipe</source>
+        <translation>划像</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="240"/>
+        <source>Dip to colour</source>
+        <translation>经色场过渡</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="244"/>
+        <source>Left to right</source>
+        <translation>从左到右</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="244"/>
+        <source>Right to left</source>
+        <translation>从右到左</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="244"/>
+        <source>Top down</source>
+        <translation>从上到下</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="244"/>
+        <source>Bottom up</source>
+        <translation>从下到上</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="246"/>
+        <source>Transition</source>
+        <translation>转场</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="247"/>
+        <source>Duration</source>
+        <translation>时长</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="248"/>
+        <source> ms</source>
+        <translation> 毫秒</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="249"/>
+        <source>Direct takes use the transition</source>
+        <translation>直接切换也使用转场</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="250"/>
+        <source>Take</source>
+        <translation>上节目</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="252"/>
+        <source>FTB</source>
+        <translation>淡出黑场</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="253"/>
+        <source>Fade to black, and back</source>
+        <translation>淡出到黑场，再次按下恢复</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="254"/>
+        <source>T-bar</source>
+        <translation>推杆</translation>
+    </message>
+</context>
+<context>
     <name>selvane::ProgramPreview</name>
     <message>
-        <location filename="../panels/ProgramPreview.cpp" line="148"/>
+        <location filename="../panels/ProgramPreview.cpp" line="167"/>
         <source>No signal</source>
         <translation>无信号</translation>
     </message>
@@ -3823,92 +3932,112 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::WindowMenus</name>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="61"/>
+        <location filename="../app/WindowMenus.cpp" line="76"/>
         <source>&amp;File</source>
         <translation>文件(&amp;F)</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="62"/>
+        <location filename="../app/WindowMenus.cpp" line="77"/>
         <source>Export Drawing...</source>
         <translation>导出涂鸦...</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="63"/>
+        <location filename="../app/WindowMenus.cpp" line="78"/>
         <source>Open Output Folder</source>
         <translation>打开输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="64"/>
+        <location filename="../app/WindowMenus.cpp" line="79"/>
         <source>E&amp;xit</source>
         <translation>退出(&amp;X)</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="65"/>
+        <location filename="../app/WindowMenus.cpp" line="80"/>
         <source>&amp;Edit</source>
         <translation>编辑(&amp;E)</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="66"/>
+        <location filename="../app/WindowMenus.cpp" line="81"/>
         <source>&amp;Program</source>
         <translation>节目(&amp;P)</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="68"/>
+        <location filename="../app/WindowMenus.cpp" line="83"/>
         <source>Take Channel %1</source>
         <translation>切换到通道 %1</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="69"/>
+        <location filename="../app/WindowMenus.cpp" line="85"/>
+        <source>Preview Channel %1</source>
+        <translation>预监通道 %1</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="86"/>
+        <source>Take Preview</source>
+        <translation>预监上节目</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="87"/>
+        <source>Cut to Preview</source>
+        <translation>直接切到预监</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="88"/>
+        <source>Fade to Black</source>
+        <translation>淡出黑场</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="89"/>
         <source>Start Outputs</source>
         <translation>开始输出</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="70"/>
+        <location filename="../app/WindowMenus.cpp" line="90"/>
         <source>Stop Outputs</source>
         <translation>停止输出</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="71"/>
+        <location filename="../app/WindowMenus.cpp" line="91"/>
         <source>&amp;View</source>
         <translation>视图(&amp;V)</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="72"/>
+        <location filename="../app/WindowMenus.cpp" line="92"/>
         <source>Drawing Tools</source>
         <translation>绘图工具</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="73"/>
+        <location filename="../app/WindowMenus.cpp" line="93"/>
         <source>Reset Workspace Layout</source>
         <translation>重置工作区布局</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="74"/>
+        <location filename="../app/WindowMenus.cpp" line="94"/>
         <source>&amp;Tools</source>
         <translation>工具(&amp;T)</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="75"/>
+        <location filename="../app/WindowMenus.cpp" line="95"/>
         <source>Program Scheduling...</source>
         <translation>节目编排...</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="76"/>
+        <location filename="../app/WindowMenus.cpp" line="96"/>
         <source>Network Proxy...</source>
         <translation>网络代理...</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="77"/>
+        <location filename="../app/WindowMenus.cpp" line="97"/>
         <source>&amp;Help</source>
         <translation>帮助(&amp;H)</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="78"/>
+        <location filename="../app/WindowMenus.cpp" line="98"/>
         <source>Language</source>
         <translation>语言</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="79"/>
+        <location filename="../app/WindowMenus.cpp" line="99"/>
         <source>About Selvane</source>
         <translation>关于 Selvane</translation>
     </message>

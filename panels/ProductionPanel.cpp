@@ -1,0 +1,262 @@
+#include "panels/ProductionPanel.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QEvent>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QSlider>
+#include <QSpinBox>
+#include <QTimer>
+#include <QVBoxLayout>
+
+namespace selvane {
+
+namespace {
+constexpr int kTBarSteps = 1000;
+const QColor kPreviewGreen(0x2e, 0xb8, 0x4d);
+} // namespace
+
+// The preview bus's picture, letterboxed in a green frame; a dark field while there is none.
+class PreviewMonitor : public QWidget
+{
+public:
+    explicit PreviewMonitor(QWidget *parent) : QWidget(parent)
+    {
+        setMinimumSize(192, 108);
+        QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+        policy.setHeightForWidth(true);
+        setSizePolicy(policy);
+        setAttribute(Qt::WA_OpaquePaintEvent);
+    }
+    QSize sizeHint() const override { return {384, 216}; }
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override { return (width - 6) * 9 / 16 + 6; }
+    void setImage(const QImage &image)
+    {
+        m_image = image;
+        update();
+    }
+    QRect pictureRect() const { return rect().adjusted(3, 3, -3, -3); }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        painter.fillRect(rect(), kPreviewGreen);
+        const QRect inside = pictureRect();
+        painter.fillRect(inside, QColor(0x0c, 0x0e, 0x12));
+        if (m_image.isNull())
+            return;
+        QRect target(QPoint(0, 0), m_image.size().scaled(inside.size(), Qt::KeepAspectRatio));
+        target.moveCenter(inside.center());
+        painter.drawImage(target, m_image);
+    }
+
+private:
+    QImage m_image;
+};
+
+ProductionPanel::ProductionPanel(QWidget *parent) : QFrame(parent)
+{
+    setObjectName("productionPanel");
+    setAccessibleName("Production");
+    setFrameShape(QFrame::StyledPanel);
+
+    m_title = new QLabel(this);
+    m_title->setObjectName("previewTitle");
+    m_monitor = new PreviewMonitor(this);
+    m_monitor->setAccessibleName("Preview Monitor");
+
+    m_kindLabel = new QLabel(this);
+    m_kind = new QComboBox(this);
+    m_kind->setAccessibleName("Transition");
+    m_direction = new QComboBox(this);
+    m_direction->setAccessibleName("Wipe Direction");
+    m_durationLabel = new QLabel(this);
+    m_duration = new QSpinBox(this);
+    m_duration->setAccessibleName("Transition Duration");
+    m_duration->setRange(Transition::kMinMs, Transition::kMaxMs);
+    m_duration->setSingleStep(100);
+    m_duration->setValue(Transition::kDefaultMs);
+    m_directTakes = new QCheckBox(this);
+    m_directTakes->setAccessibleName("Direct Takes Use the Transition");
+
+    m_take = new QPushButton(this);
+    m_take->setAccessibleName("Take");
+    m_take->setObjectName("productionTake");
+    m_cut = new QPushButton(this);
+    m_cut->setAccessibleName("Cut");
+    m_fade = new QPushButton(this);
+    m_fade->setAccessibleName("Fade to Black");
+    m_fade->setCheckable(true);
+    m_tbar = new QSlider(Qt::Vertical, this);
+    m_tbar->setAccessibleName("T-Bar");
+    m_tbar->setRange(0, kTBarSteps);
+    m_tbar->setMinimumHeight(90);
+    m_tbarLabel = new QLabel(this);
+    m_tbarLabel->setAlignment(Qt::AlignHCenter);
+
+    auto *settings = new QGridLayout;
+    settings->addWidget(m_kindLabel, 0, 0);
+    settings->addWidget(m_kind, 0, 1);
+    settings->addWidget(m_direction, 1, 1);
+    settings->addWidget(m_durationLabel, 2, 0);
+    settings->addWidget(m_duration, 2, 1);
+    settings->addWidget(m_directTakes, 3, 0, 1, 2);
+    auto *buttons = new QVBoxLayout;
+    buttons->addWidget(m_take);
+    buttons->addWidget(m_cut);
+    buttons->addStretch(1);
+    buttons->addWidget(m_fade);
+    auto *bar = new QVBoxLayout;
+    bar->addWidget(m_tbarLabel);
+    bar->addWidget(m_tbar, 1, Qt::AlignHCenter);
+    auto *controls = new QHBoxLayout;
+    controls->addLayout(settings, 1);
+    controls->addLayout(buttons);
+    controls->addLayout(bar);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(6, 6, 6, 6);
+    layout->addWidget(m_title);
+    layout->addWidget(m_monitor);
+    layout->addLayout(controls);
+    layout->addStretch(1);
+
+    m_blink = new QTimer(this);
+    m_blink->setInterval(500);
+    connect(m_blink, &QTimer::timeout, this, [this] {
+        m_blinkOn = !m_blinkOn;
+        m_fade->setStyleSheet(m_blinkOn ? QStringLiteral("background: #c0392b; color: white;")
+                                        : QString());
+    });
+    connect(m_kind, &QComboBox::activated, this, [this] {
+        showDirection();
+        emitTransition();
+    });
+    connect(m_direction, &QComboBox::activated, this, &ProductionPanel::emitTransition);
+    connect(m_duration, &QSpinBox::editingFinished, this, &ProductionPanel::emitTransition);
+    connect(m_directTakes, &QCheckBox::toggled, this, &ProductionPanel::directTakesChosen);
+    connect(m_tbar, &QSlider::valueChanged, this,
+            [this](int value) { emit tbarMoved(double(value) / kTBarSteps); });
+
+    retranslateUi();
+    showDirection();
+}
+
+void ProductionPanel::useActions(QAction *take, QAction *cut, QAction *fadeToBlack)
+{
+    connect(m_take, &QPushButton::clicked, take, &QAction::trigger);
+    connect(m_cut, &QPushButton::clicked, cut, &QAction::trigger);
+    // The button shows the engine's state (setFadedToBlack), not its own.
+    connect(m_fade, &QPushButton::clicked, this, [this, fadeToBlack] {
+        m_fade->setChecked(m_black);
+        fadeToBlack->trigger();
+    });
+}
+
+void ProductionPanel::setPreviewChannel(int channel)
+{
+    m_previewChannel = channel;
+    if (channel < 0)
+        m_monitor->setImage({});
+    retranslateUi();
+}
+
+void ProductionPanel::setPreviewImage(const QImage &image)
+{
+    if (m_previewChannel >= 0)
+        m_monitor->setImage(image);
+}
+
+QSize ProductionPanel::monitorSize() const
+{
+    return m_monitor->pictureRect().size() * m_monitor->devicePixelRatioF();
+}
+
+void ProductionPanel::setTransition(const Transition &transition)
+{
+    const QSignalBlocker blockKind(m_kind), blockDirection(m_direction), blockMs(m_duration);
+    m_kind->setCurrentIndex(int(transition.kind));
+    m_direction->setCurrentIndex(int(transition.direction));
+    m_duration->setValue(transition.durationMs);
+    showDirection();
+}
+
+void ProductionPanel::setDirectTakes(bool on)
+{
+    const QSignalBlocker block(m_directTakes);
+    m_directTakes->setChecked(on);
+}
+
+void ProductionPanel::setTBar(double position)
+{
+    const QSignalBlocker block(m_tbar);
+    m_tbar->setValue(int(std::lround(position * kTBarSteps)));
+}
+
+void ProductionPanel::setFadedToBlack(bool black)
+{
+    m_black = black;
+    m_fade->setChecked(black);
+    if (black) {
+        m_blink->start();
+    } else {
+        m_blink->stop();
+        m_blinkOn = false;
+        m_fade->setStyleSheet(QString());
+    }
+}
+
+void ProductionPanel::emitTransition()
+{
+    Transition transition;
+    transition.kind = TransitionKind(std::max(0, m_kind->currentIndex()));
+    transition.direction = WipeDirection(std::max(0, m_direction->currentIndex()));
+    transition.durationMs = m_duration->value();
+    emit transitionChosen(transition);
+}
+
+void ProductionPanel::showDirection()
+{
+    m_direction->setVisible(m_kind->currentIndex() == int(TransitionKind::Wipe));
+    m_duration->setEnabled(m_kind->currentIndex() != int(TransitionKind::Cut));
+}
+
+void ProductionPanel::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::LanguageChange)
+        retranslateUi();
+    QFrame::changeEvent(event);
+}
+
+void ProductionPanel::retranslateUi()
+{
+    m_title->setText(m_previewChannel >= 0 ? tr("Preview: Channel %1").arg(m_previewChannel + 1)
+                                           : tr("Preview: none (click a channel's picture)"));
+    const int kind = std::max(0, m_kind->currentIndex());
+    const int direction = std::max(0, m_direction->currentIndex());
+    m_kind->clear();
+    m_kind->addItems({tr("Cut"), tr("Mix"), tr("Wipe"), tr("Dip to colour")});
+    m_kind->setCurrentIndex(kind);
+    m_direction->clear();
+    m_direction->addItems(
+        {tr("Left to right"), tr("Right to left"), tr("Top down"), tr("Bottom up")});
+    m_direction->setCurrentIndex(direction);
+    m_kindLabel->setText(tr("Transition"));
+    m_durationLabel->setText(tr("Duration"));
+    m_duration->setSuffix(tr(" ms"));
+    m_directTakes->setText(tr("Direct takes use the transition"));
+    m_take->setText(tr("Take"));
+    m_cut->setText(tr("Cut"));
+    m_fade->setText(tr("FTB"));
+    m_fade->setToolTip(tr("Fade to black, and back"));
+    m_tbarLabel->setText(tr("T-bar"));
+}
+
+} // namespace selvane

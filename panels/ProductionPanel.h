@@ -1,0 +1,80 @@
+#pragma once
+
+// The production desk beside the program monitor: the preview monitor (the channel on the
+// preview bus, in a green frame), the transition (kind, wipe direction, length, whether direct
+// takes use it), Take and Cut, the T-bar and Fade to Black, which blinks while the program is
+// black. It decides nothing: it shows what the engine says (setters) and asks for every change
+// (signals); the window shares Take, Cut and Fade to Black with the Program menu's actions.
+//
+// GUI thread only. Emits transitionChosen, directTakesChosen, tbarMoved.
+
+#include "media/ProgramBus.h"
+
+#include <QFrame>
+#include <QImage>
+
+class QAction;
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QPushButton;
+class QSlider;
+class QSpinBox;
+class QTimer;
+
+namespace selvane {
+
+class PreviewMonitor;
+
+class ProductionPanel : public QFrame
+{
+    Q_OBJECT
+
+public:
+    explicit ProductionPanel(QWidget *parent = nullptr);
+
+    // The buttons trigger these actions (the window's, with their keys).
+    void useActions(QAction *take, QAction *cut, QAction *fadeToBlack);
+
+    void setPreviewChannel(int channel);
+    void setPreviewImage(const QImage &image);
+    void setTransition(const Transition &transition);
+    void setDirectTakes(bool on);
+    void setTBar(double position);
+    void setFadedToBlack(bool black);
+    // The size pictures for the preview monitor are best made at.
+    QSize monitorSize() const;
+
+signals:
+    void transitionChosen(selvane::Transition transition);
+    void directTakesChosen(bool on);
+    void tbarMoved(double position);
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
+    void retranslateUi();
+    void emitTransition();
+    void showDirection();
+
+    int m_previewChannel = -1;
+    bool m_black = false;
+    bool m_blinkOn = false;
+    PreviewMonitor *m_monitor = nullptr;
+    QLabel *m_title = nullptr;
+    QLabel *m_kindLabel = nullptr;
+    QComboBox *m_kind = nullptr;
+    QComboBox *m_direction = nullptr;
+    QLabel *m_durationLabel = nullptr;
+    QSpinBox *m_duration = nullptr;
+    QCheckBox *m_directTakes = nullptr;
+    QPushButton *m_take = nullptr;
+    QPushButton *m_cut = nullptr;
+    QPushButton *m_fade = nullptr;
+    QSlider *m_tbar = nullptr;
+    QLabel *m_tbarLabel = nullptr;
+    QTimer *m_blink = nullptr;
+};
+
+} // namespace selvane

@@ -15,6 +15,7 @@
 #include "panels/DrawingToolBar.h"
 #include "panels/ImagePlaybackPanel.h"
 #include "panels/MediaOverlayPanel.h"
+#include "panels/MultiviewWindow.h"
 #include "panels/OutputFolder.h"
 #include "panels/OutputSettingsPanel.h"
 #include "panels/OutputStatusView.h"
@@ -59,6 +60,7 @@ namespace {
 
 constexpr int kProgramStream = 0;
 constexpr int kPreviewBusStream = 5; // after the four channels' thumbnails
+constexpr int kMultiviewStream = 10; // + the multiview's tile
 constexpr int kStatsIntervalMs = 40; // meters at 25 updates a second
 constexpr int kCloseWaitMs = 15000;  // the longest a close waits for the outputs' trailers
 constexpr int kThumbnailsPerSecond = 5;
@@ -194,26 +196,35 @@ void MainWindow::createCentralArea()
             m_channels[std::size_t(stream - 1)]->setThumbnail(image);
         else if (stream == kPreviewBusStream)
             m_production->setPreviewImage(image);
+        else if (stream >= kMultiviewStream && m_multiview)
+            m_multiview->setImage(stream - kMultiviewStream, image);
     });
 }
 
 void MainWindow::connectEngine()
 {
     if (m_preview->usesGpu()) {
-        connect(m_engine, &Engine::programFrame, this,
-                [this](const FrameTokenPtr &frame, int) { m_preview->showFrame(frame); });
+        connect(m_engine, &Engine::programFrame, this, [this](const FrameTokenPtr &frame, int) {
+            m_preview->showFrame(frame);
+            m_previews->submit(kMultiviewStream + MultiviewWindow::ProgramTile, frame);
+        });
     } else {
         // Straight from the program thread to the scaler: the window thread sees only images.
         PreviewImages *previews = m_previews;
-        m_engine->setProgramPictureTap(
-            [previews](const FrameTokenPtr &frame) { previews->submit(kProgramStream, frame); });
+        m_engine->setProgramPictureTap([previews](const FrameTokenPtr &frame) {
+            previews->submit(kProgramStream, frame);
+            // Nothing is made for the multiview while it is closed (its size is then empty).
+            previews->submit(kMultiviewStream + MultiviewWindow::ProgramTile, frame);
+        });
     }
     connect(m_engine, &Engine::channelPreview, this, [this](int c, const FrameTokenPtr &frame) {
         m_previews->submit(1 + c, frame);
+        m_previews->submit(kMultiviewStream + MultiviewWindow::FirstChannelTile + c, frame);
         if (c == m_engine->previewChannel()) {
             m_previews->setSize(kPreviewBusStream, m_production->monitorSize(),
                                 kThumbnailsPerSecond);
             m_previews->submit(kPreviewBusStream, frame);
+            m_previews->submit(kMultiviewStream + MultiviewWindow::PreviewTile, frame);
         }
     });
     // The production desk shows what the engine says, whoever changed it.
@@ -271,6 +282,7 @@ void MainWindow::createMenus()
     connect(m_menus->cutPreview, &QAction::triggered, m_engine, &Engine::cutToPreview);
     connect(m_menus->fadeToBlack, &QAction::triggered, m_engine, &Engine::toggleFadeToBlack);
     m_production->useActions(m_menus->takePreview, m_menus->cutPreview, m_menus->fadeToBlack);
+    connect(m_menus->multiview, &QAction::toggled, this, &MainWindow::showMultiview);
     connect(m_menus->startOutputs, &QAction::triggered, this, &MainWindow::startOutputs);
     connect(m_menus->stopOutputs, &QAction::triggered, this, &MainWindow::stopOutputs);
     connect(m_menus->exportDrawing, &QAction::triggered, this, &MainWindow::exportDrawing);
@@ -468,6 +480,43 @@ void MainWindow::retranslateUi()
 
 // ---- stats: meters 25 times a second, panels 4 times, the status bar once ----
 
+void MainWindow::showMultiview(bool show)
+{
+    if (!show) {
+        if (m_multiview)
+            m_multiview->close(); // its closed() lets go of its pictures
+        return;
+    }
+    if (!m_multiview) {
+        m_multiview = new MultiviewWindow(this);
+        connect(m_multiview, &MultiviewWindow::tilesResized, this, &MainWindow::sizeMultiview);
+        connect(m_multiview, &MultiviewWindow::closed, this, [this] {
+            for (int t = 0; t < MultiviewWindow::kTiles; ++t)
+                m_previews->setSize(kMultiviewStream + t, {});
+            const QSignalBlocker block(m_menus->multiview);
+            m_menus->multiview->setChecked(false);
+        });
+    }
+    m_multiview->show();
+    m_multiview->raise();
+    sizeMultiview();
+    const EngineStats stats = m_engine->stats();
+    m_multiview->setTally(stats.program.channel, stats.program.preview);
+    for (int c = 0; c < kChannelCount; ++c)
+        m_multiview->setSource(c, stats.channels[std::size_t(c)].source);
+}
+
+void MainWindow::sizeMultiview()
+{
+    if (!m_multiview || !m_multiview->isVisible())
+        return;
+    for (int t = 0; t < MultiviewWindow::kTiles; ++t) {
+        // The program at its own rate, the other pictures as often as the thumbnails.
+        const int rate = t == MultiviewWindow::ProgramTile ? 0 : kThumbnailsPerSecond;
+        m_previews->setSize(kMultiviewStream + t, m_multiview->tileSize(t), rate);
+    }
+}
+
 void MainWindow::refreshStats()
 {
     const EngineStats stats = m_engine->stats();
@@ -481,6 +530,12 @@ void MainWindow::refreshStats()
     for (int c = 0; c < kChannelCount && texts; ++c) {
         ChannelPanel *panel = m_channels[std::size_t(c)];
         panel->showStats(stats.channels[std::size_t(c)]);
+    }
+    if (m_multiview && m_multiview->isVisible()) {
+        m_multiview->setProgramLevel(stats.program.audio.peak, stats.program.audio.rms);
+        m_multiview->setTally(stats.program.channel, stats.program.preview);
+        for (int c = 0; c < kChannelCount && texts; ++c)
+            m_multiview->setSource(c, stats.channels[std::size_t(c)].source);
     }
     const int onAir = stats.program.channel;
     const bool noSource =

@@ -34,6 +34,7 @@ class OutputStatusView;
 class PreviewImages;
 class ProgramPreview;
 class ProductionPanel;
+class MultiviewWindow;
 struct EngineStats;
 struct OutputSettings;
 } // namespace selvane
@@ -112,6 +113,9 @@ private:
     void connectEngine();
     void retranslateUi();
     void refreshStats();
+    // Opens or closes the multiview; its pictures are made only while it is open.
+    void showMultiview(bool show);
+    void sizeMultiview();
     // What the mouse does on the program preview: draw, move overlay frames, or nothing.
     void updateCanvas();
     bool startOutputsWith(const selvane::OutputSettings &settings, bool fromPanel);
@@ -125,6 +129,7 @@ private:
     selvane::PreviewImages *m_previews = nullptr;
     selvane::ProgramPreview *m_preview = nullptr;
     selvane::ProductionPanel *m_production = nullptr;
+    selvane::MultiviewWindow *m_multiview = nullptr;
     std::array<selvane::ChannelPanel *, 4> m_channels{};
     selvane::OutputSettingsPanel *m_outputPanel = nullptr;
     selvane::OutputStatusView *m_outputStatus = nullptr;

@@ -54,6 +54,10 @@ WindowMenus::WindowMenus(QMenuBar *bar, QObject *parent) : QObject(parent)
     drawingTools = view->addAction(QString());
     drawingTools->setCheckable(true);
     resetLayout = view->addAction(QString());
+    multiview = view->addAction(QString());
+    multiview->setObjectName("multiviewAction");
+    multiview->setCheckable(true);
+    multiview->setShortcut(QKeySequence(Qt::Key_F10));
 
     tools = bar->addMenu(QString());
     scheduling = tools->addAction(QString());
@@ -91,6 +95,7 @@ void WindowMenus::retranslate(bool chineseChosen)
     view->setTitle(tr("&View"));
     drawingTools->setText(tr("Drawing Tools"));
     resetLayout->setText(tr("Reset Workspace Layout"));
+    multiview->setText(tr("Multiview"));
     tools->setTitle(tr("&Tools"));
     scheduling->setText(tr("Program Scheduling..."));
     proxy->setText(tr("Network Proxy..."));

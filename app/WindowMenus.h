@@ -3,9 +3,9 @@
 // The main window's menus and their actions: File, Edit (filled by what the window edits),
 // Program (Take Channel 1-4 on keys 1-4, Preview Channel 1-4 on Shift+1-4, Take on Enter, Cut
 // on Space, Fade to Black on Ctrl+B, Start Outputs Ctrl+R, Stop Outputs Ctrl+Shift+R),
-// View, Tools and Help with the language choice. It makes them on the window's menu bar and
-// gives them their keys and words; the window connects what they do and shares the actions
-// with the panels' buttons.
+// View (Drawing Tools, Reset Workspace Layout, Multiview on F10), Tools and Help with the language
+// choice. It makes them on the window's menu bar and gives them their keys and words; the window
+// connects what they do and shares the actions with the panels' buttons.
 //
 // GUI thread only. Emits nothing beyond the actions' own signals.
 
@@ -49,6 +49,7 @@ public:
     QAction *stopOutputs = nullptr;
     QAction *drawingTools = nullptr;
     QAction *resetLayout = nullptr;
+    QAction *multiview = nullptr;
     QAction *scheduling = nullptr;
     QAction *proxy = nullptr;
     QAction *english = nullptr;

@@ -11,6 +11,7 @@
 #include "panels/AudioMixerPanel.h"
 #include "panels/ChannelPanel.h"
 #include "panels/LevelMeter.h"
+#include "panels/MultiviewWindow.h"
 #include "panels/OutputFolder.h"
 #include "panels/OutputSettingsPanel.h"
 #include "panels/ProgramPreview.h"
@@ -358,6 +359,56 @@ private slots:
         QVERIFY2(red.red() > 180 && red.green() < 60, qPrintable(red.name()));
         const QColor black = averageColour(written, -0.3);
         QVERIFY2(qGray(black.rgb()) < 20, qPrintable(black.name()));
+    }
+
+    void multiviewShowsEveryPictureWithItsTally()
+    {
+        MainWindow w;
+        w.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        chooseTestSignal(w, 0, "Bars and tone");
+        chooseTestSignal(w, 1, "Colour");
+        QTRY_VERIFY_WITH_TIMEOUT(w.channelPanel(1)->stateText() == "playing", 10000);
+        w.engine()->setPreviewChannel(1);
+        w.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&w));
+        QTest::keyClick(&w, Qt::Key_F10); // View > Multiview
+        auto *multiview = w.findChild<selvane::MultiviewWindow *>();
+        QVERIFY(multiview && multiview->isVisible());
+        QVERIFY(QTest::qWaitForWindowExposed(multiview));
+        const auto colourAt = [&](int tile, QPoint offset = {}) {
+            return QColor(
+                multiview->grab().toImage().pixel(multiview->tileRect(tile).center() + offset));
+        };
+        const auto red = [](const QColor &c) {
+            return c.red() > 180 && c.green() < 70 && c.blue() < 70;
+        };
+        // Channel 2 (red) on its tile and on the preview's; the bars on program's and 1's.
+        const int channel2 = selvane::MultiviewWindow::FirstChannelTile + 1;
+        QTRY_VERIFY_WITH_TIMEOUT(red(colourAt(channel2)), 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(red(colourAt(selvane::MultiviewWindow::PreviewTile)), 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            !red(colourAt(selvane::MultiviewWindow::ProgramTile, {0, -40})) &&
+                qGray(colourAt(selvane::MultiviewWindow::ProgramTile, {0, -40}).rgb()) > 60,
+            5000);
+        // Tally frames: channel 1 red (program), channel 2 green (preview).
+        const QImage shot = multiview->grab().toImage();
+        const QColor frame1(
+            shot.pixel(multiview->tileRect(selvane::MultiviewWindow::FirstChannelTile).topLeft() +
+                       QPoint(1, 20)));
+        const QColor frame2(shot.pixel(multiview->tileRect(channel2).topLeft() + QPoint(1, 20)));
+        QVERIFY2(red(frame1), qPrintable(frame1.name()));
+        QVERIFY2(frame2.green() > 150 && frame2.red() < 90, qPrintable(frame2.name()));
+        QDir shots(QDir::current().filePath("screenshots"));
+        shots.mkpath(".");
+        shot.save(shots.filePath("multiview_en.png"));
+        w.setLanguage(true);
+        QTest::qWait(600);
+        multiview->grab().save(shots.filePath("multiview_zh.png"));
+        w.setLanguage(false);
+        // Closed, it lets go of its pictures and the menu says so.
+        multiview->close();
+        QVERIFY(!w.findChild<QAction *>("multiviewAction")->isChecked());
     }
 
     // ---- every refusal before outputs start is a box titled "Output" ----

@@ -27,54 +27,54 @@
 <context>
     <name>MainWindow</name>
     <message>
-        <location filename="../app/MainWindow.cpp" line="237"/>
+        <location filename="../app/MainWindow.cpp" line="248"/>
         <source>Channel %1: %2</source>
         <translation>通道 %1：%2</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="373"/>
+        <location filename="../app/MainWindow.cpp" line="385"/>
         <source>Schedule: Undo</source>
         <translation>节目编排：撤销</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="374"/>
+        <location filename="../app/MainWindow.cpp" line="386"/>
         <source>Schedule: Redo</source>
         <translation>节目编排：重做</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="390"/>
-        <location filename="../app/MainWindow.cpp" line="396"/>
+        <location filename="../app/MainWindow.cpp" line="402"/>
         <location filename="../app/MainWindow.cpp" line="408"/>
+        <location filename="../app/MainWindow.cpp" line="420"/>
         <source>Export Drawing</source>
         <translation>导出涂鸦</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="391"/>
+        <location filename="../app/MainWindow.cpp" line="403"/>
         <source>There is no drawing to export yet. Draw on the program preview with View -&gt; Drawing Tools.</source>
         <translation>还没有可导出的涂鸦。请通过“视图 -&gt; 涂鸦工具”在节目预览上绘制。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="397"/>
+        <location filename="../app/MainWindow.cpp" line="409"/>
         <source>PNG image (*.png)</source>
         <translation>PNG 图片 (*.png)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="409"/>
+        <location filename="../app/MainWindow.cpp" line="421"/>
         <source>Unable to write the file.</source>
         <translation>无法写入文件。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="412"/>
+        <location filename="../app/MainWindow.cpp" line="424"/>
         <source>Drawing exported to %1</source>
         <translation>涂鸦已导出到 %1</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="676"/>
+        <location filename="../app/MainWindow.cpp" line="731"/>
         <source>About Selvane</source>
         <translation>关于 Selvane</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="495"/>
+        <location filename="../app/MainWindow.cpp" line="550"/>
         <source>The recording failed: %1
 
 The streams go on. A new file is tried every second and the recording goes on there as soon as writing works.</source>
@@ -83,42 +83,42 @@ The streams go on. A new file is tried every second and the recording goes on th
 推流继续进行。每秒会尝试一个新文件，一旦可以写入，录制就在新文件中继续。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="521"/>
+        <location filename="../app/MainWindow.cpp" line="576"/>
         <source>Source</source>
         <translation>输入源</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="539"/>
+        <location filename="../app/MainWindow.cpp" line="594"/>
         <source>Output</source>
         <translation>输出</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="559"/>
+        <location filename="../app/MainWindow.cpp" line="614"/>
         <source>Stream %1 expects a %2:// URL.</source>
         <translation>推流 %1 需要 %2:// 地址。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="632"/>
+        <location filename="../app/MainWindow.cpp" line="687"/>
         <source>Outputs are running</source>
         <translation>输出正在运行</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="633"/>
+        <location filename="../app/MainWindow.cpp" line="688"/>
         <source>Recording or streaming is running. Stop the outputs and close Selvane?</source>
         <translation>录制或推流正在进行。要停止输出并关闭 Selvane 吗？</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="671"/>
+        <location filename="../app/MainWindow.cpp" line="726"/>
         <source>Output Folder</source>
         <translation>输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="671"/>
+        <location filename="../app/MainWindow.cpp" line="726"/>
         <source>Unable to open the output folder.</source>
         <translation>无法打开输出文件夹。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="677"/>
+        <location filename="../app/MainWindow.cpp" line="732"/>
         <source>Selvane %1
 Live video mixer: four input channels, overlays, audio mixing, recording and live streaming.</source>
         <translation>Selvane %1
@@ -1745,6 +1745,55 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
     </message>
 </context>
 <context>
+    <name>selvane::MultiviewWindow</name>
+    <message>
+        <location filename="../panels/MultiviewWindow.cpp" line="39"/>
+        <location filename="../panels/MultiviewWindow.cpp" line="45"/>
+        <source>Multiview</source>
+        <translation>多画面监看</translation>
+    </message>
+    <message>
+        <location filename="../panels/MultiviewWindow.cpp" line="139"/>
+        <source>PREVIEW  %1</source>
+        <translation>预监  %1</translation>
+    </message>
+    <message>
+        <location filename="../panels/MultiviewWindow.cpp" line="139"/>
+        <source>PREVIEW</source>
+        <translation>预监</translation>
+    </message>
+    <message>
+        <location filename="../panels/MultiviewWindow.cpp" line="141"/>
+        <source>PROGRAM  %1</source>
+        <translation>节目  %1</translation>
+    </message>
+    <message>
+        <location filename="../panels/MultiviewWindow.cpp" line="141"/>
+        <source>PROGRAM</source>
+        <translation>节目</translation>
+    </message>
+    <message>
+        <location filename="../panels/MultiviewWindow.cpp" line="146"/>
+        <source>(no source)</source>
+        <translation>（无源）</translation>
+    </message>
+    <message>
+        <location filename="../panels/MultiviewWindow.cpp" line="209"/>
+        <source>Full Screen on Screen %1 (%2)</source>
+        <translation>在屏幕 %1（%2）上全屏</translation>
+    </message>
+    <message>
+        <location filename="../panels/MultiviewWindow.cpp" line="211"/>
+        <source>In a Window</source>
+        <translation>窗口显示</translation>
+    </message>
+    <message>
+        <location filename="../panels/MultiviewWindow.cpp" line="213"/>
+        <source>Close</source>
+        <translation>关闭</translation>
+    </message>
+</context>
+<context>
     <name>selvane::OutputSettingsPanel</name>
     <message>
         <location filename="../panels/OutputSettingsPanel.cpp" line="383"/>
@@ -2296,93 +2345,93 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::ProductionPanel</name>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="235"/>
+        <location filename="../panels/ProductionPanel.cpp" line="240"/>
         <source>Preview: Channel %1</source>
         <translation>预监：通道 %1</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="236"/>
+        <location filename="../panels/ProductionPanel.cpp" line="241"/>
         <source>Preview: none (click a channel&apos;s picture)</source>
         <translation>预监：无（点击通道画面）</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="240"/>
-        <location filename="../panels/ProductionPanel.cpp" line="251"/>
+        <location filename="../panels/ProductionPanel.cpp" line="245"/>
+        <location filename="../panels/ProductionPanel.cpp" line="256"/>
         <source>Cut</source>
         <translation>切换</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="240"/>
+        <location filename="../panels/ProductionPanel.cpp" line="245"/>
         <source>Mix</source>
         <translation>叠化</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="240"/>
+        <location filename="../panels/ProductionPanel.cpp" line="245"/>
         <source>Wipe</source>
         <translation>划像</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="240"/>
+        <location filename="../panels/ProductionPanel.cpp" line="245"/>
         <source>Dip to colour</source>
         <translation>经色场过渡</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="244"/>
+        <location filename="../panels/ProductionPanel.cpp" line="249"/>
         <source>Left to right</source>
         <translation>从左到右</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="244"/>
+        <location filename="../panels/ProductionPanel.cpp" line="249"/>
         <source>Right to left</source>
         <translation>从右到左</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="244"/>
+        <location filename="../panels/ProductionPanel.cpp" line="249"/>
         <source>Top down</source>
         <translation>从上到下</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="244"/>
+        <location filename="../panels/ProductionPanel.cpp" line="249"/>
         <source>Bottom up</source>
         <translation>从下到上</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="246"/>
+        <location filename="../panels/ProductionPanel.cpp" line="251"/>
         <source>Transition</source>
         <translation>转场</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="247"/>
+        <location filename="../panels/ProductionPanel.cpp" line="252"/>
         <source>Duration</source>
         <translation>时长</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="248"/>
+        <location filename="../panels/ProductionPanel.cpp" line="253"/>
         <source> ms</source>
         <translation> 毫秒</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="249"/>
+        <location filename="../panels/ProductionPanel.cpp" line="254"/>
         <source>Direct takes use the transition</source>
         <translation>直接切换也使用转场</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="250"/>
+        <location filename="../panels/ProductionPanel.cpp" line="255"/>
         <source>Take</source>
         <translation>上节目</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="252"/>
+        <location filename="../panels/ProductionPanel.cpp" line="257"/>
         <source>FTB</source>
         <translation>淡出黑场</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="253"/>
+        <location filename="../panels/ProductionPanel.cpp" line="258"/>
         <source>Fade to black, and back</source>
         <translation>淡出到黑场，再次按下恢复</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="254"/>
+        <location filename="../panels/ProductionPanel.cpp" line="259"/>
         <source>T-bar</source>
         <translation>推杆</translation>
     </message>
@@ -3065,7 +3114,7 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
     </message>
     <message>
         <location filename="../panels/SourceDialog.cpp" line="285"/>
-        <location filename="../panels/SourceDialog.cpp" line="451"/>
+        <location filename="../panels/SourceDialog.cpp" line="452"/>
         <source>(No microphone)</source>
         <translation>（不使用麦克风）</translation>
     </message>
@@ -3075,212 +3124,212 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <translation>当前会话没有 X11 显示，无法采集（在 Wayland 下请通过 XWayland 运行 Selvane）。</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="307"/>
+        <location filename="../panels/SourceDialog.cpp" line="308"/>
         <source>Display %1: %2, %3×%4 at %5,%6</source>
         <translation>显示器 %1：%2，%3×%4，位置 %5,%6</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="318"/>
+        <location filename="../panels/SourceDialog.cpp" line="319"/>
         <source>(No windows — click Refresh)</source>
         <translation>（无可用窗口，点刷新）</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="318"/>
+        <location filename="../panels/SourceDialog.cpp" line="319"/>
         <source>(No display detected)</source>
         <translation>（未检测到显示器）</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="320"/>
+        <location filename="../panels/SourceDialog.cpp" line="321"/>
         <source>Window:</source>
         <translation>窗口：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="320"/>
+        <location filename="../panels/SourceDialog.cpp" line="321"/>
         <source>Display:</source>
         <translation>显示器：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="321"/>
+        <location filename="../panels/SourceDialog.cpp" line="322"/>
         <source>Refresh windows</source>
         <translation>刷新窗口</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="321"/>
+        <location filename="../panels/SourceDialog.cpp" line="322"/>
         <source>Refresh displays</source>
         <translation>刷新显示器</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="323"/>
-        <location filename="../panels/SourceDialog.cpp" line="421"/>
+        <location filename="../panels/SourceDialog.cpp" line="324"/>
+        <location filename="../panels/SourceDialog.cpp" line="422"/>
         <source>Window</source>
         <translation>窗口</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="323"/>
-        <location filename="../panels/SourceDialog.cpp" line="420"/>
+        <location filename="../panels/SourceDialog.cpp" line="324"/>
+        <location filename="../panels/SourceDialog.cpp" line="421"/>
         <source>Display</source>
         <translation>显示器</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="364"/>
+        <location filename="../panels/SourceDialog.cpp" line="365"/>
         <source>No camera is available; connect one and press Refresh.</source>
         <translation>没有可用的摄像头；请连接后点“刷新设备”。</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="383"/>
+        <location filename="../panels/SourceDialog.cpp" line="384"/>
         <source>No window to capture; open it and press Refresh.</source>
         <translation>没有可采集的窗口；请打开窗口后点刷新。</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="384"/>
+        <location filename="../panels/SourceDialog.cpp" line="385"/>
         <source>No display to capture.</source>
         <translation>没有可采集的显示器。</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="414"/>
+        <location filename="../panels/SourceDialog.cpp" line="415"/>
         <source>Select source - Channel %1</source>
         <translation>选择源 - 通道 %1</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="415"/>
+        <location filename="../panels/SourceDialog.cpp" line="416"/>
         <source>Source type:</source>
         <translation>源类型：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="416"/>
+        <location filename="../panels/SourceDialog.cpp" line="417"/>
         <source>Local file</source>
         <translation>本地文件</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="417"/>
+        <location filename="../panels/SourceDialog.cpp" line="418"/>
         <source>URL / network stream</source>
         <translation>URL / 网络流</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="418"/>
+        <location filename="../panels/SourceDialog.cpp" line="419"/>
         <source>Test signal</source>
         <translation>测试信号</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="419"/>
+        <location filename="../panels/SourceDialog.cpp" line="420"/>
         <source>Camera / microphone</source>
         <translation>摄像头 / 麦克风</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="426"/>
+        <location filename="../panels/SourceDialog.cpp" line="427"/>
         <source>Address:</source>
         <translation>地址：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="427"/>
+        <location filename="../panels/SourceDialog.cpp" line="428"/>
         <source>Browse…</source>
         <translation>浏览…</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="428"/>
+        <location filename="../panels/SourceDialog.cpp" line="429"/>
         <source>Browse for a media file</source>
         <translation>浏览媒体文件</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="429"/>
+        <location filename="../panels/SourceDialog.cpp" line="430"/>
         <source>Signal:</source>
         <translation>信号：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="432"/>
+        <location filename="../panels/SourceDialog.cpp" line="433"/>
         <source>Bars and tone</source>
         <translation>彩条和测试音</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="432"/>
+        <location filename="../panels/SourceDialog.cpp" line="433"/>
         <source>Moving pattern</source>
         <translation>动态图案</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="432"/>
+        <location filename="../panels/SourceDialog.cpp" line="433"/>
         <source>Colour</source>
         <translation>纯色</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="434"/>
+        <location filename="../panels/SourceDialog.cpp" line="435"/>
         <source>Test signal preset</source>
         <translation>测试信号预设</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="435"/>
+        <location filename="../panels/SourceDialog.cpp" line="436"/>
         <source>Colour:</source>
         <translation>颜色：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="438"/>
+        <location filename="../panels/SourceDialog.cpp" line="439"/>
         <source>Red</source>
         <translation>红</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="438"/>
+        <location filename="../panels/SourceDialog.cpp" line="439"/>
         <source>Green</source>
         <translation>绿</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="438"/>
+        <location filename="../panels/SourceDialog.cpp" line="439"/>
         <source>Blue</source>
         <translation>蓝</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="438"/>
+        <location filename="../panels/SourceDialog.cpp" line="439"/>
         <source>White</source>
         <translation>白</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="438"/>
+        <location filename="../panels/SourceDialog.cpp" line="439"/>
         <source>Black</source>
         <translation>黑</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="438"/>
+        <location filename="../panels/SourceDialog.cpp" line="439"/>
         <source>Grey</source>
         <translation>灰</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="440"/>
+        <location filename="../panels/SourceDialog.cpp" line="441"/>
         <source>Test signal colour</source>
         <translation>测试信号颜色</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="441"/>
+        <location filename="../panels/SourceDialog.cpp" line="442"/>
         <source>Camera:</source>
         <translation>摄像头：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="442"/>
+        <location filename="../panels/SourceDialog.cpp" line="443"/>
         <source>Camera</source>
         <translation>摄像头</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="422"/>
-        <location filename="../panels/SourceDialog.cpp" line="443"/>
+        <location filename="../panels/SourceDialog.cpp" line="423"/>
+        <location filename="../panels/SourceDialog.cpp" line="444"/>
         <source>Microphone:</source>
         <translation>麦克风：</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="423"/>
-        <location filename="../panels/SourceDialog.cpp" line="444"/>
+        <location filename="../panels/SourceDialog.cpp" line="424"/>
+        <location filename="../panels/SourceDialog.cpp" line="445"/>
         <source>Microphone</source>
         <translation>麦克风</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="445"/>
         <location filename="../panels/SourceDialog.cpp" line="446"/>
+        <location filename="../panels/SourceDialog.cpp" line="447"/>
         <source>Refresh devices</source>
         <translation>刷新设备</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="447"/>
+        <location filename="../panels/SourceDialog.cpp" line="448"/>
         <source>OK</source>
         <translation>确定</translation>
     </message>
     <message>
-        <location filename="../panels/SourceDialog.cpp" line="448"/>
+        <location filename="../panels/SourceDialog.cpp" line="449"/>
         <source>Cancel</source>
         <translation>取消</translation>
     </message>
@@ -3932,112 +3981,117 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::WindowMenus</name>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="76"/>
+        <location filename="../app/WindowMenus.cpp" line="80"/>
         <source>&amp;File</source>
         <translation>文件(&amp;F)</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="77"/>
+        <location filename="../app/WindowMenus.cpp" line="81"/>
         <source>Export Drawing...</source>
         <translation>导出涂鸦...</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="78"/>
+        <location filename="../app/WindowMenus.cpp" line="82"/>
         <source>Open Output Folder</source>
         <translation>打开输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="79"/>
+        <location filename="../app/WindowMenus.cpp" line="83"/>
         <source>E&amp;xit</source>
         <translation>退出(&amp;X)</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="80"/>
+        <location filename="../app/WindowMenus.cpp" line="84"/>
         <source>&amp;Edit</source>
         <translation>编辑(&amp;E)</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="81"/>
+        <location filename="../app/WindowMenus.cpp" line="85"/>
         <source>&amp;Program</source>
         <translation>节目(&amp;P)</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="83"/>
+        <location filename="../app/WindowMenus.cpp" line="87"/>
         <source>Take Channel %1</source>
         <translation>切换到通道 %1</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="85"/>
+        <location filename="../app/WindowMenus.cpp" line="89"/>
         <source>Preview Channel %1</source>
         <translation>预监通道 %1</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="86"/>
+        <location filename="../app/WindowMenus.cpp" line="90"/>
         <source>Take Preview</source>
         <translation>预监上节目</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="87"/>
+        <location filename="../app/WindowMenus.cpp" line="91"/>
         <source>Cut to Preview</source>
         <translation>直接切到预监</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="88"/>
+        <location filename="../app/WindowMenus.cpp" line="92"/>
         <source>Fade to Black</source>
         <translation>淡出黑场</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="89"/>
+        <location filename="../app/WindowMenus.cpp" line="93"/>
         <source>Start Outputs</source>
         <translation>开始输出</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="90"/>
+        <location filename="../app/WindowMenus.cpp" line="94"/>
         <source>Stop Outputs</source>
         <translation>停止输出</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="91"/>
+        <location filename="../app/WindowMenus.cpp" line="95"/>
         <source>&amp;View</source>
         <translation>视图(&amp;V)</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="92"/>
+        <location filename="../app/WindowMenus.cpp" line="96"/>
         <source>Drawing Tools</source>
         <translation>绘图工具</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="93"/>
+        <location filename="../app/WindowMenus.cpp" line="97"/>
         <source>Reset Workspace Layout</source>
         <translation>重置工作区布局</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="94"/>
+        <location filename="../app/WindowMenus.cpp" line="98"/>
+        <source>Multiview</source>
+        <translation>多画面监看</translation>
+    </message>
+    <message>
+        <location filename="../app/WindowMenus.cpp" line="99"/>
         <source>&amp;Tools</source>
         <translation>工具(&amp;T)</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="95"/>
+        <location filename="../app/WindowMenus.cpp" line="100"/>
         <source>Program Scheduling...</source>
         <translation>节目编排...</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="96"/>
+        <location filename="../app/WindowMenus.cpp" line="101"/>
         <source>Network Proxy...</source>
         <translation>网络代理...</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="97"/>
+        <location filename="../app/WindowMenus.cpp" line="102"/>
         <source>&amp;Help</source>
         <translation>帮助(&amp;H)</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="98"/>
+        <location filename="../app/WindowMenus.cpp" line="103"/>
         <source>Language</source>
         <translation>语言</translation>
     </message>
     <message>
-        <location filename="../app/WindowMenus.cpp" line="99"/>
+        <location filename="../app/WindowMenus.cpp" line="104"/>
         <source>About Selvane</source>
         <translation>关于 Selvane</translation>
     </message>

@@ -6,31 +6,13 @@
 #include "engine/Engine.h"
 #include "engine/ProgramSwitcher.h"
 #include "engine/SlideShow.h"
+#include "media/TransitionWords.h"
 #include "schedule/ScheduleRunner.h"
 
 #include <QDebug>
 #include <algorithm>
 
 namespace selvane {
-
-namespace {
-
-const char *kindName(TransitionKind kind)
-{
-    switch (kind) {
-    case TransitionKind::Cut:
-        return "cut";
-    case TransitionKind::Mix:
-        return "mix";
-    case TransitionKind::Wipe:
-        return "wipe";
-    case TransitionKind::Dip:
-        return "dip";
-    }
-    return "cut";
-}
-
-} // namespace
 
 void Engine::setPreviewChannel(int channel)
 {
@@ -125,8 +107,8 @@ void Engine::goToAir(int channel, const Transition &transition, bool swap)
     m_swapOnFinish = swap ? former : kNoSwap;
     m_awaitedChannel = channel;
     m_switcher->transitionTo(channel, transition);
-    qInfo("Transition: %s of %d ms to channel %d", kindName(transition.kind), transition.durationMs,
-          channel + 1);
+    qInfo("Transition: %s of %d ms to channel %d",
+          qPrintable(transitions::kindWord(transition.kind)), transition.durationMs, channel + 1);
     emit transitionStarted(channel, transition);
 }
 

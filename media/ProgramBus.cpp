@@ -59,12 +59,8 @@ void ProgramBus::cut(int channel, qint64 atUs)
 void ProgramBus::begin(int channel, const Transition &transition, qint64 startUs)
 {
     std::lock_guard lock(m_mutex);
-    if (m_target >= 0 && !m_manual) {
-        // Never left half done: the running one is finished at once, then the next starts.
-        m_previous = m_program;
-        m_program = m_target;
-        m_switchUs = startUs;
-    }
+    if (m_target >= 0 && !m_manual)
+        switchTo(m_target, startUs); // never left half done: finished at once, then the next
     const bool fromHand = m_manual && m_target == channel;
     m_target = channel;
     m_transition = transition;
@@ -80,11 +76,8 @@ void ProgramBus::begin(int channel, const Transition &transition, qint64 startUs
 void ProgramBus::hold(int channel, const Transition &transition, double position)
 {
     std::lock_guard lock(m_mutex);
-    if (m_target >= 0 && !m_manual) {
-        m_previous = m_program;
-        m_program = m_target;
-        m_switchUs = kAlways;
-    }
+    if (m_target >= 0 && !m_manual)
+        switchTo(m_target, kAlways);
     m_target = channel;
     m_transition = transition;
     m_manual = true;
@@ -121,9 +114,7 @@ int ProgramBus::settle(qint64 programUs)
     const qint64 endUs = m_startUs + qint64(m_transition.durationMs) * 1000;
     if (programUs < endUs)
         return -1;
-    m_previous = m_program;
-    m_program = m_target;
-    m_switchUs = endUs;
+    switchTo(m_target, endUs);
     m_target = -1;
     return m_program;
 }
@@ -133,9 +124,7 @@ int ProgramBus::settleManual(qint64 atUs)
     std::lock_guard lock(m_mutex);
     if (m_target < 0 || !m_manual)
         return -1;
-    m_previous = m_program;
-    m_program = m_target;
-    m_switchUs = atUs;
+    switchTo(m_target, atUs);
     m_target = -1;
     m_manual = false;
     m_manualPosition = 0.0;
@@ -158,6 +147,13 @@ bool ProgramBus::fadingToBlack() const
 {
     std::lock_guard lock(m_mutex);
     return m_toBlack;
+}
+
+void ProgramBus::switchTo(int channel, qint64 atUs)
+{
+    m_previous = m_program;
+    m_program = channel;
+    m_switchUs = atUs;
 }
 
 double ProgramBus::blackAt(qint64 programUs) const

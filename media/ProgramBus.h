@@ -92,6 +92,8 @@ public:
 
 private:
     double blackAt(qint64 programUs) const;
+    // `channel` on air from `atUs`; what was, before it (under the lock).
+    void switchTo(int channel, qint64 atUs);
 
     mutable std::mutex m_mutex;
     int m_program = -1;

@@ -79,6 +79,20 @@ private:
     }
     static void clearSettings() { QSettings("Ostrel", "Selvane").clear(); }
 
+    // The window shown with bars and tone on channel 1, taken, and the red colour on channel 2.
+    static bool showBarsAndColour(MainWindow &w)
+    {
+        w.show();
+        if (!QTest::qWaitForWindowExposed(&w))
+            return false;
+        chooseTestSignal(w, 0, "Bars and tone");
+        chooseTestSignal(w, 1, "Colour");
+        if (!QTest::qWaitFor([&] { return w.channelPanel(1)->stateText() == "playing"; }, 10000))
+            return false;
+        QTest::mouseClick(named<QPushButton>(w.channelPanel(0), "Take"), Qt::LeftButton);
+        return true;
+    }
+
     // Channel panel -> Choose Source -> Test signal -> preset (and colour) -> OK.
     static void chooseTestSignal(MainWindow &w, int channel, const QString &preset,
                                  const QString &colour = {})
@@ -238,13 +252,7 @@ private slots:
         QTemporaryDir dir;
         const QString file = QDir(dir.path()).filePath("show.mp4");
         MainWindow w;
-        w.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&w));
-
-        chooseTestSignal(w, 0, "Bars and tone");
-        chooseTestSignal(w, 1, "Colour");
-        QTRY_VERIFY_WITH_TIMEOUT(w.channelPanel(1)->stateText() == "playing", 10000);
-        QTest::mouseClick(named<QPushButton>(w.channelPanel(0), "Take"), Qt::LeftButton);
+        QVERIFY(showBarsAndColour(w));
 
         auto *recording = named<QLineEdit>(w.outputPanel(), "Recording file");
         QVERIFY(recording);
@@ -297,12 +305,7 @@ private slots:
         QTemporaryDir dir;
         const QString file = QDir(dir.path()).filePath("production.mp4");
         MainWindow w;
-        w.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&w));
-        chooseTestSignal(w, 0, "Bars and tone");
-        chooseTestSignal(w, 1, "Colour");
-        QTRY_VERIFY_WITH_TIMEOUT(w.channelPanel(1)->stateText() == "playing", 10000);
-        QTest::mouseClick(named<QPushButton>(w.channelPanel(0), "Take"), Qt::LeftButton);
+        QVERIFY(showBarsAndColour(w));
         // A click on channel 2's picture puts it on the preview bus, framed green.
         QTest::mouseClick(named<QWidget>(w.channelPanel(1), "Channel 2 picture"), Qt::LeftButton);
         QCOMPARE(w.engine()->previewChannel(), 1);
@@ -364,11 +367,7 @@ private slots:
     void multiviewShowsEveryPictureWithItsTally()
     {
         MainWindow w;
-        w.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&w));
-        chooseTestSignal(w, 0, "Bars and tone");
-        chooseTestSignal(w, 1, "Colour");
-        QTRY_VERIFY_WITH_TIMEOUT(w.channelPanel(1)->stateText() == "playing", 10000);
+        QVERIFY(showBarsAndColour(w));
         w.engine()->setPreviewChannel(1);
         w.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&w));

@@ -221,8 +221,7 @@ void MainWindow::connectEngine()
         m_previews->submit(1 + c, frame);
         m_previews->submit(kMultiviewStream + MultiviewWindow::FirstChannelTile + c, frame);
         if (c == m_engine->previewChannel()) {
-            m_previews->setSize(kPreviewBusStream, m_production->monitorSize(),
-                                kThumbnailsPerSecond);
+            m_previews->setSize(kPreviewBusStream, m_production->monitorSize());
             m_previews->submit(kPreviewBusStream, frame);
             m_previews->submit(kMultiviewStream + MultiviewWindow::PreviewTile, frame);
         }
@@ -511,8 +510,10 @@ void MainWindow::sizeMultiview()
     if (!m_multiview || !m_multiview->isVisible())
         return;
     for (int t = 0; t < MultiviewWindow::kTiles; ++t) {
-        // The program at its own rate, the other pictures as often as the thumbnails.
-        const int rate = t == MultiviewWindow::ProgramTile ? 0 : kThumbnailsPerSecond;
+        // Program and preview at their own rate, the channels as often as the thumbnails.
+        const int rate = t == MultiviewWindow::ProgramTile || t == MultiviewWindow::PreviewTile
+                             ? 0
+                             : kThumbnailsPerSecond;
         m_previews->setSize(kMultiviewStream + t, m_multiview->tileSize(t), rate);
     }
 }

@@ -26,6 +26,7 @@ void Engine::setPreviewChannel(int channel)
         emit tbarChanged(0.0);
     }
     m_previewChannel = preview;
+    m_switcher->setFullRateChannel(preview); // the preview monitor moves at the program's rate
     emit previewChannelChanged(preview);
 }
 

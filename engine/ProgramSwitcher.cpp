@@ -312,8 +312,9 @@ FrameTokenPtr ProgramSwitcher::fadedFrame(const FrameTokenPtr &program, double b
 void ProgramSwitcher::tick(qint64 programUs)
 {
     m_periodUs = std::llround(1e6 / m_tickFps);
-    bool channelsChanged = false;
+    bool channelsChanged = false, fullRateChanged = false;
     const bool channelsWanted = m_channelsWanted.load();
+    const int fullRate = m_fullRateChannel.load();
     for (int c = 0; c < SourceFeeds::kChannels; ++c) {
         SourceState &state = m_channels[std::size_t(c)];
         state.pacer.advance(m_feeds.channel(c), programUs, m_periodUs);
@@ -323,6 +324,7 @@ void ProgramSwitcher::tick(qint64 programUs)
             std::lock_guard lock(m_previewMutex);
             m_channelPreviews[std::size_t(c)] = current;
             channelsChanged = true;
+            fullRateChanged = fullRateChanged || c == fullRate;
         }
     }
     bool slotsChanged = false;
@@ -352,7 +354,8 @@ void ProgramSwitcher::tick(qint64 programUs)
     // with the next one, or on its own once the gap has passed.
     m_channelPreviewsPending = m_channelPreviewsPending || channelsChanged;
     if (m_channelPreviewsPending &&
-        programUs - m_channelPreviewsPostedUs >= m_channelPreviewGapUs.load() &&
+        (fullRateChanged ||
+         programUs - m_channelPreviewsPostedUs >= m_channelPreviewGapUs.load()) &&
         !m_channelPreviewsPosted.exchange(true)) {
         m_channelPreviewsPending = false;
         m_channelPreviewsPostedUs = programUs;

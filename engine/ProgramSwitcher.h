@@ -79,8 +79,10 @@ public:
 
     // Which previews anyone takes: the others are neither kept nor announced (any thread).
     void setPreviewDemand(bool program, bool channels, bool overlays);
-    // Channel pictures are announced at most this many times a second (0: every tick).
+    // Channel pictures are announced at most this many times a second (0: every tick), but for
+    // this channel's (-1: none), which are announced as they come (the preview bus's monitor).
     void setChannelPreviewRate(int perSecond);
+    void setFullRateChannel(int channel) { m_fullRateChannel.store(channel); }
 
     // The newest program frame and the channel it came from (-1: still); owner's thread.
     struct Preview
@@ -176,6 +178,7 @@ private:
     std::atomic<bool> m_programWanted{true};
     std::atomic<bool> m_channelsWanted{true};
     std::atomic<qint64> m_channelPreviewGapUs{0};
+    std::atomic<int> m_fullRateChannel{-1};
     qint64 m_channelPreviewsPostedUs = 0;  // program thread
     bool m_channelPreviewsPending = false; // program thread
     std::atomic<bool> m_overlaysWanted{true};

@@ -296,6 +296,28 @@ private slots:
         QVERIFY(wiped.green[0] < 0.1 && wiped.green[kColumns - 1] > 0.9); // red from the left
     }
 
+    void previewMonitorMovesAtTheProgramRate()
+    {
+        Engine engine;
+        engine.setChannelSource(0, kRed);
+        engine.setChannelSource(1, kGreen);
+        engine.setChannelPreviewRate(5); // thumbnails
+        std::array<int, 2> pictures{};
+        connect(&engine, &Engine::channelPreview, this, [&](int channel, const FrameTokenPtr &) {
+            if (channel < 2)
+                ++pictures[std::size_t(channel)];
+        });
+        QTest::qWait(1500);
+        pictures = {};
+        QTest::qWait(1000);
+        QVERIFY2(pictures[1] <= 7, QByteArray::number(pictures[1]));
+        engine.setPreviewChannel(1);
+        QTest::qWait(500);
+        pictures = {};
+        QTest::qWait(1000);
+        QVERIFY2(pictures[1] >= 24, QByteArray::number(pictures[1]));
+    }
+
     void transitionPicturesAreExact()
     {
         FramePool pool(4, 64, 36);

@@ -66,8 +66,9 @@ window) default_rounds=3 default_seconds=30 ;;
 capture) default_rounds=3 default_seconds=20 ;;
 memory) default_rounds=1 default_seconds=600 ;;
 keepup) default_rounds=3 default_seconds=10 ;;
+transitions) default_rounds=3 default_seconds=60 ;;
 *)
-  echo "usage: scripts/bench.sh [signal|show|show-hevc|show-vp9|shows|profile|memory|scale|keepup|relay|window|capture] [ROUNDS] [SECONDS]" >&2
+  echo "usage: scripts/bench.sh [signal|show|show-hevc|show-vp9|shows|profile|memory|scale|keepup|relay|window|capture|transitions] [ROUNDS] [SECONDS]" >&2
   exit 2
   ;;
 esac
@@ -678,6 +679,8 @@ PY
 
 # shellcheck source=lib/bench-shows.sh
 . "$root/scripts/lib/bench-shows.sh"
+# shellcheck source=lib/bench-production.sh
+. "$root/scripts/lib/bench-production.sh"
 
 header
 "bench_$case_name"

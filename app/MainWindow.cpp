@@ -187,6 +187,10 @@ void MainWindow::createCentralArea()
     }
     for (int c = 0; c < kChannelCount; ++c)
         m_previews->setSize(1 + c, kThumbnailSize, kThumbnailsPerSecond);
+    // The preview bus's pictures at the monitor's size, set when it changes (not per picture).
+    connect(m_production, &ProductionPanel::monitorResized, this,
+            [this](QSize size) { m_previews->setSize(kPreviewBusStream, size); });
+    m_previews->setSize(kPreviewBusStream, m_production->monitorSize());
     m_engine->setChannelPreviewRate(kThumbnailsPerSecond);
     connect(m_previews, &PreviewImages::ready, this, [this](int stream) {
         const QImage image = m_previews->take(stream);
@@ -221,7 +225,6 @@ void MainWindow::connectEngine()
         m_previews->submit(1 + c, frame);
         m_previews->submit(kMultiviewStream + MultiviewWindow::FirstChannelTile + c, frame);
         if (c == m_engine->previewChannel()) {
-            m_previews->setSize(kPreviewBusStream, m_production->monitorSize());
             m_previews->submit(kPreviewBusStream, frame);
             m_previews->submit(kMultiviewStream + MultiviewWindow::PreviewTile, frame);
         }

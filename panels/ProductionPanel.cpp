@@ -14,6 +14,7 @@
 #include <QSpinBox>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <functional>
 
 namespace selvane {
 
@@ -43,8 +44,14 @@ public:
         update();
     }
     QRect pictureRect() const { return rect().adjusted(3, 3, -3, -3); }
+    std::function<void()> resized;
 
 protected:
+    void resizeEvent(QResizeEvent *) override
+    {
+        if (resized)
+            resized();
+    }
     void paintEvent(QPaintEvent *) override
     {
         QPainter painter(this);
@@ -72,6 +79,9 @@ ProductionPanel::ProductionPanel(QWidget *parent) : QFrame(parent)
     m_title->setObjectName("previewTitle");
     m_monitor = new PreviewMonitor(this);
     m_monitor->setAccessibleName("Preview Monitor");
+    m_monitor->resized = [this] {
+        emit monitorResized(monitorSize());
+    };
 
     m_kindLabel = new QLabel(this);
     m_kind = new QComboBox(this);

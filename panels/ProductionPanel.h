@@ -6,7 +6,7 @@
 // black. It decides nothing: it shows what the engine says (setters) and asks for every change
 // (signals); the window shares Take, Cut and Fade to Black with the Program menu's actions.
 //
-// GUI thread only. Emits transitionChosen, directTakesChosen, tbarMoved.
+// GUI thread only. Emits transitionChosen, directTakesChosen, tbarMoved, monitorResized.
 
 #include "media/ProgramBus.h"
 
@@ -49,6 +49,8 @@ signals:
     void transitionChosen(selvane::Transition transition);
     void directTakesChosen(bool on);
     void tbarMoved(double position);
+    // The preview monitor's picture area changed size (device pixels).
+    void monitorResized(QSize size);
 
 protected:
     void changeEvent(QEvent *event) override;

@@ -310,6 +310,9 @@ private slots:
         QTest::mouseClick(named<QWidget>(w.channelPanel(1), "Channel 2 picture"), Qt::LeftButton);
         QCOMPARE(w.engine()->previewChannel(), 1);
         QVERIFY(w.channelPanel(1)->isOnPreview());
+        auto *monitor = named<QWidget>(&w, "Preview Monitor");
+        QTRY_VERIFY_WITH_TIMEOUT(
+            QColor(monitor->grab().toImage().pixel(monitor->rect().center())).red() > 180, 3000);
         // A mix of half a second.
         auto *kind = named<QComboBox>(&w, "Transition");
         kind->setFocus();

@@ -236,6 +236,14 @@ void MainWindow::connectEngine()
             m_channels[std::size_t(c)]->setOnPreview(c == channel);
     });
     connect(m_engine, &Engine::transitionChanged, m_production, &ProductionPanel::setTransition);
+    const auto showStinger = [this] {
+        const Transition transition = m_engine->transition();
+        m_production->setStingerInfo(
+            m_engine->stingerInfo(transition.stingerFile, transition.cutMs));
+    };
+    connect(m_engine, &Engine::transitionChanged, this, showStinger);
+    connect(m_engine, &Engine::stingerLoaded, this, showStinger);
+    connect(m_engine, &Engine::stingerFailed, this, showStinger);
     connect(m_engine, &Engine::tbarChanged, m_production, &ProductionPanel::setTBar);
     connect(m_engine, &Engine::fadeToBlackChanged, m_production, &ProductionPanel::setFadedToBlack);
     connect(m_production, &ProductionPanel::transitionChosen, m_engine, &Engine::setTransition);

@@ -191,6 +191,18 @@ void PreviewAudioMixer::addSource(std::vector<float> &bus, float gain)
         bus[i] += float(m_source[i]) * (gain / 32768.0f);
 }
 
+void PreviewAudioMixer::addStingerSound(const selvane::StingerClip &clip, qint64 elapsedUs,
+                                        float gain)
+{
+    const qint64 first =
+        elapsedUs * selvane::audio::kSampleRate / 1000000 * selvane::audio::kChannels;
+    const qint64 size = qint64(clip.sound.size());
+    for (int i = 0; i < kBlockValues && first + i < size; ++i)
+        if (first + i >= 0)
+            m_programBus[std::size_t(i)] +=
+                float(clip.sound[std::size_t(first + i)]) * (gain / 32768.0f);
+}
+
 int PreviewAudioMixer::takeSource(selvane::SourceFeed &feed, qint64 programUs)
 {
     const selvane::SourceMapping mapping = feed.mapping();
@@ -213,7 +225,16 @@ void PreviewAudioMixer::mixBlock(qint64 programUs)
     // equal power while a transition runs; the whole program fades with the fade to black.
     const selvane::ProgramBus::Moment onAir = m_feeds.bus().at(programUs);
     std::array<float, 4> programShare{};
-    if (onAir.to >= 0) {
+    const selvane::StingerClip *stinger =
+        onAir.to >= 0 && onAir.transition.kind == selvane::TransitionKind::Stinger
+            ? onAir.transition.stinger.get()
+            : nullptr;
+    if (onAir.to >= 0 && onAir.transition.kind == selvane::TransitionKind::Stinger) {
+        // Sound switches with the picture underneath, at the clip's cut point.
+        const int side = !stinger || onAir.elapsedUs >= stinger->cutUs ? onAir.to : onAir.from;
+        if (side >= 0 && side < 4)
+            programShare[std::size_t(side)] = 1.0f;
+    } else if (onAir.to >= 0) {
         const double angle = onAir.position * 1.5707963267948966;
         if (onAir.from >= 0 && onAir.from < 4)
             programShare[std::size_t(onAir.from)] += float(std::cos(angle));
@@ -250,6 +271,11 @@ void PreviewAudioMixer::mixBlock(qint64 programUs)
         if (m_overlayOnProgram[s].load() && qv > 0.0f)
             addSource(m_programBus, qv);
     }
+
+    // A stinger's own sound goes to the program while it runs by itself (not while a hand
+    // holds it, which would repeat one block).
+    if (stinger && !onAir.manual && programVolume > 0.0f)
+        addStingerSound(*stinger, onAir.elapsedUs, programVolume);
 
     // The program bus is heard on the preview device too, on top of the preview bus.
     for (int i = 0; i < kBlockValues; ++i)

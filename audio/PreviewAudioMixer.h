@@ -36,6 +36,7 @@ namespace selvane {
 class SourceFeed;
 class SourceFeeds;
 class ProgramClock;
+struct StingerClip;
 } // namespace selvane
 class QTimer;
 
@@ -91,6 +92,7 @@ public:
 private:
     void createSink();
     void addSource(std::vector<float> &bus, float gain);
+    void addStingerSound(const selvane::StingerClip &clip, qint64 elapsedUs, float gain);
     int takeSource(selvane::SourceFeed &feed, qint64 programUs);
     void appendProgramBlock();
 

@@ -9,6 +9,7 @@
 #include "compose/TransitionPaint.h"
 #include "compose/VulkanCompositor.h"
 #include "input/FFmpegVideoDecoder.h"
+#include "input/StingerLoad.h"
 #include "media/FramePool.h"
 #include "media/ProgramClock.h"
 #include "media/SourceFeeds.h"
@@ -306,6 +307,32 @@ void transitionBenchmark()
     std::printf("fade to black, 1080p: median %.2f ms a frame\n",
                 timed([&](double amount, FrameWriter &out) {
                     selvane::transition::fade(*from, {16, 128, 128}, amount, out);
+                }));
+
+    // A stinger at its worst: every pixel of every picture partly transparent.
+    QTemporaryDir dir;
+    const QString clip = dir.filePath("stinger.mov");
+    QProcess ffmpeg;
+    ffmpeg.start("ffmpeg", {"-v", "error", "-f", "lavfi", "-i",
+                            "color=c=white:s=1920x1080:r=30:d=1,format=rgba,"
+                            "geq=r=255:g=128:b=0:a='mod(X+Y+T*300,255)+1'",
+                            "-c:v", "qtrle", clip});
+    ffmpeg.waitForFinished(300000);
+    QElapsedTimer loading;
+    loading.start();
+    QString error;
+    const selvane::StingerClipPtr stinger =
+        selvane::loadStinger(clip, QSize(1920, 1080), -1, &error);
+    if (!stinger) {
+        std::printf("stinger: cannot load (%s)\n", qPrintable(error));
+        return;
+    }
+    std::printf("stinger, 1080p, 30 pictures: loaded in %.0f ms, %lld MB\n",
+                double(loading.elapsed()), stinger->bytes >> 20);
+    std::printf("stinger over the switch, 1080p: median %.2f ms a frame\n",
+                timed([&](double position, FrameWriter &out) {
+                    const qint64 at = qint64(position * double(stinger->durationUs));
+                    selvane::transition::stinger(*to, *stinger->at(at), out);
                 }));
 }
 

@@ -40,7 +40,9 @@ void configureCommandLine(QCommandLineParser &parser)
     parser.addOption({"transition",
                       tr("How the schedule's channel clips without a transition of their own "
                          "come on air: cut, mix, wipe or dip, with :MS for its length (default "
-                         "1000), e.g. mix:500. Default: cut."),
+                         "1000), e.g. mix:500; or stinger:FILE, a clip with alpha played over "
+                         "the switch, with @MS for where the switch happens (default: its "
+                         "middle), e.g. stinger:logo.mov@400. Default: cut."),
                       "TYPE[:MS]"});
     parser.addOption({"demo", tr("Run the built-in demo: test signals, a schedule, a ticker and "
                                  "an image overlay (no files needed).")});
@@ -441,6 +443,9 @@ bool readShowOptions(const QCommandLineParser &parser, ShowOptions *options, QSt
             return false;
         }
         options->scheduleTransition = *transition;
+        if (!transition->stingerFile.isEmpty())
+            options->scheduleTransition.stingerFile =
+                QFileInfo(transition->stingerFile).absoluteFilePath();
     }
     if (options->demo && !options->scheduleFile.isEmpty()) {
         *error = tr("--demo brings its own schedule; leave out --schedule");

@@ -176,4 +176,40 @@ bool fade(const FrameToken &picture, std::array<std::uint8_t, 3> colour, double 
     return true;
 }
 
+bool stinger(const FrameToken &base, const StingerPicture &picture, FrameWriter &out)
+{
+    if (!base.isI420() || !base.hasPicture() || base.width < 1 || base.height < 1 ||
+        picture.top + picture.rows > base.height)
+        return false;
+    out.prepareI420(base.width, base.height);
+    out->ptsUs = base.ptsUs;
+    for (int p = 0; p < 3; ++p) {
+        const int width = planeWidth(base, p), height = planeHeight(base, p);
+        const int top = p == 0 ? picture.top : picture.top / 2;
+        const int rows = p == 0 ? picture.rows : (picture.rows + 1) / 2;
+        const std::vector<std::uint8_t> &src = p == 0 ? picture.y : p == 1 ? picture.u : picture.v;
+        const std::vector<std::uint8_t> &alpha = p == 0 ? picture.alpha : picture.chromaAlpha;
+        const auto &spans = p == 0 ? picture.spans : picture.chromaSpans;
+        for (int y = 0; y < height; ++y) {
+            std::uint8_t *row = out.plane(p) + y * out->planeStride(p);
+            const int r = y - top;
+            if (r < 0 || r >= rows) {
+                std::memcpy(row, base.plane(p) + y * base.planeStride(p), std::size_t(width));
+                continue;
+            }
+            const std::size_t at = std::size_t(r) * std::size_t(width);
+            if (picture.opaque) {
+                std::memcpy(row, &src[at], std::size_t(width));
+                continue;
+            }
+            std::memcpy(row, base.plane(p) + y * base.planeStride(p), std::size_t(width));
+            const auto [from, to] = spans[std::size_t(r)];
+            if (to > from)
+                blend::over(row + from, &src[at + std::size_t(from)],
+                            &alpha[at + std::size_t(from)], to - from);
+        }
+    }
+    return true;
+}
+
 } // namespace selvane::transition

@@ -8,6 +8,7 @@
 
 #include "media/FrameToken.h"
 #include "media/ProgramBus.h"
+#include "media/StingerClip.h"
 
 #include <array>
 #include <cstdint>
@@ -25,6 +26,10 @@ bool paint(const FrameToken &from, const FrameToken &to, double position,
 // `picture` with `amount` (0 .. 1) of the colour over it, into `out` (of the same size).
 bool fade(const FrameToken &picture, std::array<std::uint8_t, 3> colour, double amount,
           FrameWriter &out);
+
+// `picture` of a stinger over `base` (I420 of the clip's size), into `out`: the rows the
+// stinger covers are blended, the others copied.
+bool stinger(const FrameToken &base, const StingerPicture &picture, FrameWriter &out);
 
 // The width of a wipe's soft edge, in pixels of a line `length` long.
 int softEdge(int length);

@@ -65,6 +65,8 @@ ControlEvents::ControlEvents(Engine &engine, QObject *parent) : QObject(parent),
     connect(&engine, &Engine::transitionStarted, this, production("take"));
     connect(&engine, &Engine::tbarChanged, this, production("tbar"));
     connect(&engine, &Engine::fadeToBlackChanged, this, production("fadeToBlack"));
+    connect(&engine, &Engine::stingerLoaded, this, production("stinger"));
+    connect(&engine, &Engine::stingerFailed, this, production("stinger"));
     connect(&engine, &Engine::programSizeChanged, this, [this](QSize size, bool fallback) {
         broadcast({{"type", "programSize"},
                    {"width", size.width()},

@@ -141,13 +141,28 @@ QJsonObject productionJson(const Engine &engine)
     const auto channelValue = [](int channel) {
         return channel >= 0 ? QJsonValue(channel + 1) : QJsonValue(QJsonValue::Null);
     };
-    return {{"preview", channelValue(engine.previewChannel())},
-            {"program", channelValue(engine.programChannel())},
-            {"transitionTo", channelValue(engine.transitionTarget())},
-            {"transition", transitions::toJson(engine.transition())},
-            {"directTakes", engine.directTakesUseTransition()},
-            {"tbar", engine.tbar()},
-            {"fadeToBlack", engine.fadedToBlack()}};
+    QJsonObject production{{"preview", channelValue(engine.previewChannel())},
+                           {"program", channelValue(engine.programChannel())},
+                           {"transitionTo", channelValue(engine.transitionTarget())},
+                           {"transition", transitions::toJson(engine.transition())},
+                           {"directTakes", engine.directTakesUseTransition()},
+                           {"tbar", engine.tbar()},
+                           {"fadeToBlack", engine.fadedToBlack()}};
+    const Transition transition = engine.transition();
+    if (!transition.stingerFile.isEmpty()) {
+        // Whether the stinger's clip is in memory: a take before it is ready is a cut.
+        const StingerInfo info = engine.stingerInfo(transition.stingerFile, transition.cutMs);
+        QJsonObject stinger{{"state", info.state}};
+        if (info.state == QLatin1String("ready")) {
+            stinger.insert("durationMs", info.durationMs);
+            stinger.insert("cutMs", info.cutMs);
+            stinger.insert("alpha", info.hasAlpha);
+        } else if (!info.failure.isEmpty()) {
+            stinger.insert("failure", info.failure);
+        }
+        production.insert("stinger", stinger);
+    }
+    return production;
 }
 
 QJsonObject levelsJson(const EngineStats &stats)

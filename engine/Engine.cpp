@@ -12,6 +12,7 @@
 #include "engine/ResolutionPolicy.h"
 #include "engine/ScheduleControl.h"
 #include "engine/SlideShow.h"
+#include "engine/StingerCache.h"
 #include "engine/SourceChecks.h"
 #include "media/FrameConvert.h"
 #include "media/StoredSettings.h"
@@ -126,6 +127,7 @@ Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBas
     connect(m_overlaySlots, &OverlaySlots::error, this, &Engine::overlayError);
     connect(m_overlaySlots, &OverlaySlots::ended, this, &Engine::overlayEnded);
 
+    setUpStingers();
     m_slides = new SlideShow(this);
     connect(m_slides, &SlideShow::slide, this, [this](const QImage &image, int shown) {
         m_switcher->showStill(image);
@@ -359,6 +361,7 @@ void Engine::updateProgramSize()
     m_programPool.resize(choice.size.width(), choice.size.height());
     m_switcher->setOutputSize(choice.size, m_outputFps);
     m_channels->setTargetSize(choice.size);
+    m_stingers->setSize(choice.size);
     for (const MediaOverlayRecord &record : m_overlays->mediaOverlays())
         if (record.kind == MediaOverlayRecord::OverlayVideo)
             m_overlaySlots->setTargetSize(record.id, overlayTargetSize(record));
@@ -707,6 +710,7 @@ arrangement::Validation Engine::loadSchedule(const ProgramArrangement &arrangeme
     const arrangement::Validation check = arrangement::validate(arrangement);
     m_arrangementValid = check.ok;
     m_arrangement = check.ok ? arrangement : ProgramArrangement{};
+    prepareStingers(m_arrangement);
     return check;
 }
 

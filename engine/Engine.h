@@ -42,6 +42,7 @@ class ChannelSet;
 class OutputSession;
 class OverlaySlots;
 class ProgramSwitcher;
+class StingerCache;
 class ScheduleControl;
 class SlideShow;
 
@@ -85,9 +86,12 @@ public:
     // The channel prepared on the preview bus (-1: none). It costs the program nothing.
     void setPreviewChannel(int channel);
     int previewChannel() const { return m_previewChannel; }
-    // How takes go to air: a cut, a mix, a wipe or a dip, and how long (clamped to
-    // Transition::kMinMs .. kMaxMs).
+    // How takes go to air: a cut, a mix, a wipe, a dip or a stinger, and how long (clamped to
+    // Transition::kMinMs .. kMaxMs; a stinger lasts as long as its clip). A stinger's clip is
+    // loaded ahead (stingerLoaded / stingerFailed); a take before it is ready is a cut.
     void setTransition(Transition transition);
+    // Loading state of a stinger's clip, and the clip once loaded.
+    StingerInfo stingerInfo(const QString &file, int cutMs) const;
     Transition transition() const { return m_transition; }
     // Take: the preview goes to air with the transition and the former program becomes the
     // preview. Cut: the same at once. Nothing happens without a preview channel.
@@ -235,6 +239,9 @@ signals:
     void transitionStarted(int channel, selvane::Transition transition);
     void tbarChanged(double position);
     void fadeToBlackChanged(bool black);
+    // A stinger's clip is in memory, ready to take; or it cannot be used (detail: why).
+    void stingerLoaded(QString file, int cutMs, int durationMs);
+    void stingerFailed(QString file, int cutMs, QString detail);
     void outputsStarted(QSize size);
     void outputsStopped();
     void outputsFailed(selvane::Problem problem);
@@ -265,6 +272,11 @@ private:
     // Puts `channel` on air with `transition` (a cut when it is one); the former program goes
     // to the preview when `swap`.
     void goToAir(int channel, const Transition &transition, bool swap);
+    // A stinger with its loaded clip and length, or `fallback`'s kind when the clip is not
+    // ready; other transitions as they are.
+    Transition withStinger(Transition transition, TransitionKind fallback) const;
+    void setUpStingers();
+    void prepareStingers(const ProgramArrangement &arrangement);
     void openPendingOutputs();
     // Opens them when the program's size is known (given, or shown by its source).
     void openPendingOutputsOnceSized();
@@ -282,6 +294,7 @@ private:
     ChannelSet *m_channels = nullptr;
     OverlaySlots *m_overlaySlots = nullptr;
     SlideShow *m_slides = nullptr;
+    StingerCache *m_stingers = nullptr;
     OutputSession *m_output = nullptr;
     class Hands;
     std::unique_ptr<Hands> m_scheduleHands;

@@ -6,6 +6,7 @@
 #include "engine/Engine.h"
 #include "engine/ProgramSwitcher.h"
 #include "engine/SlideShow.h"
+#include "engine/StingerCache.h"
 #include "media/TransitionWords.h"
 #include "schedule/ScheduleRunner.h"
 
@@ -30,10 +31,71 @@ void Engine::setPreviewChannel(int channel)
     emit previewChannelChanged(preview);
 }
 
+void Engine::setUpStingers()
+{
+    m_stingers = new StingerCache(this);
+    connect(m_stingers, &StingerCache::loaded, this,
+            [this](const QString &file, int cutMs, const StingerClipPtr &clip) {
+                emit stingerLoaded(file, cutMs, clip->durationMs());
+            });
+    connect(m_stingers, &StingerCache::failed, this, &Engine::stingerFailed);
+}
+
+void Engine::prepareStingers(const ProgramArrangement &arrangement)
+{
+    for (const SceneClip &clip : arrangement.sceneClips)
+        if (clip.transition && clip.transition->kind == TransitionKind::Stinger)
+            m_stingers->prepare(clip.transition->stingerFile, clip.transition->cutMs);
+}
+
+StingerInfo Engine::stingerInfo(const QString &file, int cutMs) const
+{
+    StingerInfo info;
+    switch (m_stingers->state(file, cutMs)) {
+    case StingerCache::State::Absent:
+        return info;
+    case StingerCache::State::Loading:
+        info.state = QStringLiteral("loading");
+        return info;
+    case StingerCache::State::Failed:
+        info.state = QStringLiteral("failed");
+        info.failure = m_stingers->failure(file, cutMs);
+        return info;
+    case StingerCache::State::Ready:
+        break;
+    }
+    const StingerClipPtr clip = m_stingers->clip(file, cutMs);
+    info.state = QStringLiteral("ready");
+    info.durationMs = clip->durationMs();
+    info.cutMs = int(clip->cutUs / 1000);
+    info.hasAlpha = clip->hasAlpha;
+    return info;
+}
+
+Transition Engine::withStinger(Transition transition, TransitionKind fallback) const
+{
+    if (transition.kind != TransitionKind::Stinger)
+        return transition;
+    transition.stinger = m_stingers->clip(transition.stingerFile, transition.cutMs);
+    if (transition.stinger) {
+        transition.durationMs = std::max(Transition::kMinMs, transition.stinger->durationMs());
+        return transition;
+    }
+    qWarning("Stinger %s is not ready (%s): %s instead", qPrintable(transition.stingerFile),
+             qPrintable(stingerInfo(transition.stingerFile, transition.cutMs).state),
+             qPrintable(transitions::kindWord(fallback)));
+    m_stingers->prepare(transition.stingerFile, transition.cutMs);
+    transition.kind = fallback;
+    return transition;
+}
+
 void Engine::setTransition(Transition transition)
 {
     transition.durationMs =
         std::clamp(transition.durationMs, Transition::kMinMs, Transition::kMaxMs);
+    transition.stinger.reset();
+    if (transition.kind == TransitionKind::Stinger)
+        m_stingers->prepare(transition.stingerFile, transition.cutMs);
     if (transition == m_transition)
         return;
     m_transition = transition;
@@ -86,8 +148,9 @@ void Engine::finishRunningTake()
     m_swapOnFinish = kNoSwap;
 }
 
-void Engine::goToAir(int channel, const Transition &transition, bool swap)
+void Engine::goToAir(int channel, const Transition &wanted, bool swap)
 {
+    const Transition transition = withStinger(wanted, TransitionKind::Cut);
     const int running = transitionTarget();
     const int former = running >= 0 ? running : programChannel();
     if (m_tbar > 0.0) {
@@ -132,7 +195,7 @@ void Engine::setTBar(double position)
     position = std::clamp(position, 0.0, 1.0);
     if (m_previewChannel < 0 || position == m_tbar)
         return;
-    Transition ridden = m_transition;
+    Transition ridden = withStinger(m_transition, TransitionKind::Mix);
     if (!ridden.timed())
         ridden.kind = TransitionKind::Mix;
     finishRunningTake();
@@ -152,6 +215,8 @@ void Engine::setTBar(double position)
 
 void Engine::setScheduleTransition(const Transition &transition)
 {
+    if (transition.kind == TransitionKind::Stinger)
+        m_stingers->prepare(transition.stingerFile, transition.cutMs);
     m_schedule->setDefaultTransition(transition);
 }
 

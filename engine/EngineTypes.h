@@ -234,6 +234,16 @@ struct ProxyTestResult
     bool ok() const { return failure == ProxyTestFailure::None; }
 };
 
+// Where a stinger's clip stands: loaded ahead, a take before it is ready is a cut.
+struct StingerInfo
+{
+    QString state; // "loading", "ready", "failed", or empty when never asked for
+    QString failure;
+    int durationMs = 0;
+    int cutMs = 0; // where the switch happens
+    bool hasAlpha = false;
+};
+
 } // namespace selvane
 
 Q_DECLARE_METATYPE(selvane::ChannelState)

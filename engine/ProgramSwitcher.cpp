@@ -290,11 +290,33 @@ FrameTokenPtr ProgramSwitcher::transitionFrame(const ProgramBus::Moment &moment,
     if (!from)
         from = m_settledBase; // a still, black, or a channel with nothing yet: what was shown
     FrameTokenPtr to = pictureOf(moment.to);
+    if (moment.transition.kind == TransitionKind::Stinger)
+        return stingerFrame(moment, from, to, programUs);
     if (!from || !to)
         return to ? to : from;
     FrameWriter out = m_pool.acquire();
     if (!out || !transition::paint(*from, *to, moment.position, moment.transition, out))
         return {};
+    out->ptsUs = programUs;
+    return std::move(out).publish();
+}
+
+FrameTokenPtr ProgramSwitcher::stingerFrame(const ProgramBus::Moment &moment,
+                                            const FrameTokenPtr &from, const FrameTokenPtr &to,
+                                            qint64 programUs)
+{
+    // Underneath, the program switches at the clip's cut point; the clip plays over it.
+    const StingerClip *clip = moment.transition.stinger.get();
+    const bool switched = !clip || moment.elapsedUs >= clip->cutUs;
+    const FrameTokenPtr &under = switched ? (to ? to : from) : (from ? from : to);
+    if (!clip || !under)
+        return under;
+    const StingerPicture *picture = clip->at(moment.elapsedUs);
+    if (!picture || picture->isClear() || clip->size != QSize(under->width, under->height))
+        return under;
+    FrameWriter out = m_pool.acquire();
+    if (!out || !transition::stinger(*under, *picture, out))
+        return under;
     out->ptsUs = programUs;
     return std::move(out).publish();
 }
@@ -374,7 +396,12 @@ void ProgramSwitcher::tick(qint64 programUs)
     const int channel = still ? -1 : moment.from;
     int onAir = channel; // the channel whose picture this is; -1 while the last one holds
     FrameTokenPtr base;
-    if (moment.transitioning() && moment.position > 0.0) {
+    // A stinger's first picture shows on the tick it starts; the others begin from the
+    // picture on air.
+    const bool painting =
+        moment.transitioning() &&
+        (moment.position > 0.0 || moment.transition.kind == TransitionKind::Stinger);
+    if (painting) {
         base = transitionFrame(moment, programUs);
         if (!base)
             base = m_lastBase;
@@ -400,7 +427,7 @@ void ProgramSwitcher::tick(qint64 programUs)
     }
     const bool repeated = base == m_lastBase;
     m_lastBase = base;
-    if (!moment.transitioning() || moment.position <= 0.0)
+    if (!painting)
         m_settledBase = base;
 
     OverlayScenePtr scene;

@@ -130,6 +130,8 @@ private:
     FrameTokenPtr blackFrame(qint64 programUs);
     // The picture of a running transition; null when it cannot be made (the last holds).
     FrameTokenPtr transitionFrame(const ProgramBus::Moment &moment, qint64 programUs);
+    FrameTokenPtr stingerFrame(const ProgramBus::Moment &moment, const FrameTokenPtr &from,
+                               const FrameTokenPtr &to, qint64 programUs);
     FrameTokenPtr fadedFrame(const FrameTokenPtr &program, double black);
     void startTicking();
 

@@ -16,6 +16,8 @@ ProgramBus::Moment ProgramBus::at(qint64 programUs) const
         moment.to = m_target;
         moment.position = m_manualPosition;
         moment.transition = m_transition;
+        moment.manual = true;
+        moment.elapsedUs = qint64(m_manualPosition * m_transition.durationMs * 1000.0);
         return moment;
     }
     if (programUs < m_startUs)
@@ -29,6 +31,7 @@ ProgramBus::Moment ProgramBus::at(qint64 programUs) const
     moment.to = m_target;
     moment.transition = m_transition;
     moment.position = double(programUs - m_startUs) / double(lengthUs);
+    moment.elapsedUs = programUs - m_startUs;
     return moment;
 }
 

@@ -10,6 +10,9 @@
 //
 // Threads: any thread; every method takes a short lock. Owned by SourceFeeds.
 
+#include "media/StingerClip.h"
+
+#include <QString>
 #include <QtGlobal>
 #include <limits>
 #include <mutex>
@@ -19,9 +22,10 @@ namespace selvane {
 enum class TransitionKind : quint8
 {
     Cut,
-    Mix,  // a dissolve
-    Wipe, // an edge with a soft border moves across
-    Dip,  // out to a colour at half time, in from it
+    Mix,     // a dissolve
+    Wipe,    // an edge with a soft border moves across
+    Dip,     // out to a colour at half time, in from it
+    Stinger, // a clip with alpha plays over the switch, which happens at its cut point
 };
 
 enum class WipeDirection : quint8
@@ -38,10 +42,22 @@ struct Transition
     static constexpr int kMinMs = 100;
     static constexpr int kMaxMs = 10000;
 
+    Transition() = default;
+    Transition(TransitionKind k, int ms = kDefaultMs, WipeDirection d = WipeDirection::LeftToRight,
+               quint32 colour = 0xff000000)
+        : kind(k), durationMs(ms), direction(d), dipColour(colour)
+    {
+    }
+
     TransitionKind kind = TransitionKind::Cut;
     int durationMs = kDefaultMs;
     WipeDirection direction = WipeDirection::LeftToRight;
     quint32 dipColour = 0xff000000; // ARGB, black by default
+    // A stinger's file and where in it the switch happens (< 0: its middle); the duration is
+    // the clip's. `stinger` is the clip as loaded for the program, set when a take runs it.
+    QString stingerFile;
+    int cutMs = -1;
+    StingerClipPtr stinger;
 
     bool timed() const { return kind != TransitionKind::Cut; }
     bool operator==(const Transition &) const = default;
@@ -59,6 +75,8 @@ public:
         double position = 0.0; // how far the transition is, 0 .. 1
         Transition transition; // the running one's look
         double black = 0.0;    // how far the program is faded to black, 0 .. 1
+        qint64 elapsedUs = 0;  // into the running transition
+        bool manual = false;   // held by hand (the T-bar)
         bool transitioning() const { return to >= 0; }
     };
 

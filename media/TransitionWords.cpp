@@ -8,7 +8,7 @@ namespace selvane::transitions {
 QStringList kindWords()
 {
     return {QStringLiteral("cut"), QStringLiteral("mix"), QStringLiteral("wipe"),
-            QStringLiteral("dip")};
+            QStringLiteral("dip"), QStringLiteral("stinger")};
 }
 
 QStringList directionWords()
@@ -47,6 +47,23 @@ std::optional<Transition> parse(const QString &text, QString *error)
     }
     Transition transition;
     transition.kind = TransitionKind(kind);
+    if (transition.kind == TransitionKind::Stinger) {
+        // "stinger:FILE" or "stinger:FILE@CUTMS"; the file may hold colons itself.
+        QString file = text.section(':', 1);
+        const qsizetype at = file.lastIndexOf('@');
+        bool ok = false;
+        const int cut = at > 0 ? file.mid(at + 1).toInt(&ok) : -1;
+        if (ok && cut >= 0) {
+            transition.cutMs = cut;
+            file.truncate(at);
+        }
+        transition.stingerFile = file.trimmed();
+        if (transition.stingerFile.isEmpty()) {
+            *error = QStringLiteral("a stinger names its clip: stinger:FILE or stinger:FILE@CUTMS");
+            return std::nullopt;
+        }
+        return transition;
+    }
     if (text.contains(':')) {
         bool ok = false;
         const int ms = text.section(':', 1).trimmed().toInt(&ok);
@@ -105,15 +122,43 @@ std::optional<Transition> fromJson(const QJsonObject &object, const Transition &
         }
         transition.dipColour = colour.rgb();
     }
+    if (object.contains(QLatin1String("file"))) {
+        const QJsonValue value = object.value(QLatin1String("file"));
+        if (!value.isString()) {
+            *error = QStringLiteral("\"file\" must be the stinger clip's path");
+            return std::nullopt;
+        }
+        transition.stingerFile = value.toString();
+    }
+    if (object.contains(QLatin1String("cutMs"))) {
+        const QJsonValue value = object.value(QLatin1String("cutMs"));
+        const double ms = value.toDouble(-2);
+        if (!value.isDouble() || ms != double(qint64(ms)) || ms < -1 || ms > StingerClip::kMaxMs) {
+            *error = QStringLiteral("\"cutMs\" must be a whole number from 0 to %1, or -1 for "
+                                    "the clip's middle")
+                         .arg(StingerClip::kMaxMs);
+            return std::nullopt;
+        }
+        transition.cutMs = int(ms);
+    }
+    if (transition.kind == TransitionKind::Stinger && transition.stingerFile.trimmed().isEmpty()) {
+        *error = QStringLiteral("a stinger needs \"file\", the clip's path");
+        return std::nullopt;
+    }
     return transition;
 }
 
 QJsonObject toJson(const Transition &transition)
 {
-    return {{"type", kindWord(transition.kind)},
-            {"durationMs", transition.durationMs},
-            {"direction", directionWord(transition.direction)},
-            {"colour", QColor::fromRgb(transition.dipColour).name()}};
+    QJsonObject object{{"type", kindWord(transition.kind)},
+                       {"durationMs", transition.durationMs},
+                       {"direction", directionWord(transition.direction)},
+                       {"colour", QColor::fromRgb(transition.dipColour).name()}};
+    if (!transition.stingerFile.isEmpty()) {
+        object.insert("file", transition.stingerFile);
+        object.insert("cutMs", transition.cutMs);
+    }
+    return object;
 }
 
 } // namespace selvane::transitions

@@ -13,17 +13,18 @@
 
 namespace selvane::transitions {
 
-// "cut", "mix", "wipe", "dip"; and the wipe's "left-to-right", "right-to-left", "top-down",
+// "cut", "mix", "wipe", "dip", "stinger"; and the wipe's "left-to-right", "right-to-left", "top-down",
 // "bottom-up".
 QString kindWord(TransitionKind kind);
 QString directionWord(WipeDirection direction);
 QStringList kindWords();
 QStringList directionWords();
 
-// "mix", "mix:500", "wipe:750"; nullopt with `error` set when it is not one.
+// "mix", "mix:500", "wipe:750", "stinger:FILE", "stinger:FILE@CUTMS"; nullopt with `error` set when it is not one.
 std::optional<Transition> parse(const QString &text, QString *error);
 
-// The fields of `object` over `base`: "type", "durationMs", "direction", "colour" ("#rrggbb").
+// The fields of `object` over `base`: "type", "durationMs", "direction", "colour" ("#rrggbb"),
+// and a stinger's "file" and "cutMs" (-1: the clip's middle).
 // Fields that are absent keep base's; nullopt with `error` set on the first bad one.
 std::optional<Transition> fromJson(const QJsonObject &object, const Transition &base,
                                    QString *error);

@@ -4,9 +4,12 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QEvent>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPainter>
 #include <QPushButton>
 #include <QSignalBlocker>
@@ -94,6 +97,20 @@ ProductionPanel::ProductionPanel(QWidget *parent) : QFrame(parent)
     m_duration->setRange(Transition::kMinMs, Transition::kMaxMs);
     m_duration->setSingleStep(100);
     m_duration->setValue(Transition::kDefaultMs);
+    m_stingerLabel = new QLabel(this);
+    m_stingerFile = new QLineEdit(this);
+    m_stingerFile->setAccessibleName("Stinger Clip");
+    m_stingerBrowse = new QPushButton(QStringLiteral("…"), this);
+    m_stingerBrowse->setAccessibleName("Choose Stinger Clip");
+    m_cutLabel = new QLabel(this);
+    m_stingerCut = new QSpinBox(this);
+    m_stingerCut->setAccessibleName("Stinger Cut Point");
+    m_stingerCut->setRange(-1, StingerClip::kMaxMs);
+    m_stingerCut->setSingleStep(40);
+    m_stingerCut->setValue(-1);
+    m_stingerState = new QLabel(this);
+    m_stingerState->setAccessibleName("Stinger State");
+    m_stingerState->setWordWrap(true);
     m_directTakes = new QCheckBox(this);
     m_directTakes->setAccessibleName("Direct Takes Use the Transition");
 
@@ -118,7 +135,15 @@ ProductionPanel::ProductionPanel(QWidget *parent) : QFrame(parent)
     settings->addWidget(m_direction, 1, 1);
     settings->addWidget(m_durationLabel, 2, 0);
     settings->addWidget(m_duration, 2, 1);
-    settings->addWidget(m_directTakes, 3, 0, 1, 2);
+    auto *stingerFile = new QHBoxLayout;
+    stingerFile->addWidget(m_stingerFile, 1);
+    stingerFile->addWidget(m_stingerBrowse);
+    settings->addWidget(m_stingerLabel, 3, 0);
+    settings->addLayout(stingerFile, 3, 1);
+    settings->addWidget(m_cutLabel, 4, 0);
+    settings->addWidget(m_stingerCut, 4, 1);
+    settings->addWidget(m_stingerState, 5, 0, 1, 2);
+    settings->addWidget(m_directTakes, 6, 0, 1, 2);
     auto *buttons = new QVBoxLayout;
     buttons->addWidget(m_take);
     buttons->addWidget(m_cut);
@@ -151,6 +176,9 @@ ProductionPanel::ProductionPanel(QWidget *parent) : QFrame(parent)
     });
     connect(m_direction, &QComboBox::activated, this, &ProductionPanel::emitTransition);
     connect(m_duration, &QSpinBox::editingFinished, this, &ProductionPanel::emitTransition);
+    connect(m_stingerFile, &QLineEdit::editingFinished, this, &ProductionPanel::emitTransition);
+    connect(m_stingerBrowse, &QPushButton::clicked, this, &ProductionPanel::chooseStingerFile);
+    connect(m_stingerCut, &QSpinBox::editingFinished, this, &ProductionPanel::emitTransition);
     connect(m_directTakes, &QCheckBox::toggled, this, &ProductionPanel::directTakesChosen);
     connect(m_tbar, &QSlider::valueChanged, this,
             [this](int value) { emit tbarMoved(double(value) / kTBarSteps); });
@@ -191,11 +219,32 @@ QSize ProductionPanel::monitorSize() const
 
 void ProductionPanel::setTransition(const Transition &transition)
 {
-    const QSignalBlocker blockKind(m_kind), blockDirection(m_direction), blockMs(m_duration);
+    const QSignalBlocker blockKind(m_kind), blockDirection(m_direction), blockMs(m_duration),
+        blockFile(m_stingerFile), blockCut(m_stingerCut);
     m_kind->setCurrentIndex(int(transition.kind));
     m_direction->setCurrentIndex(int(transition.direction));
     m_duration->setValue(transition.durationMs);
+    if (m_stingerFile->text() != transition.stingerFile)
+        m_stingerFile->setText(transition.stingerFile);
+    m_stingerCut->setValue(transition.cutMs);
     showDirection();
+}
+
+void ProductionPanel::setStingerInfo(const StingerInfo &info)
+{
+    m_stingerInfo = info;
+    retranslateUi();
+}
+
+void ProductionPanel::chooseStingerFile()
+{
+    const QString path = QFileDialog::getOpenFileName(
+        this, tr("Choose a Stinger Clip"), QFileInfo(m_stingerFile->text()).absolutePath(),
+        tr("Clips with alpha (*.mov *.webm *.mkv *.avi *.mp4);;All files (*)"));
+    if (path.isEmpty())
+        return;
+    m_stingerFile->setText(path);
+    emitTransition();
 }
 
 void ProductionPanel::setDirectTakes(bool on)
@@ -229,13 +278,29 @@ void ProductionPanel::emitTransition()
     transition.kind = TransitionKind(std::max(0, m_kind->currentIndex()));
     transition.direction = WipeDirection(std::max(0, m_direction->currentIndex()));
     transition.durationMs = m_duration->value();
+    if (transition.kind == TransitionKind::Stinger) {
+        transition.stingerFile = m_stingerFile->text().trimmed();
+        transition.cutMs = m_stingerCut->value();
+        if (transition.stingerFile.isEmpty()) {
+            m_stingerFile->setFocus(); // a stinger is nothing without its clip: asked for first
+            return;
+        }
+    }
     emit transitionChosen(transition);
 }
 
 void ProductionPanel::showDirection()
 {
-    m_direction->setVisible(m_kind->currentIndex() == int(TransitionKind::Wipe));
-    m_duration->setEnabled(m_kind->currentIndex() != int(TransitionKind::Cut));
+    const int kind = m_kind->currentIndex();
+    m_direction->setVisible(kind == int(TransitionKind::Wipe));
+    // A stinger lasts as long as its clip.
+    m_duration->setEnabled(kind != int(TransitionKind::Cut) &&
+                           kind != int(TransitionKind::Stinger));
+    const bool stinger = kind == int(TransitionKind::Stinger);
+    for (QWidget *widget :
+         std::initializer_list<QWidget *>{m_stingerLabel, m_stingerFile, m_stingerBrowse,
+                                          m_cutLabel, m_stingerCut, m_stingerState})
+        widget->setVisible(stinger);
 }
 
 void ProductionPanel::changeEvent(QEvent *event)
@@ -252,7 +317,7 @@ void ProductionPanel::retranslateUi()
     const int kind = std::max(0, m_kind->currentIndex());
     const int direction = std::max(0, m_direction->currentIndex());
     m_kind->clear();
-    m_kind->addItems({tr("Cut"), tr("Mix"), tr("Wipe"), tr("Dip to colour")});
+    m_kind->addItems({tr("Cut"), tr("Mix"), tr("Wipe"), tr("Dip to colour"), tr("Stinger")});
     m_kind->setCurrentIndex(kind);
     m_direction->clear();
     m_direction->addItems(
@@ -261,6 +326,25 @@ void ProductionPanel::retranslateUi()
     m_kindLabel->setText(tr("Transition"));
     m_durationLabel->setText(tr("Duration"));
     m_duration->setSuffix(tr(" ms"));
+    m_stingerLabel->setText(tr("Clip"));
+    m_stingerFile->setPlaceholderText(tr("A video with alpha"));
+    m_stingerBrowse->setToolTip(tr("Choose a stinger clip"));
+    m_cutLabel->setText(tr("Switch at"));
+    m_stingerCut->setSuffix(tr(" ms"));
+    m_stingerCut->setSpecialValueText(tr("Middle"));
+    const StingerInfo &info = m_stingerInfo;
+    if (info.state == QLatin1String("ready"))
+        m_stingerState->setText(
+            (info.hasAlpha ? tr("Ready: %1 s, switch at %2 s")
+                           : tr("Ready: %1 s, switch at %2 s (no alpha: it covers the picture)"))
+                .arg(info.durationMs / 1000.0, 0, 'f', 2)
+                .arg(info.cutMs / 1000.0, 0, 'f', 2));
+    else if (info.state == QLatin1String("loading"))
+        m_stingerState->setText(tr("Loading…"));
+    else if (info.state == QLatin1String("failed"))
+        m_stingerState->setText(tr("Cannot be used (%1): takes cut instead").arg(info.failure));
+    else
+        m_stingerState->clear();
     m_directTakes->setText(tr("Direct takes use the transition"));
     m_take->setText(tr("Take"));
     m_cut->setText(tr("Cut"));

@@ -1,13 +1,14 @@
 #pragma once
 
 // The production desk beside the program monitor: the preview monitor (the channel on the
-// preview bus, in a green frame), the transition (kind, wipe direction, length, whether direct
-// takes use it), Take and Cut, the T-bar and Fade to Black, which blinks while the program is
+// preview bus, in a green frame), the transition (kind, wipe direction, length, a stinger's clip
+// and cut point with whether it is loaded, whether direct takes use it), Take and Cut, the T-bar and Fade to Black, which blinks while the program is
 // black. It decides nothing: it shows what the engine says (setters) and asks for every change
 // (signals); the window shares Take, Cut and Fade to Black with the Program menu's actions.
 //
 // GUI thread only. Emits transitionChosen, directTakesChosen, tbarMoved, monitorResized.
 
+#include "engine/EngineTypes.h"
 #include "media/ProgramBus.h"
 
 #include <QFrame>
@@ -17,6 +18,7 @@ class QAction;
 class QCheckBox;
 class QComboBox;
 class QLabel;
+class QLineEdit;
 class QPushButton;
 class QSlider;
 class QSpinBox;
@@ -39,6 +41,8 @@ public:
     void setPreviewChannel(int channel);
     void setPreviewImage(const QImage &image);
     void setTransition(const Transition &transition);
+    // Whether the chosen stinger's clip is loaded (shown under its file).
+    void setStingerInfo(const StingerInfo &info);
     void setDirectTakes(bool on);
     void setTBar(double position);
     void setFadedToBlack(bool black);
@@ -59,6 +63,7 @@ private:
     void retranslateUi();
     void emitTransition();
     void showDirection();
+    void chooseStingerFile();
 
     int m_previewChannel = -1;
     bool m_black = false;
@@ -70,6 +75,13 @@ private:
     QComboBox *m_direction = nullptr;
     QLabel *m_durationLabel = nullptr;
     QSpinBox *m_duration = nullptr;
+    QLabel *m_stingerLabel = nullptr;
+    QLineEdit *m_stingerFile = nullptr;
+    QPushButton *m_stingerBrowse = nullptr;
+    QLabel *m_cutLabel = nullptr;
+    QSpinBox *m_stingerCut = nullptr;
+    QLabel *m_stingerState = nullptr;
+    StingerInfo m_stingerInfo;
     QCheckBox *m_directTakes = nullptr;
     QPushButton *m_take = nullptr;
     QPushButton *m_cut = nullptr;

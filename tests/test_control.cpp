@@ -262,6 +262,15 @@ private slots:
         QCOMPARE(call("PUT", "program/transition", QJsonObject{{"type", "spin"}}).status, 400);
         QCOMPARE(call("PUT", "program/transition", QJsonObject{{"durationMs", 50}}).status, 400);
         QCOMPARE(call("PUT", "program/tbar", QJsonObject{{"position", 1.5}}).status, 400);
+        // A stinger needs its clip; one that cannot be read is reported, and takes cut.
+        QCOMPARE(call("PUT", "program/transition", QJsonObject{{"type", "stinger"}}).status, 400);
+        QCOMPARE(call("PUT", "program/transition",
+                      QJsonObject{{"type", "stinger"}, {"file", m_dir.filePath("none.mov")}})
+                     .status,
+                 200);
+        QVERIFY(events.next("stinger", &at, [](const QJsonObject &e) {
+            return e["stinger"].toObject()["state"] == "failed";
+        }));
 
         const QString file = m_dir.filePath("production.mp4");
         QCOMPARE(

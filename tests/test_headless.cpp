@@ -122,6 +122,8 @@ private slots:
             << bars + QStringList{"--transition", "spin"} << "one of cut, mix, wipe, dip";
         QTest::newRow("transition too short")
             << bars + QStringList{"--transition", "mix:10"} << "from 100 to 10000 ms";
+        QTest::newRow("stinger without its clip")
+            << bars + QStringList{"--transition", "stinger:"} << "stinger:FILE";
     }
 
     void badArgumentsAreRefused()

@@ -349,6 +349,36 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(w.engine()->programChannel(), 0, 2000);
         QCOMPARE(tbar->value(), 0);
         QTest::qWait(1000);
+        // A stinger, its clip chosen in the file dialog, switching after 200 ms of its 600.
+        const QString clip = QDir(dir.path()).filePath("stinger.mov");
+        QVERIFY(runFfmpeg({"-f", "lavfi", "-i", "color=c=blue:s=160x90:r=30:d=0.6,format=rgba",
+                           "-c:v", "qtrle", clip}));
+        kind->setFocus();
+        QTest::keyClick(kind, Qt::Key_End);
+        auto *cutAt = named<QSpinBox>(&w, "Stinger Cut Point");
+        QVERIFY(cutAt->isVisible());
+        cutAt->setFocus();
+        cutAt->selectAll();
+        QTest::keyClicks(cutAt, "200");
+        onNextDialog([&](QDialog *dialog) {
+            auto *name = dialog->findChild<QLineEdit *>("fileNameEdit");
+            QVERIFY(name);
+            name->setText(clip);
+            QTest::keyClick(name, Qt::Key_Return);
+        });
+        QTest::mouseClick(named<QPushButton>(&w, "Choose Stinger Clip"), Qt::LeftButton);
+        QCOMPARE(w.engine()->transition().kind, selvane::TransitionKind::Stinger);
+        QCOMPARE(w.engine()->transition().cutMs, 200);
+        auto *state = named<QLabel>(&w, "Stinger State");
+        QTRY_VERIFY_WITH_TIMEOUT(state->text().startsWith("Ready: 0.60 s, switch at 0.20 s"), 5000);
+        QSignalSpy took(w.engine(), &Engine::transitionStarted);
+        w.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&w));
+        QTest::keyClick(&w, Qt::Key_Return);
+        QCOMPARE(took.count(), 1);
+        QCOMPARE(took.last().at(1).value<selvane::Transition>().durationMs, 600);
+        QTRY_COMPARE_WITH_TIMEOUT(w.engine()->programChannel(), 1, 2000);
+        QTest::qWait(500);
         // Fade to black: the button blinks while the program is black.
         auto *fade = named<QPushButton>(&w, "Fade to Black");
         QTest::mouseClick(fade, Qt::LeftButton);
@@ -360,7 +390,7 @@ private slots:
         QVERIFY(stopped.wait(15000));
 
         const QString written = w.engine()->stats().output.file.path;
-        // Red (channel 2's colour) after the take, black at the end.
+        // Red (channel 2's colour) after the first take, black at the end.
         const QColor red = averageColour(written, 3.0);
         QVERIFY2(red.red() > 180 && red.green() < 60, qPrintable(red.name()));
         const QColor black = averageColour(written, -0.3);

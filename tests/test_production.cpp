@@ -5,6 +5,8 @@
 #include "TestSupport.h"
 #include "compose/TransitionPaint.h"
 #include "engine/Engine.h"
+#include "input/StingerLoad.h"
+#include "media/FrameConvert.h"
 #include "schedule/ProgramArrangement.h"
 
 #include <QSignalSpy>
@@ -27,8 +29,9 @@ constexpr int kColumns = 32, kRows = 24;
 struct Picture
 {
     std::array<double, kColumns> green{};
-    double share = 0;      // of the whole picture
-    double brightness = 0; // 0 .. about 1
+    std::array<double, kColumns> blue{}; // 0 .. 1
+    double share = 0;                    // of the whole picture
+    double brightness = 0;               // 0 .. about 1
 };
 
 std::vector<Picture> readPictures(const QString &file)
@@ -45,12 +48,14 @@ std::vector<Picture> readPictures(const QString &file)
         Picture picture;
         double red = 0, green = 0;
         for (int x = 0; x < kColumns; ++x) {
-            double r = 0, g = 0;
+            double r = 0, g = 0, b = 0;
             for (int y = 0; y < kRows; ++y) {
                 const int i = at + (y * kColumns + x) * 3;
                 r += uchar(rgb[i]) / 255.0;     // red is 255 red
                 g += uchar(rgb[i + 1]) / 128.0; // green is 128 green
+                b += uchar(rgb[i + 2]) / 255.0;
             }
+            picture.blue[std::size_t(x)] = b / kRows;
             picture.green[std::size_t(x)] = g / std::max(1e-9, r + g);
             red += r;
             green += g;
@@ -105,6 +110,24 @@ double toneDb(const std::vector<std::int16_t> &samples, qint64 first, int count,
     }
     const double power = s1 * s1 + s2 * s2 - coefficient * s1 * s2;
     return 10 * std::log10(std::max(power, 1e-9));
+}
+
+// A stinger clip made with the ffmpeg CLI: blue, with the alpha `alpha` (a geq expression of X,
+// Y, W, H and T), a 2 kHz tone, `seconds` long at `size` and `rate`, in `codec` (its arguments).
+bool makeStinger(const QString &file, const QString &alpha, const QStringList &codec,
+                 double seconds, const QString &size = "320x240", int rate = 30)
+{
+    return runFfmpeg(QStringList{"-f", "lavfi", "-i",
+                                 QString("color=c=blue:s=%1:r=%2:d=%3,format=rgba,"
+                                         "geq=r=0:g=0:b=255:a='%4'")
+                                     .arg(size)
+                                     .arg(rate)
+                                     .arg(seconds)
+                                     .arg(alpha),
+                                 "-f", "lavfi", "-i",
+                                 QString("sine=frequency=2000:sample_rate=48000:d=%1").arg(seconds),
+                                 "-shortest"} +
+                     codec + QStringList{file});
 }
 
 } // namespace
@@ -316,6 +339,161 @@ private slots:
         pictures = {};
         QTest::qWait(1000);
         QVERIFY2(pictures[1] >= 24, QByteArray::number(pictures[1]));
+    }
+
+    void stingerPlaysOverTheSwitch()
+    {
+        // Blue over the left half for the first and last 0.3 s, over everything in between.
+        const QString file = QDir(m_dir.path()).filePath("stinger.mov");
+        QVERIFY(makeStinger(file, "if(between(T,0.29,0.69),255,if(lt(X,W/2),255,0))",
+                            {"-c:v", "qtrle", "-c:a", "pcm_s16le"}, 1.0));
+        Engine engine;
+        engine.startAudio();
+        engine.setChannelSource(0, kRed);
+        engine.setChannelSource(1, kGreen);
+        engine.cutTo(0);
+        engine.setPreviewChannel(1);
+        QSignalSpy loaded(&engine, &Engine::stingerLoaded);
+        Transition stinger(TransitionKind::Stinger);
+        stinger.stingerFile = file;
+        engine.setTransition(stinger);
+        QVERIFY(loaded.wait(10000));
+        QCOMPARE(loaded.last().at(2).toInt(), 1000);
+        QCOMPARE(engine.stingerInfo(file, -1).cutMs, 500);
+
+        OutputSettings settings;
+        settings.encoder.fileEnabled = true;
+        settings.encoder.filePath = QDir(m_dir.path()).filePath("stinger.mkv");
+        settings.encoder.qualityPreset = EncoderSettings::Performance;
+        QSignalSpy outputs(&engine, &Engine::outputsStarted);
+        QVERIFY(!engine.startOutputs(settings));
+        QVERIFY(outputs.wait(10000));
+        QTest::qWait(1500);
+        QSignalSpy started(&engine, &Engine::transitionStarted);
+        engine.take();
+        QCOMPARE(started.count(), 1);
+        QCOMPARE(started.last().at(1).value<Transition>().durationMs, 1000);
+        QTRY_COMPARE_WITH_TIMEOUT(engine.previewChannel(), 0, 3000); // swapped once it ended
+        QCOMPARE(engine.programChannel(), 1);
+        QTest::qWait(1000);
+        // A stinger whose clip cannot be read is a cut, and says so.
+        Transition missing(TransitionKind::Stinger);
+        missing.stingerFile = QDir(m_dir.path()).filePath("none.mov");
+        QSignalSpy failed(&engine, &Engine::stingerFailed);
+        engine.setTransition(missing);
+        QVERIFY(failed.wait(10000));
+        engine.take();
+        QCOMPARE(engine.programChannel(), 0);
+        QTest::qWait(500);
+        QSignalSpy stopped(&engine, &Engine::outputsStopped);
+        engine.stopOutputs();
+        QVERIFY(stopped.wait(10000));
+        QCOMPARE(started.count(), 1);
+        QCOMPARE(engine.stats().program.skippedTicks, 0);
+
+        const std::vector<Picture> pictures = readPictures(settings.encoder.filePath);
+        const auto blueLeft = [&](int i) {
+            return pictures[std::size_t(i)].blue[2] > 0.8;
+        };
+        int first = -1, last = -1;
+        for (int i = 0; i < int(pictures.size()); ++i)
+            if (blueLeft(i)) {
+                first = first < 0 ? i : first;
+                last = i;
+            }
+        QVERIFY(first > 0);
+        // The whole clip plays, one picture a tick, and nothing of it stays afterwards.
+        QCOMPARE(last - first + 1, 30);
+        const auto right = [&](int i) {
+            return pictures[std::size_t(i)].green[kColumns - 3];
+        };
+        const auto rightBlue = [&](int i) {
+            return pictures[std::size_t(i)].blue[kColumns - 3];
+        };
+        // Red shows beside the stinger before the cut, green after it; in the middle the clip
+        // covers everything.
+        QVERIFY(right(first + 3) < 0.1 && rightBlue(first + 3) < 0.2);
+        QVERIFY(rightBlue(first + 15) > 0.8);
+        QVERIFY(right(last - 3) > 0.9 && rightBlue(last - 3) < 0.2);
+        QVERIFY(right(first - 1) < 0.1 && right(last + 1) > 0.9);
+
+        // Its sound goes to the program; the channels' sound switches at the cut.
+        std::vector<std::int16_t> samples;
+        double audioStart = 0;
+        QVERIFY(decodeAudio(settings.encoder.filePath, &samples, &audioStart));
+        const double videoStart = videoStartSeconds(settings.encoder.filePath);
+        const auto sampleAt = [&](double pictureIndex) {
+            return qint64((videoStart + pictureIndex / 30.0 - audioStart) * 48000) - 1200;
+        };
+        const int window = 2400;
+        const double during = toneDb(samples, sampleAt(first + 8), window, 2000);
+        const double outside = toneDb(samples, sampleAt(last + 15), window, 2000);
+        qInfo("stinger: pictures %d..%d; 2 kHz %.1f dB during, %.1f dB after", first, last, during,
+              outside);
+        QVERIFY2(during > outside + 30, qPrintable(QString::number(during - outside)));
+        QVERIFY(toneDb(samples, sampleAt(first + 8), window, 400) >
+                toneDb(samples, sampleAt(first + 8), window, 1000) + 30);
+        QVERIFY(toneDb(samples, sampleAt(last - 6), window, 1000) >
+                toneDb(samples, sampleAt(last - 6), window, 400) + 30);
+    }
+
+    void stingerClipsKeepTheirAlpha()
+    {
+        // Blue opaque on the left, half transparent top right, clear bottom right, in the
+        // containers and codecs stingers come in.
+        const QString alpha = "if(lt(X,W/2),255,if(lt(Y,H/2),128,0))";
+        const QList<QPair<QString, QStringList>> kinds{
+            {"anim.mov", {"-c:v", "qtrle", "-c:a", "pcm_s16le"}},
+            {"vp9.webm", {"-c:v", "libvpx-vp9", "-pix_fmt", "yuva420p", "-c:a", "libopus"}},
+            {"prores.mov",
+             {"-c:v", "prores_ks", "-profile:v", "4444", "-pix_fmt", "yuva444p10le", "-c:a",
+              "pcm_s16le"}}};
+        FramePool pool(2, 64, 48);
+        FrameWriter red = pool.acquire();
+        QImage redImage(64, 48, QImage::Format_RGB32);
+        redImage.fill(Qt::red);
+        QVERIFY(imageToFrame(redImage, red));
+        const FrameTokenPtr under = std::move(red).publish();
+        const auto yuv = transition::yuvOf(0xff0000ff);
+        for (const auto &[name, codec] : kinds) {
+            const QString file = QDir(m_dir.path()).filePath(name);
+            QVERIFY2(makeStinger(file, alpha, codec, 0.5, "64x48", 10), qPrintable(name));
+            QString error;
+            const StingerClipPtr clip = loadStinger(file, QSize(64, 48), 200, &error);
+            QVERIFY2(clip, qPrintable(name + ": " + error));
+            QVERIFY2(clip->hasAlpha, qPrintable(name));
+            QCOMPARE(clip->pictures.size(), std::size_t(5));
+            QCOMPARE(clip->durationMs(), 500);
+            QCOMPARE(clip->cutUs, 200'000);
+            QVERIFY(clip->sound.size() >= 47'000); // its half second of sound, stereo
+            // The clear bottom right is passed over.
+            QVERIFY(std::abs(clip->pictures[0].spans[40].second - 32) <= 2);
+            FrameWriter out = pool.acquire();
+            QVERIFY(transition::stinger(*under, clip->pictures[0], out));
+            const int stride = int(out->planeStride(0));
+            const int redY = under->plane(0)[0], blueY = yuv[0];
+            QVERIFY2(std::abs(out.plane(0)[10 * stride + 8] - blueY) <= 3, qPrintable(name));
+            QVERIFY2(std::abs(out.plane(0)[10 * stride + 50] - (redY + blueY) / 2) <= 3,
+                     qPrintable(name));
+            QCOMPARE(out.plane(0)[40 * stride + 50], under->plane(0)[0]);
+            QVERIFY(std::abs(out.plane(1)[5 * out->planeStride(1) + 4] - yuv[1]) <= 3);
+        }
+        // Files that cannot be stingers, each with its reason.
+        const QString longClip = QDir(m_dir.path()).filePath("long.mov");
+        QVERIFY(makeStinger(longClip, "255", {"-c:v", "qtrle"}, 10.5, "32x24", 5));
+        const QString opaque = QDir(m_dir.path()).filePath("opaque.mp4");
+        QVERIFY(runFfmpeg({"-f", "lavfi", "-i", "color=c=blue:s=64x48:r=10:d=0.5", opaque}));
+        const QString sound = QDir(m_dir.path()).filePath("sound.wav");
+        QVERIFY(runFfmpeg({"-f", "lavfi", "-i", "sine=d=0.5", sound}));
+        QString error;
+        QVERIFY(!loadStinger(longClip, QSize(64, 48), -1, &error));
+        QVERIFY2(error.contains("longer"), qPrintable(error));
+        QVERIFY(!loadStinger(sound, QSize(64, 48), -1, &error));
+        QVERIFY(!loadStinger(m_dir.filePath("absent.mov"), QSize(64, 48), -1, &error));
+        // A clip without alpha covers the whole picture while it plays.
+        const StingerClipPtr cover = loadStinger(opaque, QSize(64, 48), -1, &error);
+        QVERIFY(cover && !cover->hasAlpha && cover->pictures[0].opaque);
+        QCOMPARE(cover->cutUs, 250'000);
     }
 
     void transitionPicturesAreExact()

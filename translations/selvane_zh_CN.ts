@@ -27,54 +27,54 @@
 <context>
     <name>MainWindow</name>
     <message>
-        <location filename="../app/MainWindow.cpp" line="248"/>
+        <location filename="../app/MainWindow.cpp" line="258"/>
         <source>Channel %1: %2</source>
         <translation>通道 %1：%2</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="385"/>
+        <location filename="../app/MainWindow.cpp" line="395"/>
         <source>Schedule: Undo</source>
         <translation>节目编排：撤销</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="386"/>
+        <location filename="../app/MainWindow.cpp" line="396"/>
         <source>Schedule: Redo</source>
         <translation>节目编排：重做</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="402"/>
-        <location filename="../app/MainWindow.cpp" line="408"/>
-        <location filename="../app/MainWindow.cpp" line="420"/>
+        <location filename="../app/MainWindow.cpp" line="412"/>
+        <location filename="../app/MainWindow.cpp" line="418"/>
+        <location filename="../app/MainWindow.cpp" line="430"/>
         <source>Export Drawing</source>
         <translation>导出涂鸦</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="403"/>
+        <location filename="../app/MainWindow.cpp" line="413"/>
         <source>There is no drawing to export yet. Draw on the program preview with View -&gt; Drawing Tools.</source>
         <translation>还没有可导出的涂鸦。请通过“视图 -&gt; 涂鸦工具”在节目预览上绘制。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="409"/>
+        <location filename="../app/MainWindow.cpp" line="419"/>
         <source>PNG image (*.png)</source>
         <translation>PNG 图片 (*.png)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="421"/>
+        <location filename="../app/MainWindow.cpp" line="431"/>
         <source>Unable to write the file.</source>
         <translation>无法写入文件。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="424"/>
+        <location filename="../app/MainWindow.cpp" line="434"/>
         <source>Drawing exported to %1</source>
         <translation>涂鸦已导出到 %1</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="731"/>
+        <location filename="../app/MainWindow.cpp" line="743"/>
         <source>About Selvane</source>
         <translation>关于 Selvane</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="550"/>
+        <location filename="../app/MainWindow.cpp" line="562"/>
         <source>The recording failed: %1
 
 The streams go on. A new file is tried every second and the recording goes on there as soon as writing works.</source>
@@ -83,42 +83,42 @@ The streams go on. A new file is tried every second and the recording goes on th
 推流继续进行。每秒会尝试一个新文件，一旦可以写入，录制就在新文件中继续。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="576"/>
+        <location filename="../app/MainWindow.cpp" line="588"/>
         <source>Source</source>
         <translation>输入源</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="594"/>
+        <location filename="../app/MainWindow.cpp" line="606"/>
         <source>Output</source>
         <translation>输出</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="614"/>
+        <location filename="../app/MainWindow.cpp" line="626"/>
         <source>Stream %1 expects a %2:// URL.</source>
         <translation>推流 %1 需要 %2:// 地址。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="687"/>
+        <location filename="../app/MainWindow.cpp" line="699"/>
         <source>Outputs are running</source>
         <translation>输出正在运行</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="688"/>
+        <location filename="../app/MainWindow.cpp" line="700"/>
         <source>Recording or streaming is running. Stop the outputs and close Selvane?</source>
         <translation>录制或推流正在进行。要停止输出并关闭 Selvane 吗？</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="726"/>
+        <location filename="../app/MainWindow.cpp" line="738"/>
         <source>Output Folder</source>
         <translation>输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="726"/>
+        <location filename="../app/MainWindow.cpp" line="738"/>
         <source>Unable to open the output folder.</source>
         <translation>无法打开输出文件夹。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="732"/>
+        <location filename="../app/MainWindow.cpp" line="744"/>
         <source>Selvane %1
 Live video mixer: four input channels, overlays, audio mixing, recording and live streaming.</source>
         <translation>Selvane %1
@@ -278,12 +278,12 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>ProgramArrangement</name>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="119"/>
+        <location filename="../cli/CommandLine.cpp" line="121"/>
         <source>Unable to open the file.</source>
         <translation>无法打开文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="143"/>
+        <location filename="../cli/CommandLine.cpp" line="145"/>
         <source>Schedule check passed: %1 base clip(s), %2 overlay clip(s).</source>
         <translation>节目编排检查通过：%1 个基础片段，%2 个叠加片段。</translation>
     </message>
@@ -520,157 +520,152 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <translation>将此节目编排（JSON）播出到输出。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="41"/>
-        <source>How the schedule&apos;s channel clips without a transition of their own come on air: cut, mix, wipe or dip, with :MS for its length (default 1000), e.g. mix:500. Default: cut.</source>
-        <translation>排程中未自带转场的通道片段上节目的方式：cut、mix、wipe 或 dip，可加 :毫秒 指定时长（默认 1000），例如 mix:500。默认：cut。</translation>
-    </message>
-    <message>
-        <location filename="../cli/CommandLine.cpp" line="45"/>
+        <location filename="../cli/CommandLine.cpp" line="47"/>
         <source>Run the built-in demo: test signals, a schedule, a ticker and an image overlay (no files needed).</source>
         <translation>运行内置演示：测试信号、节目编排、滚动字幕和图片叠加（无需任何文件）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="48"/>
+        <location filename="../cli/CommandLine.cpp" line="50"/>
         <source>Load a source into input channel N (1-4): a file path, a network URL, a capture address or lavfi://GRAPH. Repeatable.</source>
         <translation>为输入通道 N（1-4）加载信号源：文件路径、网络地址、采集地址或 lavfi://GRAPH。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="52"/>
+        <location filename="../cli/CommandLine.cpp" line="54"/>
         <source>Give channel N (1-4) the sound of this microphone (a PulseAudio source by name or description) instead of its own. Repeatable.</source>
         <translation>让通道 N（1-4）使用此麦克风（按名称或描述指定的 PulseAudio 源）的声音代替其自身声音。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="55"/>
+        <location filename="../cli/CommandLine.cpp" line="57"/>
         <source>Channel (1-4) that forms the program picture. Default 1.</source>
         <translation>构成节目画面的通道（1-4），默认 1。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="57"/>
+        <location filename="../cli/CommandLine.cpp" line="59"/>
         <source>Stop after this many seconds (default: until Ctrl+C).</source>
         <translation>运行指定秒数后停止（默认：直到 Ctrl+C）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="59"/>
+        <location filename="../cli/CommandLine.cpp" line="61"/>
         <source>Window: start the recording and streams of the show at once (without --headless they wait for the Start button).</source>
         <translation>窗口模式：立即开始节目的录制与推流（不加此项时等待按下“开始输出”）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="62"/>
+        <location filename="../cli/CommandLine.cpp" line="64"/>
         <source>Preview (speaker) volume of channel N, linear, e.g. 1=0.5. Repeatable.</source>
         <translation>通道 N 的预览（扬声器）音量，线性，例如 1=0.5。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="65"/>
+        <location filename="../cli/CommandLine.cpp" line="67"/>
         <source>Volume of the program channel in the program mix, linear (default 1).</source>
         <translation>节目通道在节目混音中的音量，线性（默认 1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="68"/>
+        <location filename="../cli/CommandLine.cpp" line="70"/>
         <source>Program bus gain for recording and streaming, in percent (default 100).</source>
         <translation>录制与推流的节目总线增益，百分比（默认 100）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="71"/>
+        <location filename="../cli/CommandLine.cpp" line="73"/>
         <source>Show a scrolling ticker with these words. Repeatable.</source>
         <translation>显示滚动字幕。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="73"/>
+        <location filename="../cli/CommandLine.cpp" line="75"/>
         <source>Show a picture in the rectangle x,y,w,h of the 640x360 scene. Repeatable.</source>
         <translation>在 640x360 场景的矩形 x,y,w,h 中显示图片。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="76"/>
+        <location filename="../cli/CommandLine.cpp" line="78"/>
         <source>Play a video (looping) in the rectangle x,y,w,h of the 640x360 scene. Repeatable.</source>
         <translation>在 640x360 场景的矩形 x,y,w,h 中循环播放视频。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="80"/>
+        <location filename="../cli/CommandLine.cpp" line="82"/>
         <source>Record the program to this file (MP4, MKV, MOV, TS ...).</source>
         <translation>将节目录制到此文件（MP4、MKV、MOV、TS……）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="82"/>
+        <location filename="../cli/CommandLine.cpp" line="84"/>
         <source>Start a new recording file at a keyframe after this many minutes.</source>
         <translation>录制满指定分钟后在关键帧处开始新文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="86"/>
+        <location filename="../cli/CommandLine.cpp" line="88"/>
         <source>Start a new recording file at a keyframe once a file reaches this many GiB.</source>
         <translation>文件达到指定 GiB 后在关键帧处开始新文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="88"/>
+        <location filename="../cli/CommandLine.cpp" line="90"/>
         <source>Publish the program to this URL (rtmp://, rtmps://, srt://, udp:// ...); #FORMAT picks the container (flv, mpegts). Repeatable.</source>
         <translation>将节目推流到此地址（rtmp://、rtmps://、srt://、udp://……）；#FORMAT 指定封装格式（flv、mpegts）。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="92"/>
+        <location filename="../cli/CommandLine.cpp" line="94"/>
         <source>Output size, e.g. 1280x720 (default: same as the program).</source>
         <translation>输出尺寸，例如 1280x720（默认：与节目相同）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="93"/>
+        <location filename="../cli/CommandLine.cpp" line="95"/>
         <source>Output frame rate: 30 or 60 (default 30).</source>
         <translation>输出帧率：30 或 60（默认 30）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="94"/>
+        <location filename="../cli/CommandLine.cpp" line="96"/>
         <source>Video bitrate in kbit/s (default: automatic).</source>
         <translation>视频码率，kbit/s（默认：自动）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="96"/>
+        <location filename="../cli/CommandLine.cpp" line="98"/>
         <source>Video encoder: auto, hardware or software (default auto).</source>
         <translation>视频编码器：auto、hardware 或 software（默认 auto）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="98"/>
+        <location filename="../cli/CommandLine.cpp" line="100"/>
         <source>Quality preset: performance, balanced or quality (default balanced).</source>
         <translation>质量预设：performance、balanced 或 quality（默认 balanced）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="101"/>
+        <location filename="../cli/CommandLine.cpp" line="103"/>
         <source>Serve the remote control API (HTTP and WebSocket) on this port.</source>
         <translation>在此端口上提供远程控制 API（HTTP 和 WebSocket）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="104"/>
+        <location filename="../cli/CommandLine.cpp" line="106"/>
         <source>Address the remote control listens on (default 127.0.0.1).</source>
         <translation>远程控制监听的地址（默认 127.0.0.1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="192"/>
+        <location filename="../cli/CommandLine.cpp" line="194"/>
         <source>--record expects a file path</source>
         <translation>--record 需要文件路径</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="202"/>
+        <location filename="../cli/CommandLine.cpp" line="204"/>
         <source>--%1 expects a positive number, got &quot;%2&quot;</source>
         <translation>--%1 需要正数，收到 &quot;%2&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="213"/>
+        <location filename="../cli/CommandLine.cpp" line="215"/>
         <source>segment limits need --record</source>
         <translation>分段限制需要 --record</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="231"/>
+        <location filename="../cli/CommandLine.cpp" line="233"/>
         <source>--size expects an even width and height, got &quot;%1&quot;</source>
         <translation>--size 的宽和高必须是偶数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="329"/>
+        <location filename="../cli/CommandLine.cpp" line="331"/>
         <source>--control-port expects a port from 1 to 65535, got &quot;%1&quot;</source>
         <translation>--control-port 需要 1 到 65535 之间的端口，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="338"/>
+        <location filename="../cli/CommandLine.cpp" line="340"/>
         <source>--control-bind expects an IP address such as 127.0.0.1 or ::1, got &quot;%1&quot;</source>
         <translation>--control-bind 需要 IP 地址（如 127.0.0.1 或 ::1），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="366"/>
+        <location filename="../cli/CommandLine.cpp" line="368"/>
         <source>overlay &quot;%1&quot;: &quot;%2&quot; is not a file that can be read</source>
         <translation>叠加 &quot;%1&quot;：&quot;%2&quot; 不是可读取的文件</translation>
     </message>
@@ -680,87 +675,92 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <translation>校验节目编排并以当前格式输出；配合 --channel 选项时，对通道没有信号源的片段给出警告。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="225"/>
+        <location filename="../cli/CommandLine.cpp" line="41"/>
+        <source>How the schedule&apos;s channel clips without a transition of their own come on air: cut, mix, wipe or dip, with :MS for its length (default 1000), e.g. mix:500; or stinger:FILE, a clip with alpha played over the switch, with @MS for where the switch happens (default: its middle), e.g. stinger:logo.mov@400. Default: cut.</source>
+        <translation>节目单中没有指定转场的通道片段如何上播：cut、mix、wipe 或 dip，可加 :MS 指定时长（默认 1000），例如 mix:500；或 stinger:FILE，在切换时叠加播放一段带透明通道的片段，可加 @MS 指定切换发生的位置（默认：片段中点），例如 stinger:logo.mov@400。默认：cut。</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="227"/>
         <source>--size expects WIDTHxHEIGHT, got &quot;%1&quot;</source>
         <translation>--size 需要 宽x高，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="239"/>
+        <location filename="../cli/CommandLine.cpp" line="241"/>
         <source>--fps expects 30 or 60, got &quot;%1&quot;</source>
         <translation>--fps 需要 30 或 60，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="248"/>
+        <location filename="../cli/CommandLine.cpp" line="250"/>
         <source>--bitrate expects kbit/s from 100 to 400000, got &quot;%1&quot;</source>
         <translation>--bitrate 需要 100 到 400000 之间的 kbit/s，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="257"/>
+        <location filename="../cli/CommandLine.cpp" line="259"/>
         <source>--encoder expects auto, hardware or software, got &quot;%1&quot;</source>
         <translation>--encoder 需要 auto、hardware 或 software，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="267"/>
+        <location filename="../cli/CommandLine.cpp" line="269"/>
         <source>--preset expects performance, balanced or quality, got &quot;%1&quot;</source>
         <translation>--preset 需要 performance、balanced 或 quality，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="296"/>
+        <location filename="../cli/CommandLine.cpp" line="298"/>
         <source>--volume expects N=V with N from 1 to 4 and V from 0 to 4, got &quot;%1&quot;</source>
         <translation>--volume 需要 N=V（N 为 1 到 4，V 为 0 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="306"/>
+        <location filename="../cli/CommandLine.cpp" line="308"/>
         <source>--program-volume expects a number from 0 to 4, got &quot;%1&quot;</source>
         <translation>--program-volume 需要 0 到 4 之间的数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="315"/>
+        <location filename="../cli/CommandLine.cpp" line="317"/>
         <source>--gain expects a percentage from 0 to 1000, got &quot;%1&quot;</source>
         <translation>--gain 需要 0 到 1000 之间的百分比，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="374"/>
+        <location filename="../cli/CommandLine.cpp" line="376"/>
         <source>at most %1 image and video overlays</source>
         <translation>图片与视频叠加最多 %1 个</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="395"/>
+        <location filename="../cli/CommandLine.cpp" line="397"/>
         <source>--channel expects N=ADDRESS with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--channel 需要 N=地址（N 为 1 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="406"/>
+        <location filename="../cli/CommandLine.cpp" line="408"/>
         <source>--microphone expects N=NAME with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--microphone 需要 N=名称，N 为 1 到 4，收到的是“%1”</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="417"/>
+        <location filename="../cli/CommandLine.cpp" line="419"/>
         <source>--base expects a channel from 1 to 4, got &quot;%1&quot;</source>
         <translation>--base 需要 1 到 4 的通道，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="426"/>
+        <location filename="../cli/CommandLine.cpp" line="428"/>
         <source>--duration expects a positive number of seconds, got &quot;%1&quot;</source>
         <translation>--duration 需要正的秒数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="440"/>
+        <location filename="../cli/CommandLine.cpp" line="442"/>
         <source>--transition: %1, got &quot;%2&quot;</source>
         <translation>--transition：%1，收到的是“%2”</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="446"/>
+        <location filename="../cli/CommandLine.cpp" line="451"/>
         <source>--demo brings its own schedule; leave out --schedule</source>
         <translation>--demo 自带节目编排；请去掉 --schedule</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="459"/>
+        <location filename="../cli/CommandLine.cpp" line="464"/>
         <source>--headless needs at least one --channel</source>
         <translation>--headless 至少需要一个 --channel</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="463"/>
+        <location filename="../cli/CommandLine.cpp" line="468"/>
         <source>the base channel %1 has no source</source>
         <translation>基础通道 %1 没有信号源</translation>
     </message>
@@ -2345,93 +2345,154 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::ProductionPanel</name>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="240"/>
+        <location filename="../panels/ProductionPanel.cpp" line="242"/>
+        <source>Choose a Stinger Clip</source>
+        <translation>选择过场动画片段</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="243"/>
+        <source>Clips with alpha (*.mov *.webm *.mkv *.avi *.mp4);;All files (*)</source>
+        <translation>带透明通道的片段 (*.mov *.webm *.mkv *.avi *.mp4);;所有文件 (*)</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="315"/>
         <source>Preview: Channel %1</source>
         <translation>预监：通道 %1</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="241"/>
+        <location filename="../panels/ProductionPanel.cpp" line="316"/>
         <source>Preview: none (click a channel&apos;s picture)</source>
         <translation>预监：无（点击通道画面）</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="245"/>
-        <location filename="../panels/ProductionPanel.cpp" line="256"/>
+        <location filename="../panels/ProductionPanel.cpp" line="320"/>
+        <location filename="../panels/ProductionPanel.cpp" line="350"/>
         <source>Cut</source>
         <translation>切换</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="245"/>
+        <location filename="../panels/ProductionPanel.cpp" line="320"/>
         <source>Mix</source>
         <translation>叠化</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="245"/>
+        <location filename="../panels/ProductionPanel.cpp" line="320"/>
         <source>Wipe</source>
         <translation>划像</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="245"/>
+        <location filename="../panels/ProductionPanel.cpp" line="320"/>
         <source>Dip to colour</source>
         <translation>经色场过渡</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="249"/>
+        <location filename="../panels/ProductionPanel.cpp" line="320"/>
+        <source>Stinger</source>
+        <translation>过场动画</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="324"/>
         <source>Left to right</source>
         <translation>从左到右</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="249"/>
+        <location filename="../panels/ProductionPanel.cpp" line="324"/>
         <source>Right to left</source>
         <translation>从右到左</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="249"/>
+        <location filename="../panels/ProductionPanel.cpp" line="324"/>
         <source>Top down</source>
         <translation>从上到下</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="249"/>
+        <location filename="../panels/ProductionPanel.cpp" line="324"/>
         <source>Bottom up</source>
         <translation>从下到上</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="251"/>
+        <location filename="../panels/ProductionPanel.cpp" line="326"/>
         <source>Transition</source>
         <translation>转场</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="252"/>
+        <location filename="../panels/ProductionPanel.cpp" line="327"/>
         <source>Duration</source>
         <translation>时长</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="253"/>
+        <location filename="../panels/ProductionPanel.cpp" line="328"/>
+        <location filename="../panels/ProductionPanel.cpp" line="333"/>
         <source> ms</source>
         <translation> 毫秒</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="254"/>
+        <location filename="../panels/ProductionPanel.cpp" line="329"/>
+        <source>Clip</source>
+        <translation>片段</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="330"/>
+        <source>A video with alpha</source>
+        <translation>带透明通道的视频</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="331"/>
+        <source>Choose a stinger clip</source>
+        <translation>选择过场动画片段</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="332"/>
+        <source>Switch at</source>
+        <translation>切换于</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="334"/>
+        <source>Middle</source>
+        <translation>中点</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="338"/>
+        <source>Ready: %1 s, switch at %2 s</source>
+        <translation>就绪：%1 秒，于 %2 秒切换</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="339"/>
+        <source>Ready: %1 s, switch at %2 s (no alpha: it covers the picture)</source>
+        <translation>就绪：%1 秒，于 %2 秒切换（无透明通道：将遮住整个画面）</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="343"/>
+        <source>Loading…</source>
+        <translation>加载中…</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="345"/>
+        <source>Cannot be used (%1): takes cut instead</source>
+        <translation>无法使用（%1）：切换改为硬切</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="348"/>
         <source>Direct takes use the transition</source>
         <translation>直接切换也使用转场</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="255"/>
+        <location filename="../panels/ProductionPanel.cpp" line="349"/>
         <source>Take</source>
         <translation>上节目</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="257"/>
+        <location filename="../panels/ProductionPanel.cpp" line="351"/>
         <source>FTB</source>
         <translation>淡出黑场</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="258"/>
+        <location filename="../panels/ProductionPanel.cpp" line="352"/>
         <source>Fade to black, and back</source>
         <translation>淡出到黑场，再次按下恢复</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="259"/>
+        <location filename="../panels/ProductionPanel.cpp" line="353"/>
         <source>T-bar</source>
         <translation>推杆</translation>
     </message>

@@ -225,11 +225,10 @@ void PreviewAudioMixer::mixBlock(qint64 programUs)
     // equal power while a transition runs; the whole program fades with the fade to black.
     const selvane::ProgramBus::Moment onAir = m_feeds.bus().at(programUs);
     std::array<float, 4> programShare{};
-    const selvane::StingerClip *stinger =
-        onAir.to >= 0 && onAir.transition.kind == selvane::TransitionKind::Stinger
-            ? onAir.transition.stinger.get()
-            : nullptr;
-    if (onAir.to >= 0 && onAir.transition.kind == selvane::TransitionKind::Stinger) {
+    const bool stingerRuns =
+        onAir.to >= 0 && onAir.transition.kind == selvane::TransitionKind::Stinger;
+    const selvane::StingerClip *stinger = stingerRuns ? onAir.transition.stinger.get() : nullptr;
+    if (stingerRuns) {
         // Sound switches with the picture underneath, at the clip's cut point.
         const int side = !stinger || onAir.elapsedUs >= stinger->cutUs ? onAir.to : onAir.from;
         if (side >= 0 && side < 4)

@@ -224,22 +224,24 @@ void PreviewAudioMixer::mixBlock(qint64 programUs)
     // The program's channels by the bus at this block's time: one, or two crossfading with
     // equal power while a transition runs; the whole program fades with the fade to black.
     const selvane::ProgramBus::Moment onAir = m_feeds.bus().at(programUs);
-    std::array<float, 4> programShare{};
+    // By bus number: the four channels, then the standby (a failed channel's backup, the slate).
+    constexpr int kStandby = selvane::SourceFeeds::kStandby;
+    std::array<float, kStandby + 1> programShare{};
     const bool stingerRuns =
         onAir.to >= 0 && onAir.transition.kind == selvane::TransitionKind::Stinger;
     const selvane::StingerClip *stinger = stingerRuns ? onAir.transition.stinger.get() : nullptr;
     if (stingerRuns) {
         // Sound switches with the picture underneath, at the clip's cut point.
         const int side = !stinger || onAir.elapsedUs >= stinger->cutUs ? onAir.to : onAir.from;
-        if (side >= 0 && side < 4)
+        if (side >= 0 && side <= kStandby)
             programShare[std::size_t(side)] = 1.0f;
     } else if (onAir.to >= 0) {
         const double angle = onAir.position * 1.5707963267948966;
-        if (onAir.from >= 0 && onAir.from < 4)
+        if (onAir.from >= 0 && onAir.from <= kStandby)
             programShare[std::size_t(onAir.from)] += float(std::cos(angle));
-        if (onAir.to < 4)
+        if (onAir.to <= kStandby)
             programShare[std::size_t(onAir.to)] += float(std::sin(angle));
-    } else if (onAir.from >= 0 && onAir.from < 4) {
+    } else if (onAir.from >= 0 && onAir.from <= kStandby) {
         programShare[std::size_t(onAir.from)] = 1.0f;
     }
     const float programVolume = m_programVolume.load() * float(1.0 - onAir.black);
@@ -256,6 +258,10 @@ void PreviewAudioMixer::mixBlock(qint64 programUs)
         if (programShare[std::size_t(c)] > 0.0f && programVolume > 0.0f)
             addSource(m_programBus, programVolume * programShare[std::size_t(c)]);
     }
+    // The standby is heard on the program only, at the program's volume.
+    if (takeSource(m_feeds.standby(), programUs) > 0 && programShare[kStandby] > 0.0f &&
+        programVolume > 0.0f)
+        addSource(m_programBus, programVolume * programShare[kStandby]);
     for (int s = 0; s < 4; ++s) {
         const int real = takeSource(m_feeds.overlaySlot(s), programUs);
         if (real == 0) {

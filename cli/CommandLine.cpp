@@ -44,6 +44,26 @@ void configureCommandLine(QCommandLineParser &parser)
                          "the switch, with @MS for where the switch happens (default: its "
                          "middle), e.g. stinger:logo.mov@400. Default: cut."),
                       "TYPE[:MS]"});
+    parser.addOption({"backup",
+                      tr("When channel N fails on air (reconnecting, or no new picture for "
+                         "--failover-ms), show this instead: channel:M (another channel), or a "
+                         "file or stream address. A channel without one shows the slate. "
+                         "Repeatable; turns failover on."),
+                      "N=ADDRESS"});
+    parser.addOption({"slate",
+                      tr("The picture or clip shown for a failed channel without a backup "
+                         "(default: a card saying the programme will be back shortly); turns "
+                         "failover on."),
+                      "PATH"});
+    parser.addOption({"slate-text", tr("Words over the slate."), "TEXT"});
+    parser.addOption({"failover-ms",
+                      tr("How long the channel on air may deliver no new picture before its "
+                         "backup replaces it (default 2000); turns failover on."),
+                      "MS"});
+    parser.addOption({"return-ms",
+                      tr("How long a failed channel must deliver steadily before it goes back "
+                         "on air (default 3000)."),
+                      "MS"});
     parser.addOption({"demo", tr("Run the built-in demo: test signals, a schedule, a ticker and "
                                  "an image overlay (no files needed).")});
     parser.addOption({"channel",
@@ -379,6 +399,47 @@ bool readOverlayOptions(const QCommandLineParser &parser, ShowOptions *options, 
     return true;
 }
 
+bool readFailoverOptions(const QCommandLineParser &parser, ShowOptions *options, QString *error)
+{
+    FailoverSettings &failover = options->failover;
+    for (const QString &value : parser.values("backup")) {
+        const qsizetype eq = value.indexOf('=');
+        bool ok = false;
+        const int channel = eq > 0 ? value.left(eq).trimmed().toInt(&ok) : 0;
+        QString backup = eq > 0 ? value.mid(eq + 1).trimmed() : QString();
+        if (!ok || channel < 1 || channel > 4 || backup.isEmpty()) {
+            *error = tr("--backup expects N=ADDRESS or N=channel:M with N from 1 to 4, got "
+                        "\"%1\"")
+                         .arg(value);
+            return false;
+        }
+        if (!backup.contains(QLatin1Char(':')) && QFileInfo::exists(backup))
+            backup = QFileInfo(backup).absoluteFilePath();
+        failover.backups[std::size_t(channel - 1)] = backup;
+        failover.enabled = true;
+    }
+    if (parser.isSet("slate")) {
+        failover.slatePath = QFileInfo(parser.value("slate")).absoluteFilePath();
+        failover.enabled = true;
+    }
+    failover.slateText = parser.value("slate-text");
+    for (const auto &[name, target] : {std::pair{"failover-ms", &failover.failoverMs},
+                                       std::pair{"return-ms", &failover.returnMs}}) {
+        if (!parser.isSet(name))
+            continue;
+        bool ok = false;
+        const int ms = parser.value(name).toInt(&ok);
+        if (!ok || ms < 100 || ms > 3'600'000) {
+            *error = tr("--%1 expects milliseconds from 100 to 3600000, got \"%2\"")
+                         .arg(QString::fromLatin1(name), parser.value(name));
+            return false;
+        }
+        *target = ms;
+        failover.enabled = failover.enabled || QLatin1String(name) == QLatin1String("failover-ms");
+    }
+    return true;
+}
+
 } // namespace
 
 bool readShowOptions(const QCommandLineParser &parser, ShowOptions *options, QString *error)
@@ -431,7 +492,8 @@ bool readShowOptions(const QCommandLineParser &parser, ShowOptions *options, QSt
         }
     }
     if (!readOutputOptions(parser, options, error) || !readAudioOptions(parser, options, error) ||
-        !readOverlayOptions(parser, options, error) || !readControlOptions(parser, options, error))
+        !readOverlayOptions(parser, options, error) ||
+        !readControlOptions(parser, options, error) || !readFailoverOptions(parser, options, error))
         return false;
     options->demo = parser.isSet("demo");
     options->scheduleFile = parser.value("schedule").trimmed();

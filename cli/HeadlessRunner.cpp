@@ -144,15 +144,13 @@ int HeadlessRunner::run()
         QTimer::singleShot(0, this, [this] { finish(); });
     });
 
-    applyShowOptions(*m_engine, m_options);
-    if (m_scheduled) {
-        QString error;
-        if (!m_engine->startSchedule(&error)) {
-            std::fprintf(stderr, "selvane: %s\n", qPrintable(error));
-            delete m_engine;
-            m_engine = nullptr;
-            return 1;
-        }
+    QString error;
+    if (!applyShowOptions(*m_engine, m_options, &error) ||
+        (m_scheduled && !m_engine->startSchedule(&error))) {
+        std::fprintf(stderr, "selvane: %s\n", qPrintable(error));
+        delete m_engine;
+        m_engine = nullptr;
+        return 1;
     }
     // What the command line gives is also what the remote control starts without settings.
     m_engine->setPreparedOutputs(

@@ -5,6 +5,7 @@
 #include "compose/OverlayPainting.h"
 #include "compose/VulkanCompositor.h"
 #include "engine/ChannelSet.h"
+#include "engine/FailoverControl.h"
 #include "engine/OutputRules.h"
 #include "engine/OutputSession.h"
 #include "engine/OverlaySlots.h"
@@ -12,8 +13,8 @@
 #include "engine/ResolutionPolicy.h"
 #include "engine/ScheduleControl.h"
 #include "engine/SlideShow.h"
-#include "engine/StingerCache.h"
 #include "engine/SourceChecks.h"
+#include "engine/StingerCache.h"
 #include "media/FrameConvert.h"
 #include "media/StoredSettings.h"
 #include "net/ProxySettings.h"
@@ -128,6 +129,7 @@ Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBas
     connect(m_overlaySlots, &OverlaySlots::ended, this, &Engine::overlayEnded);
 
     setUpStingers();
+    setUpFailover();
     m_slides = new SlideShow(this);
     connect(m_slides, &SlideShow::slide, this, [this](const QImage &image, int shown) {
         m_switcher->showStill(image);
@@ -221,6 +223,8 @@ Engine::~Engine()
     m_channels = nullptr;
     delete m_overlaySlots;
     m_overlaySlots = nullptr;
+    delete m_failover; // the standby's decoder, before the feeds and the switcher it serves
+    m_failover = nullptr;
     QMetaObject::invokeMethod(
         m_switcher, [switcher = m_switcher] { delete switcher; }, Qt::BlockingQueuedConnection);
     m_switcher = nullptr;
@@ -288,6 +292,7 @@ void Engine::noteProgramChannel()
     if (channel == m_announcedProgramChannel)
         return;
     m_announcedProgramChannel = channel;
+    updateFailoverTransition(); // readies the standby for the channel now on air
     emit programChannelChanged(channel);
 }
 
@@ -768,6 +773,7 @@ EngineStats Engine::stats() const
     s.program.tbar = m_tbar;
     s.program.fadedToBlack = m_fadedToBlack;
     s.program.transitions = m_transitionsDone;
+    failoverStats(s.program);
     for (int c = 0; c < kChannelCount; ++c) {
         s.channels[std::size_t(c)].picturesSkipped = counters.skippedPictures[std::size_t(c)];
         s.channels[std::size_t(c)].repeatedTicks = counters.repeatedTicks[std::size_t(c)];

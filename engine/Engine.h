@@ -39,6 +39,7 @@ class ScheduleRunner;
 namespace selvane {
 
 class ChannelSet;
+class FailoverControl;
 class OutputSession;
 class OverlaySlots;
 class ProgramSwitcher;
@@ -115,6 +116,18 @@ public:
     bool fadedToBlack() const { return m_fadedToBlack; }
     // The channel a running transition goes to (-1: none runs).
     int transitionTarget() const;
+
+    // ---- failover: backups and the slate ----
+    // When the channel on air fails (reconnecting, or no new picture for failoverMs), its
+    // backup or the slate goes on air with the transition (a stinger once its clip is loaded),
+    // and the channel comes back once it has delivered steadily for returnMs. Refused: a
+    // backup naming itself or no channel, a missing backup file, times out of range, an
+    // unreadable slate.
+    Problem setFailover(const FailoverSettings &settings);
+    FailoverSettings failover() const;
+    // The slate on air by hand, with the transition; any cut or take ends it.
+    void showSlate();
+    bool slateOnAir() const;
 
     // ---- overlays ----
     // Ids below kFirstScheduleOverlayId are the operator's; the schedule's overlays have the
@@ -239,6 +252,11 @@ signals:
     void transitionStarted(int channel, selvane::Transition transition);
     void tbarChanged(double position);
     void fadeToBlackChanged(bool black);
+    // `channel` failed on air and `standIn` ("channel 3", "backup", "slate") replaces it; it
+    // came back; the slate went on air by hand or off.
+    void failedOver(int channel, QString standIn);
+    void returnedToAir(int channel);
+    void slateChanged(bool onAir);
     // A stinger's clip is in memory, ready to take; or it cannot be used (detail: why).
     void stingerLoaded(QString file, int cutMs, int durationMs);
     void stingerFailed(QString file, int cutMs, QString detail);
@@ -276,6 +294,10 @@ private:
     // ready; other transitions as they are.
     Transition withStinger(Transition transition, TransitionKind fallback) const;
     void setUpStingers();
+    void setUpFailover();
+    // The stand-in's transition, and the standby ready for the channel on air.
+    void updateFailoverTransition();
+    void failoverStats(ProgramStats &program) const;
     void prepareStingers(const ProgramArrangement &arrangement);
     void openPendingOutputs();
     // Opens them when the program's size is known (given, or shown by its source).
@@ -295,6 +317,7 @@ private:
     OverlaySlots *m_overlaySlots = nullptr;
     SlideShow *m_slides = nullptr;
     StingerCache *m_stingers = nullptr;
+    FailoverControl *m_failover = nullptr;
     OutputSession *m_output = nullptr;
     class Hands;
     std::unique_ptr<Hands> m_scheduleHands;

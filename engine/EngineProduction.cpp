@@ -99,6 +99,7 @@ void Engine::setTransition(Transition transition)
     if (transition == m_transition)
         return;
     m_transition = transition;
+    updateFailoverTransition();
     emit transitionChanged(transition);
 }
 

@@ -63,6 +63,21 @@ struct OutputSettings
     }
 };
 
+// What happens when the channel on air fails: off unless enabled. Each channel may name a
+// backup: "channel:M" (another channel, 1..4), or a file or stream address; a channel without
+// one shows the slate: `slatePath` (an image or a clip; empty: a built-in card) with
+// `slateText` over it (empty: the built-in card's words, none over a picture of one's own).
+struct FailoverSettings
+{
+    bool enabled = false;
+    int failoverMs = 2000; // no new picture for this long: failed
+    int returnMs = 3000;   // delivering steadily for this long: back on air
+    std::array<QString, kChannelCount> backups;
+    QString slatePath;
+    QString slateText;
+    bool operator==(const FailoverSettings &) const = default;
+};
+
 // A camera or a microphone the system offers: the name the address carries ("dshow://capture?
 // video=NAME"), which is the friendly description where the system has one.
 struct CaptureDevice
@@ -128,6 +143,13 @@ struct ProgramStats
     double tbar = 0.0;         // the hand-held transition's position, 0 .. 1
     bool fadedToBlack = false; // faded (or fading) to black
     qint64 transitions = 0;    // transitions taken to their end since the start
+    // Failover: the channel stood in for (-1: none), by what ("channel 3", "backup", "slate"),
+    // how often it happened and came back, and the slate on air by hand.
+    int failedChannel = -1;
+    QString standIn;
+    qint64 failovers = 0;
+    qint64 returns = 0;
+    bool slate = false;
 };
 
 struct TargetStats

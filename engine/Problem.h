@@ -44,6 +44,10 @@ enum class ProblemKind
     NoSuchOverlay,      // number: the id
     // ---- still pictures ----
     NoImages, // a slideshow of no pictures
+    // ---- failover ----
+    BadBackup,       // number: the channel (1-4); subject: the backup as given
+    BadFailoverTime, // number: the time in ms as given
+    SlateUnreadable, // subject: the file
 };
 
 struct Problem

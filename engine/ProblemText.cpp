@@ -107,6 +107,18 @@ QString problemText(const Problem &p, ProblemLanguage language)
         return say(QT_TRANSLATE_NOOP("Problem", "There is no overlay %1.")).arg(p.number);
     case ProblemKind::NoImages:
         return say(QT_TRANSLATE_NOOP("Problem", "Choose a folder or images first."));
+    case ProblemKind::BadBackup:
+        return say(QT_TRANSLATE_NOOP("Problem",
+                                     "The backup of channel %1 must be another channel "
+                                     "(channel:1 to channel:4) or a file or stream address: %2"))
+            .arg(p.number)
+            .arg(p.subject);
+    case ProblemKind::BadFailoverTime:
+        return say(QT_TRANSLATE_NOOP("Problem",
+                                     "Failover times lie between 100 ms and one hour, not %1 ms."))
+            .arg(p.number);
+    case ProblemKind::SlateUnreadable:
+        return say(QT_TRANSLATE_NOOP("Problem", "The slate cannot be read: %1")).arg(p.subject);
     }
     return {};
 }

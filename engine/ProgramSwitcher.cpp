@@ -9,6 +9,7 @@
 #include <QTimer>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 namespace selvane {
 
@@ -18,6 +19,8 @@ ProgramSwitcher::ProgramSwitcher(SourceFeeds &feeds, const ProgramClock &clock,
 {
     for (auto &media : m_slotMedia)
         media.store(-1);
+    for (auto &state : m_channelStates)
+        state.store(int(ChannelState::Idle));
 }
 
 ProgramSwitcher::~ProgramSwitcher() = default;
@@ -49,8 +52,18 @@ void ProgramSwitcher::startTicking()
 
 // ---- controls ----
 
+int ProgramSwitcher::programChannel() const
+{
+    const int failed = m_failedChannel.load();
+    if (failed >= 0)
+        return failed;
+    const int program = m_feeds.bus().program();
+    return SourceFeeds::isChannel(program) ? program : -1;
+}
+
 void ProgramSwitcher::cutTo(int channel)
 {
+    operatorSwitched();
     m_feeds.bus().cut(SourceFeeds::isChannel(channel) ? channel : -1, nextTickUs());
     m_still.store(false);
 }
@@ -61,12 +74,14 @@ void ProgramSwitcher::transitionTo(int channel, const Transition &transition)
         cutTo(channel);
         return;
     }
+    operatorSwitched();
     m_feeds.bus().begin(channel, transition, nextTickUs());
 }
 
 void ProgramSwitcher::holdTransition(int channel, const Transition &transition, double position)
 {
     ProgramBus &bus = m_feeds.bus();
+    operatorSwitched();
     if (position >= 1.0) {
         if (bus.isManual() && bus.target() == channel) {
             bus.settleManual(nextTickUs());
@@ -95,7 +110,45 @@ void ProgramSwitcher::showStill(const QImage &image)
         ++m_stillVersion;
     }
     m_still.store(true);
+    operatorSwitched();
     m_feeds.bus().cut(-1, nextTickUs());
+}
+
+void ProgramSwitcher::showStandby(const Transition &transition)
+{
+    operatorSwitched();
+    m_still.store(false);
+    if (transition.timed())
+        m_feeds.bus().begin(SourceFeeds::kStandby, transition, nextTickUs());
+    else
+        m_feeds.bus().cut(SourceFeeds::kStandby, nextTickUs());
+}
+
+void ProgramSwitcher::setFailover(const FailoverConfig &config, const Transition &transition)
+{
+    std::lock_guard lock(m_mutex);
+    m_failoverConfig = config;
+    m_failoverTransition = transition;
+    m_failoverChanged = true;
+}
+
+void ProgramSwitcher::setChannelState(int channel, ChannelState state)
+{
+    if (SourceFeeds::isChannel(channel))
+        m_channelStates[std::size_t(channel)].store(int(state));
+}
+
+void ProgramSwitcher::setStandbyImage(const QImage &image)
+{
+    std::lock_guard lock(m_mutex);
+    m_standbyImage = image;
+    ++m_standbyVersion;
+}
+
+void ProgramSwitcher::setStandbyCaption(std::shared_ptr<const StingerPicture> caption)
+{
+    std::lock_guard lock(m_mutex);
+    m_standbyCaption = std::move(caption);
 }
 
 void ProgramSwitcher::setScene(OverlayScenePtr scene)
@@ -223,22 +276,31 @@ FrameTokenPtr ProgramSwitcher::stillFrame(qint64 programUs)
 {
     QImage image;
     quint64 version = 0;
-    QSize out;
     {
         std::lock_guard lock(m_mutex);
         image = m_stillImage;
         version = m_stillVersion;
+    }
+    return canvasFrame(image, version, m_stillCanvas, programUs);
+}
+
+FrameTokenPtr ProgramSwitcher::canvasFrame(const QImage &image, quint64 version, Canvas &canvas,
+                                           qint64 programUs)
+{
+    QSize out;
+    {
+        std::lock_guard lock(m_mutex);
         out = m_outputSize;
     }
     if (out.width() < 1 || out.height() < 1)
         return {};
     // The picture is drawn once per change of picture or size, and then shown as it is.
-    if (!m_stillToken || m_canvasSize != out || m_canvasVersion != version) {
-        QImage canvas(out, QImage::Format_RGBA8888);
-        canvas.fill(Qt::black);
+    if (!canvas.token || canvas.size != out || canvas.version != version) {
+        QImage drawn(out, QImage::Format_RGBA8888);
+        drawn.fill(Qt::black);
         if (!image.isNull()) {
             const QSize scaled = image.size().scaled(out, Qt::KeepAspectRatio);
-            QPainter painter(&canvas);
+            QPainter painter(&drawn);
             painter.setRenderHint(QPainter::SmoothPixmapTransform, true);
             painter.drawImage(QRect((out.width() - scaled.width()) / 2,
                                     (out.height() - scaled.height()) / 2, scaled.width(),
@@ -246,14 +308,14 @@ FrameTokenPtr ProgramSwitcher::stillFrame(qint64 programUs)
                               image);
         }
         FrameWriter token = m_pool.acquire();
-        if (!token || !imageToFrame(canvas, token))
+        if (!token || !imageToFrame(drawn, token))
             return {}; // drawn again on the next tick, when the pool has a frame to spare
-        m_canvasVersion = version;
-        m_canvasSize = out;
+        canvas.version = version;
+        canvas.size = out;
         token->ptsUs = programUs;
-        m_stillToken = std::move(token).publish();
+        canvas.token = std::move(token).publish();
     }
-    return m_stillToken;
+    return canvas.token;
 }
 
 FrameTokenPtr ProgramSwitcher::blackFrame(qint64 programUs)
@@ -279,17 +341,84 @@ FrameTokenPtr ProgramSwitcher::blackFrame(qint64 programUs)
     return m_blackToken;
 }
 
+FrameTokenPtr ProgramSwitcher::pictureOf(int source, qint64 programUs)
+{
+    if (source == SourceFeeds::kStandby)
+        return standbyFrame(programUs);
+    if (SourceFeeds::isChannel(source))
+        return m_channels[std::size_t(source)].pacer.current();
+    return {};
+}
+
+FrameTokenPtr ProgramSwitcher::standbyFrame(qint64 programUs)
+{
+    QImage image;
+    quint64 version = 0;
+    std::shared_ptr<const StingerPicture> caption;
+    {
+        std::lock_guard lock(m_mutex);
+        image = m_standbyImage;
+        version = m_standbyVersion;
+        caption = m_standbyCaption;
+    }
+    if (!image.isNull())
+        return canvasFrame(image, version, m_standbyCanvas, programUs);
+    const FrameTokenPtr &picture = m_standby.pacer.current();
+    if (!picture || !caption || caption->isClear())
+        return picture;
+    // The slate's words over its clip, blended once per picture of the clip.
+    if (picture == m_captionedFrom && m_captioned)
+        return m_captioned;
+    FrameWriter out = m_pool.acquire();
+    if (!out || !transition::stinger(*picture, *caption, out))
+        return picture;
+    out->ptsUs = programUs;
+    m_captionedFrom = picture;
+    m_captioned = std::move(out).publish();
+    return m_captioned;
+}
+
+void ProgramSwitcher::runFailover(qint64 programUs)
+{
+    bool changed = false;
+    Transition transition;
+    {
+        std::lock_guard lock(m_mutex);
+        changed = std::exchange(m_failoverChanged, false);
+        transition = m_failoverTransition;
+        if (changed)
+            m_failover.setConfig(m_failoverConfig);
+    }
+    if (m_forgetFailover.exchange(false))
+        m_failover.forget();
+    std::array<FailoverRule::Reading, kChannelCount> readings;
+    for (int c = 0; c < kChannelCount; ++c) {
+        SourceFeed &feed = m_feeds.channel(c);
+        readings[std::size_t(c)] = {ChannelState(m_channelStates[std::size_t(c)].load()),
+                                    feed.frames().pushedFrames(), feed.generation()};
+    }
+    ProgramBus &bus = m_feeds.bus();
+    const bool busy = m_still.load() || bus.target() >= 0;
+    const FailoverRule::Step step = m_failover.step(programUs, readings, bus.program(), busy);
+    m_failedChannel.store(m_failover.failedChannel());
+    if (step.kind == FailoverRule::Step::Stay)
+        return;
+    if (transition.timed())
+        bus.begin(step.backup, transition, programUs);
+    else
+        bus.cut(step.backup, programUs);
+    if (step.kind == FailoverRule::Step::Fail)
+        emit failedOver(step.channel, step.backup);
+    else
+        emit returned(step.channel);
+}
+
 FrameTokenPtr ProgramSwitcher::transitionFrame(const ProgramBus::Moment &moment, qint64 programUs)
 {
-    const auto pictureOf = [this](int channel) -> FrameTokenPtr {
-        if (SourceFeeds::isChannel(channel) && m_channels[std::size_t(channel)].pacer.current())
-            return m_channels[std::size_t(channel)].pacer.current();
-        return {};
-    };
-    FrameTokenPtr from = pictureOf(moment.from);
+    FrameTokenPtr from = pictureOf(moment.from, programUs);
     if (!from)
         from = m_settledBase; // a still, black, or a channel with nothing yet: what was shown
-    FrameTokenPtr to = pictureOf(moment.to);
+    FrameTokenPtr to = pictureOf(moment.to, programUs);
     if (moment.transition.kind == TransitionKind::Stinger)
         return stingerFrame(moment, from, to, programUs);
     if (!from || !to)
@@ -349,6 +478,7 @@ void ProgramSwitcher::tick(qint64 programUs)
             fullRateChanged = fullRateChanged || c == fullRate;
         }
     }
+    m_standby.pacer.advance(m_feeds.standby(), programUs, m_periodUs);
     bool slotsChanged = false;
     for (int s = 0; s < SourceFeeds::kOverlaySlots; ++s) {
         SourceState &state = m_slots[std::size_t(s)];
@@ -386,6 +516,7 @@ void ProgramSwitcher::tick(qint64 programUs)
     if (slotsChanged && !m_overlayPreviewsPosted.exchange(true))
         emit overlayPreviewsReady();
 
+    runFailover(programUs);
     const int finished = m_feeds.bus().settle(programUs);
     if (finished >= 0) {
         m_still.store(false);
@@ -394,7 +525,8 @@ void ProgramSwitcher::tick(qint64 programUs)
     const ProgramBus::Moment moment = m_feeds.bus().at(programUs);
     const bool still = m_still.load() && moment.from < 0;
     const int channel = still ? -1 : moment.from;
-    int onAir = channel; // the channel whose picture this is; -1 while the last one holds
+    // The channel whose picture this is; -1 while the last one holds, and for the standby.
+    int onAir = SourceFeeds::isChannel(channel) ? channel : -1;
     FrameTokenPtr base;
     // A stinger's first picture shows on the tick it starts; the others begin from the
     // picture on air.
@@ -409,8 +541,8 @@ void ProgramSwitcher::tick(qint64 programUs)
         base = stillFrame(programUs);
         if (!base)
             base = m_lastBase; // no frame to draw it into yet: the picture holds
-    } else if (channel >= 0 && channel < SourceFeeds::kChannels) {
-        base = m_channels[std::size_t(channel)].pacer.current();
+    } else if (SourceFeeds::isOnAirSource(channel)) {
+        base = pictureOf(channel, programUs);
         if (!base) {
             base = m_lastBase; // nothing from the new channel yet: the picture holds
             onAir = -1;

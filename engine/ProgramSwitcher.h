@@ -13,11 +13,17 @@
 // Threads: the switcher lives on the program thread, where ticks, composition and the hand-over
 // to the outputs run; the window never waits for any of it. Controls (cut, still, scene, size,
 // outputs, overlay slots) may be called from any thread; they store values under a short lock.
+// Failover: at every tick the switcher watches the channel on air (FailoverRule); when it
+// fails, its backup channel or the standby (the backup file or stream, or the slate) goes on
+// air with the failover transition, and the channel comes back once it delivers steadily.
+// failedOver() and returned() tell the owner (program thread; connect queued).
+//
 // Previews reach the owner through the *Ready() signals, posted at most once until taken, and
 // only those the owner asks for (a headless show without a remote control takes none).
 
 #include "compose/OverlayScene.h"
 #include "compose/VulkanCompositor.h"
+#include "engine/FailoverRule.h"
 #include "engine/SourcePacer.h"
 #include "media/FramePool.h"
 #include "media/ProgramBus.h"
@@ -61,7 +67,11 @@ public:
     void holdTransition(int channel, const Transition &transition, double position);
     // The whole program (overlays and sound too) fades to black, or back, from the next tick.
     void fadeToBlack(bool black, int durationMs);
-    int programChannel() const { return m_feeds.bus().program(); }
+    // The operator's channel on air: while a failover stands in for it, the channel that failed;
+    // -1 while the slate is on air by hand.
+    int programChannel() const;
+    // The channel stood in for by a failover (its backup or the standby on air), or -1.
+    int failedChannel() const { return m_failedChannel.load(); }
     // Still mode: this picture (letterboxed into the output size) is the program until the next
     // cut; a null image shows black.
     void showStill(const QImage &image);
@@ -69,6 +79,18 @@ public:
     void setScene(OverlayScenePtr scene);
     // Which overlay the pictures of an overlay-video slot belong to (-1: none).
     void setOverlaySlotMedia(int slot, int mediaId);
+
+    // ---- failover and the standby (any thread) ----
+    // When and how failovers happen; `transition` takes the program to a stand-in and back.
+    void setFailover(const FailoverConfig &config, const Transition &transition);
+    // What each channel's decoder says it does (the failover's reading of it).
+    void setChannelState(int channel, ChannelState state);
+    // The standby shows this picture (letterboxed), or its feed's pictures when it is null,
+    // with `caption` (the slate's words with alpha, at the output size) over them.
+    void setStandbyImage(const QImage &image);
+    void setStandbyCaption(std::shared_ptr<const StingerPicture> caption);
+    // The standby on air by hand (the slate), with `transition`; any cut takes it off.
+    void showStandby(const Transition &transition);
     void setOutputSize(QSize size, double fps);
     void setOutputSink(OutputSink sink);
     // Also receives every program frame on the program thread (a face's preview scaler); it
@@ -110,6 +132,10 @@ public:
 signals:
     // A transition has put `channel` on air (program thread).
     void transitionFinished(int channel);
+    // `channel` failed on air and `standIn` (a channel, or SourceFeeds::kStandby) replaces it;
+    // `channel` is back on air (program thread).
+    void failedOver(int channel, int standIn);
+    void returned(int channel);
     void previewReady();
     void channelPreviewsReady();
     void overlayPreviewsReady();
@@ -134,6 +160,25 @@ private:
                                const FrameTokenPtr &to, qint64 programUs);
     FrameTokenPtr fadedFrame(const FrameTokenPtr &program, double black);
     void startTicking();
+    // The picture `source` (a channel or the standby) shows now, or null.
+    FrameTokenPtr pictureOf(int source, qint64 programUs);
+    FrameTokenPtr standbyFrame(qint64 programUs);
+    // A picture letterboxed into the output size, drawn again only when it or the size changed.
+    struct Canvas
+    {
+        FrameTokenPtr token;
+        quint64 version = 0;
+        QSize size;
+    };
+    FrameTokenPtr canvasFrame(const QImage &image, quint64 version, Canvas &canvas,
+                              qint64 programUs);
+    void runFailover(qint64 programUs);
+    // An operator's switch: a failover in progress is over.
+    void operatorSwitched()
+    {
+        m_forgetFailover.store(true);
+        m_failedChannel.store(-1);
+    }
 
     SourceFeeds &m_feeds;
     const ProgramClock &m_clock;
@@ -147,6 +192,12 @@ private:
     OverlayScenePtr m_scene;
     QImage m_stillImage;
     quint64 m_stillVersion = 0;
+    QImage m_standbyImage;
+    quint64 m_standbyVersion = 0;
+    std::shared_ptr<const StingerPicture> m_standbyCaption;
+    FailoverConfig m_failoverConfig;
+    Transition m_failoverTransition;
+    bool m_failoverChanged = false;
     QSize m_outputSize{1920, 1080};
     double m_fps = 30.0;
     OutputSink m_outputSink;
@@ -165,12 +216,17 @@ private:
     std::atomic<qint64> m_nextTickPublished{0};
     std::array<SourceState, SourceFeeds::kChannels> m_channels;
     std::array<SourceState, SourceFeeds::kOverlaySlots> m_slots;
+    SourceState m_standby;
+    Canvas m_standbyCanvas;
+    FrameTokenPtr m_captionedFrom, m_captioned; // the standby's picture, and with the caption
+    FailoverRule m_failover{SourceFeeds::kStandby};
+    std::array<std::atomic<int>, SourceFeeds::kChannels> m_channelStates;
+    std::atomic<int> m_failedChannel{-1};
+    std::atomic<bool> m_forgetFailover{false};
     std::array<int, SourceFeeds::kOverlaySlots> m_slotShownMedia{-1, -1, -1, -1};
     FrameTokenPtr m_lastBase;
     FrameTokenPtr m_settledBase; // the last picture made while no transition ran
-    quint64 m_canvasVersion = 0;
-    QSize m_canvasSize;
-    FrameTokenPtr m_stillToken;
+    Canvas m_stillCanvas;
     FrameTokenPtr m_blackToken;
 
     std::mutex m_previewMutex;

@@ -63,83 +63,10 @@ std::pair<int, int> coveredSpan(const std::uint8_t *alpha, int width)
     return {from, to};
 }
 
-// Everything a load keeps between packets.
-class Loader
+void keepCoveredRows(StingerPicture &picture, QSize size, const std::uint8_t *const planes[4],
+                     const int strides[4])
 {
-public:
-    Loader(QSize size, StingerClip &clip) : m_size(size), m_clip(clip) {}
-
-    bool addPicture(const AVFrame *frame, qint64 ptsUs, QString *error);
-    void addSound(const AVFrame *frame, const AVCodecContext *codec, qint64 frameUs);
-
-private:
-    void keepCoveredRows(StingerPicture &picture, const std::uint8_t *const planes[4],
-                         const int strides[4]);
-
-    QSize m_size;
-    StingerClip &m_clip;
-    ffsupport::SwsPtr m_sws;
-    AVPixelFormat m_swsFrom = AV_PIX_FMT_NONE;
-    QSize m_swsFromSize;
-    ffsupport::FramePtr m_scaled{av_frame_alloc()};
-    AudioConverter m_audio;
-};
-
-bool Loader::addPicture(const AVFrame *frame, qint64 ptsUs, QString *error)
-{
-    const auto format = AVPixelFormat(frame->format);
-    const AVPixFmtDescriptor *desc = av_pix_fmt_desc_get(format);
-    if (!desc)
-        return true;
-    const bool alpha = (desc->flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
-    m_clip.hasAlpha = m_clip.hasAlpha || alpha;
-    if (!m_sws || m_swsFrom != format || m_swsFromSize != QSize(frame->width, frame->height)) {
-        m_sws.reset(sws_getContext(frame->width, frame->height, format, m_size.width(),
-                                   m_size.height(), AV_PIX_FMT_YUVA420P, SWS_BICUBIC, nullptr,
-                                   nullptr, nullptr));
-        m_swsFrom = format;
-        m_swsFromSize = QSize(frame->width, frame->height);
-        av_frame_unref(m_scaled.get());
-        m_scaled->format = AV_PIX_FMT_YUVA420P;
-        m_scaled->width = m_size.width();
-        m_scaled->height = m_size.height();
-        if (!m_sws || av_frame_get_buffer(m_scaled.get(), 64) < 0) {
-            m_sws.reset();
-            *error = QStringLiteral("its pictures cannot be scaled to %1 x %2")
-                         .arg(m_size.width())
-                         .arg(m_size.height());
-            return false;
-        }
-    }
-    sws_scale(m_sws.get(), frame->data, frame->linesize, 0, frame->height, m_scaled->data,
-              m_scaled->linesize);
-    if (!alpha) {
-        // A picture without alpha covers everything.
-        for (int y = 0; y < m_size.height(); ++y)
-            std::memset(m_scaled->data[3] + qint64(y) * m_scaled->linesize[3], 255,
-                        std::size_t(m_size.width()));
-    }
-    StingerPicture picture;
-    picture.ptsUs = ptsUs;
-    keepCoveredRows(picture, m_scaled->data, m_scaled->linesize);
-    m_clip.bytes +=
-        qint64(picture.y.size() + picture.u.size() + picture.v.size() + picture.alpha.size() +
-               picture.chromaAlpha.size() + picture.spans.size() * sizeof(picture.spans[0]));
-    if (m_clip.bytes > StingerClip::kMaxBytes) {
-        *error = QStringLiteral("it needs more than %1 MB of memory at %2 x %3")
-                     .arg(StingerClip::kMaxBytes >> 20)
-                     .arg(m_size.width())
-                     .arg(m_size.height());
-        return false;
-    }
-    m_clip.pictures.push_back(std::move(picture));
-    return true;
-}
-
-void Loader::keepCoveredRows(StingerPicture &picture, const std::uint8_t *const planes[4],
-                             const int strides[4])
-{
-    const int width = m_size.width(), height = m_size.height();
+    const int width = size.width(), height = size.height();
     const auto alphaRow = [&](int y) {
         return planes[3] + qint64(y) * strides[3];
     };
@@ -201,6 +128,76 @@ void Loader::keepCoveredRows(StingerPicture &picture, const std::uint8_t *const 
         }
         picture.chromaSpans[std::size_t(r)] = coveredSpan(ca, chromaWidth);
     }
+}
+
+// Everything a load keeps between packets.
+class Loader
+{
+public:
+    Loader(QSize size, StingerClip &clip) : m_size(size), m_clip(clip) {}
+
+    bool addPicture(const AVFrame *frame, qint64 ptsUs, QString *error);
+    void addSound(const AVFrame *frame, const AVCodecContext *codec, qint64 frameUs);
+
+private:
+    QSize m_size;
+    StingerClip &m_clip;
+    ffsupport::SwsPtr m_sws;
+    AVPixelFormat m_swsFrom = AV_PIX_FMT_NONE;
+    QSize m_swsFromSize;
+    ffsupport::FramePtr m_scaled{av_frame_alloc()};
+    AudioConverter m_audio;
+};
+
+bool Loader::addPicture(const AVFrame *frame, qint64 ptsUs, QString *error)
+{
+    const auto format = AVPixelFormat(frame->format);
+    const AVPixFmtDescriptor *desc = av_pix_fmt_desc_get(format);
+    if (!desc)
+        return true;
+    const bool alpha = (desc->flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
+    m_clip.hasAlpha = m_clip.hasAlpha || alpha;
+    if (!m_sws || m_swsFrom != format || m_swsFromSize != QSize(frame->width, frame->height)) {
+        m_sws.reset(sws_getContext(frame->width, frame->height, format, m_size.width(),
+                                   m_size.height(), AV_PIX_FMT_YUVA420P, SWS_BICUBIC, nullptr,
+                                   nullptr, nullptr));
+        m_swsFrom = format;
+        m_swsFromSize = QSize(frame->width, frame->height);
+        av_frame_unref(m_scaled.get());
+        m_scaled->format = AV_PIX_FMT_YUVA420P;
+        m_scaled->width = m_size.width();
+        m_scaled->height = m_size.height();
+        if (!m_sws || av_frame_get_buffer(m_scaled.get(), 64) < 0) {
+            m_sws.reset();
+            *error = QStringLiteral("its pictures cannot be scaled to %1 x %2")
+                         .arg(m_size.width())
+                         .arg(m_size.height());
+            return false;
+        }
+    }
+    sws_scale(m_sws.get(), frame->data, frame->linesize, 0, frame->height, m_scaled->data,
+              m_scaled->linesize);
+    if (!alpha) {
+        // A picture without alpha covers everything.
+        for (int y = 0; y < m_size.height(); ++y)
+            std::memset(m_scaled->data[3] + qint64(y) * m_scaled->linesize[3], 255,
+                        std::size_t(m_size.width()));
+    }
+    StingerPicture picture;
+    picture.ptsUs = ptsUs;
+    keepCoveredRows(picture, m_size, m_scaled->data, m_scaled->linesize);
+    m_clip.bytes +=
+        qint64(picture.y.size() + picture.u.size() + picture.v.size() + picture.alpha.size() +
+               picture.chromaAlpha.size() + picture.spans.size() * sizeof(picture.spans[0]));
+    if (m_clip.bytes > StingerClip::kMaxBytes) {
+        *error = QStringLiteral("it needs more than %1 MB of memory at %2 x %3")
+                     .arg(StingerClip::kMaxBytes >> 20)
+                     .arg(m_size.width())
+                     .arg(m_size.height());
+        return false;
+    }
+    m_clip.pictures.push_back(std::move(picture));
+    return true;
 }
 
 void Loader::addSound(const AVFrame *frame, const AVCodecContext *codec, qint64 frameUs)
@@ -345,6 +342,33 @@ StingerClipPtr loadStinger(const QString &path, QSize size, int cutMs, QString *
     clip->cutUs =
         cutMs < 0 ? clip->durationUs / 2 : std::min(qint64(cutMs) * 1000, clip->durationUs);
     return clip;
+}
+
+} // namespace selvane
+
+namespace selvane {
+
+StingerPicture stingerPictureOf(const QImage &image)
+{
+    StingerPicture picture;
+    if (image.isNull())
+        return picture;
+    const QImage rgba = image.convertToFormat(QImage::Format_RGBA8888);
+    const QSize size = rgba.size();
+    ffsupport::SwsPtr sws(sws_getContext(size.width(), size.height(), AV_PIX_FMT_RGBA, size.width(),
+                                         size.height(), AV_PIX_FMT_YUVA420P, SWS_BICUBIC, nullptr,
+                                         nullptr, nullptr));
+    ffsupport::FramePtr yuva(av_frame_alloc());
+    yuva->format = AV_PIX_FMT_YUVA420P;
+    yuva->width = size.width();
+    yuva->height = size.height();
+    if (!sws || av_frame_get_buffer(yuva.get(), 64) < 0)
+        return picture;
+    const std::uint8_t *const from[4] = {rgba.constBits(), nullptr, nullptr, nullptr};
+    const int fromStride[4] = {int(rgba.bytesPerLine()), 0, 0, 0};
+    sws_scale(sws.get(), from, fromStride, 0, size.height(), yuva->data, yuva->linesize);
+    keepCoveredRows(picture, size, yuva->data, yuva->linesize);
+    return picture;
 }
 
 } // namespace selvane

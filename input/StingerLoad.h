@@ -10,6 +10,7 @@
 
 #include "media/StingerClip.h"
 
+#include <QImage>
 #include <QSize>
 #include <QString>
 #include <atomic>
@@ -21,5 +22,9 @@ namespace selvane {
 // StingerClip::kMaxBytes at this size, or cancelled).
 StingerClipPtr loadStinger(const QString &path, QSize size, int cutMs, QString *error,
                            const std::atomic<bool> *cancel = nullptr);
+
+// One picture with alpha (words to lay over a picture, say) in the same form, at its own size;
+// clear when the image is null.
+StingerPicture stingerPictureOf(const QImage &image);
 
 } // namespace selvane

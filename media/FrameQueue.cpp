@@ -30,6 +30,7 @@ bool FrameQueue::push(FrameTokenPtr frame, bool live, const std::function<bool()
         }
     }
     m_frames.push_back(std::move(frame));
+    ++m_pushed;
     return true;
 }
 
@@ -39,6 +40,7 @@ bool FrameQueue::tryPush(FrameTokenPtr &frame)
     if (int(m_frames.size()) >= m_depth)
         return false;
     m_frames.push_back(std::move(frame));
+    ++m_pushed;
     return true;
 }
 
@@ -95,6 +97,16 @@ qint64 FrameQueue::droppedFrames() const
 {
     std::lock_guard lock(m_mutex);
     return m_dropped;
+}
+
+} // namespace selvane
+
+namespace selvane {
+
+quint64 FrameQueue::pushedFrames() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_pushed;
 }
 
 } // namespace selvane

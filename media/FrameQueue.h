@@ -37,6 +37,8 @@ public:
     FrameTokenPtr pop();
     int size() const;
     qint64 droppedFrames() const;
+    // Pictures queued since the start: whoever watches a source for a stall compares readings.
+    quint64 pushedFrames() const;
 
 private:
     mutable std::mutex m_mutex;
@@ -44,6 +46,7 @@ private:
     std::deque<FrameTokenPtr> m_frames;
     int m_depth = 4;
     qint64 m_dropped = 0;
+    quint64 m_pushed = 0;
 };
 
 } // namespace selvane

@@ -28,6 +28,7 @@ SourceFeeds::SourceFeeds()
         feed = std::make_unique<SourceFeed>();
     for (auto &feed : m_overlays)
         feed = std::make_unique<SourceFeed>();
+    m_standby = std::make_unique<SourceFeed>();
 }
 
 qint64 SourceFeeds::droppedAudioFrames() const
@@ -37,7 +38,7 @@ qint64 SourceFeeds::droppedAudioFrames() const
         total += feed->sound().droppedFrames();
     for (const auto &feed : m_overlays)
         total += feed->sound().droppedFrames();
-    return total;
+    return total + m_standby->sound().droppedFrames();
 }
 
 } // namespace selvane

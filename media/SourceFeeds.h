@@ -1,6 +1,7 @@
 #pragma once
 
-// What every source (the four channels and the four overlay-video slots) hands to the program:
+// What every source (the four channels, the four overlay-video slots and the standby, which
+// plays the backup or the slate when the channel on air fails) hands to the program:
 // its pictures (FrameQueue) and its sound (TimedSampleQueue), both stamped with the source's own
 // times, and the mapping of those times onto the program clock.
 //
@@ -65,12 +66,18 @@ class SourceFeeds
 public:
     static constexpr int kChannels = 4;
     static constexpr int kOverlaySlots = 4;
+    // The standby's number on the program bus, after the channels': what stands in for a
+    // channel that failed on air (its backup file or stream, or the slate).
+    static constexpr int kStandby = kChannels;
 
     SourceFeeds();
 
     SourceFeed &channel(int index) { return *m_channels[std::size_t(index)]; }
     SourceFeed &overlaySlot(int index) { return *m_overlays[std::size_t(index)]; }
+    SourceFeed &standby() { return *m_standby; }
     static bool isChannel(int index) { return index >= 0 && index < kChannels; }
+    // A channel or the standby: what the program bus may put on air.
+    static bool isOnAirSource(int index) { return index >= 0 && index <= kStandby; }
 
     // What is on air when: the program channel, transitions and the fade to black, read by the
     // program thread for pictures and by the mixer for sound.
@@ -89,6 +96,7 @@ public:
 private:
     std::array<std::unique_ptr<SourceFeed>, kChannels> m_channels;
     std::array<std::unique_ptr<SourceFeed>, kOverlaySlots> m_overlays;
+    std::unique_ptr<SourceFeed> m_standby;
     ProgramBus m_bus;
 };
 

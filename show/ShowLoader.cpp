@@ -21,8 +21,14 @@ bool readScheduleFile(const QString &path, ProgramArrangement *arrangement, QStr
     return error->isEmpty();
 }
 
-void applyShowOptions(Engine &engine, const ShowOptions &options)
+bool applyShowOptions(Engine &engine, const ShowOptions &options, QString *error)
 {
+    if (options.failover.enabled) {
+        if (const Problem problem = engine.setFailover(options.failover)) {
+            *error = problemText(problem);
+            return false;
+        }
+    }
     for (auto it = options.channelVolumes.cbegin(); it != options.channelVolumes.cend(); ++it)
         engine.setChannelVolume(it.key(), float(it.value()));
     engine.setProgramVolume(float(options.programVolume));
@@ -38,6 +44,7 @@ void applyShowOptions(Engine &engine, const ShowOptions &options)
         engine.setChannelLoop(it.key(), true);
         engine.setChannelSource(it.key(), it.value(), options.microphones.value(it.key()));
     }
+    return true;
 }
 
 bool loadShow(Engine &engine, const ShowOptions &options, QStringList *warnings, QString *error)
@@ -52,8 +59,8 @@ bool loadShow(Engine &engine, const ShowOptions &options, QStringList *warnings,
             return false;
         }
     }
-    applyShowOptions(engine, options);
-    return options.scheduleFile.isEmpty() || engine.startSchedule(error);
+    return applyShowOptions(engine, options, error) &&
+           (options.scheduleFile.isEmpty() || engine.startSchedule(error));
 }
 
 } // namespace selvane

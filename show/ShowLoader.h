@@ -15,8 +15,9 @@ class Engine;
 bool readScheduleFile(const QString &path, ProgramArrangement *arrangement, QString *error,
                       QStringList *warnings);
 
-// Volumes, the output size, overlays, the base channel and every channel's source (looping).
-void applyShowOptions(Engine &engine, const ShowOptions &options);
+// Failover, volumes, the output size, overlays, the base channel and every channel's source
+// (looping). False with the operator's reason when the failover settings are refused.
+bool applyShowOptions(Engine &engine, const ShowOptions &options, QString *error);
 
 // The whole show: its schedule read and checked (warnings handed back), the options applied,
 // the schedule started. False with the operator's reason, naming the file, when it cannot be.

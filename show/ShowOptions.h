@@ -32,6 +32,9 @@ struct ShowOptions
     // How the schedule's channel clips without a transition of their own come on air.
     Transition scheduleTransition;
 
+    // What stands in when the channel on air fails (enabled by any failover option).
+    FailoverSettings failover;
+
     // Overlays drawn over the program.
     QList<TextOverlayData> texts;
     QList<MediaOverlayRecord> media;

@@ -1,0 +1,71 @@
+// The engine's failover: backups, the slate, and what the faces see of them.
+
+#include "engine/ChannelSet.h"
+#include "engine/Engine.h"
+#include "engine/FailoverControl.h"
+#include "engine/ProgramSwitcher.h"
+#include "engine/SlideShow.h"
+#include "engine/StingerCache.h"
+
+namespace selvane {
+
+void Engine::setUpFailover()
+{
+    m_failover = new FailoverControl(m_feeds, *m_switcher, this);
+    connect(m_channels, &ChannelSet::stateChanged, this, [this](int channel, ChannelState state) {
+        m_switcher->setChannelState(channel, state);
+    });
+    connect(m_failover, &FailoverControl::failedOver, this, &Engine::failedOver);
+    connect(m_failover, &FailoverControl::returned, this, &Engine::returnedToAir);
+    connect(m_failover, &FailoverControl::slateChanged, this, [this](bool onAir) {
+        noteProgramChannel();
+        emit slateChanged(onAir);
+    });
+    // The slate is drawn at the program's size.
+    connect(this, &Engine::programSizeChanged, this, &Engine::updateFailoverTransition);
+    // A stinger stands in once its clip is in memory.
+    connect(m_stingers, &StingerCache::loaded, this, &Engine::updateFailoverTransition);
+    updateFailoverTransition();
+}
+
+void Engine::updateFailoverTransition()
+{
+    if (!m_failover)
+        return;
+    m_failover->setTransition(withStinger(m_transition, TransitionKind::Cut));
+    m_failover->prepareFor(programChannel(), m_programSize);
+}
+
+Problem Engine::setFailover(const FailoverSettings &settings)
+{
+    return m_failover->setSettings(settings);
+}
+
+FailoverSettings Engine::failover() const
+{
+    return m_failover->settings();
+}
+
+void Engine::showSlate()
+{
+    m_slides->stop();
+    finishRunningTake();
+    m_failover->showSlate(withStinger(m_transition, TransitionKind::Cut));
+    noteProgramChannel();
+}
+
+bool Engine::slateOnAir() const
+{
+    return m_failover->slateOnAir();
+}
+
+void Engine::failoverStats(ProgramStats &program) const
+{
+    program.failedChannel = m_failover->failedChannel();
+    program.standIn = m_failover->standIn();
+    program.failovers = m_failover->failovers();
+    program.returns = m_failover->returns();
+    program.slate = m_failover->slateOnAir();
+}
+
+} // namespace selvane

@@ -1,6 +1,7 @@
 #include "control/ControlDispatch.h"
 
 #include "control/ControlStatus.h"
+#include "control/FailoverJson.h"
 #include "engine/CaptureSources.h"
 #include "engine/Engine.h"
 #include "engine/ScheduleFiles.h"
@@ -92,6 +93,18 @@ Reply ControlDispatch::execute(const ControlCommand &c)
         engine.setFadeToBlack(c.black.value_or(!engine.fadedToBlack()),
                               c.durationMs.value_or(engine.transition().durationMs));
         return ok(productionJson(engine));
+    case Command::ShowSlate:
+        engine.showSlate();
+        return ok(failoverJson(engine));
+    case Command::SetFailover: {
+        QString error;
+        const auto settings = failoverFromJson(c.failover, engine.failover(), &error);
+        if (!settings)
+            return failed(400, error);
+        if (const Problem problem = engine.setFailover(*settings))
+            return refused(problem);
+        return ok(failoverJson(engine));
+    }
     case Command::Snapshot: {
         Reply later; // the server answers with the next program picture
         later.deferred = true;

@@ -67,6 +67,16 @@ ControlEvents::ControlEvents(Engine &engine, QObject *parent) : QObject(parent),
     connect(&engine, &Engine::fadeToBlackChanged, this, production("fadeToBlack"));
     connect(&engine, &Engine::stingerLoaded, this, production("stinger"));
     connect(&engine, &Engine::stingerFailed, this, production("stinger"));
+    // Failover: a channel that failed on air and what stands in, its return, the slate.
+    connect(&engine, &Engine::failedOver, this, [this](int channel, const QString &standIn) {
+        broadcast({{"type", "failover"}, {"channel", channel + 1}, {"standIn", standIn}});
+    });
+    connect(&engine, &Engine::returnedToAir, this, [this](int channel) {
+        broadcast({{"type", "return"}, {"channel", channel + 1}});
+    });
+    connect(&engine, &Engine::slateChanged, this, [this](bool onAir) {
+        broadcast({{"type", "slate"}, {"onAir", onAir}});
+    });
     connect(&engine, &Engine::programSizeChanged, this, [this](QSize size, bool fallback) {
         broadcast({{"type", "programSize"},
                    {"width", size.width()},

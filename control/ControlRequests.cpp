@@ -214,6 +214,8 @@ Route route(const QList<QByteArrayView> &s, ControlCommand *c)
             return {{{"PUT", Command::SetTBar}}, {}};
         if (is(1, "fade-to-black"))
             return {{{"POST", Command::FadeToBlack}}, {}};
+        if (is(1, "slate"))
+            return {{{"POST", Command::ShowSlate}}, {}};
     }
     if (count == 2 && is(0, "program") && is(1, "snapshot.jpg"))
         return {{{"GET", Command::Snapshot}}, {}};
@@ -255,6 +257,8 @@ Route route(const QList<QByteArrayView> &s, ControlCommand *c)
         }
         return unknown(noPath);
     }
+    if (count == 1 && is(0, "failover"))
+        return {{{"PUT", Command::SetFailover}}, {}};
     if (count == 1 && is(0, "schedule"))
         return {{{"GET", Command::GetSchedule}, {"PUT", Command::LoadSchedule}}, {}};
     if (count == 2 && is(0, "schedule") && is(1, "start"))
@@ -507,6 +511,7 @@ Refusal readBody(const QByteArray &body, ControlCommand *c)
     case Command::StartSchedule:
     case Command::StopSchedule:
     case Command::Events:
+    case Command::ShowSlate:
         return {};
     case Command::LoadSchedule:
         if (!readObject(body, false, &object, &refusal))
@@ -541,6 +546,9 @@ Refusal readBody(const QByteArray &body, ControlCommand *c)
         break;
     case Command::Take:
         c->takeAtOnce = f.boolean("cut").value_or(false);
+        break;
+    case Command::SetFailover:
+        c->failover = object; // read against the engine's settings by the dispatcher
         break;
     case Command::SetTransition:
         c->transition = object; // read against the engine's transition by the dispatcher

@@ -100,6 +100,8 @@ enum class Command
     SetTransition,
     SetTBar,
     FadeToBlack,
+    ShowSlate,
+    SetFailover,
     Snapshot,
     SetText,
     RemoveText,
@@ -143,6 +145,8 @@ struct ControlCommand
     double position = 0;
     std::optional<bool> black;
     std::optional<int> durationMs;
+    // Failover: the settings' fields as sent, read against the engine's by the dispatcher.
+    QJsonObject failover;
 };
 
 struct ParsedRequest

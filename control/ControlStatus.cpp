@@ -1,5 +1,6 @@
 #include "control/ControlStatus.h"
 
+#include "control/FailoverJson.h"
 #include "engine/CaptureSources.h"
 #include "engine/Engine.h"
 #include "media/TransitionWords.h"
@@ -132,8 +133,13 @@ QJsonObject statusJson(const Engine &engine)
                                {"scheduleMs", stats.scheduleMs},
                                {"sceneClips", loaded.sceneClips.size()},
                                {"overlayClips", loaded.overlayClips.size()}};
-    return {{"program", program},   {"production", productionJson(engine)}, {"channels", channels},
-            {"overlays", overlays}, {"outputs", outputJson(stats.output)},  {"schedule", schedule}};
+    return {{"program", program},
+            {"production", productionJson(engine)},
+            {"failover", failoverJson(engine)},
+            {"channels", channels},
+            {"overlays", overlays},
+            {"outputs", outputJson(stats.output)},
+            {"schedule", schedule}};
 }
 
 QJsonObject productionJson(const Engine &engine)

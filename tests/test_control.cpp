@@ -272,6 +272,25 @@ private slots:
             return e["stinger"].toObject()["state"] == "failed";
         }));
 
+        // Failover: what cannot work is refused; the slate goes on air by hand and off with a
+        // cut.
+        QCOMPARE(call("PUT", "failover", QJsonObject{{"backups", QJsonObject{{"1", "channel:1"}}}})
+                     .status,
+                 400);
+        QCOMPARE(call("PUT", "failover", QJsonObject{{"retries", 1}}).status, 400);
+        QCOMPARE(call("PUT", "failover", QJsonObject{{"failoverMs", 5}}).status, 400);
+        const Answer failover =
+            call("PUT", "failover",
+                 QJsonObject{{"enabled", true}, {"backups", QJsonObject{{"1", "channel:2"}}}});
+        QCOMPARE(failover.status, 200);
+        QCOMPARE(failover.json()["backups"].toObject()["1"].toString(), QString("channel:2"));
+        QCOMPARE(call("POST", "program/slate").status, 200);
+        QVERIFY(events.next("slate", &at, [](const QJsonObject &e) { return e["onAir"] == true; }));
+        QCOMPARE(call("GET", "status").json()["failover"]["slateOnAir"].toBool(), true);
+        QCOMPARE(call("POST", "program/cut", QJsonObject{{"channel", 1}}).status, 200);
+        QVERIFY(
+            events.next("slate", &at, [](const QJsonObject &e) { return e["onAir"] == false; }));
+
         const QString file = m_dir.filePath("production.mp4");
         QCOMPARE(
             call("POST", "outputs/start", QJsonObject{{"record", file}, {"streams", QJsonArray{}}})

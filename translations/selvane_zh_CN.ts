@@ -2,24 +2,32 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="zh_CN">
 <context>
+    <name>FailoverControl</name>
+    <message>
+        <location filename="../engine/FailoverControl.cpp" line="239"/>
+        <source>The programme will be back shortly</source>
+        <translation>节目马上回来</translation>
+    </message>
+</context>
+<context>
     <name>HeadlessRunner</name>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="276"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="274"/>
         <source>the recording failed during the run (%1) and no new file could be begun after it; the streams went on</source>
         <translation>录制在运行中失败（%1），之后未能开始新文件；推流继续进行</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="280"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="278"/>
         <source>the recording failed during the run (%1); it went on in a new file %2 time(s), but was failing again at the end; the streams went on</source>
         <translation>录制在运行中失败（%1）；已在新文件中继续 %2 次，但结束时再次失败；推流继续进行</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="284"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="282"/>
         <source>the recording failed during the run (%1); the streams went on, and the recording went on in %2</source>
         <translation>录制在运行中失败（%1）；推流继续进行，录制已在 %2 中继续</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="294"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="292"/>
         <source>channel %1: the source never opened (%2)</source>
         <translation>通道 %1：源始终未能打开（%2）</translation>
     </message>
@@ -274,16 +282,31 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <source>Choose a folder or images first.</source>
         <translation>请先选择文件夹或图片。</translation>
     </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="111"/>
+        <source>The backup of channel %1 must be another channel (channel:1 to channel:4) or a file or stream address: %2</source>
+        <translation>通道 %1 的备份必须是另一个通道（channel:1 到 channel:4）或文件、流地址：%2</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="117"/>
+        <source>Failover times lie between 100 ms and one hour, not %1 ms.</source>
+        <translation>故障切换时间须在 100 毫秒到一小时之间，而不是 %1 毫秒。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="121"/>
+        <source>The slate cannot be read: %1</source>
+        <translation>无法读取垫片画面：%1</translation>
+    </message>
 </context>
 <context>
     <name>ProgramArrangement</name>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="121"/>
+        <location filename="../cli/CommandLine.cpp" line="141"/>
         <source>Unable to open the file.</source>
         <translation>无法打开文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="145"/>
+        <location filename="../cli/CommandLine.cpp" line="165"/>
         <source>Schedule check passed: %1 base clip(s), %2 overlay clip(s).</source>
         <translation>节目编排检查通过：%1 个基础片段，%2 个叠加片段。</translation>
     </message>
@@ -520,152 +543,177 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <translation>将此节目编排（JSON）播出到输出。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="47"/>
+        <location filename="../cli/CommandLine.cpp" line="48"/>
+        <source>When channel N fails on air (reconnecting, or no new picture for --failover-ms), show this instead: channel:M (another channel), or a file or stream address. A channel without one shows the slate. Repeatable; turns failover on.</source>
+        <translation>当通道 N 在播出中故障（正在重连，或超过 --failover-ms 无新画面）时改为显示：channel:M（另一个通道），或文件、流地址。没有备份的通道显示垫片画面。可重复；同时开启故障切换。</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="54"/>
+        <source>The picture or clip shown for a failed channel without a backup (default: a card saying the programme will be back shortly); turns failover on.</source>
+        <translation>没有备份的故障通道所显示的图片或片段（默认：提示节目马上回来的卡片）；同时开启故障切换。</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="58"/>
+        <source>Words over the slate.</source>
+        <translation>垫片画面上的文字。</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="60"/>
+        <source>How long the channel on air may deliver no new picture before its backup replaces it (default 2000); turns failover on.</source>
+        <translation>播出通道无新画面多长时间后由其备份替代（默认 2000）；同时开启故障切换。</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="64"/>
+        <source>How long a failed channel must deliver steadily before it goes back on air (default 3000).</source>
+        <translation>故障通道须稳定输出多长时间才重新播出（默认 3000）。</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="67"/>
         <source>Run the built-in demo: test signals, a schedule, a ticker and an image overlay (no files needed).</source>
         <translation>运行内置演示：测试信号、节目编排、滚动字幕和图片叠加（无需任何文件）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="50"/>
+        <location filename="../cli/CommandLine.cpp" line="70"/>
         <source>Load a source into input channel N (1-4): a file path, a network URL, a capture address or lavfi://GRAPH. Repeatable.</source>
         <translation>为输入通道 N（1-4）加载信号源：文件路径、网络地址、采集地址或 lavfi://GRAPH。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="54"/>
+        <location filename="../cli/CommandLine.cpp" line="74"/>
         <source>Give channel N (1-4) the sound of this microphone (a PulseAudio source by name or description) instead of its own. Repeatable.</source>
         <translation>让通道 N（1-4）使用此麦克风（按名称或描述指定的 PulseAudio 源）的声音代替其自身声音。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="57"/>
+        <location filename="../cli/CommandLine.cpp" line="77"/>
         <source>Channel (1-4) that forms the program picture. Default 1.</source>
         <translation>构成节目画面的通道（1-4），默认 1。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="59"/>
+        <location filename="../cli/CommandLine.cpp" line="79"/>
         <source>Stop after this many seconds (default: until Ctrl+C).</source>
         <translation>运行指定秒数后停止（默认：直到 Ctrl+C）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="61"/>
+        <location filename="../cli/CommandLine.cpp" line="81"/>
         <source>Window: start the recording and streams of the show at once (without --headless they wait for the Start button).</source>
         <translation>窗口模式：立即开始节目的录制与推流（不加此项时等待按下“开始输出”）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="64"/>
+        <location filename="../cli/CommandLine.cpp" line="84"/>
         <source>Preview (speaker) volume of channel N, linear, e.g. 1=0.5. Repeatable.</source>
         <translation>通道 N 的预览（扬声器）音量，线性，例如 1=0.5。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="67"/>
+        <location filename="../cli/CommandLine.cpp" line="87"/>
         <source>Volume of the program channel in the program mix, linear (default 1).</source>
         <translation>节目通道在节目混音中的音量，线性（默认 1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="70"/>
+        <location filename="../cli/CommandLine.cpp" line="90"/>
         <source>Program bus gain for recording and streaming, in percent (default 100).</source>
         <translation>录制与推流的节目总线增益，百分比（默认 100）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="73"/>
+        <location filename="../cli/CommandLine.cpp" line="93"/>
         <source>Show a scrolling ticker with these words. Repeatable.</source>
         <translation>显示滚动字幕。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="75"/>
+        <location filename="../cli/CommandLine.cpp" line="95"/>
         <source>Show a picture in the rectangle x,y,w,h of the 640x360 scene. Repeatable.</source>
         <translation>在 640x360 场景的矩形 x,y,w,h 中显示图片。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="78"/>
+        <location filename="../cli/CommandLine.cpp" line="98"/>
         <source>Play a video (looping) in the rectangle x,y,w,h of the 640x360 scene. Repeatable.</source>
         <translation>在 640x360 场景的矩形 x,y,w,h 中循环播放视频。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="82"/>
+        <location filename="../cli/CommandLine.cpp" line="102"/>
         <source>Record the program to this file (MP4, MKV, MOV, TS ...).</source>
         <translation>将节目录制到此文件（MP4、MKV、MOV、TS……）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="84"/>
+        <location filename="../cli/CommandLine.cpp" line="104"/>
         <source>Start a new recording file at a keyframe after this many minutes.</source>
         <translation>录制满指定分钟后在关键帧处开始新文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="88"/>
+        <location filename="../cli/CommandLine.cpp" line="108"/>
         <source>Start a new recording file at a keyframe once a file reaches this many GiB.</source>
         <translation>文件达到指定 GiB 后在关键帧处开始新文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="90"/>
+        <location filename="../cli/CommandLine.cpp" line="110"/>
         <source>Publish the program to this URL (rtmp://, rtmps://, srt://, udp:// ...); #FORMAT picks the container (flv, mpegts). Repeatable.</source>
         <translation>将节目推流到此地址（rtmp://、rtmps://、srt://、udp://……）；#FORMAT 指定封装格式（flv、mpegts）。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="94"/>
+        <location filename="../cli/CommandLine.cpp" line="114"/>
         <source>Output size, e.g. 1280x720 (default: same as the program).</source>
         <translation>输出尺寸，例如 1280x720（默认：与节目相同）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="95"/>
+        <location filename="../cli/CommandLine.cpp" line="115"/>
         <source>Output frame rate: 30 or 60 (default 30).</source>
         <translation>输出帧率：30 或 60（默认 30）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="96"/>
+        <location filename="../cli/CommandLine.cpp" line="116"/>
         <source>Video bitrate in kbit/s (default: automatic).</source>
         <translation>视频码率，kbit/s（默认：自动）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="98"/>
+        <location filename="../cli/CommandLine.cpp" line="118"/>
         <source>Video encoder: auto, hardware or software (default auto).</source>
         <translation>视频编码器：auto、hardware 或 software（默认 auto）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="100"/>
+        <location filename="../cli/CommandLine.cpp" line="120"/>
         <source>Quality preset: performance, balanced or quality (default balanced).</source>
         <translation>质量预设：performance、balanced 或 quality（默认 balanced）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="103"/>
+        <location filename="../cli/CommandLine.cpp" line="123"/>
         <source>Serve the remote control API (HTTP and WebSocket) on this port.</source>
         <translation>在此端口上提供远程控制 API（HTTP 和 WebSocket）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="106"/>
+        <location filename="../cli/CommandLine.cpp" line="126"/>
         <source>Address the remote control listens on (default 127.0.0.1).</source>
         <translation>远程控制监听的地址（默认 127.0.0.1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="194"/>
+        <location filename="../cli/CommandLine.cpp" line="214"/>
         <source>--record expects a file path</source>
         <translation>--record 需要文件路径</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="204"/>
+        <location filename="../cli/CommandLine.cpp" line="224"/>
         <source>--%1 expects a positive number, got &quot;%2&quot;</source>
         <translation>--%1 需要正数，收到 &quot;%2&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="215"/>
+        <location filename="../cli/CommandLine.cpp" line="235"/>
         <source>segment limits need --record</source>
         <translation>分段限制需要 --record</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="233"/>
+        <location filename="../cli/CommandLine.cpp" line="253"/>
         <source>--size expects an even width and height, got &quot;%1&quot;</source>
         <translation>--size 的宽和高必须是偶数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="331"/>
+        <location filename="../cli/CommandLine.cpp" line="351"/>
         <source>--control-port expects a port from 1 to 65535, got &quot;%1&quot;</source>
         <translation>--control-port 需要 1 到 65535 之间的端口，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="340"/>
+        <location filename="../cli/CommandLine.cpp" line="360"/>
         <source>--control-bind expects an IP address such as 127.0.0.1 or ::1, got &quot;%1&quot;</source>
         <translation>--control-bind 需要 IP 地址（如 127.0.0.1 或 ::1），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="368"/>
+        <location filename="../cli/CommandLine.cpp" line="388"/>
         <source>overlay &quot;%1&quot;: &quot;%2&quot; is not a file that can be read</source>
         <translation>叠加 &quot;%1&quot;：&quot;%2&quot; 不是可读取的文件</translation>
     </message>
@@ -680,87 +728,97 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <translation>节目单中没有指定转场的通道片段如何上播：cut、mix、wipe 或 dip，可加 :MS 指定时长（默认 1000），例如 mix:500；或 stinger:FILE，在切换时叠加播放一段带透明通道的片段，可加 @MS 指定切换发生的位置（默认：片段中点），例如 stinger:logo.mov@400。默认：cut。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="227"/>
+        <location filename="../cli/CommandLine.cpp" line="247"/>
         <source>--size expects WIDTHxHEIGHT, got &quot;%1&quot;</source>
         <translation>--size 需要 宽x高，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="241"/>
+        <location filename="../cli/CommandLine.cpp" line="261"/>
         <source>--fps expects 30 or 60, got &quot;%1&quot;</source>
         <translation>--fps 需要 30 或 60，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="250"/>
+        <location filename="../cli/CommandLine.cpp" line="270"/>
         <source>--bitrate expects kbit/s from 100 to 400000, got &quot;%1&quot;</source>
         <translation>--bitrate 需要 100 到 400000 之间的 kbit/s，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="259"/>
+        <location filename="../cli/CommandLine.cpp" line="279"/>
         <source>--encoder expects auto, hardware or software, got &quot;%1&quot;</source>
         <translation>--encoder 需要 auto、hardware 或 software，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="269"/>
+        <location filename="../cli/CommandLine.cpp" line="289"/>
         <source>--preset expects performance, balanced or quality, got &quot;%1&quot;</source>
         <translation>--preset 需要 performance、balanced 或 quality，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="298"/>
+        <location filename="../cli/CommandLine.cpp" line="318"/>
         <source>--volume expects N=V with N from 1 to 4 and V from 0 to 4, got &quot;%1&quot;</source>
         <translation>--volume 需要 N=V（N 为 1 到 4，V 为 0 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="308"/>
+        <location filename="../cli/CommandLine.cpp" line="328"/>
         <source>--program-volume expects a number from 0 to 4, got &quot;%1&quot;</source>
         <translation>--program-volume 需要 0 到 4 之间的数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="317"/>
+        <location filename="../cli/CommandLine.cpp" line="337"/>
         <source>--gain expects a percentage from 0 to 1000, got &quot;%1&quot;</source>
         <translation>--gain 需要 0 到 1000 之间的百分比，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="376"/>
+        <location filename="../cli/CommandLine.cpp" line="396"/>
         <source>at most %1 image and video overlays</source>
         <translation>图片与视频叠加最多 %1 个</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="397"/>
+        <location filename="../cli/CommandLine.cpp" line="411"/>
+        <source>--backup expects N=ADDRESS or N=channel:M with N from 1 to 4, got &quot;%1&quot;</source>
+        <translation>--backup 需要 N=地址 或 N=channel:M，N 为 1 到 4，实际为 &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="433"/>
+        <source>--%1 expects milliseconds from 100 to 3600000, got &quot;%2&quot;</source>
+        <translation>--%1 需要 100 到 3600000 之间的毫秒数，实际为 &quot;%2&quot;</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="458"/>
         <source>--channel expects N=ADDRESS with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--channel 需要 N=地址（N 为 1 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="408"/>
+        <location filename="../cli/CommandLine.cpp" line="469"/>
         <source>--microphone expects N=NAME with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--microphone 需要 N=名称，N 为 1 到 4，收到的是“%1”</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="419"/>
+        <location filename="../cli/CommandLine.cpp" line="480"/>
         <source>--base expects a channel from 1 to 4, got &quot;%1&quot;</source>
         <translation>--base 需要 1 到 4 的通道，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="428"/>
+        <location filename="../cli/CommandLine.cpp" line="489"/>
         <source>--duration expects a positive number of seconds, got &quot;%1&quot;</source>
         <translation>--duration 需要正的秒数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="442"/>
+        <location filename="../cli/CommandLine.cpp" line="504"/>
         <source>--transition: %1, got &quot;%2&quot;</source>
         <translation>--transition：%1，收到的是“%2”</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="451"/>
+        <location filename="../cli/CommandLine.cpp" line="513"/>
         <source>--demo brings its own schedule; leave out --schedule</source>
         <translation>--demo 自带节目编排；请去掉 --schedule</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="464"/>
+        <location filename="../cli/CommandLine.cpp" line="526"/>
         <source>--headless needs at least one --channel</source>
         <translation>--headless 至少需要一个 --channel</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="468"/>
+        <location filename="../cli/CommandLine.cpp" line="530"/>
         <source>the base channel %1 has no source</source>
         <translation>基础通道 %1 没有信号源</translation>
     </message>

@@ -10,6 +10,15 @@ void FailoverRule::observe(int channel, qint64 nowUs, const Reading &reading)
         watch = {reading.pictures, reading.generation, nowUs, -1};
         return;
     }
+    if (reading.state == ChannelState::Paused || reading.state == ChannelState::Ended ||
+        reading.state == ChannelState::Idle) {
+        // The operator's pause (or an end): its silence is no failure, and once it plays again
+        // it has the full time to show a picture.
+        watch.lastPictureUs = nowUs;
+        watch.pictures = reading.pictures;
+        watch.steadySinceUs = -1;
+        return;
+    }
     const bool gap = nowUs - watch.lastPictureUs > kSteadyGapUs;
     if (reading.pictures != watch.pictures) {
         watch.pictures = reading.pictures;

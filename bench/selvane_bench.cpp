@@ -3,6 +3,9 @@
 // into a 1080p picture; decoding a 1080p30 H.264 file into program pictures (CPU against
 // `ffmpeg -f null` with the same pixel format, and heap allocations per picture once warm); the
 // whole pipeline unpaced with and without graphics. Prints medians and ratios; never a test.
+// `selvane_bench schedule` measures the schedule alone instead: what a tick of the schedule
+// runner costs with two clips and with a week of 30-second clips, and what loading that week
+// costs.
 
 #include "audio/PreviewAudioMixer.h"
 #include "compose/OverlayManager.h"
@@ -14,6 +17,7 @@
 #include "media/ProgramClock.h"
 #include "media/SourceFeeds.h"
 #include "output/FfmpegEncoderSink.h"
+#include "schedule/ScheduleRunner.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -24,6 +28,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -473,6 +478,119 @@ void pipelineBenchmark(const QString &file)
                 300 / cli.second);
 }
 
+// A program control that does nothing: the schedule's own work is what is measured.
+class IdleControl : public ProgramControl
+{
+public:
+    long calls = 0;
+    void showChannel(int, const selvane::Transition &) override { ++calls; }
+    void playImages(const QStringList &, int, bool) override { ++calls; }
+    void playVideo(const QString &, bool) override { ++calls; }
+    void showBlack() override { ++calls; }
+    void showTextOverlay(const QString &, const TextOverlayData &) override { ++calls; }
+    void showMediaOverlay(const QString &, int, const QString &, const QRectF &, double) override
+    {
+        ++calls;
+    }
+    void removeOverlay(const QString &) override { ++calls; }
+};
+
+// `clips` base clips of 30 s back to back on the four channels, and as many 30 s texts beside
+// them; the last of each is open-ended.
+ProgramArrangement weekOfClips(int clips)
+{
+    ProgramArrangement a;
+    for (int i = 0; i < clips; ++i) {
+        SceneClip base;
+        base.id = QStringLiteral("base%1").arg(i);
+        base.startMs = i * 30000LL;
+        base.endMs = i + 1 < clips ? base.startMs + 30000 : 0;
+        base.channel = i % 4;
+        a.sceneClips << base;
+        OverlayClip text;
+        text.id = QStringLiteral("text%1").arg(i);
+        text.startMs = base.startMs;
+        text.endMs = base.endMs;
+        text.textData.text = QStringLiteral("Item %1").arg(i);
+        a.overlayClips << text;
+    }
+    return a;
+}
+
+struct TickCost
+{
+    double medianNs = 0; // of the batches of 100 ticks
+    double meanNs = 0;   // over every tick, those that change clips included
+    double allocations = 0;
+};
+
+// What a tick of 33 ms costs the runner (applyAt): 1,000 ticks in batches of 100 at each of four
+// places in the schedule.
+TickCost scheduleTickCost(const ProgramArrangement &arrangement)
+{
+    IdleControl control;
+    ScheduleRunner runner(&control);
+    runner.start(arrangement);
+    const qint64 lastStart = arrangement.sceneClips.last().startMs;
+    std::vector<double> batches;
+    long allocations = 0;
+    long ticks = 0;
+    double totalNs = 0;
+    for (const qint64 from : {qint64(0), lastStart / 7, lastStart / 2, lastStart - 20000}) {
+        runner.applyAt(from);
+        qint64 t = from;
+        for (int batch = 0; batch < 10; ++batch) {
+            const Counts before = allocationCounts();
+            const auto start = std::chrono::steady_clock::now();
+            for (int i = 0; i < 100; ++i)
+                runner.applyAt(t += ScheduleRunner::kTickMs);
+            const auto spent = std::chrono::steady_clock::now() - start;
+            allocations += allocationCounts().all - before.all;
+            ticks += 100;
+            totalNs += std::chrono::duration<double, std::nano>(spent).count();
+            batches.push_back(std::chrono::duration<double, std::nano>(spent).count() / 100);
+        }
+    }
+    return {median(batches), totalNs / double(ticks), double(allocations) / double(ticks)};
+}
+
+void scheduleBenchmark()
+{
+    const auto report = [](const char *name, const ProgramArrangement &arrangement) {
+        const TickCost cost = scheduleTickCost(arrangement);
+        std::printf("schedule tick, %s: median %.0f ns, mean %.0f ns a tick (changes "
+                    "included), %.2f heap allocations a tick\n",
+                    name, cost.medianNs, cost.meanNs, cost.allocations);
+    };
+    report("2 clips (a base and a text)", weekOfClips(1));
+    const ProgramArrangement week = weekOfClips(20000);
+    report("a week of 30 s clips (20,000 bases and 20,000 texts)", week);
+
+    // Loading the week: reading the file, checking it, starting the runner on it.
+    const QByteArray json = arrangement::toJson(week);
+    std::vector<double> reads, checks, starts;
+    for (int round = 0; round < 5; ++round) {
+        QElapsedTimer timer;
+        timer.start();
+        QString error;
+        const ProgramArrangement read = arrangement::fromJson(json, &error);
+        reads.push_back(timer.nsecsElapsed() / 1e6);
+        timer.restart();
+        const arrangement::Validation check = arrangement::validate(read);
+        checks.push_back(timer.nsecsElapsed() / 1e6);
+        if (!check.ok || read.sceneClips.size() != week.sceneClips.size())
+            std::printf("the week did not load: %s\n", qPrintable(error + check.message));
+        IdleControl control;
+        ScheduleRunner runner(&control);
+        timer.restart();
+        runner.start(read);
+        starts.push_back(timer.nsecsElapsed() / 1e6);
+    }
+    std::printf("loading the week (%lld KB of JSON): read %.0f ms, check %.1f ms, start %.1f ms "
+                "(medians)\n",
+                qint64(json.size() >> 10), median(reads), median(checks), median(starts));
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -480,6 +598,10 @@ int main(int argc, char *argv[])
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     av_log_set_level(AV_LOG_ERROR);
+    if (argc > 1 && qstrcmp(argv[1], "schedule") == 0) {
+        scheduleBenchmark();
+        return 0;
+    }
     QTemporaryDir dir;
     const QString file = dir.filePath(QStringLiteral("source1080.mp4"));
     runFfmpeg({"-f",       "lavfi",    "-i",   "testsrc2=size=1920x1080:rate=30",

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QHash>
 #include <QTimer>
 #include <algorithm>
 
@@ -55,12 +56,9 @@ ScheduleRunner::~ScheduleRunner() = default;
 
 const SceneClip *ScheduleRunner::currentBase() const
 {
-    if (!m_running || m_currentBaseId.isEmpty())
+    if (!m_running || m_currentBase < 0)
         return nullptr;
-    for (const SceneClip &clip : m_arrangement.sceneClips)
-        if (clip.id == m_currentBaseId)
-            return &clip;
-    return nullptr;
+    return &m_arrangement.sceneClips.at(m_currentBase);
 }
 
 bool ScheduleRunner::start(const ProgramArrangement &arrangement, QString *error)
@@ -78,6 +76,21 @@ bool ScheduleRunner::start(const ProgramArrangement &arrangement, QString *error
     };
     std::stable_sort(m_arrangement.sceneClips.begin(), m_arrangement.sceneClips.end(), byStart);
     std::stable_sort(m_arrangement.overlayClips.begin(), m_arrangement.overlayClips.end(), byStart);
+    m_baseTimeline.build(m_arrangement.sceneClips);
+    m_overlayTimeline.build(m_arrangement.overlayClips);
+    QHash<QString, int> firstWithId;
+    firstWithId.reserve(m_arrangement.sceneClips.size());
+    m_baseKey.assign(std::size_t(m_arrangement.sceneClips.size()), -1);
+    for (qsizetype place = 0; place < m_arrangement.sceneClips.size(); ++place) {
+        const QString &id = m_arrangement.sceneClips.at(place).id;
+        if (id.isEmpty())
+            continue;
+        auto first = firstWithId.constFind(id);
+        if (first == firstWithId.cend())
+            first = firstWithId.insert(id, int(place));
+        m_baseKey[std::size_t(place)] = first.value();
+    }
+    m_baseCursor = m_prerollCursor = 0;
     m_running = true;
     m_timer->start(kTickMs);
     emit programArrangementRunningChanged(true);
@@ -94,7 +107,11 @@ void ScheduleRunner::stop()
         m_control->removeOverlay(id);
     m_running = false;
     m_arrangement = ProgramArrangement{};
+    m_baseTimeline = {};
+    m_overlayTimeline = {};
+    m_baseKey.clear();
     m_currentBaseId.clear();
+    m_currentBase = -1;
     m_preparedId.clear();
     m_showingBlack = false;
     m_activeOverlays.clear();
@@ -138,35 +155,25 @@ void ScheduleRunner::restartClock(qint64 ms)
         m_clock.start(ms);
 }
 
-const SceneClip *ScheduleRunner::baseAt(qint64 t) const
-{
-    const SceneClip *winner = nullptr;
-    for (const SceneClip &clip : m_arrangement.sceneClips) {
-        const bool eligible = clip.startMs <= t && (t < clip.endMs || clip.endMs < 1);
-        // Sorted by start: a later eligible clip wins ties and later starts alike.
-        if (eligible && (!winner || clip.startMs >= winner->startMs))
-            winner = &clip;
-    }
-    return winner;
-}
-
 void ScheduleRunner::applyAt(qint64 t)
 {
     if (!m_running)
         return;
-    const SceneClip *winner = baseAt(t);
-    if (!winner) {
+    const int winner = baseAt(t, m_baseCursor);
+    if (winner < 0) {
         if (!m_showingBlack || !m_currentBaseId.isEmpty()) {
             m_currentBaseId.clear();
+            m_currentBase = -1;
             m_showingBlack = true;
             m_control->showBlack();
             emit baseClipChanged(QString());
         }
-    } else if (winner->id != m_currentBaseId) {
-        m_currentBaseId = winner->id;
+    } else if (m_baseKey[std::size_t(winner)] != m_currentBase) {   // a clip of another id
+        const SceneClip clip = m_arrangement.sceneClips.at(winner); // the control may call back
+        m_currentBaseId = clip.id;
+        m_currentBase = m_baseKey[std::size_t(winner)];
         m_sinceMediaDrive.start(); // the new clip's player gets its chance to report
         m_showingBlack = false;
-        const SceneClip clip = *winner; // the control may call back into the runner
         switch (clip.kind) {
         case SceneClip::ImagePlay:
             m_control->playImages(clip.paths, clip.intervalMs, clip.imageLoop);
@@ -180,10 +187,13 @@ void ScheduleRunner::applyAt(qint64 t)
         }
         emit baseClipChanged(clip.id);
     }
+    if (!m_running)
+        return; // stopped by the control
     // Open the next video clip ahead, unless a video clip is on air (they share a player).
     const SceneClip *current = currentBase();
     if (!current || current->kind != SceneClip::SceneVideo) {
-        const SceneClip *next = baseAt(t + kPrerollMs);
+        const int place = baseAt(t + kPrerollMs, m_prerollCursor);
+        const SceneClip *next = place < 0 ? nullptr : &m_arrangement.sceneClips.at(place);
         if (next && next->kind == SceneClip::SceneVideo && next->id != m_currentBaseId &&
             next->id != m_preparedId) {
             m_preparedId = next->id;
@@ -191,8 +201,20 @@ void ScheduleRunner::applyAt(qint64 t)
             m_control->prepareVideo(clip.sceneVideoPath, clip.sceneVideoLoop);
         }
     }
-    for (const OverlayClip &clip : std::as_const(m_arrangement.overlayClips)) {
-        const bool active = clip.startMs <= t && (clip.endMs < 1 || t < clip.endMs);
+    applyOverlaysAt(t);
+}
+
+void ScheduleRunner::applyOverlaysAt(qint64 t)
+{
+    // The overlays on air are those on where the timeline is: only the clips that start or end
+    // between there and `t` can change.
+    std::vector<int> places;
+    m_overlayTimeline.moveTo(t, places);
+    for (const int place : places) {
+        if (!m_running)
+            return; // stopped by the control
+        const OverlayClip &clip = m_arrangement.overlayClips.at(place);
+        const bool active = selvane::schedule::OverlayTimeline::isOn(clip, t);
         const bool shown = m_activeOverlays.contains(clip.id);
         if (active && !shown) {
             m_activeOverlays.insert(clip.id);

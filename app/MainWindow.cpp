@@ -1,6 +1,7 @@
 #include "app/MainWindow.h"
 
 #include "Version.h"
+#include "app/FailoverDesk.h"
 #include "app/Language.h"
 #include "app/OperatorTexts.h"
 #include "app/Theme.h"
@@ -13,6 +14,7 @@
 #include "panels/AudioMixerPanel.h"
 #include "panels/ChannelPanel.h"
 #include "panels/DrawingToolBar.h"
+#include "panels/FailoverBox.h"
 #include "panels/ImagePlaybackPanel.h"
 #include "panels/MediaOverlayPanel.h"
 #include "panels/MultiviewWindow.h"
@@ -336,6 +338,10 @@ void MainWindow::createDocks()
     };
     connect(m_outputPanel, &OutputSettingsPanel::settingsChanged, this, prepare);
     prepare();
+    // Failover: its settings beside the outputs, the backups on the channel panels.
+    auto *failover = new FailoverBox(m_outputPanel);
+    m_outputPanel->addSection(failover);
+    new FailoverDesk(*m_engine, m_channels, failover, m_production, this);
 
     m_docks =
         new WindowDocks(this, {m_outputPanel, m_outputStatus, m_mixerPanel,

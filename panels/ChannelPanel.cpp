@@ -1,9 +1,11 @@
 #include "panels/ChannelPanel.h"
 
 #include <QEvent>
+#include <QFileInfo>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
@@ -89,6 +91,8 @@ ChannelPanel::ChannelPanel(int channel, QWidget *parent) : QFrame(parent), m_cha
     m_take = new QPushButton(this);
     m_take->setAccessibleName("Take");
     m_take->setObjectName("takeButton");
+    m_backupButton = new QPushButton(this);
+    m_backupButton->setAccessibleName("Backup");
     m_pause = new QPushButton(this);
     m_pause->setCheckable(true);
     m_loop = new QPushButton(this);
@@ -100,7 +104,7 @@ ChannelPanel::ChannelPanel(int channel, QWidget *parent) : QFrame(parent), m_cha
     m_time->setObjectName("channelTime");
 
     // The row of four channels must fit a laptop screen beside the docks: buttons give way.
-    for (QPushButton *button : {m_choose, m_clear, m_take, m_pause, m_loop}) {
+    for (QPushButton *button : {m_choose, m_clear, m_take, m_pause, m_loop, m_backupButton}) {
         button->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
         button->setMinimumWidth(36);
     }
@@ -114,6 +118,7 @@ ChannelPanel::ChannelPanel(int channel, QWidget *parent) : QFrame(parent), m_cha
     buttons->addWidget(m_clear, 1, 0);
     buttons->addWidget(m_pause, 1, 1);
     buttons->addWidget(m_loop, 1, 2);
+    buttons->addWidget(m_backupButton, 2, 0, 1, 3);
     auto *seekRow = new QHBoxLayout;
     seekRow->addWidget(m_seek, 1);
     seekRow->addWidget(m_time);
@@ -128,6 +133,7 @@ ChannelPanel::ChannelPanel(int channel, QWidget *parent) : QFrame(parent), m_cha
 
     connect(m_choose, &QPushButton::clicked, this, &ChannelPanel::chooseSourceRequested);
     connect(m_clear, &QPushButton::clicked, this, &ChannelPanel::clearRequested);
+    connect(m_backupButton, &QPushButton::clicked, this, &ChannelPanel::showBackupMenu);
     connect(m_take, &QPushButton::clicked, this, &ChannelPanel::takeRequested);
     connect(m_pause, &QPushButton::clicked, this,
             [this](bool paused) { emit pauseRequested(paused); });
@@ -226,8 +232,60 @@ void ChannelPanel::showStats(const ChannelStats &stats)
     }
 }
 
+void ChannelPanel::setBackup(const QString &backup)
+{
+    m_backup = backup;
+    showBackup();
+}
+
+void ChannelPanel::setStandIn(const QString &standIn)
+{
+    if (standIn == m_standIn)
+        return;
+    m_standIn = standIn;
+    showState();
+}
+
+void ChannelPanel::showBackupMenu()
+{
+    QMenu menu(this);
+    menu.setAccessibleName(tr("Backup of channel %1").arg(m_channel + 1));
+    menu.addAction(tr("No backup (the slate)"), this, [this] { emit backupChosen(QString()); });
+    for (int c = 0; c < kChannelCount; ++c) {
+        if (c != m_channel)
+            menu.addAction(tr("Channel %1").arg(c + 1), this, [this, c] {
+                emit backupChosen(QStringLiteral("channel:%1").arg(c + 1));
+            });
+    }
+    menu.addAction(tr("File…"), this, [this] { emit chooseBackupRequested(true); });
+    menu.addAction(tr("Address…"), this, [this] { emit chooseBackupRequested(false); });
+    menu.exec(m_backupButton->mapToGlobal(QPoint(0, m_backupButton->height())));
+}
+
+void ChannelPanel::showBackup()
+{
+    const QString backup = m_backup.startsWith(QLatin1String("channel:"))
+                               ? tr("channel %1").arg(m_backup.mid(8))
+                           : m_backup.isEmpty() ? tr("slate")
+                                                : QFileInfo(m_backup).fileName();
+    m_backupButton->setText(tr("Backup: %1").arg(backup));
+    m_backupButton->setToolTip(
+        m_backup.isEmpty()
+            ? tr("When channel %1 fails on air, the slate stands in").arg(m_channel + 1)
+            : tr("When channel %1 fails on air, %2 stands in").arg(m_channel + 1).arg(m_backup));
+}
+
+QString ChannelPanel::standInText(const QString &standIn)
+{
+    if (standIn.startsWith(QLatin1String("channel ")))
+        return tr("channel %1").arg(standIn.mid(8));
+    return standIn == QLatin1String("backup") ? tr("its backup") : tr("the slate");
+}
+
 QString ChannelPanel::stateText() const
 {
+    if (!m_standIn.isEmpty())
+        return tr("failed on air: %1 stands in").arg(standInText(m_standIn));
     switch (m_stats.state) {
     case ChannelState::Idle:
         return tr("idle");
@@ -252,7 +310,10 @@ void ChannelPanel::showState()
     static const char *const kColours[] = {"#9aa0aa", "#e6b84a", "#55c878", "#8fb3ff",
                                            "#9aa0aa", "#ff5a5a", "#e6b84a"};
     m_state->setText(stateText());
-    m_state->setStyleSheet(QStringLiteral("color:%1;").arg(kColours[int(m_stats.state)]));
+    // A channel stood in for shows in the warning colour whatever its decoder says.
+    m_state->setStyleSheet(
+        QStringLiteral("color:%1;")
+            .arg(m_standIn.isEmpty() ? kColours[int(m_stats.state)] : "#ff9f1a"));
     m_state->setAccessibleName(tr("Channel %1 state").arg(m_channel + 1));
     m_state->setAccessibleDescription(m_state->text());
 }
@@ -294,6 +355,7 @@ void ChannelPanel::retranslateUi()
     m_title->setAccessibleName(tr("Channel %1 title").arg(n));
     if (m_stats.source.isEmpty())
         m_source->setText(tr("(no source)"));
+    showBackup();
     showState();
 }
 

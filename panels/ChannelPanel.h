@@ -5,8 +5,12 @@
 // (files) and Take. It holds no media state of its own: it shows the engine's ChannelStats and
 // asks the window (signals) for every action. GUI thread only.
 //
+// Also its failover backup (chosen from a menu: none, another channel, a file or an address) and,
+// while the channel fails on air, what stands in for it.
+//
 // Emits: chooseSourceRequested, clearRequested, takeRequested, previewRequested,
-// pauseRequested(bool pause), loopRequested(bool loop), seekRequested(ms).
+// pauseRequested(bool pause), loopRequested(bool loop), seekRequested(ms),
+// backupChosen(backup) ("" none, "channel:M"), chooseBackupRequested(file).
 
 #include "engine/EngineTypes.h"
 
@@ -39,6 +43,13 @@ public:
     // The last error reported for the channel; cleared by a new source.
     void setError(const QString &message);
     QString stateText() const;
+    // The backup as the failover settings keep it ("" none, "channel:M", an address).
+    void setBackup(const QString &backup);
+    // While the channel fails on air: what stands in ("channel 2", "backup", "slate"); empty
+    // when it does not.
+    void setStandIn(const QString &standIn);
+    // The engine's word for a stand-in ("channel 2", "backup", "slate") in the operator's words.
+    static QString standInText(const QString &standIn);
 
 signals:
     void chooseSourceRequested();
@@ -49,6 +60,9 @@ signals:
     void pauseRequested(bool pause);
     void loopRequested(bool loop);
     void seekRequested(qint64 positionMs);
+    void backupChosen(const QString &backup);
+    // The operator wants to choose a backup file (`file`) or type an address.
+    void chooseBackupRequested(bool file);
 
 protected:
     void changeEvent(QEvent *event) override;
@@ -58,12 +72,16 @@ private:
     void showState();
     void showTally();
     static QString timeText(qint64 ms);
+    void showBackupMenu();
+    void showBackup();
 
     int m_channel = 0;
     bool m_onProgram = false;
     bool m_onPreview = false;
     ChannelStats m_stats;
     QString m_error;
+    QString m_backup;
+    QString m_standIn;
     qint64 m_positionMs = 0;
     bool m_seeking = false;
 
@@ -76,6 +94,7 @@ private:
     QPushButton *m_pause = nullptr;
     QPushButton *m_loop = nullptr;
     QPushButton *m_take = nullptr;
+    QPushButton *m_backupButton = nullptr;
     QSlider *m_seek = nullptr;
     QLabel *m_time = nullptr;
 };

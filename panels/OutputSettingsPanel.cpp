@@ -53,6 +53,11 @@ QLabel *hint(QWidget *parent)
 
 } // namespace
 
+void OutputSettingsPanel::addSection(QWidget *section)
+{
+    m_sections->insertWidget(m_sections->count() - 1, section); // above the stretch
+}
+
 QString OutputSettingsPanel::expandPattern(const QString &pattern)
 {
     const QDateTime now = QDateTime::currentDateTime();
@@ -206,6 +211,7 @@ OutputSettingsPanel::OutputSettingsPanel(QWidget *parent) : QWidget(parent)
     layout->addWidget(m_gainHint);
     layout->addWidget(m_lockHint);
     layout->addStretch(1);
+    m_sections = layout;
 
     load();
     retranslateUi();

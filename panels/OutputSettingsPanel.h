@@ -29,6 +29,7 @@ class QLineEdit;
 class QPushButton;
 class QSpinBox;
 class QTableView;
+class QVBoxLayout;
 
 namespace selvane {
 
@@ -52,6 +53,8 @@ public:
     int gainPercent() const;
     // The recording path with "{date}" and "{time}" filled in for now.
     static QString expandPattern(const QString &pattern);
+    // Settings of the show's continuity (failover), shown below the encoding.
+    void addSection(QWidget *section);
 
 signals:
     void startOutputsRequested();
@@ -116,6 +119,7 @@ private:
     QLabel *m_lockHint = nullptr;
     QLabel *m_eightKHint = nullptr;
 
+    QVBoxLayout *m_sections = nullptr;
     QPushButton *m_start = nullptr;
     QPushButton *m_stop = nullptr;
 };

@@ -119,6 +119,9 @@ ProductionPanel::ProductionPanel(QWidget *parent) : QFrame(parent)
     m_take->setObjectName("productionTake");
     m_cut = new QPushButton(this);
     m_cut->setAccessibleName("Cut");
+    m_slateButton = new QPushButton(this);
+    m_slateButton->setAccessibleName("Slate");
+    m_slateButton->setCheckable(true);
     m_fade = new QPushButton(this);
     m_fade->setAccessibleName("Fade to Black");
     m_fade->setCheckable(true);
@@ -148,6 +151,7 @@ ProductionPanel::ProductionPanel(QWidget *parent) : QFrame(parent)
     buttons->addWidget(m_take);
     buttons->addWidget(m_cut);
     buttons->addStretch(1);
+    buttons->addWidget(m_slateButton);
     buttons->addWidget(m_fade);
     auto *bar = new QVBoxLayout;
     bar->addWidget(m_tbarLabel);
@@ -180,11 +184,23 @@ ProductionPanel::ProductionPanel(QWidget *parent) : QFrame(parent)
     connect(m_stingerBrowse, &QPushButton::clicked, this, &ProductionPanel::chooseStingerFile);
     connect(m_stingerCut, &QSpinBox::editingFinished, this, &ProductionPanel::emitTransition);
     connect(m_directTakes, &QCheckBox::toggled, this, &ProductionPanel::directTakesChosen);
+    // The button shows the engine's state (setSlateOnAir), not its own.
+    connect(m_slateButton, &QPushButton::clicked, this, [this] {
+        m_slateButton->setChecked(m_slate);
+        if (!m_slate)
+            emit slateRequested();
+    });
     connect(m_tbar, &QSlider::valueChanged, this,
             [this](int value) { emit tbarMoved(double(value) / kTBarSteps); });
 
     retranslateUi();
     showDirection();
+}
+
+void ProductionPanel::setSlateOnAir(bool onAir)
+{
+    m_slate = onAir;
+    m_slateButton->setChecked(onAir);
 }
 
 void ProductionPanel::useActions(QAction *take, QAction *cut, QAction *fadeToBlack)
@@ -348,6 +364,8 @@ void ProductionPanel::retranslateUi()
     m_directTakes->setText(tr("Direct takes use the transition"));
     m_take->setText(tr("Take"));
     m_cut->setText(tr("Cut"));
+    m_slateButton->setText(tr("Slate"));
+    m_slateButton->setToolTip(tr("The slate on air; any cut or take ends it"));
     m_fade->setText(tr("FTB"));
     m_fade->setToolTip(tr("Fade to black, and back"));
     m_tbarLabel->setText(tr("T-bar"));

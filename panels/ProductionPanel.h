@@ -2,9 +2,10 @@
 
 // The production desk beside the program monitor: the preview monitor (the channel on the
 // preview bus, in a green frame), the transition (kind, wipe direction, length, a stinger's clip
-// and cut point with whether it is loaded, whether direct takes use it), Take and Cut, the T-bar and Fade to Black, which blinks while the program is
-// black. It decides nothing: it shows what the engine says (setters) and asks for every change
-// (signals); the window shares Take, Cut and Fade to Black with the Program menu's actions.
+// and cut point with whether it is loaded, whether direct takes use it), Take and Cut, the T-bar
+// and Fade to Black, which blinks while the program is black. It decides nothing: it shows what the
+// engine says (setters) and asks for every change (signals); the window shares Take, Cut and Fade
+// to Black with the Program menu's actions.
 //
 // GUI thread only. Emits transitionChosen, directTakesChosen, tbarMoved, monitorResized.
 
@@ -46,6 +47,8 @@ public:
     void setDirectTakes(bool on);
     void setTBar(double position);
     void setFadedToBlack(bool black);
+    // The slate on air by hand (the button shows it).
+    void setSlateOnAir(bool onAir);
     // The size pictures for the preview monitor are best made at.
     QSize monitorSize() const;
 
@@ -53,6 +56,8 @@ signals:
     void transitionChosen(selvane::Transition transition);
     void directTakesChosen(bool on);
     void tbarMoved(double position);
+    // The operator asks for the slate on air.
+    void slateRequested();
     // The preview monitor's picture area changed size (device pixels).
     void monitorResized(QSize size);
 
@@ -67,6 +72,7 @@ private:
 
     int m_previewChannel = -1;
     bool m_black = false;
+    bool m_slate = false;
     bool m_blinkOn = false;
     PreviewMonitor *m_monitor = nullptr;
     QLabel *m_title = nullptr;
@@ -86,6 +92,7 @@ private:
     QPushButton *m_take = nullptr;
     QPushButton *m_cut = nullptr;
     QPushButton *m_fade = nullptr;
+    QPushButton *m_slateButton = nullptr;
     QSlider *m_tbar = nullptr;
     QLabel *m_tbarLabel = nullptr;
     QTimer *m_blink = nullptr;

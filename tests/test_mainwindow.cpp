@@ -19,11 +19,13 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDesktopServices>
 #include <QDockWidget>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
@@ -441,6 +443,92 @@ private slots:
         // Closed, it lets go of its pictures and the menu says so.
         multiview->close();
         QVERIFY(!w.findChild<QAction *>("multiviewAction")->isChecked());
+    }
+
+    // A channel that fails on air: its backup chosen on its panel, failover turned on beside the
+    // outputs, the publisher killed; the panel says what stands in, the program shows it, and
+    // the slate goes on air by its button.
+    void failoverShowsWhatStandsIn()
+    {
+        RtmpServer nginx;
+        QVERIFY(nginx.start());
+        QProcess publisher;
+        publisher.start("ffmpeg", {"-nostdin",
+                                   "-v",
+                                   "error",
+                                   "-re",
+                                   "-f",
+                                   "lavfi",
+                                   "-i",
+                                   "color=c=blue:size=320x240:rate=30",
+                                   "-c:v",
+                                   "libx264",
+                                   "-preset",
+                                   "ultrafast",
+                                   "-tune",
+                                   "zerolatency",
+                                   "-g",
+                                   "15",
+                                   "-pix_fmt",
+                                   "yuv420p",
+                                   "-f",
+                                   "flv",
+                                   nginx.url("blue")});
+        MainWindow w;
+        QVERIFY(showBarsAndColour(w)); // bars on 1 (on air), red on 2
+        w.engine()->setChannelSource(2, nginx.url("blue"));
+        QTRY_VERIFY_WITH_TIMEOUT(w.channelPanel(2)->stateText() == "live", 15000);
+        QTest::mouseClick(named<QPushButton>(w.channelPanel(2), "Take"), Qt::LeftButton);
+        // Channel 3's backup: channel 2, from the panel's menu.
+        QTimer::singleShot(300, [] {
+            for (QWidget *top : QApplication::topLevelWidgets()) {
+                auto *menu = qobject_cast<QMenu *>(top);
+                if (!menu || !menu->isVisible())
+                    continue;
+                for (QAction *action : menu->actions())
+                    if (action->text() == "Channel 2")
+                        action->trigger();
+                menu->close();
+            }
+        });
+        QTest::mouseClick(named<QPushButton>(w.channelPanel(2), "Backup"), Qt::LeftButton);
+        QTRY_COMPARE_WITH_TIMEOUT(w.engine()->failover().backups[2], QString("channel:2"), 3000);
+        QCOMPARE(named<QPushButton>(w.channelPanel(2), "Backup")->text(),
+                 QString("Backup: channel 2"));
+        auto *on = named<QCheckBox>(w.outputPanel(), "Failover On");
+        on->setChecked(true); // as a click does
+        QVERIFY(w.engine()->failover().enabled);
+        QCOMPARE(QSettings("Ostrel", "Selvane").value("failover/backup3").toString(),
+                 QString("channel:2"));
+
+        publisher.kill();
+        publisher.waitForFinished(5000);
+        QTRY_VERIFY_WITH_TIMEOUT(w.channelPanel(2)->stateText().contains("channel 2 stands in"),
+                                 8000);
+        QCOMPARE(w.engine()->programChannel(), 2);
+        const auto red = [](const QColor &c) {
+            return c.red() > 180 && c.green() < 70 && c.blue() < 70;
+        };
+        auto *program = w.findChild<selvane::ProgramPreview *>();
+        QVERIFY(program);
+        QTRY_VERIFY_WITH_TIMEOUT(red(program->grab().toImage().pixel(program->rect().center())),
+                                 3000);
+        QDir shots(QDir::current().filePath("screenshots"));
+        shots.mkpath(".");
+        w.grab().save(shots.filePath("failover_en.png"));
+        w.setLanguage(true);
+        QTest::qWait(600);
+        w.grab().save(shots.filePath("failover_zh.png"));
+        w.setLanguage(false);
+        // The slate by its button, off again with a take of channel 1.
+        QTest::mouseClick(named<QPushButton>(&w, "Slate"), Qt::LeftButton);
+        QTRY_VERIFY_WITH_TIMEOUT(w.engine()->slateOnAir(), 2000);
+        QVERIFY(named<QPushButton>(&w, "Slate")->isChecked());
+        QTest::qWait(500);
+        w.grab().save(shots.filePath("slate_en.png"));
+        QTest::mouseClick(named<QPushButton>(w.channelPanel(0), "Take"), Qt::LeftButton);
+        QTRY_VERIFY_WITH_TIMEOUT(!named<QPushButton>(&w, "Slate")->isChecked(), 2000);
+        QTRY_VERIFY_WITH_TIMEOUT(!w.channelPanel(2)->stateText().contains("stands in"), 2000);
     }
 
     // ---- every refusal before outputs start is a box titled "Output" ----

@@ -35,54 +35,54 @@
 <context>
     <name>MainWindow</name>
     <message>
-        <location filename="../app/MainWindow.cpp" line="258"/>
+        <location filename="../app/MainWindow.cpp" line="260"/>
         <source>Channel %1: %2</source>
         <translation>通道 %1：%2</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="395"/>
+        <location filename="../app/MainWindow.cpp" line="401"/>
         <source>Schedule: Undo</source>
         <translation>节目编排：撤销</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="396"/>
+        <location filename="../app/MainWindow.cpp" line="402"/>
         <source>Schedule: Redo</source>
         <translation>节目编排：重做</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="412"/>
         <location filename="../app/MainWindow.cpp" line="418"/>
-        <location filename="../app/MainWindow.cpp" line="430"/>
+        <location filename="../app/MainWindow.cpp" line="424"/>
+        <location filename="../app/MainWindow.cpp" line="436"/>
         <source>Export Drawing</source>
         <translation>导出涂鸦</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="413"/>
+        <location filename="../app/MainWindow.cpp" line="419"/>
         <source>There is no drawing to export yet. Draw on the program preview with View -&gt; Drawing Tools.</source>
         <translation>还没有可导出的涂鸦。请通过“视图 -&gt; 涂鸦工具”在节目预览上绘制。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="419"/>
+        <location filename="../app/MainWindow.cpp" line="425"/>
         <source>PNG image (*.png)</source>
         <translation>PNG 图片 (*.png)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="431"/>
+        <location filename="../app/MainWindow.cpp" line="437"/>
         <source>Unable to write the file.</source>
         <translation>无法写入文件。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="434"/>
+        <location filename="../app/MainWindow.cpp" line="440"/>
         <source>Drawing exported to %1</source>
         <translation>涂鸦已导出到 %1</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="743"/>
+        <location filename="../app/MainWindow.cpp" line="749"/>
         <source>About Selvane</source>
         <translation>关于 Selvane</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="562"/>
+        <location filename="../app/MainWindow.cpp" line="568"/>
         <source>The recording failed: %1
 
 The streams go on. A new file is tried every second and the recording goes on there as soon as writing works.</source>
@@ -91,42 +91,42 @@ The streams go on. A new file is tried every second and the recording goes on th
 推流继续进行。每秒会尝试一个新文件，一旦可以写入，录制就在新文件中继续。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="588"/>
+        <location filename="../app/MainWindow.cpp" line="594"/>
         <source>Source</source>
         <translation>输入源</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="606"/>
+        <location filename="../app/MainWindow.cpp" line="612"/>
         <source>Output</source>
         <translation>输出</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="626"/>
+        <location filename="../app/MainWindow.cpp" line="632"/>
         <source>Stream %1 expects a %2:// URL.</source>
         <translation>推流 %1 需要 %2:// 地址。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="699"/>
+        <location filename="../app/MainWindow.cpp" line="705"/>
         <source>Outputs are running</source>
         <translation>输出正在运行</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="700"/>
+        <location filename="../app/MainWindow.cpp" line="706"/>
         <source>Recording or streaming is running. Stop the outputs and close Selvane?</source>
         <translation>录制或推流正在进行。要停止输出并关闭 Selvane 吗？</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="738"/>
+        <location filename="../app/MainWindow.cpp" line="744"/>
         <source>Output Folder</source>
         <translation>输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="738"/>
+        <location filename="../app/MainWindow.cpp" line="744"/>
         <source>Unable to open the output folder.</source>
         <translation>无法打开输出文件夹。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="744"/>
+        <location filename="../app/MainWindow.cpp" line="750"/>
         <source>Selvane %1
 Live video mixer: four input channels, overlays, audio mixing, recording and live streaming.</source>
         <translation>Selvane %1
@@ -311,7 +311,7 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <translation>节目编排检查通过：%1 个基础片段，%2 个叠加片段。</translation>
     </message>
     <message>
-        <location filename="../schedule/ScheduleRunner.cpp" line="70"/>
+        <location filename="../schedule/ScheduleRunner.cpp" line="68"/>
         <source>Add at least one valid base clip.</source>
         <translation>请至少添加一个有效的基础片段。</translation>
     </message>
@@ -1226,148 +1226,214 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::ChannelPanel</name>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="202"/>
-        <location filename="../panels/ChannelPanel.cpp" line="296"/>
+        <location filename="../panels/ChannelPanel.cpp" line="208"/>
+        <location filename="../panels/ChannelPanel.cpp" line="357"/>
         <source>(no source)</source>
         <translation>（无源）</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="225"/>
+        <location filename="../panels/ChannelPanel.cpp" line="231"/>
         <source>LIVE</source>
         <translation>直播</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="233"/>
+        <location filename="../panels/ChannelPanel.cpp" line="252"/>
+        <source>Backup of channel %1</source>
+        <translation>通道 %1 的备份</translation>
+    </message>
+    <message>
+        <location filename="../panels/ChannelPanel.cpp" line="253"/>
+        <source>No backup (the slate)</source>
+        <translation>无备份（垫片画面）</translation>
+    </message>
+    <message>
+        <location filename="../panels/ChannelPanel.cpp" line="256"/>
+        <source>Channel %1</source>
+        <translation>通道 %1</translation>
+    </message>
+    <message>
+        <location filename="../panels/ChannelPanel.cpp" line="260"/>
+        <source>File…</source>
+        <translation>文件…</translation>
+    </message>
+    <message>
+        <location filename="../panels/ChannelPanel.cpp" line="261"/>
+        <source>Address…</source>
+        <translation>地址…</translation>
+    </message>
+    <message>
+        <location filename="../panels/ChannelPanel.cpp" line="268"/>
+        <location filename="../panels/ChannelPanel.cpp" line="281"/>
+        <source>channel %1</source>
+        <translation>通道 %1</translation>
+    </message>
+    <message>
+        <location filename="../panels/ChannelPanel.cpp" line="269"/>
+        <source>slate</source>
+        <translation>垫片画面</translation>
+    </message>
+    <message>
+        <location filename="../panels/ChannelPanel.cpp" line="271"/>
+        <source>Backup: %1</source>
+        <translation>备份：%1</translation>
+    </message>
+    <message>
+        <location filename="../panels/ChannelPanel.cpp" line="274"/>
+        <source>When channel %1 fails on air, the slate stands in</source>
+        <translation>通道 %1 播出故障时，由垫片画面替代</translation>
+    </message>
+    <message>
+        <location filename="../panels/ChannelPanel.cpp" line="275"/>
+        <source>When channel %1 fails on air, %2 stands in</source>
+        <translation>通道 %1 播出故障时，由 %2 替代</translation>
+    </message>
+    <message>
+        <location filename="../panels/ChannelPanel.cpp" line="282"/>
+        <source>its backup</source>
+        <translation>其备份</translation>
+    </message>
+    <message>
+        <location filename="../panels/ChannelPanel.cpp" line="282"/>
+        <source>the slate</source>
+        <translation>垫片画面</translation>
+    </message>
+    <message>
+        <location filename="../panels/ChannelPanel.cpp" line="288"/>
+        <source>failed on air: %1 stands in</source>
+        <translation>播出故障：由%1替代</translation>
+    </message>
+    <message>
+        <location filename="../panels/ChannelPanel.cpp" line="291"/>
         <source>idle</source>
         <translation>空闲</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="235"/>
+        <location filename="../panels/ChannelPanel.cpp" line="293"/>
         <source>connecting</source>
         <translation>连接中</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="237"/>
+        <location filename="../panels/ChannelPanel.cpp" line="295"/>
         <source>live</source>
         <translation>直播中</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="237"/>
+        <location filename="../panels/ChannelPanel.cpp" line="295"/>
         <source>playing</source>
         <translation>播放中</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="239"/>
+        <location filename="../panels/ChannelPanel.cpp" line="297"/>
         <source>paused</source>
         <translation>已暂停</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="241"/>
+        <location filename="../panels/ChannelPanel.cpp" line="299"/>
         <source>ended</source>
         <translation>已结束</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="243"/>
+        <location filename="../panels/ChannelPanel.cpp" line="301"/>
         <source>error</source>
         <translation>错误</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="243"/>
+        <location filename="../panels/ChannelPanel.cpp" line="301"/>
         <source>error: %1</source>
         <translation>错误：%1</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="245"/>
+        <location filename="../panels/ChannelPanel.cpp" line="303"/>
         <source>reconnecting</source>
         <translation>重连中</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="245"/>
+        <location filename="../panels/ChannelPanel.cpp" line="303"/>
         <source>reconnecting: %1</source>
         <translation>重连中：%1</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="256"/>
+        <location filename="../panels/ChannelPanel.cpp" line="317"/>
         <source>Channel %1 state</source>
         <translation>通道 %1 状态</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="280"/>
+        <location filename="../panels/ChannelPanel.cpp" line="341"/>
         <source>&lt;b&gt;%1&lt;/b&gt;  PROGRAM</source>
         <translation>&lt;b&gt;%1&lt;/b&gt;  节目</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="280"/>
+        <location filename="../panels/ChannelPanel.cpp" line="341"/>
         <source>&lt;b&gt;%1&lt;/b&gt;</source>
         <translation>&lt;b&gt;%1&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="281"/>
+        <location filename="../panels/ChannelPanel.cpp" line="342"/>
         <source>Source…</source>
         <translation>选择源…</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="282"/>
+        <location filename="../panels/ChannelPanel.cpp" line="343"/>
         <source>Choose what channel %1 plays</source>
         <translation>选择通道 %1 播放的内容</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="283"/>
+        <location filename="../panels/ChannelPanel.cpp" line="344"/>
         <source>Clear</source>
         <translation>清除</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="284"/>
+        <location filename="../panels/ChannelPanel.cpp" line="345"/>
         <source>Take</source>
         <translation>切入</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="285"/>
+        <location filename="../panels/ChannelPanel.cpp" line="346"/>
         <source>Put channel %1 on the program (key %1)</source>
         <translation>将通道 %1 切入节目（按键 %1）</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="286"/>
+        <location filename="../panels/ChannelPanel.cpp" line="347"/>
         <source>Pause</source>
         <translation>暂停</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="287"/>
+        <location filename="../panels/ChannelPanel.cpp" line="348"/>
         <source>Pause channel %1</source>
         <translation>暂停通道 %1</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="288"/>
+        <location filename="../panels/ChannelPanel.cpp" line="349"/>
         <source>Loop</source>
         <translation>循环</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="289"/>
+        <location filename="../panels/ChannelPanel.cpp" line="350"/>
         <source>Loop channel %1</source>
         <translation>循环通道 %1</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="290"/>
+        <location filename="../panels/ChannelPanel.cpp" line="351"/>
         <source>Channel %1 position</source>
         <translation>通道 %1 播放位置</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="291"/>
+        <location filename="../panels/ChannelPanel.cpp" line="352"/>
         <source>Channel %1 time</source>
         <translation>通道 %1 时间</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="292"/>
+        <location filename="../panels/ChannelPanel.cpp" line="353"/>
         <source>Channel %1 source</source>
         <translation>通道 %1 源</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="293"/>
+        <location filename="../panels/ChannelPanel.cpp" line="354"/>
         <source>Channel %1 picture</source>
         <translation>通道 %1 画面</translation>
     </message>
     <message>
-        <location filename="../panels/ChannelPanel.cpp" line="294"/>
+        <location filename="../panels/ChannelPanel.cpp" line="355"/>
         <source>Channel %1 title</source>
         <translation>通道 %1 标题</translation>
     </message>
@@ -1504,6 +1570,108 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <location filename="../panels/DrawingToolBar.cpp" line="242"/>
         <source>Show the drawing on the program and in the outputs</source>
         <translation>在节目和输出中显示涂鸦</translation>
+    </message>
+</context>
+<context>
+    <name>selvane::FailoverBox</name>
+    <message>
+        <location filename="../panels/FailoverBox.cpp" line="88"/>
+        <source>Choose the Slate</source>
+        <translation>选择垫片画面</translation>
+    </message>
+    <message>
+        <location filename="../panels/FailoverBox.cpp" line="89"/>
+        <source>Pictures and clips (*.png *.jpg *.jpeg *.bmp *.webp *.mp4 *.mov *.mkv *.webm);;All files (*)</source>
+        <translation>图片和片段 (*.png *.jpg *.jpeg *.bmp *.webp *.mp4 *.mov *.mkv *.webm);;所有文件 (*)</translation>
+    </message>
+    <message>
+        <location filename="../panels/FailoverBox.cpp" line="106"/>
+        <source>Failover</source>
+        <translation>故障切换</translation>
+    </message>
+    <message>
+        <location filename="../panels/FailoverBox.cpp" line="107"/>
+        <source>When the channel on air fails, show its backup</source>
+        <translation>播出通道故障时显示其备份</translation>
+    </message>
+    <message>
+        <location filename="../panels/FailoverBox.cpp" line="108"/>
+        <source>Slate</source>
+        <translation>垫片</translation>
+    </message>
+    <message>
+        <location filename="../panels/FailoverBox.cpp" line="109"/>
+        <source>Built-in card</source>
+        <translation>内置卡片</translation>
+    </message>
+    <message>
+        <location filename="../panels/FailoverBox.cpp" line="110"/>
+        <source>Shown for a failed channel without a backup</source>
+        <translation>没有备份的故障通道显示此画面</translation>
+    </message>
+    <message>
+        <location filename="../panels/FailoverBox.cpp" line="111"/>
+        <source>Slate text</source>
+        <translation>垫片文字</translation>
+    </message>
+    <message>
+        <location filename="../panels/FailoverBox.cpp" line="112"/>
+        <source>The programme will be back shortly</source>
+        <translation>节目马上回来</translation>
+    </message>
+    <message>
+        <location filename="../panels/FailoverBox.cpp" line="113"/>
+        <source>Fail over after</source>
+        <translation>故障切换延迟</translation>
+    </message>
+    <message>
+        <location filename="../panels/FailoverBox.cpp" line="114"/>
+        <source>How long the channel on air may show no new picture</source>
+        <translation>播出通道可无新画面的时长</translation>
+    </message>
+    <message>
+        <location filename="../panels/FailoverBox.cpp" line="115"/>
+        <source>Return after</source>
+        <translation>恢复延迟</translation>
+    </message>
+    <message>
+        <location filename="../panels/FailoverBox.cpp" line="116"/>
+        <source>How long a failed channel must play steadily to come back</source>
+        <translation>故障通道须稳定播放多长时间才恢复播出</translation>
+    </message>
+</context>
+<context>
+    <name>selvane::FailoverDesk</name>
+    <message>
+        <location filename="../app/FailoverDesk.cpp" line="54"/>
+        <source>Channel %1 failed on air; %2 stands in</source>
+        <translation>通道 %1 播出故障；由%2替代</translation>
+    </message>
+    <message>
+        <location filename="../app/FailoverDesk.cpp" line="61"/>
+        <source>Channel %1 is back on air</source>
+        <translation>通道 %1 已恢复播出</translation>
+    </message>
+    <message>
+        <location filename="../app/FailoverDesk.cpp" line="70"/>
+        <source>Failover</source>
+        <translation>故障切换</translation>
+    </message>
+    <message>
+        <location filename="../app/FailoverDesk.cpp" line="87"/>
+        <location filename="../app/FailoverDesk.cpp" line="93"/>
+        <source>Backup of Channel %1</source>
+        <translation>通道 %1 的备份</translation>
+    </message>
+    <message>
+        <location filename="../app/FailoverDesk.cpp" line="89"/>
+        <source>Clips and pictures (*.mp4 *.mov *.mkv *.webm *.ts *.png *.jpg *.jpeg);;All files (*)</source>
+        <translation>片段和图片 (*.mp4 *.mov *.mkv *.webm *.ts *.png *.jpg *.jpeg);;所有文件 (*)</translation>
+    </message>
+    <message>
+        <location filename="../app/FailoverDesk.cpp" line="94"/>
+        <source>A stream address (rtmp://, srt://, https:// …)</source>
+        <translation>流地址（rtmp://、srt://、https:// …）</translation>
     </message>
 </context>
 <context>
@@ -1854,289 +2022,289 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::OutputSettingsPanel</name>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="383"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="389"/>
         <source>Recording folder</source>
         <translation>录制文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="406"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="412"/>
         <source>8K requires hardware HEVC encoding</source>
         <translation>8K 需要硬件 HEVC 编码</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="410"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="416"/>
         <source>8K60 uses the Performance preset to maintain real-time output</source>
         <translation>8K60 使用“性能”预设以保持实时输出</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="478"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="484"/>
         <source>failed: %1</source>
         <translation>失败：%1</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="481"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="487"/>
         <source>recording %1  %2  %3 MB</source>
         <translation>录制中 %1  %2  %3 MB</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="487"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="493"/>
         <source>stopped</source>
         <translation>已停止</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="504"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="510"/>
         <source>&lt;b&gt;Recording&lt;/b&gt;</source>
         <translation>&lt;b&gt;录制&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="505"/>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="506"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="511"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="512"/>
         <source>Record to file</source>
         <translation>录制到文件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="507"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="513"/>
         <source>Folder and file name; {date} and {time} become the start time</source>
         <translation>文件夹和文件名；{date} 和 {time} 会替换为开始时间</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="508"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="514"/>
         <source>Browse…</source>
         <translation>浏览…</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="509"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="515"/>
         <source>Choose the recording folder</source>
         <translation>选择录制文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="510"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="516"/>
         <source>Container:</source>
         <translation>封装格式：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="511"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="517"/>
         <source>Container</source>
         <translation>封装格式</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="512"/>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="513"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="518"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="519"/>
         <source>Segment recording</source>
         <translation>分段录制</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="514"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="520"/>
         <source> min</source>
         <translation> 分钟</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="515"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="521"/>
         <source>Segment minutes</source>
         <translation>分段时长</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="516"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="522"/>
         <source> GiB</source>
         <translation> GiB</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="517"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="523"/>
         <source>Segment size</source>
         <translation>分段大小</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="518"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="524"/>
         <source>Start a new file at a keyframe when either limit is reached</source>
         <translation>达到任一限制时，在关键帧处开始新文件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="519"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="525"/>
         <source>Recording state</source>
         <translation>录制状态</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="520"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="526"/>
         <source>&lt;b&gt;Stream targets&lt;/b&gt;</source>
         <translation>&lt;b&gt;推流目标&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="522"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="528"/>
         <source>All enabled destinations share one encoder to minimize CPU/GPU load.</source>
         <translation>所有启用的目标共用一个编码器，以降低 CPU/GPU 负载。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="524"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="530"/>
         <source>Add</source>
         <translation>添加</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="525"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="531"/>
         <source>Edit</source>
         <translation>编辑</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="526"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="532"/>
         <source>Edit Target</source>
         <translation>编辑目标</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="527"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="533"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="528"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="534"/>
         <source>&lt;b&gt;Encoding&lt;/b&gt;</source>
         <translation>&lt;b&gt;编码&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="529"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="535"/>
         <source>Resolution:</source>
         <translation>分辨率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="530"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="536"/>
         <source>Same as Program</source>
         <translation>与节目相同</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="532"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="538"/>
         <source>%1 (%2 x %3)</source>
         <translation>%1（%2 x %3）</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="537"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="543"/>
         <source>Recording/stream output resolution; &apos;Same as Program&apos; follows current canvas size.</source>
         <translation>录制/推流输出分辨率；“与节目相同”跟随当前画布尺寸。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="538"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="544"/>
         <source>Output resolution</source>
         <translation>输出分辨率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="539"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="545"/>
         <source>Frame rate:</source>
         <translation>帧率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="540"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="546"/>
         <source>Frame rate</source>
         <translation>帧率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="541"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="547"/>
         <source>Bitrate:</source>
         <translation>码率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="542"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="548"/>
         <source>Video bitrate</source>
         <translation>视频码率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="543"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="549"/>
         <source>Automatic</source>
         <translation>自动</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="544"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="550"/>
         <source>The bitrate follows the preset and the picture size</source>
         <translation>码率跟随预设和画面尺寸</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="545"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="551"/>
         <source>Automatic bitrate</source>
         <translation>自动码率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="546"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="552"/>
         <source>Encoder:</source>
         <translation>编码器：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="547"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="553"/>
         <source>Auto</source>
         <translation>自动</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="548"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="554"/>
         <source>Hardware</source>
         <translation>硬件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="549"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="555"/>
         <source>Software</source>
         <translation>软件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="550"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="556"/>
         <source>Encoder mode</source>
         <translation>编码模式</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="551"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="557"/>
         <source>Preset:</source>
         <translation>预设：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="552"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="558"/>
         <source>Performance</source>
         <translation>性能</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="553"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="559"/>
         <source>Balanced</source>
         <translation>均衡</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="554"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="560"/>
         <source>Quality</source>
         <translation>质量</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="555"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="561"/>
         <source>Quality preset</source>
         <translation>质量预设</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="556"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="562"/>
         <source>Keyframe interval:</source>
         <translation>关键帧间隔：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="557"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
         <source>Keyframe interval</source>
         <translation>关键帧间隔</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="558"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="564"/>
         <source>Output Gain:</source>
         <translation>输出增益：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="559"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="565"/>
         <source>Output Gain</source>
         <translation>输出增益</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="560"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
         <source>Adjusts the program gain for recording and streaming only. It does not affect channel mixing or monitoring.</source>
         <translation>仅调整录制和推流的节目增益，不影响通道混音和监听。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="562"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="568"/>
         <source>Recording and streaming use the effective canvas resolution. The resolution is locked while output is active.</source>
         <translation>录制和推流使用实际画布分辨率。输出进行时分辨率被锁定。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="565"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="571"/>
         <source>Start Outputs</source>
         <translation>开始输出</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="572"/>
         <source>Stop Outputs</source>
         <translation>停止输出</translation>
     </message>
@@ -2403,154 +2571,164 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::ProductionPanel</name>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="242"/>
+        <location filename="../panels/ProductionPanel.cpp" line="258"/>
         <source>Choose a Stinger Clip</source>
         <translation>选择过场动画片段</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="243"/>
+        <location filename="../panels/ProductionPanel.cpp" line="259"/>
         <source>Clips with alpha (*.mov *.webm *.mkv *.avi *.mp4);;All files (*)</source>
         <translation>带透明通道的片段 (*.mov *.webm *.mkv *.avi *.mp4);;所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="315"/>
+        <location filename="../panels/ProductionPanel.cpp" line="331"/>
         <source>Preview: Channel %1</source>
         <translation>预监：通道 %1</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="316"/>
+        <location filename="../panels/ProductionPanel.cpp" line="332"/>
         <source>Preview: none (click a channel&apos;s picture)</source>
         <translation>预监：无（点击通道画面）</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="320"/>
-        <location filename="../panels/ProductionPanel.cpp" line="350"/>
+        <location filename="../panels/ProductionPanel.cpp" line="336"/>
+        <location filename="../panels/ProductionPanel.cpp" line="366"/>
         <source>Cut</source>
         <translation>切换</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="320"/>
+        <location filename="../panels/ProductionPanel.cpp" line="336"/>
         <source>Mix</source>
         <translation>叠化</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="320"/>
+        <location filename="../panels/ProductionPanel.cpp" line="336"/>
         <source>Wipe</source>
         <translation>划像</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="320"/>
+        <location filename="../panels/ProductionPanel.cpp" line="336"/>
         <source>Dip to colour</source>
         <translation>经色场过渡</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="320"/>
+        <location filename="../panels/ProductionPanel.cpp" line="336"/>
         <source>Stinger</source>
         <translation>过场动画</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="324"/>
+        <location filename="../panels/ProductionPanel.cpp" line="340"/>
         <source>Left to right</source>
         <translation>从左到右</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="324"/>
+        <location filename="../panels/ProductionPanel.cpp" line="340"/>
         <source>Right to left</source>
         <translation>从右到左</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="324"/>
+        <location filename="../panels/ProductionPanel.cpp" line="340"/>
         <source>Top down</source>
         <translation>从上到下</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="324"/>
+        <location filename="../panels/ProductionPanel.cpp" line="340"/>
         <source>Bottom up</source>
         <translation>从下到上</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="326"/>
+        <location filename="../panels/ProductionPanel.cpp" line="342"/>
         <source>Transition</source>
         <translation>转场</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="327"/>
+        <location filename="../panels/ProductionPanel.cpp" line="343"/>
         <source>Duration</source>
         <translation>时长</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="328"/>
-        <location filename="../panels/ProductionPanel.cpp" line="333"/>
+        <location filename="../panels/ProductionPanel.cpp" line="344"/>
+        <location filename="../panels/ProductionPanel.cpp" line="349"/>
         <source> ms</source>
         <translation> 毫秒</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="329"/>
+        <location filename="../panels/ProductionPanel.cpp" line="345"/>
         <source>Clip</source>
         <translation>片段</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="330"/>
+        <location filename="../panels/ProductionPanel.cpp" line="346"/>
         <source>A video with alpha</source>
         <translation>带透明通道的视频</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="331"/>
+        <location filename="../panels/ProductionPanel.cpp" line="347"/>
         <source>Choose a stinger clip</source>
         <translation>选择过场动画片段</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="332"/>
+        <location filename="../panels/ProductionPanel.cpp" line="348"/>
         <source>Switch at</source>
         <translation>切换于</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="334"/>
+        <location filename="../panels/ProductionPanel.cpp" line="350"/>
         <source>Middle</source>
         <translation>中点</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="338"/>
+        <location filename="../panels/ProductionPanel.cpp" line="354"/>
         <source>Ready: %1 s, switch at %2 s</source>
         <translation>就绪：%1 秒，于 %2 秒切换</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="339"/>
+        <location filename="../panels/ProductionPanel.cpp" line="355"/>
         <source>Ready: %1 s, switch at %2 s (no alpha: it covers the picture)</source>
         <translation>就绪：%1 秒，于 %2 秒切换（无透明通道：将遮住整个画面）</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="343"/>
+        <location filename="../panels/ProductionPanel.cpp" line="359"/>
         <source>Loading…</source>
         <translation>加载中…</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="345"/>
+        <location filename="../panels/ProductionPanel.cpp" line="361"/>
         <source>Cannot be used (%1): takes cut instead</source>
         <translation>无法使用（%1）：切换改为硬切</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="348"/>
+        <location filename="../panels/ProductionPanel.cpp" line="364"/>
         <source>Direct takes use the transition</source>
         <translation>直接切换也使用转场</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="349"/>
+        <location filename="../panels/ProductionPanel.cpp" line="365"/>
         <source>Take</source>
         <translation>上节目</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="351"/>
+        <location filename="../panels/ProductionPanel.cpp" line="367"/>
+        <source>Slate</source>
+        <translation>垫片</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="368"/>
+        <source>The slate on air; any cut or take ends it</source>
+        <translation>垫片画面上节目；任何切换都会结束它</translation>
+    </message>
+    <message>
+        <location filename="../panels/ProductionPanel.cpp" line="369"/>
         <source>FTB</source>
         <translation>淡出黑场</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="352"/>
+        <location filename="../panels/ProductionPanel.cpp" line="370"/>
         <source>Fade to black, and back</source>
         <translation>淡出到黑场，再次按下恢复</translation>
     </message>
     <message>
-        <location filename="../panels/ProductionPanel.cpp" line="353"/>
+        <location filename="../panels/ProductionPanel.cpp" line="371"/>
         <source>T-bar</source>
         <translation>推杆</translation>
     </message>

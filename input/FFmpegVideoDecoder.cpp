@@ -5,6 +5,7 @@
 #include "input/NativeCaptureRun.h"
 #include "input/ScreenCapture.h"
 #include "input/SourceAddress.h"
+#include "media/Heap.h"
 #include "media/LogThrottle.h"
 #include "media/ReconnectPolicy.h"
 #include "media/SourceFeeds.h"
@@ -24,6 +25,9 @@ constexpr int kFileQueueDepth = 6;
 constexpr int kLiveQueueDepth = 45;
 constexpr double kFastestCountedFps = 240.0;
 constexpr auto kWindowWatchInterval = std::chrono::milliseconds(250);
+// A decoder left without a source gives the heap back once the pictures it had out (the one on
+// air, those in the encoder's queue) have had time to come back and be freed.
+constexpr auto kHeapReleaseAfterIdle = std::chrono::seconds(1);
 } // namespace
 
 // The decoder's side of one run: forwards the run's reports, and tells it when it is over.
@@ -356,13 +360,23 @@ void FFmpegVideoDecoder::workerLoop()
 {
     nameThisThread("decode");
     quint64 done = 0;
+    bool heapToRelease = false;
     for (;;) {
         Address source;
         Address audioSource;
         quint64 generation = 0;
         {
             std::unique_lock lock(m_controlMutex);
-            m_wake.wait(lock, [&] { return m_shutdown || m_generation.load() != done; });
+            const auto wanted = [&] {
+                return m_shutdown || m_generation.load() != done;
+            };
+            if (heapToRelease && !m_wake.wait_for(lock, kHeapReleaseAfterIdle, wanted)) {
+                lock.unlock();
+                releaseFreeHeap();
+                lock.lock();
+            }
+            heapToRelease = false;
+            m_wake.wait(lock, wanted);
             if (m_shutdown)
                 return;
             generation = m_generation.load();
@@ -374,6 +388,12 @@ void FFmpegVideoDecoder::workerLoop()
             m_running.store(true);
             runSource(source, audioSource, generation);
             m_running.store(false);
+        } else {
+            // No source: the pictures the pool keeps for one are of no use, and neither are
+            // those still out (on air, in the encoder's queue) once they come back.
+            std::lock_guard lock(m_sinkMutex);
+            m_pool.releaseFree();
+            heapToRelease = true;
         }
         emit runEnded(generation);
     }

@@ -23,6 +23,10 @@
 // a captured window is watched by a thread of the run: a new size opens the grab again, and a
 // window that goes away ends the source with CaptureWindowClosed.
 //
+// A decoder stopped, or given an empty source, frees the pictures its pool keeps, and those
+// still out when they come back; a second later, still without a source, it has the C library
+// give the freed heap back to the system (releaseFreeHeap).
+//
 // Signals are emitted from the worker thread (receivers get them queued) and carry the
 // generation of the run they belong to, so that late reports of an old source can be ignored.
 

@@ -12,7 +12,8 @@ void returnToPool(const std::shared_ptr<FramePool::State> &state, FrameToken *to
 {
     std::lock_guard lock(state->mutex);
     state->inUse = std::max(0, state->inUse - 1);
-    if (static_cast<qint32>(state->freeList.size()) >= state->keepCount) {
+    if (state->idle || static_cast<qint32>(state->freeList.size()) >= state->keepCount) {
+        --state->alive;
         delete token;
         return;
     }
@@ -182,6 +183,7 @@ FrameWriter FramePool::take(bool mayGrow)
     FrameToken *token = nullptr;
     {
         std::lock_guard lock(m_state->mutex);
+        m_state->idle = false;
         if (m_state->inUse >= m_state->maxInUse) {
             ++m_state->refused;
             return {};
@@ -189,16 +191,11 @@ FrameWriter FramePool::take(bool mayGrow)
         if (!m_state->freeList.empty()) {
             token = m_state->freeList.back();
             m_state->freeList.pop_back();
-            if (!token && !mayGrow)
-                return {};
-            if (!token)
-                token = new FrameToken;
         } else {
-            if (!mayGrow && m_state->created >= m_baseCount)
+            if (!mayGrow && m_state->alive >= m_baseCount)
                 return {};
             token = new FrameToken;
-            if (m_state->created < m_baseCount)
-                ++m_state->created;
+            ++m_state->alive;
         }
         ++m_state->inUse;
     }
@@ -206,6 +203,19 @@ FrameWriter FramePool::take(bool mayGrow)
     return FrameWriter(std::shared_ptr<FrameToken>(
         token, [state](FrameToken *t) { returnToPool(state, t); },
         BlockAllocator<FrameToken>(state)));
+}
+
+void FramePool::releaseFree()
+{
+    std::vector<FrameToken *> released;
+    {
+        std::lock_guard lock(m_state->mutex);
+        m_state->idle = true;
+        released.swap(m_state->freeList);
+        m_state->alive -= static_cast<qint32>(released.size());
+    }
+    for (FrameToken *token : released)
+        delete token;
 }
 
 FrameWriter FramePool::acquire()

@@ -8,6 +8,10 @@
 // The cap on tokens in flight shrinks with the picture size (maxInUseFor). Consumers that hold
 // pictures for longer (the recording's encode queue) raise it by what they may hold with
 // setHeldByConsumers(), so that a full encode queue never starves the producers.
+//
+// A producer that goes idle (a channel cleared) calls releaseFree(): the free tokens are deleted
+// with their buffers, and so is every token that comes back before the next acquisition, so that
+// an unused pool holds no memory however busy it once was.
 
 #include "media/FrameToken.h"
 
@@ -23,7 +27,8 @@ public:
         qint32 keepCount = 0; // most free tokens kept
         std::mutex mutex;
         std::vector<FrameToken *> freeList; // a stack: last returned, first handed out
-        qint32 created = 0;                 // tokens created within baseCount
+        qint32 alive = 0;                   // tokens in existence: in use or free
+        bool idle = false;                  // released: tokens that come back are deleted
         qint32 inUse = 0;
         qint32 maxInUse = 0;
         qint32 heldByConsumers = 0;
@@ -42,6 +47,8 @@ public:
     // Like acquire(), but never creates a token beyond baseCount.
     FrameWriter tryAcquire();
     void resize(qint32 width, qint32 height);
+    // Deletes the free tokens, and those that come back until the next acquire().
+    void releaseFree();
     // Tokens that downstream queues may hold on top of the size's cap.
     void setHeldByConsumers(qint32 count);
 

@@ -9,6 +9,7 @@
 #include "cli/CommandLine.h"
 #include "cli/HeadlessRunner.h"
 #include "control/WindowControl.h"
+#include "media/Heap.h"
 #include "show/InterruptSignals.h"
 
 #include <QApplication>
@@ -183,6 +184,7 @@ int runGui(int argc, char *argv[])
 
 int main(int argc, char *argv[])
 {
+    selvane::setUpHeap(); // before any thread has an arena
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments << QString::fromLocal8Bit(argv[i]);

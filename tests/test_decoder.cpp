@@ -1,7 +1,8 @@
 // The channel decoder against real media made at test time and a real RTMP server: every
-// picture and its sound on one time line, loop and natural end, rotation, AV1 fallback, damaged
-// files, pause and seek, live sources, and control calls that never wait for a run (a source change
-// while the server has gone silent). Also the packet queue's drop rule on its own.
+// picture and its sound on one time line, loop and natural end, nothing kept once stopped,
+// rotation, AV1 fallback, damaged files, pause and seek, live sources, and control calls that never
+// wait for a run (a source change while the server has gone silent). Also the packet queue's drop
+// rule on its own.
 
 #include "TestSupport.h"
 #include "input/FFmpegVideoDecoder.h"
@@ -339,6 +340,10 @@ private slots:
         probe.decoder.seek(500);
         QTRY_VERIFY_WITH_TIMEOUT(probe.frameCount() >= 14, 3000);
         QVERIFY(probe.snapshot().front().ptsUs >= 500000);
+        // Stopped, it keeps none of its pictures: a cleared channel holds no memory.
+        QVERIFY(probe.pool.freeCount() > 0);
+        probe.decoder.stop();
+        QTRY_COMPARE_WITH_TIMEOUT(probe.pool.freeCount(), 0, 2000);
     }
 
     void rotatedClipArrivesUpright()

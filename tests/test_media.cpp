@@ -1,6 +1,7 @@
 // The ground floor shared by every thread: the frame pool's cap (and the room it lends the
-// encode queue), its recycling across threads and after the pool is gone, the coalescing
-// mailbox, the sample queue's drop rule, and shrinking pictures by whole factors for previews.
+// encode queue), its recycling across threads and after the pool is gone, its release when its
+// producer goes idle, the coalescing mailbox, the sample queue's drop rule, and shrinking
+// pictures by whole factors for previews.
 
 #include "TestSupport.h"
 #include "input/SourceTimeline.h"
@@ -107,6 +108,27 @@ private slots:
         QVERIFY(!pool.tryAcquire());
         held.push_back(pool.acquire()); // acquire may create one more while below the cap
         QVERIFY(held.back());
+    }
+
+    void releasedPoolKeepsNothingUntilUsedAgain()
+    {
+        FramePool pool(4, 64, 64);
+        std::vector<FrameWriter> out;
+        for (int i = 0; i < 4; ++i)
+            out.push_back(pool.acquire());
+        out.resize(2);
+        QCOMPARE(pool.freeCount(), 2);
+        pool.releaseFree();
+        QCOMPARE(pool.freeCount(), 0);
+        out.clear(); // still out at the release: deleted as they come back
+        QCOMPARE(pool.freeCount(), 0);
+        QCOMPARE(pool.inUse(), 0);
+        // Used again, it makes its tokens anew up to its base and recycles them as before.
+        for (int i = 0; i < 4; ++i)
+            out.push_back(pool.tryAcquire());
+        QVERIFY(out.back() && !pool.tryAcquire());
+        out.clear();
+        QCOMPARE(pool.freeCount(), 4);
     }
 
     void recycledTokensAreResetAndLargeBuffersLimited()

@@ -8,6 +8,7 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QHostAddress>
@@ -100,6 +101,11 @@ void configureCommandLine(QCommandLineParser &parser)
                       "PATH@x,y,w,h"});
     parser.addOption(
         {"record", tr("Record the program to this file (MP4, MKV, MOV, TS ...)."), "PATH"});
+    parser.addOption({"twin",
+                      tr("Write a second copy of the recording from the same encoded pictures: "
+                         "a file, or a folder (on another disk) for a file of the same name. "
+                         "Each copy fails and resumes on its own."),
+                      "PATH"});
     parser.addOption({"segment-minutes",
                       tr("Start a new recording file at a keyframe after this many minutes."),
                       "M"});
@@ -214,6 +220,17 @@ bool readOutputOptions(const QCommandLineParser &parser, ShowOptions *options, Q
             *error = tr("--record expects a file path");
             return false;
         }
+    }
+    if (parser.isSet("twin")) {
+        const QString twin = parser.value("twin").trimmed();
+        if (!out.fileEnabled || twin.isEmpty()) {
+            *error = tr("--twin expects a file or a folder, beside --record");
+            return false;
+        }
+        // A folder: the same file name there.
+        out.twinFilePath = QFileInfo(twin).isDir()
+                               ? QDir(twin).filePath(QFileInfo(out.filePath).fileName())
+                               : twin;
     }
     const auto positive = [&](const char *name, double *value) {
         if (!parser.isSet(name))

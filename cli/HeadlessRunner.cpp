@@ -17,6 +17,7 @@
 #include <QTimer>
 #include <atomic>
 #include <cstdio>
+#include <tuple>
 #include <utility>
 
 #ifndef _WIN32
@@ -210,17 +211,17 @@ void HeadlessRunner::printProgress(bool final)
             words << target.status;
         if (!words.isEmpty())
             line += "  targets " + words.join(',');
-        const RecordingStats &file = stats.output.file;
-        if (stats.output.recording) {
-            line += file.failed ? QStringLiteral("  recording failed (%1)").arg(file.failureReason)
-                                : "  recording " + QFileInfo(file.path).fileName();
-        }
-        if (file.failures > 0) {
-            m_recordingFailed = true;
-            m_recordingFailure = file.failureReason;
-            m_recordingResumes = file.resumes;
-            m_recordingFailedAtEnd = file.failed;
-            m_recordingPath = file.path;
+        for (const auto &[file, word, failure] :
+             {std::tuple{&stats.output.file, "recording", &m_recordingFailure},
+              std::tuple{&stats.output.twin, "twin", &m_twinFailure}}) {
+            if (!stats.output.recording ||
+                (failure == &m_twinFailure && !stats.output.twinRecording))
+                continue;
+            line += file->failed
+                        ? QStringLiteral("  %1 failed (%2)").arg(word, file->failureReason)
+                        : QStringLiteral("  %1 ").arg(word) + QFileInfo(file->path).fileName();
+            if (file->failures > 0)
+                *failure = {true, file->failureReason, file->resumes, file->failed, file->path};
         }
     }
     // Each channel's state; a source that could not be opened (or a stream that never
@@ -266,22 +267,25 @@ void HeadlessRunner::finish()
             wait.exec();
     }
     printProgress(true);
-    if (m_recordingFailed && m_exitCode == 0) {
+    for (const auto &[failure, twin] :
+         {std::pair{&m_recordingFailure, false}, std::pair{&m_twinFailure, true}}) {
+        if (!failure->failed || (m_exitCode != 0 && m_exitCode != 3))
+            continue;
         // Say which happened: no new file at all, a new file that is whole, or one that failed
         // again before the end.
+        const QString which = twin ? tr("the twin recording") : tr("the recording");
         const QString said =
-            m_recordingResumes == 0
-                ? tr("the recording failed during the run (%1) and no new file could be begun "
-                     "after it; the streams went on")
-                      .arg(m_recordingFailure)
-            : m_recordingFailedAtEnd
-                ? tr("the recording failed during the run (%1); it went on in a new file %2 "
-                     "time(s), but was failing again at the end; the streams went on")
-                      .arg(m_recordingFailure)
-                      .arg(m_recordingResumes)
-                : tr("the recording failed during the run (%1); the streams went on, and the "
-                     "recording went on in %2")
-                      .arg(m_recordingFailure, QDir::toNativeSeparators(m_recordingPath));
+            failure->resumes == 0
+                ? tr("%1 failed during the run (%2) and no new file could be begun after it; the "
+                     "streams went on")
+                      .arg(which, failure->reason)
+            : failure->failedAtEnd
+                ? tr("%1 failed during the run (%2); it went on in a new file %3 time(s), but was "
+                     "failing again at the end; the streams went on")
+                      .arg(which, failure->reason)
+                      .arg(failure->resumes)
+                : tr("%1 failed during the run (%2); the streams went on, and %1 went on in %3")
+                      .arg(which, failure->reason, QDir::toNativeSeparators(failure->path));
         std::fprintf(stderr, "selvane: %s\n", qPrintable(said));
         m_exitCode = 3;
     }

@@ -51,10 +51,17 @@ private:
     bool m_scheduled = false;
     bool m_finishing = false;
     int m_exitCode = 0;
-    bool m_recordingFailed = false; // at some point of the run
-    QString m_recordingFailure;
-    int m_recordingResumes = 0;
-    bool m_recordingFailedAtEnd = false;
-    QString m_recordingPath;       // the file written last
+    // The recording's and its twin's failures: at some point of the run, why, how often a new
+    // file was begun, whether it was failing at the end, and the file written last.
+    struct FileFailure
+    {
+        bool failed = false;
+        QString reason;
+        int resumes = 0;
+        bool failedAtEnd = false;
+        QString path;
+    };
+    FileFailure m_recordingFailure;
+    FileFailure m_twinFailure;
     QMap<int, QString> m_unopened; // channel number: why its source never opened
 };

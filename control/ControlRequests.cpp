@@ -440,6 +440,12 @@ void readOutputFields(Fields &f, OutputRequest *out)
         else if (const auto path = f.string("record", 4096))
             out->record = path->trimmed();
     }
+    if (f.has("twin")) {
+        if (f.value("twin").isNull())
+            out->twin = QString();
+        else if (const auto path = f.string("twin", 4096))
+            out->twin = path->trimmed();
+    }
     if (f.has("streams")) {
         const QJsonValue streams = f.value("streams");
         if (!streams.isArray()) {
@@ -768,6 +774,10 @@ OutputSettings applyOutputRequest(const OutputRequest &request, OutputSettings s
         if (!e.fileEnabled)
             e.segmentEnabled = false;
     }
+    if (request.twin)
+        e.twinFilePath = *request.twin;
+    if (!e.fileEnabled)
+        e.twinFilePath.clear();
     if (request.streams)
         e.streamTargets = *request.streams;
     if (request.size)

@@ -76,6 +76,7 @@ bool bearerMatches(QByteArrayView authorization, QByteArrayView token);
 struct OutputRequest
 {
     std::optional<QString> record; // empty: no recording
+    std::optional<QString> twin;   // the recording's second copy; empty: none
     std::optional<QList<StreamTarget>> streams;
     std::optional<QSize> size; // an invalid size: the program's own
     std::optional<double> fps;

@@ -67,9 +67,13 @@ QJsonObject outputJson(const OutputStats &o)
                                    {"reconnects", t.reconnects},
                                    {"packetsDropped", t.packetsDropped}});
     }
-    QJsonObject file{{"path", o.file.path}, {"bytes", o.file.bytes}, {"failed", o.file.failed}};
-    if (o.file.failed)
-        file.insert("reason", o.file.failureReason);
+    const auto fileJson = [](const RecordingStats &stats) {
+        QJsonObject file{{"path", stats.path}, {"bytes", stats.bytes}, {"failed", stats.failed}};
+        if (stats.failed)
+            file.insert("reason", stats.failureReason);
+        return file;
+    };
+    const QJsonObject file = fileJson(o.file);
     return {{"running", o.running},
             {"stopping", o.stopping},
             {"elapsedMs", o.elapsedMs},
@@ -79,6 +83,7 @@ QJsonObject outputJson(const OutputStats &o)
             {"encoderDrops", o.encoderDrops},
             {"recording", o.recording},
             {"file", file},
+            {"twin", o.twinRecording ? QJsonValue(fileJson(o.twin)) : QJsonValue()},
             {"targets", targets}};
 }
 

@@ -188,6 +188,8 @@ struct OutputStats
     qint64 audioChunksDropped = 0; // program sound the encode queue dropped
     bool recording = false;
     RecordingStats file;
+    bool twinRecording = false; // a second copy of the recording is written
+    RecordingStats twin;
     QList<TargetStats> targets;
 };
 

@@ -5,6 +5,8 @@
 
 #include "output/VideoEncoderChoice.h"
 
+#include <QFileInfo>
+
 namespace selvane {
 
 StreamTarget OutputRules::parseStreamTarget(const QString &text)
@@ -60,6 +62,14 @@ Problem OutputRules::check(const OutputSettings &settings, QSize programSize)
             problem = OutputProblem::None;
         if (problem != OutputProblem::None)
             return {kindOf(problem), path};
+        const QString twin = encoder.twinFilePath.trimmed();
+        if (!twin.isEmpty()) {
+            if (QFileInfo(twin).absoluteFilePath() == QFileInfo(path).absoluteFilePath())
+                return {ProblemKind::TwinIsRecording, twin};
+            problem = recordingProblem(twin);
+            if (problem != OutputProblem::None)
+                return {kindOf(problem), twin};
+        }
     }
     for (const StreamTarget &target : encoder.streamTargets) {
         const OutputProblem problem = streamTargetProblem(target);

@@ -203,8 +203,12 @@ OutputStats OutputSession::stats() const
     out.running = m_state == State::Running;
     out.stopping = m_state == State::Stopping;
     out.recording = m_settings.fileEnabled && !m_settings.filePath.trimmed().isEmpty();
-    if (out.recording && !m_settings.segmentEnabled)
+    out.twinRecording = out.recording && !m_settings.twinFilePath.trimmed().isEmpty();
+    if (out.recording && !m_settings.segmentEnabled) {
         out.file.path = m_settings.filePath; // until the file opens
+        if (out.twinRecording)
+            out.twin.path = m_settings.twinFilePath;
+    }
     if (!m_router)
         return out;
     out.elapsedMs = out.running ? m_elapsed.elapsed() : 0;
@@ -219,6 +223,15 @@ OutputStats OutputSession::stats() const
         out.targets.append(target);
     }
     for (const FfmpegEncoderSink::OutputStats &d : m_router->destinationStats()) {
+        if (d.targetIndex == FfmpegEncoderSink::OutputStats::kTwin) {
+            out.twin = {d.path.isEmpty() ? out.twin.path : d.path,
+                        d.bytesWritten,
+                        d.failed,
+                        d.failureReason,
+                        d.failures,
+                        d.resumes};
+            continue;
+        }
         if (d.targetIndex < 0) {
             out.file = {d.path.isEmpty() ? out.file.path : d.path,
                         d.bytesWritten,

@@ -18,6 +18,7 @@ enum class ProblemKind
     RecordingUnknownContainer, // subject: the file; its extension names no container
     RecordingFolderMissing,    // subject: the file
     RecordingFolderNotWritable,
+    TwinIsRecording,         // subject: the twin's file, the recording's own
     TargetBadUrl,            // subject: the target as typed
     TargetNoContainer,       // subject: the target
     EightKFlvTarget,         // subject: the target; 8K is HEVC, which FLV does not carry

@@ -105,6 +105,10 @@ QString problemText(const Problem &p, ProblemLanguage language)
             .arg(p.number);
     case ProblemKind::NoSuchOverlay:
         return say(QT_TRANSLATE_NOOP("Problem", "There is no overlay %1.")).arg(p.number);
+    case ProblemKind::TwinIsRecording:
+        return say(QT_TRANSLATE_NOOP("Problem", "The twin recording \"%1\" is the recording "
+                                                "itself: choose another folder or disk."))
+            .arg(p.subject);
     case ProblemKind::NoImages:
         return say(QT_TRANSLATE_NOOP("Problem", "Choose a folder or images first."));
     case ProblemKind::BadBackup:

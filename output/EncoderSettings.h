@@ -9,7 +9,6 @@
 
 #include <QList>
 #include <QString>
-
 #include <chrono>
 #include <functional>
 
@@ -35,6 +34,9 @@ struct EncoderSettings
     };
 
     QString filePath;
+    // A second copy of the recording, written from the same packets (another folder or disk);
+    // empty: none. Each file fails, retries and resumes on its own.
+    QString twinFilePath;
     QList<StreamTarget> streamTargets;
     double fps = 30.0;
     qint32 bitrateKbps = 0; // 0 or less: automatic

@@ -178,15 +178,25 @@ bool FfmpegEncoderSink::cacheStreamParameters()
 bool FfmpegEncoderSink::openOutputs()
 {
     int opened = 0;
+    {
+        std::lock_guard lock(m_outputsMutex); // the last run's files go with this one
+        m_recorder.reset();
+        m_twin.reset();
+    }
     if (m_settings.fileEnabled && !m_settings.filePath.trimmed().isEmpty()) {
-        auto file = std::make_unique<FileRecorder>(m_settings.filePath.trimmed(),
-                                                   m_settings.filePath, m_streams, m_now);
-        file->setSegmentLimits(
-            {m_settings.segmentEnabled, m_settings.segmentMinutes, m_settings.segmentGiB});
-        if (file->open())
-            ++opened;
-        std::lock_guard lock(m_outputsMutex);
-        m_recorder = std::move(file);
+        // The recording and its twin: two files from the same packets, each on its own.
+        for (const auto &[path, slot] : {std::pair{m_settings.filePath, &m_recorder},
+                                         std::pair{m_settings.twinFilePath, &m_twin}}) {
+            if (path.trimmed().isEmpty())
+                continue;
+            auto file = std::make_unique<FileRecorder>(path.trimmed(), path, m_streams, m_now);
+            file->setSegmentLimits(
+                {m_settings.segmentEnabled, m_settings.segmentMinutes, m_settings.segmentGiB});
+            if (file->open())
+                ++opened;
+            std::lock_guard lock(m_outputsMutex);
+            *slot = std::move(file);
+        }
     }
     for (int index = 0; index < m_settings.streamTargets.size(); ++index) {
         const StreamTarget &target = m_settings.streamTargets[index];
@@ -475,6 +485,8 @@ void FfmpegEncoderSink::distribute(AVCodecContext *codec, bool video)
         // The recording is written here; each stream target only queues a copy.
         if (m_recorder)
             m_recorder->submit(m_packet.get(), video);
+        if (m_twin)
+            m_twin->submit(m_packet.get(), video);
         for (auto &target : m_targets)
             target->submit(m_packet.get(), video);
         av_packet_unref(m_packet.get());
@@ -503,16 +515,20 @@ std::vector<FfmpegEncoderSink::OutputStats> FfmpegEncoderSink::outputStats() con
 {
     std::lock_guard lock(m_outputsMutex);
     std::vector<OutputStats> stats;
-    if (m_recorder) {
+    for (const auto &[recorder, index] : {std::pair{m_recorder.get(), OutputStats::kRecording},
+                                          std::pair{m_twin.get(), OutputStats::kTwin}}) {
+        if (!recorder)
+            continue;
         OutputStats file;
-        file.path = m_recorder->currentPath();
-        file.packetsWritten = m_recorder->packetsWritten();
-        file.bytesWritten = m_recorder->bytesWritten();
-        file.packetsDropped = m_recorder->packetsDropped();
-        file.failed = m_recorder->failed();
-        file.failureReason = m_recorder->failureReason();
-        file.failures = m_recorder->failures();
-        file.resumes = m_recorder->resumes();
+        file.targetIndex = index;
+        file.path = recorder->currentPath();
+        file.packetsWritten = recorder->packetsWritten();
+        file.bytesWritten = recorder->bytesWritten();
+        file.packetsDropped = recorder->packetsDropped();
+        file.failed = recorder->failed();
+        file.failureReason = recorder->failureReason();
+        file.failures = recorder->failures();
+        file.resumes = recorder->resumes();
         stats.push_back(file);
     }
     for (const auto &target : m_targets) {
@@ -536,6 +552,8 @@ void FfmpegEncoderSink::closeOutputs()
         target->requestStop();
     if (m_recorder)
         m_recorder->close();
+    if (m_twin)
+        m_twin->close();
     for (auto &target : m_targets)
         target->close();
     // The closed recorder stays until the next open: its failures are still asked for.

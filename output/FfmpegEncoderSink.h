@@ -55,8 +55,10 @@ public:
     qint64 encoderErrors() const { return m_encoderErrors.load(); }
     struct OutputStats
     {
-        int targetIndex = -1; // -1: the recording
-        QString path;         // the file (segment) written now, or the masked URL
+        static constexpr int kRecording = -1;
+        static constexpr int kTwin = -2;
+        int targetIndex = kRecording; // kRecording, kTwin (the recording's copy), or a target
+        QString path;                 // the file (segment) written now, or the masked URL
         qint64 packetsWritten = 0;
         qint64 bytesWritten = 0;
         qint64 queueResets = 0;
@@ -119,6 +121,7 @@ private:
     std::shared_ptr<selvane::EncodedStreams> m_streams;
     mutable std::mutex m_outputsMutex; // guards the pointers themselves against outputStats()
     std::unique_ptr<selvane::FileRecorder> m_recorder;
+    std::unique_ptr<selvane::FileRecorder> m_twin;
     std::vector<std::unique_ptr<selvane::StreamPublisher>> m_targets;
     std::atomic<qint64> m_bytesEncoded{0};
     std::atomic<qint64> m_framesEncoded{0};

@@ -3,7 +3,6 @@
 #include "media/FrameSizes.h"
 
 #include <QDebug>
-
 #include <algorithm>
 #include <atomic>
 #include <cmath>
@@ -38,9 +37,15 @@ std::chrono::steady_clock::time_point now()
     return g_now ? g_now() : std::chrono::steady_clock::now();
 }
 
-FamilyMemory &memoryFor(Family family) { return g_memory[family == Family::Hevc ? 1 : 0]; }
+FamilyMemory &memoryFor(Family family)
+{
+    return g_memory[family == Family::Hevc ? 1 : 0];
+}
 
-const char *softwareName(Family family) { return family == Family::Hevc ? "libx265" : "libx264"; }
+const char *softwareName(Family family)
+{
+    return family == Family::Hevc ? "libx265" : "libx264";
+}
 
 QStringList hardwareCandidates(Family family)
 {
@@ -104,11 +109,12 @@ Family familyFor(int width, int height)
     return isEightK(width, height) ? Family::Hevc : Family::H264;
 }
 
-
 qint64 automaticBitrateKbps(double fps, int width, int height)
 {
     const qint64 pixels = qint64(width) * height;
-    const qint64 cap = pixels <= frames::kPixels1080p ? 20000 : pixels <= frames::kPixels4K ? 100000 : 200000;
+    const qint64 cap = pixels <= frames::kPixels1080p ? 20000
+                       : pixels <= frames::kPixels4K  ? 100000
+                                                      : 200000;
     const qint64 kbps = std::llround(std::max(fps, 1.0) * double(pixels) * 0.00012);
     return std::clamp<qint64>(kbps, 2500, cap);
 }
@@ -249,6 +255,9 @@ void resetEncoderMemory()
     g_hardwareAttempts.store(0);
 }
 
-int hardwareOpenAttempts() { return g_hardwareAttempts.load(); }
+int hardwareOpenAttempts()
+{
+    return g_hardwareAttempts.load();
+}
 
 } // namespace selvane::encoder

@@ -6,8 +6,8 @@
 // Called on encode worker threads; the process-wide memory has its own mutex, held only while
 // it is read or updated, never while an encoder opens.
 
-#include "media/FrameSizes.h"
 #include "media/FfmpegTypes.h"
+#include "media/FrameSizes.h"
 #include "output/EncoderSettings.h"
 
 #include <QString>

@@ -337,6 +337,88 @@ private slots:
         QVERIFY2(fullErr.contains("no new file could be begun after it"), fullErr.constData());
     }
 
+    void twinRecordingsFailAndResumeEachOnItsOwn()
+    {
+        // Two small disks: the recording on one, its twin on the other. Each fills in turn and
+        // is freed again; the other copy never notices.
+        IsolatedHome home;
+        QStringList disks{home.path("disk1"), home.path("disk2")};
+        for (const QString &disk : disks) {
+            QDir().mkpath(disk);
+            if (QProcess::execute("mount", {"-t", "tmpfs", "-o", "size=24m", "tmpfs", disk}) != 0)
+                QSKIP("mounting a tmpfs is not allowed here");
+        }
+        const auto unmount = qScopeGuard([&] {
+            for (const QString &disk : disks)
+                QProcess::execute("umount", {"-l", disk});
+        });
+        const auto fill = [](const QString &disk) {
+            QFile filler(disk + "/filler");
+            if (!filler.open(QIODevice::WriteOnly))
+                return;
+            const QByteArray block(1 << 20, 'x');
+            while (filler.write(block) == block.size() && filler.flush()) {
+            }
+        };
+        QProcess run;
+        run.setProcessEnvironment(home.environment());
+        run.start(kBinary, {"--headless", "--channel", kBars, "--duration", "17", "--bitrate",
+                            "4000", "--record", disks[0] + "/show.mp4", "--twin", disks[1]});
+        QTest::qWait(4500);
+        fill(disks[0]);
+        QTest::qWait(3000);
+        QFile::remove(disks[0] + "/filler");
+        QTest::qWait(3000);
+        fill(disks[1]);
+        QTest::qWait(3000);
+        QFile::remove(disks[1] + "/filler");
+        QVERIFY(run.waitForFinished(40000));
+        const QByteArray out = run.readAllStandardOutput();
+        const QByteArray err = run.readAllStandardError();
+        QCOMPARE(run.exitCode(), 3);
+        for (const QByteArray &which :
+             {QByteArray("the recording"), QByteArray("the twin recording")})
+            QVERIFY2(err.contains(which +
+                                  " failed during the run (No space left on device); the "
+                                  "streams went on, and " +
+                                  which + " went on in "),
+                     err.constData());
+        QVERIFY2(out.contains("twin failed (No space left on device)"), out.constData());
+
+        // Each disk: the file up to its failure and the one after it, both whole.
+        std::array<qint64, 2> before{}, after{};
+        for (int d = 0; d < 2; ++d) {
+            const ProbedFile first = probeFile(disks[d] + "/show.mp4");
+            const ProbedFile resumed = probeFile(disks[d] + "/show_1.mp4");
+            QVERIFY2(first.ok && resumed.ok, first.errors + resumed.errors);
+            before[std::size_t(d)] = first.stream("h264")->frames;
+            after[std::size_t(d)] = resumed.stream("h264")->frames;
+        }
+        qInfo("recording %lld + %lld pictures, twin %lld + %lld", before[0], after[0], before[1],
+              after[1]);
+        // The twin went on while the recording's disk was full, and the other way round.
+        QVERIFY(before[1] > before[0] + 60);
+        QVERIFY(after[0] > after[1] + 60);
+        // Where both wrote, they hold the same pictures: the same packets, byte for byte.
+        const auto hashes = [](const QString &file) {
+            QProcess md5;
+            md5.start("ffmpeg", {"-v", "error", "-i", file, "-map", "0:v", "-c", "copy", "-f",
+                                 "framemd5", "-"});
+            md5.waitForFinished(30000);
+            QStringList list;
+            for (const QByteArray &line : md5.readAllStandardOutput().split('\n'))
+                if (!line.startsWith('#') && !line.trimmed().isEmpty())
+                    list << QString::fromLatin1(line.split(',').last().trimmed());
+            return list;
+        };
+        const QStringList recording = hashes(disks[0] + "/show.mp4");
+        const QStringList twin = hashes(disks[1] + "/show.mp4");
+        // (A fragment cut short by the full disk ends the recording's first file: up to the
+        // pictures that decode whole.)
+        QVERIFY(before[0] > 40 && recording.size() >= before[0]);
+        QCOMPARE(twin.mid(0, before[0]), recording.mid(0, before[0]));
+    }
+
     void lostInputComesBackWhileTheProgramRunsOn()
     {
         // The server of a live RTMP channel is killed and comes back a few seconds later.

@@ -12,22 +12,32 @@
 <context>
     <name>HeadlessRunner</name>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="274"/>
-        <source>the recording failed during the run (%1) and no new file could be begun after it; the streams went on</source>
-        <translation>录制在运行中失败（%1），之后未能开始新文件；推流继续进行</translation>
+        <location filename="../cli/HeadlessRunner.cpp" line="276"/>
+        <source>the twin recording</source>
+        <translation>副本录制</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="278"/>
-        <source>the recording failed during the run (%1); it went on in a new file %2 time(s), but was failing again at the end; the streams went on</source>
-        <translation>录制在运行中失败（%1）；已在新文件中继续 %2 次，但结束时再次失败；推流继续进行</translation>
+        <location filename="../cli/HeadlessRunner.cpp" line="276"/>
+        <source>the recording</source>
+        <translation>录制</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="282"/>
-        <source>the recording failed during the run (%1); the streams went on, and the recording went on in %2</source>
-        <translation>录制在运行中失败（%1）；推流继续进行，录制已在 %2 中继续</translation>
+        <location filename="../cli/HeadlessRunner.cpp" line="279"/>
+        <source>%1 failed during the run (%2) and no new file could be begun after it; the streams went on</source>
+        <translation>%1在运行中失败（%2），之后无法开始新文件；推流继续进行</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="292"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="283"/>
+        <source>%1 failed during the run (%2); it went on in a new file %3 time(s), but was failing again at the end; the streams went on</source>
+        <translation>%1在运行中失败（%2）；已在新文件中继续 %3 次，但结束时再次失败；推流继续进行</translation>
+    </message>
+    <message>
+        <location filename="../cli/HeadlessRunner.cpp" line="287"/>
+        <source>%1 failed during the run (%2); the streams went on, and %1 went on in %3</source>
+        <translation>%1在运行中失败（%2）；推流继续进行，%1在 %3 中继续</translation>
+    </message>
+    <message>
+        <location filename="../cli/HeadlessRunner.cpp" line="296"/>
         <source>channel %1: the source never opened (%2)</source>
         <translation>通道 %1：源始终未能打开（%2）</translation>
     </message>
@@ -279,21 +289,26 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
     </message>
     <message>
         <location filename="../engine/ProblemText.cpp" line="109"/>
+        <source>The twin recording &quot;%1&quot; is the recording itself: choose another folder or disk.</source>
+        <translation>副本录制 &quot;%1&quot; 就是录制文件本身：请选择另一个文件夹或磁盘。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="113"/>
         <source>Choose a folder or images first.</source>
         <translation>请先选择文件夹或图片。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="111"/>
+        <location filename="../engine/ProblemText.cpp" line="115"/>
         <source>The backup of channel %1 must be another channel (channel:1 to channel:4) or a file or stream address: %2</source>
         <translation>通道 %1 的备份必须是另一个通道（channel:1 到 channel:4）或文件、流地址：%2</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="117"/>
+        <location filename="../engine/ProblemText.cpp" line="121"/>
         <source>Failover times lie between 100 ms and one hour, not %1 ms.</source>
         <translation>故障切换时间须在 100 毫秒到一小时之间，而不是 %1 毫秒。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="121"/>
+        <location filename="../engine/ProblemText.cpp" line="125"/>
         <source>The slate cannot be read: %1</source>
         <translation>无法读取垫片画面：%1</translation>
     </message>
@@ -301,12 +316,12 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>ProgramArrangement</name>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="141"/>
+        <location filename="../cli/CommandLine.cpp" line="147"/>
         <source>Unable to open the file.</source>
         <translation>无法打开文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="165"/>
+        <location filename="../cli/CommandLine.cpp" line="171"/>
         <source>Schedule check passed: %1 base clip(s), %2 overlay clip(s).</source>
         <translation>节目编排检查通过：%1 个基础片段，%2 个叠加片段。</translation>
     </message>
@@ -528,297 +543,307 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane</name>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="30"/>
+        <location filename="../cli/CommandLine.cpp" line="31"/>
         <source>Selvane live video mixer. Without options the mixer window opens.</source>
         <translation>Selvane 直播视频混合器。不带选项时打开混合器窗口。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="33"/>
+        <location filename="../cli/CommandLine.cpp" line="34"/>
         <source>Run the engine without a window (no instance lock).</source>
         <translation>无窗口运行引擎（不占用单实例锁）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="35"/>
+        <location filename="../cli/CommandLine.cpp" line="36"/>
         <source>Play this program schedule (JSON) into the outputs.</source>
         <translation>将此节目编排（JSON）播出到输出。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="48"/>
+        <location filename="../cli/CommandLine.cpp" line="49"/>
         <source>When channel N fails on air (reconnecting, or no new picture for --failover-ms), show this instead: channel:M (another channel), or a file or stream address. A channel without one shows the slate. Repeatable; turns failover on.</source>
         <translation>当通道 N 在播出中故障（正在重连，或超过 --failover-ms 无新画面）时改为显示：channel:M（另一个通道），或文件、流地址。没有备份的通道显示垫片画面。可重复；同时开启故障切换。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="54"/>
+        <location filename="../cli/CommandLine.cpp" line="55"/>
         <source>The picture or clip shown for a failed channel without a backup (default: a card saying the programme will be back shortly); turns failover on.</source>
         <translation>没有备份的故障通道所显示的图片或片段（默认：提示节目马上回来的卡片）；同时开启故障切换。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="58"/>
+        <location filename="../cli/CommandLine.cpp" line="59"/>
         <source>Words over the slate.</source>
         <translation>垫片画面上的文字。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="60"/>
+        <location filename="../cli/CommandLine.cpp" line="61"/>
         <source>How long the channel on air may deliver no new picture before its backup replaces it (default 2000); turns failover on.</source>
         <translation>播出通道无新画面多长时间后由其备份替代（默认 2000）；同时开启故障切换。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="64"/>
+        <location filename="../cli/CommandLine.cpp" line="65"/>
         <source>How long a failed channel must deliver steadily before it goes back on air (default 3000).</source>
         <translation>故障通道须稳定输出多长时间才重新播出（默认 3000）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="67"/>
+        <location filename="../cli/CommandLine.cpp" line="68"/>
         <source>Run the built-in demo: test signals, a schedule, a ticker and an image overlay (no files needed).</source>
         <translation>运行内置演示：测试信号、节目编排、滚动字幕和图片叠加（无需任何文件）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="70"/>
+        <location filename="../cli/CommandLine.cpp" line="71"/>
         <source>Load a source into input channel N (1-4): a file path, a network URL, a capture address or lavfi://GRAPH. Repeatable.</source>
         <translation>为输入通道 N（1-4）加载信号源：文件路径、网络地址、采集地址或 lavfi://GRAPH。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="74"/>
+        <location filename="../cli/CommandLine.cpp" line="75"/>
         <source>Give channel N (1-4) the sound of this microphone (a PulseAudio source by name or description) instead of its own. Repeatable.</source>
         <translation>让通道 N（1-4）使用此麦克风（按名称或描述指定的 PulseAudio 源）的声音代替其自身声音。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="77"/>
+        <location filename="../cli/CommandLine.cpp" line="78"/>
         <source>Channel (1-4) that forms the program picture. Default 1.</source>
         <translation>构成节目画面的通道（1-4），默认 1。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="79"/>
+        <location filename="../cli/CommandLine.cpp" line="80"/>
         <source>Stop after this many seconds (default: until Ctrl+C).</source>
         <translation>运行指定秒数后停止（默认：直到 Ctrl+C）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="81"/>
+        <location filename="../cli/CommandLine.cpp" line="82"/>
         <source>Window: start the recording and streams of the show at once (without --headless they wait for the Start button).</source>
         <translation>窗口模式：立即开始节目的录制与推流（不加此项时等待按下“开始输出”）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="84"/>
+        <location filename="../cli/CommandLine.cpp" line="85"/>
         <source>Preview (speaker) volume of channel N, linear, e.g. 1=0.5. Repeatable.</source>
         <translation>通道 N 的预览（扬声器）音量，线性，例如 1=0.5。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="87"/>
+        <location filename="../cli/CommandLine.cpp" line="88"/>
         <source>Volume of the program channel in the program mix, linear (default 1).</source>
         <translation>节目通道在节目混音中的音量，线性（默认 1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="90"/>
+        <location filename="../cli/CommandLine.cpp" line="91"/>
         <source>Program bus gain for recording and streaming, in percent (default 100).</source>
         <translation>录制与推流的节目总线增益，百分比（默认 100）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="93"/>
+        <location filename="../cli/CommandLine.cpp" line="94"/>
         <source>Show a scrolling ticker with these words. Repeatable.</source>
         <translation>显示滚动字幕。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="95"/>
+        <location filename="../cli/CommandLine.cpp" line="96"/>
         <source>Show a picture in the rectangle x,y,w,h of the 640x360 scene. Repeatable.</source>
         <translation>在 640x360 场景的矩形 x,y,w,h 中显示图片。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="98"/>
+        <location filename="../cli/CommandLine.cpp" line="99"/>
         <source>Play a video (looping) in the rectangle x,y,w,h of the 640x360 scene. Repeatable.</source>
         <translation>在 640x360 场景的矩形 x,y,w,h 中循环播放视频。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="102"/>
+        <location filename="../cli/CommandLine.cpp" line="103"/>
         <source>Record the program to this file (MP4, MKV, MOV, TS ...).</source>
         <translation>将节目录制到此文件（MP4、MKV、MOV、TS……）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="104"/>
+        <location filename="../cli/CommandLine.cpp" line="105"/>
+        <source>Write a second copy of the recording from the same encoded pictures: a file, or a folder (on another disk) for a file of the same name. Each copy fails and resumes on its own.</source>
+        <translation>用同一编码画面写入录制的第二份副本：一个文件，或一个文件夹（位于另一磁盘）以存放同名文件。每份副本各自失败与恢复。</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="110"/>
         <source>Start a new recording file at a keyframe after this many minutes.</source>
         <translation>录制满指定分钟后在关键帧处开始新文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="108"/>
+        <location filename="../cli/CommandLine.cpp" line="114"/>
         <source>Start a new recording file at a keyframe once a file reaches this many GiB.</source>
         <translation>文件达到指定 GiB 后在关键帧处开始新文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="110"/>
+        <location filename="../cli/CommandLine.cpp" line="116"/>
         <source>Publish the program to this URL (rtmp://, rtmps://, srt://, udp:// ...); #FORMAT picks the container (flv, mpegts). Repeatable.</source>
         <translation>将节目推流到此地址（rtmp://、rtmps://、srt://、udp://……）；#FORMAT 指定封装格式（flv、mpegts）。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="114"/>
+        <location filename="../cli/CommandLine.cpp" line="120"/>
         <source>Output size, e.g. 1280x720 (default: same as the program).</source>
         <translation>输出尺寸，例如 1280x720（默认：与节目相同）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="115"/>
+        <location filename="../cli/CommandLine.cpp" line="121"/>
         <source>Output frame rate: 30 or 60 (default 30).</source>
         <translation>输出帧率：30 或 60（默认 30）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="116"/>
+        <location filename="../cli/CommandLine.cpp" line="122"/>
         <source>Video bitrate in kbit/s (default: automatic).</source>
         <translation>视频码率，kbit/s（默认：自动）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="118"/>
+        <location filename="../cli/CommandLine.cpp" line="124"/>
         <source>Video encoder: auto, hardware or software (default auto).</source>
         <translation>视频编码器：auto、hardware 或 software（默认 auto）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="120"/>
+        <location filename="../cli/CommandLine.cpp" line="126"/>
         <source>Quality preset: performance, balanced or quality (default balanced).</source>
         <translation>质量预设：performance、balanced 或 quality（默认 balanced）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="123"/>
+        <location filename="../cli/CommandLine.cpp" line="129"/>
         <source>Serve the remote control API (HTTP and WebSocket) on this port.</source>
         <translation>在此端口上提供远程控制 API（HTTP 和 WebSocket）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="126"/>
+        <location filename="../cli/CommandLine.cpp" line="132"/>
         <source>Address the remote control listens on (default 127.0.0.1).</source>
         <translation>远程控制监听的地址（默认 127.0.0.1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="214"/>
+        <location filename="../cli/CommandLine.cpp" line="220"/>
         <source>--record expects a file path</source>
         <translation>--record 需要文件路径</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="224"/>
+        <location filename="../cli/CommandLine.cpp" line="227"/>
+        <source>--twin expects a file or a folder, beside --record</source>
+        <translation>--twin 需要一个文件或文件夹，并须同时使用 --record</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="241"/>
         <source>--%1 expects a positive number, got &quot;%2&quot;</source>
         <translation>--%1 需要正数，收到 &quot;%2&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="235"/>
+        <location filename="../cli/CommandLine.cpp" line="252"/>
         <source>segment limits need --record</source>
         <translation>分段限制需要 --record</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="253"/>
+        <location filename="../cli/CommandLine.cpp" line="270"/>
         <source>--size expects an even width and height, got &quot;%1&quot;</source>
         <translation>--size 的宽和高必须是偶数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="351"/>
+        <location filename="../cli/CommandLine.cpp" line="368"/>
         <source>--control-port expects a port from 1 to 65535, got &quot;%1&quot;</source>
         <translation>--control-port 需要 1 到 65535 之间的端口，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="360"/>
+        <location filename="../cli/CommandLine.cpp" line="377"/>
         <source>--control-bind expects an IP address such as 127.0.0.1 or ::1, got &quot;%1&quot;</source>
         <translation>--control-bind 需要 IP 地址（如 127.0.0.1 或 ::1），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="388"/>
+        <location filename="../cli/CommandLine.cpp" line="405"/>
         <source>overlay &quot;%1&quot;: &quot;%2&quot; is not a file that can be read</source>
         <translation>叠加 &quot;%1&quot;：&quot;%2&quot; 不是可读取的文件</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="37"/>
+        <location filename="../cli/CommandLine.cpp" line="38"/>
         <source>Validate a program schedule and print it in the current format; with --channel options, warn of clips whose channel has no source.</source>
         <translation>校验节目编排并以当前格式输出；配合 --channel 选项时，对通道没有信号源的片段给出警告。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="41"/>
+        <location filename="../cli/CommandLine.cpp" line="42"/>
         <source>How the schedule&apos;s channel clips without a transition of their own come on air: cut, mix, wipe or dip, with :MS for its length (default 1000), e.g. mix:500; or stinger:FILE, a clip with alpha played over the switch, with @MS for where the switch happens (default: its middle), e.g. stinger:logo.mov@400. Default: cut.</source>
         <translation>节目单中没有指定转场的通道片段如何上播：cut、mix、wipe 或 dip，可加 :MS 指定时长（默认 1000），例如 mix:500；或 stinger:FILE，在切换时叠加播放一段带透明通道的片段，可加 @MS 指定切换发生的位置（默认：片段中点），例如 stinger:logo.mov@400。默认：cut。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="247"/>
+        <location filename="../cli/CommandLine.cpp" line="264"/>
         <source>--size expects WIDTHxHEIGHT, got &quot;%1&quot;</source>
         <translation>--size 需要 宽x高，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="261"/>
+        <location filename="../cli/CommandLine.cpp" line="278"/>
         <source>--fps expects 30 or 60, got &quot;%1&quot;</source>
         <translation>--fps 需要 30 或 60，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="270"/>
+        <location filename="../cli/CommandLine.cpp" line="287"/>
         <source>--bitrate expects kbit/s from 100 to 400000, got &quot;%1&quot;</source>
         <translation>--bitrate 需要 100 到 400000 之间的 kbit/s，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="279"/>
+        <location filename="../cli/CommandLine.cpp" line="296"/>
         <source>--encoder expects auto, hardware or software, got &quot;%1&quot;</source>
         <translation>--encoder 需要 auto、hardware 或 software，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="289"/>
+        <location filename="../cli/CommandLine.cpp" line="306"/>
         <source>--preset expects performance, balanced or quality, got &quot;%1&quot;</source>
         <translation>--preset 需要 performance、balanced 或 quality，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="318"/>
+        <location filename="../cli/CommandLine.cpp" line="335"/>
         <source>--volume expects N=V with N from 1 to 4 and V from 0 to 4, got &quot;%1&quot;</source>
         <translation>--volume 需要 N=V（N 为 1 到 4，V 为 0 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="328"/>
+        <location filename="../cli/CommandLine.cpp" line="345"/>
         <source>--program-volume expects a number from 0 to 4, got &quot;%1&quot;</source>
         <translation>--program-volume 需要 0 到 4 之间的数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="337"/>
+        <location filename="../cli/CommandLine.cpp" line="354"/>
         <source>--gain expects a percentage from 0 to 1000, got &quot;%1&quot;</source>
         <translation>--gain 需要 0 到 1000 之间的百分比，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="396"/>
+        <location filename="../cli/CommandLine.cpp" line="413"/>
         <source>at most %1 image and video overlays</source>
         <translation>图片与视频叠加最多 %1 个</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="411"/>
+        <location filename="../cli/CommandLine.cpp" line="428"/>
         <source>--backup expects N=ADDRESS or N=channel:M with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--backup 需要 N=地址 或 N=channel:M，N 为 1 到 4，实际为 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="433"/>
+        <location filename="../cli/CommandLine.cpp" line="450"/>
         <source>--%1 expects milliseconds from 100 to 3600000, got &quot;%2&quot;</source>
         <translation>--%1 需要 100 到 3600000 之间的毫秒数，实际为 &quot;%2&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="458"/>
+        <location filename="../cli/CommandLine.cpp" line="475"/>
         <source>--channel expects N=ADDRESS with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--channel 需要 N=地址（N 为 1 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="469"/>
+        <location filename="../cli/CommandLine.cpp" line="486"/>
         <source>--microphone expects N=NAME with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--microphone 需要 N=名称，N 为 1 到 4，收到的是“%1”</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="480"/>
+        <location filename="../cli/CommandLine.cpp" line="497"/>
         <source>--base expects a channel from 1 to 4, got &quot;%1&quot;</source>
         <translation>--base 需要 1 到 4 的通道，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="489"/>
+        <location filename="../cli/CommandLine.cpp" line="506"/>
         <source>--duration expects a positive number of seconds, got &quot;%1&quot;</source>
         <translation>--duration 需要正的秒数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="504"/>
+        <location filename="../cli/CommandLine.cpp" line="521"/>
         <source>--transition: %1, got &quot;%2&quot;</source>
         <translation>--transition：%1，收到的是“%2”</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="513"/>
+        <location filename="../cli/CommandLine.cpp" line="530"/>
         <source>--demo brings its own schedule; leave out --schedule</source>
         <translation>--demo 自带节目编排；请去掉 --schedule</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="526"/>
+        <location filename="../cli/CommandLine.cpp" line="543"/>
         <source>--headless needs at least one --channel</source>
         <translation>--headless 至少需要一个 --channel</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="530"/>
+        <location filename="../cli/CommandLine.cpp" line="547"/>
         <source>the base channel %1 has no source</source>
         <translation>基础通道 %1 没有信号源</translation>
     </message>

@@ -112,6 +112,10 @@ void configureCommandLine(QCommandLineParser &parser)
     parser.addOption(
         {"segment-gib",
          tr("Start a new recording file at a keyframe once a file reaches this many GiB."), "G"});
+    parser.addOption({"keep-free",
+                      tr("Ring recording (with segments): delete this take's oldest segments "
+                         "while the recording's disk has less than this many MiB free."),
+                      "MIB"});
     parser.addOption({"stream",
                       tr("Publish the program to this URL (rtmp://, rtmps://, srt://, udp:// ...); "
                          "#FORMAT picks the container (flv, mpegts). Repeatable."),
@@ -252,6 +256,15 @@ bool readOutputOptions(const QCommandLineParser &parser, ShowOptions *options, Q
         *error = tr("segment limits need --record");
         return false;
     }
+    double keepFree = 0;
+    if (!positive("keep-free", &keepFree))
+        return false;
+    if (keepFree > 0 && !out.segmentEnabled) {
+        *error =
+            tr("--keep-free deletes old segments: it needs --segment-minutes or --segment-gib");
+        return false;
+    }
+    out.keepFreeMiB = qint64(keepFree);
     for (const QString &value : parser.values("stream"))
         out.streamTargets << OutputRules::parseStreamTarget(value);
     if (parser.isSet("size")) {

@@ -220,6 +220,14 @@ void HeadlessRunner::printProgress(bool final)
             line += file->failed
                         ? QStringLiteral("  %1 failed (%2)").arg(word, file->failureReason)
                         : QStringLiteral("  %1 ").arg(word) + QFileInfo(file->path).fileName();
+            // The time its disk lasts at the current bitrate: seconds once it runs short.
+            const qint64 left = file->secondsLeft;
+            if (left >= 0)
+                line += QStringLiteral(" (disk %1%2)")
+                            .arg(left < 600     ? QStringLiteral("%1 s").arg(left)
+                                 : left < 36000 ? QStringLiteral("%1 min").arg(left / 60)
+                                                : QStringLiteral("%1 h").arg(left / 3600))
+                            .arg(file->diskWarning > 0 ? QStringLiteral(" LOW") : QString());
             if (file->failures > 0)
                 *failure = {true, file->failureReason, file->resumes, file->failed, file->path};
         }

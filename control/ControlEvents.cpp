@@ -67,6 +67,15 @@ ControlEvents::ControlEvents(Engine &engine, QObject *parent) : QObject(parent),
     connect(&engine, &Engine::fadeToBlackChanged, this, production("fadeToBlack"));
     connect(&engine, &Engine::stingerLoaded, this, production("stinger"));
     connect(&engine, &Engine::stingerFailed, this, production("stinger"));
+    // A recording's disk is about to fill (or has room again).
+    connect(&engine, &Engine::diskForecastChanged, this,
+            [this](bool twin, int level, qint64 secondsLeft, const QString &path) {
+                broadcast({{"type", "diskForecast"},
+                           {"twin", twin},
+                           {"level", level},
+                           {"secondsLeft", secondsLeft},
+                           {"path", path}});
+            });
     // Failover: a channel that failed on air and what stands in, its return, the slate.
     connect(&engine, &Engine::failedOver, this, [this](int channel, const QString &standIn) {
         broadcast({{"type", "failover"}, {"channel", channel + 1}, {"standIn", standIn}});

@@ -68,9 +68,16 @@ QJsonObject outputJson(const OutputStats &o)
                                    {"packetsDropped", t.packetsDropped}});
     }
     const auto fileJson = [](const RecordingStats &stats) {
-        QJsonObject file{{"path", stats.path}, {"bytes", stats.bytes}, {"failed", stats.failed}};
+        QJsonObject file{{"path", stats.path},
+                         {"bytes", stats.bytes},
+                         {"failed", stats.failed},
+                         {"diskWarning", stats.diskWarning}};
         if (stats.failed)
             file.insert("reason", stats.failureReason);
+        if (stats.freeBytes >= 0)
+            file.insert("freeBytes", stats.freeBytes);
+        if (stats.secondsLeft >= 0)
+            file.insert("secondsLeft", stats.secondsLeft);
         return file;
     };
     const QJsonObject file = fileJson(o.file);

@@ -143,6 +143,7 @@ Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBas
 
     m_output = new OutputSession(*m_switcher, this);
     connect(m_output, &OutputSession::streamStatusChanged, this, &Engine::streamStatusChanged);
+    connect(m_output, &OutputSession::diskForecastChanged, this, &Engine::diskForecastChanged);
     connect(m_output, &OutputSession::started, this, [this](QSize size) {
         // The schedule's time zero is the recording's: switches land where the schedule says.
         if (m_schedule->isRunning())

@@ -264,6 +264,9 @@ signals:
     void outputsStopped();
     void outputsFailed(selvane::Problem problem);
     void streamStatusChanged(int index, QString status);
+    // A recording's (or its twin's) disk has about ten (level 1) or two (level 2) minutes left
+    // at the current bitrate, or room again (0).
+    void diskForecastChanged(bool twin, int level, qint64 secondsLeft, QString path);
     void scheduleRunningChanged(bool running);
     // Text or media overlays or the doodle changed (by any caller: a panel, the schedule).
     void overlaysChanged();

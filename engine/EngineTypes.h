@@ -173,6 +173,11 @@ struct RecordingStats
     QString failureReason;
     int failures = 0;
     int resumes = 0; // times a new file was begun after a failure
+    // The disk: free bytes (-1: unknown), seconds left at the current bitrate (-1: not known
+    // yet), and the warning level (0 room, 1 about ten minutes left, 2 about two).
+    qint64 freeBytes = -1;
+    qint64 secondsLeft = -1;
+    int diskWarning = 0;
 };
 
 struct OutputStats

@@ -7,8 +7,11 @@
 
 #include <QCoreApplication>
 #include <QDebug>
+#include <QFileInfo>
 #include <QPointer>
+#include <QStorageInfo>
 #include <QThreadPool>
+#include <QTimer>
 
 namespace selvane {
 
@@ -16,6 +19,35 @@ OutputSession::OutputSession(ProgramSwitcher &switcher, QObject *parent)
     : QObject(parent), m_switcher(switcher)
 {
     qRegisterMetaType<selvane::Problem>("selvane::Problem");
+    m_forecastTimer = new QTimer(this);
+    m_forecastTimer->setInterval(1000);
+    connect(m_forecastTimer, &QTimer::timeout, this, &OutputSession::forecastDisks);
+}
+
+void OutputSession::forecastDisks()
+{
+    if (m_state != State::Running || !m_router)
+        return;
+    const qint64 nowMs = m_elapsed.elapsed();
+    for (const FfmpegEncoderSink::OutputStats &d : m_router->destinationStats()) {
+        const bool twin = d.targetIndex == FfmpegEncoderSink::OutputStats::kTwin;
+        if ((d.targetIndex != FfmpegEncoderSink::OutputStats::kRecording && !twin) ||
+            d.path.isEmpty())
+            continue;
+        QStorageInfo disk(QFileInfo(d.path).absolutePath());
+        DiskForecast &forecast = twin ? m_twinForecast : m_fileForecast;
+        if (!forecast.update(nowMs, d.bytesWritten, disk.isValid() ? disk.bytesAvailable() : -1))
+            continue;
+        const qint64 left = forecast.secondsLeft();
+        if (forecast.level() == DiskForecast::Room)
+            qInfo().noquote() << (twin ? "Twin recording" : "Recording") << "disk: room again,"
+                              << left / 60 << "minutes left (" << d.path << ")";
+        else
+            qWarning().noquote() << (twin ? "Twin recording" : "Recording") << "disk: about"
+                                 << (left + 59) / 60 << "minutes left at the current bitrate ("
+                                 << d.path << ")";
+        emit diskForecastChanged(twin, forecast.level(), left, d.path);
+    }
 }
 
 OutputSession::~OutputSession()
@@ -113,6 +145,9 @@ void OutputSession::onStarted(std::shared_ptr<OutputRouter> router, bool ok)
     m_router = std::move(router);
     m_state = State::Running;
     m_elapsed.start();
+    m_fileForecast = {};
+    m_twinForecast = {};
+    m_forecastTimer->start();
     // The outputs' time zero is a tick of the program: every picture lands on a whole frame.
     m_startUs = m_switcher.nextTickUs();
     const qint64 startUs = m_startUs;
@@ -187,6 +222,7 @@ void OutputSession::waitForStop()
 void OutputSession::finishStop()
 {
     m_state = State::Idle;
+    m_forecastTimer->stop();
     for (QString &status : m_status)
         status = QStringLiteral("stopped");
     emit stopped();
@@ -196,6 +232,15 @@ bool OutputSession::reconnectTargetNow(int index)
 {
     return m_router && m_state == State::Running && m_router->reconnectTargetNow(index);
 }
+
+namespace {
+void showForecast(RecordingStats &file, const DiskForecast &forecast)
+{
+    file.freeBytes = forecast.freeBytes();
+    file.secondsLeft = forecast.secondsLeft();
+    file.diskWarning = int(forecast.level());
+}
+} // namespace
 
 OutputStats OutputSession::stats() const
 {
@@ -230,6 +275,7 @@ OutputStats OutputSession::stats() const
                         d.failureReason,
                         d.failures,
                         d.resumes};
+            showForecast(out.twin, m_twinForecast);
             continue;
         }
         if (d.targetIndex < 0) {
@@ -239,6 +285,7 @@ OutputStats OutputSession::stats() const
                         d.failureReason,
                         d.failures,
                         d.resumes};
+            showForecast(out.file, m_fileForecast);
             continue;
         }
         if (d.targetIndex >= out.targets.size())

@@ -7,9 +7,13 @@
 // stamped with their tick's program time minus the tick the outputs started on, the program
 // sound likewise: both run on one clock.
 //
+// While the outputs run it forecasts, once a second, how long each recording's disk lasts at the
+// bitrate it is written at, and warns at 10 and 2 minutes left (diskForecastChanged).
+//
 // Threads: the session lives on the GUI thread; every method is called there and every signal
 // is emitted there. The router's callbacks arrive from its workers and are posted here.
 
+#include "engine/DiskForecast.h"
 #include "engine/EngineTypes.h"
 #include "engine/Problem.h"
 
@@ -56,6 +60,9 @@ signals:
     void failed(selvane::Problem problem);
     void stopped();
     void streamStatusChanged(int index, QString status);
+    // The disk of the recording (or of its twin) has about 10 or 2 minutes left at the current
+    // bitrate, or room again (level 0).
+    void diskForecastChanged(bool twin, int level, qint64 secondsLeft, QString path);
 
 private:
     enum class State
@@ -69,6 +76,8 @@ private:
     void onStarted(std::shared_ptr<OutputRouter> router, bool ok);
     void onRouterFailure();
     void finishStop();
+    // Once a second while running: the time left on each recording's disk.
+    void forecastDisks();
 
     ProgramSwitcher &m_switcher;
     qint64 m_startUs = 0; // the program time the outputs started at
@@ -80,6 +89,9 @@ private:
     QSize m_size;
     QStringList m_status;
     QElapsedTimer m_elapsed;
+    class QTimer *m_forecastTimer = nullptr;
+    DiskForecast m_fileForecast;
+    DiskForecast m_twinForecast;
     std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
 };
 

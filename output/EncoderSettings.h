@@ -51,6 +51,9 @@ struct EncoderSettings
     bool segmentEnabled = false;
     double segmentMinutes = 0;
     double segmentGiB = 0;
+    // Ring recording ("output/keepFreeMiB", segments only): the take's oldest segments are
+    // deleted while the disk has less than this free; 0: never.
+    qint64 keepFreeMiB = 0;
 };
 
 using selvane::SteadyNow;

@@ -190,8 +190,9 @@ bool FfmpegEncoderSink::openOutputs()
             if (path.trimmed().isEmpty())
                 continue;
             auto file = std::make_unique<FileRecorder>(path.trimmed(), path, m_streams, m_now);
-            file->setSegmentLimits(
-                {m_settings.segmentEnabled, m_settings.segmentMinutes, m_settings.segmentGiB});
+            file->setSegmentLimits({m_settings.segmentEnabled, m_settings.segmentMinutes,
+                                    m_settings.segmentGiB,
+                                    m_settings.segmentEnabled ? m_settings.keepFreeMiB << 20 : 0});
             if (file->open())
                 ++opened;
             std::lock_guard lock(m_outputsMutex);

@@ -64,6 +64,7 @@ int FileRecorder::openSegmentOrFile(const QString &path)
     const int err = m_mux.open(setup);
     if (err >= 0) {
         m_packetsAtOpen = m_mux.packetsWritten();
+        m_takeFiles.push_back(m_mux.openedUrl());
         return err;
     }
     // The name was free a moment ago: whatever this attempt left there holds nothing of the show.
@@ -94,6 +95,8 @@ bool FileRecorder::open()
 void FileRecorder::submit(const AVPacket *source, bool video)
 {
     const bool keyframe = video && (source->flags & AV_PKT_FLAG_KEY);
+    if (keyframe && m_segments.keepFreeBytes > 0 && now() >= m_nextSpaceCheck)
+        keepFreeSpace();
     if (m_failed.load()) {
         // A new file can only begin at a keyframe.
         if (!keyframe || now() < m_nextAttempt || !tryResume()) {
@@ -210,6 +213,29 @@ void FileRecorder::maybeRotateSegment()
     // ends within it puts its last moments there instead of into a segment of a few frames.
     m_rotating = true;
     m_rotateAt = now();
+}
+
+void FileRecorder::keepFreeSpace()
+{
+    m_nextSpaceCheck = now() + std::chrono::seconds(1);
+    if (m_takeFiles.empty())
+        return;
+    QStorageInfo disk(QFileInfo(m_takeFiles.back()).absolutePath());
+    // Only files this take wrote and has closed: never the one being written.
+    const std::size_t keep = m_failed.load() ? 0 : 1;
+    while (disk.isValid() && disk.bytesAvailable() < m_segments.keepFreeBytes &&
+           m_takeFiles.size() > keep) {
+        const QString oldest = m_takeFiles.front();
+        if (oldest == m_mux.openedUrl() && m_mux.isOpen())
+            break;
+        m_takeFiles.erase(m_takeFiles.begin());
+        if (!QFile::remove(oldest))
+            continue;
+        m_deleted.fetch_add(1);
+        qInfo().noquote() << "FfmpegEncoderSink: ring recording removed" << oldest << "to keep"
+                          << m_segments.keepFreeBytes / (1 << 20) << "MB free";
+        disk.refresh();
+    }
 }
 
 void FileRecorder::finishRotation()

@@ -6,6 +6,8 @@
 // reason; every second after that, at a keyframe, it tries again in a new file beside it (a free
 // name, never an earlier one). Nothing of this touches the stream targets.
 // Threads: open/submit/close run on the encode worker; the observers are safe from any thread.
+// With a free-space limit on a segmented recording (a ring), the oldest files of the take are
+// deleted while the disk is short of room, once a second at most.
 // Reports: log lines (throttled while it keeps failing), and state(), failures().
 
 #include "media/SteadyClock.h"
@@ -29,6 +31,9 @@ public:
         bool enabled = false;
         double minutes = 0; // 0: no time limit
         double gib = 0;     // 0: no size limit
+        // Ring recording: the oldest files of this take are deleted while the disk has less
+        // free than this (0: never); the file being written and files of other takes never.
+        qint64 keepFreeBytes = 0;
     };
 
     FileRecorder(QString path, QString originalPath, std::shared_ptr<EncodedStreams> streams,
@@ -57,6 +62,9 @@ public:
     // Packets that never reached a file: not copyable, or handed over while it had failed.
     qint64 packetsDropped() const { return m_mux.packetsDropped() + m_lost.load(); }
 
+    // Files of this take deleted to keep the disk's free space (ring recording).
+    int filesDeleted() const { return m_deleted.load(); }
+
     // Time between attempts to write again after a failure.
     static constexpr auto kRetryInterval = std::chrono::seconds(1);
 
@@ -70,6 +78,8 @@ private:
     void fail(const QString &reason);
     bool tryResume();
     std::chrono::steady_clock::time_point now() const;
+    // Ring recording: deletes this take's oldest files while the disk is short of room.
+    void keepFreeSpace();
 
     const QString m_basePath;
     const QString m_originalPath;
@@ -86,6 +96,8 @@ private:
     std::vector<std::pair<ffsupport::PacketPtr, bool>> m_pending;
 
     std::chrono::steady_clock::time_point m_nextAttempt{};
+    std::vector<QString> m_takeFiles; // every file this take opened, oldest first
+    std::chrono::steady_clock::time_point m_nextSpaceCheck{};
     qint64 m_attempts = 0;
     qint64 m_packetsAtOpen = 0;
 
@@ -96,6 +108,7 @@ private:
     mutable std::mutex m_reasonMutex;
     QString m_reason;
     std::atomic<qint64> m_lost{0};
+    std::atomic<int> m_deleted{0};
 };
 
 } // namespace selvane

@@ -70,6 +70,19 @@ QString OutputStatusView::text() const
     return m_label->text();
 }
 
+QString OutputStatusView::diskText(const RecordingStats &file)
+{
+    // Amber at ten minutes left, red at two: the operator has time to act.
+    const char *colour = file.diskWarning >= 2 ? "#ff5a5a" : file.diskWarning == 1 ? "#ff9f1a" : "";
+    const qint64 left = file.secondsLeft;
+    const QString time = left < 600     ? tr("%1 s").arg(left)
+                         : left < 36000 ? tr("%1 min").arg(left / 60)
+                                        : tr("%1 h").arg(left / 3600);
+    const QString text =
+        tr("Disk: %1 left at this bitrate  ·  %2 free").arg(time, bytesText(file.freeBytes));
+    return *colour ? QStringLiteral("<span style='color:%1'>%2</span>").arg(colour, text) : text;
+}
+
 void OutputStatusView::showStats(const OutputStats &stats, QSize programSize, double fps)
 {
     m_stats = stats;
@@ -90,12 +103,22 @@ void OutputStatusView::showStats(const OutputStats &stats, QSize programSize, do
                      .arg(stats.framesWritten)
                      .arg(stats.encoderDrops);
         if (stats.recording) {
-            const QString name = QFileInfo(stats.file.path).fileName().toHtmlEscaped();
-            if (stats.file.failed)
-                lines << tr("<span style='color:#ff5a5a'>Recording failed: %1</span> (%2)")
-                             .arg(stats.file.failureReason.toHtmlEscaped(), name);
-            else
-                lines << tr("Recording %1  ·  %2").arg(name, bytesText(stats.file.bytes));
+            for (const auto &[file, twin] :
+                 {std::pair{&stats.file, false}, std::pair{&stats.twin, true}}) {
+                if (twin && !stats.twinRecording)
+                    continue;
+                const QString name = QFileInfo(file->path).fileName().toHtmlEscaped();
+                if (file->failed)
+                    lines << (twin ? tr("<span style='color:#ff5a5a'>Twin failed: %1</span> (%2)")
+                                   : tr("<span style='color:#ff5a5a'>Recording failed: %1</span> "
+                                        "(%2)"))
+                                 .arg(file->failureReason.toHtmlEscaped(), name);
+                else
+                    lines << (twin ? tr("Twin %1  ·  %2") : tr("Recording %1  ·  %2"))
+                                 .arg(name, bytesText(file->bytes));
+                if (file->secondsLeft >= 0)
+                    lines << diskText(*file);
+            }
         }
         for (int i = 0; i < stats.targets.size(); ++i) {
             const TargetStats &t = stats.targets[i];

@@ -24,6 +24,8 @@ public:
     // The operator's word for a target status ("online" ...), and its colour.
     static QString statusWord(const QString &status);
     static QString statusColour(const QString &status);
+    // How long the recording's disk lasts, coloured by its warning level.
+    static QString diskText(const RecordingStats &file);
 
 protected:
     void changeEvent(QEvent *event) override;

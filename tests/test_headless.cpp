@@ -7,6 +7,7 @@
 
 #include <QRegularExpression>
 #include <QScopeGuard>
+#include <QStorageInfo>
 #include <QtTest>
 #include <csignal>
 
@@ -417,6 +418,77 @@ private slots:
         // pictures that decode whole.)
         QVERIFY(before[0] > 40 && recording.size() >= before[0]);
         QCOMPARE(twin.mid(0, before[0]), recording.mid(0, before[0]));
+    }
+
+    void diskForecastAndRingRecording()
+    {
+        // A disk of 16 MiB and a picture x264 cannot squeeze below its bitrate: the forecast
+        // against the moment the disk really fills; then a ring recording on the same disk.
+        IsolatedHome home;
+        const QString disk = home.path("disk");
+        QDir().mkpath(disk);
+        if (QProcess::execute("mount", {"-t", "tmpfs", "-o", "size=16m", "tmpfs", disk}) != 0)
+            QSKIP("mounting a tmpfs is not allowed here");
+        const auto unmount = qScopeGuard([&] { QProcess::execute("umount", {"-l", disk}); });
+        const QString noisy = "1=lavfi://testsrc2=size=640x360:rate=30,noise=alls=40:allf=t+u";
+        QProcess run;
+        run.setProcessEnvironment(home.environment());
+        run.start(kBinary, {"--headless", "--channel", noisy, "--duration", "60", "--bitrate",
+                            "8000", "--record", disk + "/show.mp4"});
+        QElapsedTimer clock;
+        clock.start();
+        const QRegularExpression forecast("recording show\\.mp4 \\(disk (\\d+) s");
+        qint64 predictedAtMs = -1, predictedS = -1, fullAtMs = -1;
+        QByteArray out;
+        while (fullAtMs < 0 && clock.elapsed() < 60000 && run.state() != QProcess::NotRunning) {
+            run.waitForReadyRead(500);
+            out += run.readAllStandardOutput();
+            for (const QByteArray &line : out.split('\n')) {
+                const QRegularExpressionMatch m = forecast.match(QString::fromUtf8(line));
+                // The first forecast after six seconds of writing.
+                if (m.hasMatch() && predictedAtMs < 0 && clock.elapsed() > 6000) {
+                    predictedAtMs = clock.elapsed();
+                    predictedS = m.captured(1).toLongLong();
+                }
+                if (line.contains("recording failed (No space left on device)") && fullAtMs < 0)
+                    fullAtMs = clock.elapsed();
+            }
+            if (!out.endsWith('\n'))
+                continue;
+            out.clear();
+        }
+        run.kill();
+        run.waitForFinished(10000);
+        QVERIFY2(predictedAtMs > 0 && fullAtMs > predictedAtMs, out.constData());
+        const double truthS = (fullAtMs - predictedAtMs) / 1000.0;
+        qInfo("forecast %lld s left, the disk filled %.1f s later", predictedS, truthS);
+        QVERIFY2(std::abs(predictedS - truthS) <= 0.1 * truthS + 1.0,
+                 qPrintable(QString("%1 vs %2").arg(predictedS).arg(truthS)));
+
+        // Ring: segments of 3 s, the oldest of this take deleted to keep 6 MiB free; another
+        // take's file stays.
+        for (const QString &name : QDir(disk).entryList(QDir::Files))
+            QFile::remove(disk + "/" + name);
+        QVERIFY(runFfmpeg({"-f", "lavfi", "-i", "testsrc2=size=320x240:rate=30", "-t", "2",
+                           disk + "/other.mp4"}));
+        QProcess ring;
+        ring.setProcessEnvironment(home.environment());
+        ring.start(kBinary, {"--headless", "--channel", noisy, "--duration", "20", "--bitrate",
+                             "8000", "--record", disk + "/ring.mp4", "--segment-minutes", "0.05",
+                             "--keep-free", "6"});
+        QVERIFY(ring.waitForFinished(90000));
+        const QByteArray ringOut = ring.readAllStandardOutput();
+        const QByteArray ringErr = ring.readAllStandardError();
+        QCOMPARE(ring.exitCode(), 0);
+        QVERIFY2(!ringOut.contains("recording failed"), ringOut.constData());
+        QVERIFY2(ringErr.contains("ring recording removed"), ringErr.constData());
+        QVERIFY(QFile::exists(disk + "/other.mp4"));
+        QVERIFY(!QFile::exists(disk + "/ring.mp4")); // the oldest segment went first
+        const QStringList kept = QDir(disk).entryList({"ring*.mp4"}, QDir::Files, QDir::Name);
+        QVERIFY2(kept.size() >= 2, qPrintable(kept.join(',')));
+        for (const QString &name : kept)
+            QVERIFY2(probeFile(disk + "/" + name, false).ok, qPrintable(name));
+        QVERIFY(QStorageInfo(disk).bytesAvailable() >= 2 << 20);
     }
 
     void lostInputComesBackWhileTheProgramRunsOn()

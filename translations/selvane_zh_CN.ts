@@ -12,32 +12,32 @@
 <context>
     <name>HeadlessRunner</name>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="276"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="284"/>
         <source>the twin recording</source>
         <translation>副本录制</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="276"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="284"/>
         <source>the recording</source>
         <translation>录制</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="279"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="287"/>
         <source>%1 failed during the run (%2) and no new file could be begun after it; the streams went on</source>
         <translation>%1在运行中失败（%2），之后无法开始新文件；推流继续进行</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="283"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="291"/>
         <source>%1 failed during the run (%2); it went on in a new file %3 time(s), but was failing again at the end; the streams went on</source>
         <translation>%1在运行中失败（%2）；已在新文件中继续 %3 次，但结束时再次失败；推流继续进行</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="287"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="295"/>
         <source>%1 failed during the run (%2); the streams went on, and %1 went on in %3</source>
         <translation>%1在运行中失败（%2）；推流继续进行，%1在 %3 中继续</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="296"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="304"/>
         <source>channel %1: the source never opened (%2)</source>
         <translation>通道 %1：源始终未能打开（%2）</translation>
     </message>
@@ -316,12 +316,12 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>ProgramArrangement</name>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="147"/>
+        <location filename="../cli/CommandLine.cpp" line="151"/>
         <source>Unable to open the file.</source>
         <translation>无法打开文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="171"/>
+        <location filename="../cli/CommandLine.cpp" line="175"/>
         <source>Schedule check passed: %1 base clip(s), %2 overlay clip(s).</source>
         <translation>节目编排检查通过：%1 个基础片段，%2 个叠加片段。</translation>
     </message>
@@ -664,81 +664,91 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
     </message>
     <message>
         <location filename="../cli/CommandLine.cpp" line="116"/>
+        <source>Ring recording (with segments): delete this take&apos;s oldest segments while the recording&apos;s disk has less than this many MiB free.</source>
+        <translation>循环录制（需分段）：当录制磁盘剩余空间少于此 MiB 数时，删除本次录制最早的分段。</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="120"/>
         <source>Publish the program to this URL (rtmp://, rtmps://, srt://, udp:// ...); #FORMAT picks the container (flv, mpegts). Repeatable.</source>
         <translation>将节目推流到此地址（rtmp://、rtmps://、srt://、udp://……）；#FORMAT 指定封装格式（flv、mpegts）。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="120"/>
+        <location filename="../cli/CommandLine.cpp" line="124"/>
         <source>Output size, e.g. 1280x720 (default: same as the program).</source>
         <translation>输出尺寸，例如 1280x720（默认：与节目相同）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="121"/>
+        <location filename="../cli/CommandLine.cpp" line="125"/>
         <source>Output frame rate: 30 or 60 (default 30).</source>
         <translation>输出帧率：30 或 60（默认 30）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="122"/>
+        <location filename="../cli/CommandLine.cpp" line="126"/>
         <source>Video bitrate in kbit/s (default: automatic).</source>
         <translation>视频码率，kbit/s（默认：自动）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="124"/>
+        <location filename="../cli/CommandLine.cpp" line="128"/>
         <source>Video encoder: auto, hardware or software (default auto).</source>
         <translation>视频编码器：auto、hardware 或 software（默认 auto）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="126"/>
+        <location filename="../cli/CommandLine.cpp" line="130"/>
         <source>Quality preset: performance, balanced or quality (default balanced).</source>
         <translation>质量预设：performance、balanced 或 quality（默认 balanced）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="129"/>
+        <location filename="../cli/CommandLine.cpp" line="133"/>
         <source>Serve the remote control API (HTTP and WebSocket) on this port.</source>
         <translation>在此端口上提供远程控制 API（HTTP 和 WebSocket）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="132"/>
+        <location filename="../cli/CommandLine.cpp" line="136"/>
         <source>Address the remote control listens on (default 127.0.0.1).</source>
         <translation>远程控制监听的地址（默认 127.0.0.1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="220"/>
+        <location filename="../cli/CommandLine.cpp" line="224"/>
         <source>--record expects a file path</source>
         <translation>--record 需要文件路径</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="227"/>
+        <location filename="../cli/CommandLine.cpp" line="231"/>
         <source>--twin expects a file or a folder, beside --record</source>
         <translation>--twin 需要一个文件或文件夹，并须同时使用 --record</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="241"/>
+        <location filename="../cli/CommandLine.cpp" line="245"/>
         <source>--%1 expects a positive number, got &quot;%2&quot;</source>
         <translation>--%1 需要正数，收到 &quot;%2&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="252"/>
+        <location filename="../cli/CommandLine.cpp" line="256"/>
         <source>segment limits need --record</source>
         <translation>分段限制需要 --record</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="270"/>
+        <location filename="../cli/CommandLine.cpp" line="264"/>
+        <source>--keep-free deletes old segments: it needs --segment-minutes or --segment-gib</source>
+        <translation>--keep-free 会删除旧分段：需要 --segment-minutes 或 --segment-gib</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="283"/>
         <source>--size expects an even width and height, got &quot;%1&quot;</source>
         <translation>--size 的宽和高必须是偶数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="368"/>
+        <location filename="../cli/CommandLine.cpp" line="381"/>
         <source>--control-port expects a port from 1 to 65535, got &quot;%1&quot;</source>
         <translation>--control-port 需要 1 到 65535 之间的端口，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="377"/>
+        <location filename="../cli/CommandLine.cpp" line="390"/>
         <source>--control-bind expects an IP address such as 127.0.0.1 or ::1, got &quot;%1&quot;</source>
         <translation>--control-bind 需要 IP 地址（如 127.0.0.1 或 ::1），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="405"/>
+        <location filename="../cli/CommandLine.cpp" line="418"/>
         <source>overlay &quot;%1&quot;: &quot;%2&quot; is not a file that can be read</source>
         <translation>叠加 &quot;%1&quot;：&quot;%2&quot; 不是可读取的文件</translation>
     </message>
@@ -753,97 +763,97 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <translation>节目单中没有指定转场的通道片段如何上播：cut、mix、wipe 或 dip，可加 :MS 指定时长（默认 1000），例如 mix:500；或 stinger:FILE，在切换时叠加播放一段带透明通道的片段，可加 @MS 指定切换发生的位置（默认：片段中点），例如 stinger:logo.mov@400。默认：cut。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="264"/>
+        <location filename="../cli/CommandLine.cpp" line="277"/>
         <source>--size expects WIDTHxHEIGHT, got &quot;%1&quot;</source>
         <translation>--size 需要 宽x高，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="278"/>
+        <location filename="../cli/CommandLine.cpp" line="291"/>
         <source>--fps expects 30 or 60, got &quot;%1&quot;</source>
         <translation>--fps 需要 30 或 60，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="287"/>
+        <location filename="../cli/CommandLine.cpp" line="300"/>
         <source>--bitrate expects kbit/s from 100 to 400000, got &quot;%1&quot;</source>
         <translation>--bitrate 需要 100 到 400000 之间的 kbit/s，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="296"/>
+        <location filename="../cli/CommandLine.cpp" line="309"/>
         <source>--encoder expects auto, hardware or software, got &quot;%1&quot;</source>
         <translation>--encoder 需要 auto、hardware 或 software，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="306"/>
+        <location filename="../cli/CommandLine.cpp" line="319"/>
         <source>--preset expects performance, balanced or quality, got &quot;%1&quot;</source>
         <translation>--preset 需要 performance、balanced 或 quality，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="335"/>
+        <location filename="../cli/CommandLine.cpp" line="348"/>
         <source>--volume expects N=V with N from 1 to 4 and V from 0 to 4, got &quot;%1&quot;</source>
         <translation>--volume 需要 N=V（N 为 1 到 4，V 为 0 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="345"/>
+        <location filename="../cli/CommandLine.cpp" line="358"/>
         <source>--program-volume expects a number from 0 to 4, got &quot;%1&quot;</source>
         <translation>--program-volume 需要 0 到 4 之间的数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="354"/>
+        <location filename="../cli/CommandLine.cpp" line="367"/>
         <source>--gain expects a percentage from 0 to 1000, got &quot;%1&quot;</source>
         <translation>--gain 需要 0 到 1000 之间的百分比，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="413"/>
+        <location filename="../cli/CommandLine.cpp" line="426"/>
         <source>at most %1 image and video overlays</source>
         <translation>图片与视频叠加最多 %1 个</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="428"/>
+        <location filename="../cli/CommandLine.cpp" line="441"/>
         <source>--backup expects N=ADDRESS or N=channel:M with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--backup 需要 N=地址 或 N=channel:M，N 为 1 到 4，实际为 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="450"/>
+        <location filename="../cli/CommandLine.cpp" line="463"/>
         <source>--%1 expects milliseconds from 100 to 3600000, got &quot;%2&quot;</source>
         <translation>--%1 需要 100 到 3600000 之间的毫秒数，实际为 &quot;%2&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="475"/>
+        <location filename="../cli/CommandLine.cpp" line="488"/>
         <source>--channel expects N=ADDRESS with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--channel 需要 N=地址（N 为 1 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="486"/>
+        <location filename="../cli/CommandLine.cpp" line="499"/>
         <source>--microphone expects N=NAME with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--microphone 需要 N=名称，N 为 1 到 4，收到的是“%1”</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="497"/>
+        <location filename="../cli/CommandLine.cpp" line="510"/>
         <source>--base expects a channel from 1 to 4, got &quot;%1&quot;</source>
         <translation>--base 需要 1 到 4 的通道，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="506"/>
+        <location filename="../cli/CommandLine.cpp" line="519"/>
         <source>--duration expects a positive number of seconds, got &quot;%1&quot;</source>
         <translation>--duration 需要正的秒数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="521"/>
+        <location filename="../cli/CommandLine.cpp" line="534"/>
         <source>--transition: %1, got &quot;%2&quot;</source>
         <translation>--transition：%1，收到的是“%2”</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="530"/>
+        <location filename="../cli/CommandLine.cpp" line="543"/>
         <source>--demo brings its own schedule; leave out --schedule</source>
         <translation>--demo 自带节目编排；请去掉 --schedule</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="543"/>
+        <location filename="../cli/CommandLine.cpp" line="556"/>
         <source>--headless needs at least one --channel</source>
         <translation>--headless 至少需要一个 --channel</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="547"/>
+        <location filename="../cli/CommandLine.cpp" line="560"/>
         <source>the base channel %1 has no source</source>
         <translation>基础通道 %1 没有信号源</translation>
     </message>
@@ -2362,32 +2372,62 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <translation>已停止</translation>
     </message>
     <message>
+        <location filename="../panels/OutputStatusView.cpp" line="78"/>
+        <source>%1 s</source>
+        <translation>%1 秒</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputStatusView.cpp" line="79"/>
+        <source>%1 min</source>
+        <translation>%1 分钟</translation>
+    </message>
+    <message>
         <location filename="../panels/OutputStatusView.cpp" line="80"/>
+        <source>%1 h</source>
+        <translation>%1 小时</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputStatusView.cpp" line="82"/>
+        <source>Disk: %1 left at this bitrate  ·  %2 free</source>
+        <translation>磁盘：按当前码率还可录 %1  ·  剩余 %2</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputStatusView.cpp" line="93"/>
         <source>Outputs are stopped.</source>
         <translation>输出已停止。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="82"/>
+        <location filename="../panels/OutputStatusView.cpp" line="95"/>
         <source>&lt;b&gt;On air&lt;/b&gt; %1  ·  %2x%3 @ %4 fps  ·  %5 kbit/s</source>
         <translation>&lt;b&gt;播出中&lt;/b&gt; %1  ·  %2x%3 @ %4 帧/秒  ·  %5 kbit/s</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="88"/>
+        <location filename="../panels/OutputStatusView.cpp" line="101"/>
         <source>Encoder: %1  ·  frames %2  ·  dropped %3</source>
         <translation>编码器：%1  ·  帧 %2  ·  丢弃 %3</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="95"/>
+        <location filename="../panels/OutputStatusView.cpp" line="112"/>
+        <source>&lt;span style=&apos;color:#ff5a5a&apos;&gt;Twin failed: %1&lt;/span&gt; (%2)</source>
+        <translation>&lt;span style=&apos;color:#ff5a5a&apos;&gt;副本录制失败：%1&lt;/span&gt;（%2）</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputStatusView.cpp" line="113"/>
         <source>&lt;span style=&apos;color:#ff5a5a&apos;&gt;Recording failed: %1&lt;/span&gt; (%2)</source>
         <translation>&lt;span style=&apos;color:#ff5a5a&apos;&gt;录制失败：%1&lt;/span&gt;（%2）</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="98"/>
+        <location filename="../panels/OutputStatusView.cpp" line="117"/>
         <source>Recording %1  ·  %2</source>
         <translation>录制 %1  ·  %2</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="110"/>
+        <location filename="../panels/OutputStatusView.cpp" line="117"/>
+        <source>Twin %1  ·  %2</source>
+        <translation>副本 %1  ·  %2</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputStatusView.cpp" line="133"/>
         <source>Output status</source>
         <translation>输出状态</translation>
     </message>

@@ -88,6 +88,12 @@ OutputSettingsPanel::OutputSettingsPanel(QWidget *parent) : QWidget(parent)
     m_segmentGiB->setRange(0.1, 1024);
     m_segmentGiB->setDecimals(1);
     m_segmentHint = hint(this);
+    m_twinLabel = new QLabel(this);
+    m_twin = new QLineEdit(this);
+    m_keepFreeLabel = new QLabel(this);
+    m_keepFree = new QSpinBox(this);
+    m_keepFree->setRange(0, 10'000'000);
+    m_keepFree->setSingleStep(1024);
     m_recordingState = new QLabel(this);
     m_recordingState->setObjectName("recordingState");
     m_recordingState->setWordWrap(true);
@@ -200,6 +206,10 @@ OutputSettingsPanel::OutputSettingsPanel(QWidget *parent) : QWidget(parent)
     layout->addLayout(containerRow);
     layout->addLayout(segmentRow);
     layout->addWidget(m_segmentHint);
+    auto *copies = new QFormLayout;
+    copies->addRow(m_keepFreeLabel, m_keepFree);
+    copies->addRow(m_twinLabel, m_twin);
+    layout->addLayout(copies);
     layout->addWidget(m_recordingState);
     layout->addWidget(m_targetsTitle);
     layout->addWidget(m_targetTable);
@@ -238,8 +248,9 @@ OutputSettingsPanel::OutputSettingsPanel(QWidget *parent) : QWidget(parent)
             QDir(info.path()).filePath(name + "." + m_container->currentData().toString()));
         changed();
     });
-    for (QSpinBox *spin : {m_segmentMinutes, m_bitrate, m_keyframe})
+    for (QSpinBox *spin : {m_segmentMinutes, m_bitrate, m_keyframe, m_keepFree})
         connect(spin, &QSpinBox::valueChanged, this, changed);
+    connect(m_twin, &QLineEdit::editingFinished, this, changed);
     connect(m_segmentGiB, &QDoubleSpinBox::valueChanged, this, changed);
     connect(m_gain, &QSpinBox::valueChanged, this, [this, changed](int percent) {
         emit programGainChanged(float(percent) / 100.0f);
@@ -279,6 +290,8 @@ void OutputSettingsPanel::load()
     m_segment->setChecked(s.value("output/segmentEnabled", false).toBool());
     m_segmentMinutes->setValue(s.value("output/segmentMinutes", 60).toInt());
     m_segmentGiB->setValue(s.value("output/segmentGiB", 4.0).toDouble());
+    m_twin->setText(s.value("output/twinFolder").toString());
+    m_keepFree->setValue(s.value("output/keepFreeMiB", 0).toInt());
     m_resolution->setCurrentIndex(
         qBound(0, s.value("output/resolution", 0).toInt(), m_resolution->count() - 1));
     m_fps->setCurrentIndex(s.value("output/fps", 30.0).toDouble() >= 59.0 ? 1 : 0);
@@ -317,6 +330,8 @@ void OutputSettingsPanel::save()
     s.setValue("output/segmentEnabled", m_segment->isChecked());
     s.setValue("output/segmentMinutes", m_segmentMinutes->value());
     s.setValue("output/segmentGiB", m_segmentGiB->value());
+    s.setValue("output/twinFolder", m_twin->text().trimmed());
+    s.setValue("output/keepFreeMiB", m_keepFree->value());
     s.setValue("output/resolution", m_resolution->currentIndex());
     s.setValue("output/gainPercent", m_gain->value());
     s.setValue("output/bitrateKbps", m_bitrateAuto->isChecked() ? 0 : m_bitrate->value());
@@ -429,6 +444,9 @@ OutputSettings OutputSettingsPanel::settings() const
     e.segmentEnabled = e.fileEnabled && m_segment->isChecked();
     e.segmentMinutes = e.segmentEnabled ? m_segmentMinutes->value() : 0;
     e.segmentGiB = e.segmentEnabled ? m_segmentGiB->value() : 0;
+    e.keepFreeMiB = e.segmentEnabled ? m_keepFree->value() : 0;
+    if (e.fileEnabled && !m_twin->text().trimmed().isEmpty())
+        e.twinFilePath = QDir(m_twin->text().trimmed()).filePath(QFileInfo(e.filePath).fileName());
     for (const TargetEntry &t : m_targetModel->targets())
         if (t.enabled && !t.server.trimmed().isEmpty())
             e.streamTargets << OutputRules::parseStreamTarget(t.url());
@@ -456,7 +474,7 @@ void OutputSettingsPanel::setOutputsRunning(bool running)
     for (QWidget *w : std::initializer_list<QWidget *>{
              m_resolution, m_fps, m_bitrate, m_bitrateAuto, m_encoder, m_preset, m_keyframe,
              m_record, m_file, m_browse, m_container, m_segment, m_segmentMinutes, m_segmentGiB,
-             m_addTarget, m_editTarget, m_removeTarget})
+             m_twin, m_keepFree, m_addTarget, m_editTarget, m_removeTarget})
         w->setEnabled(!running);
     if (!running)
         m_bitrate->setDisabled(m_bitrateAuto->isChecked());
@@ -522,6 +540,15 @@ void OutputSettingsPanel::retranslateUi()
     m_segmentGiB->setSuffix(tr(" GiB"));
     m_segmentGiB->setAccessibleName(tr("Segment size"));
     m_segmentHint->setText(tr("Start a new file at a keyframe when either limit is reached"));
+    m_keepFreeLabel->setText(tr("Keep free:"));
+    m_keepFree->setSuffix(tr(" MiB"));
+    m_keepFree->setSpecialValueText(tr("off"));
+    m_keepFree->setAccessibleName(tr("Keep free"));
+    m_keepFree->setToolTip(tr("Ring recording: with segments, this take's oldest segments are "
+                              "deleted while the disk has less free"));
+    m_twinLabel->setText(tr("Twin copy in:"));
+    m_twin->setPlaceholderText(tr("a folder on another disk (empty: none)"));
+    m_twin->setAccessibleName(tr("Twin folder"));
     m_recordingState->setAccessibleName(tr("Recording state"));
     m_targetsTitle->setText(tr("<b>Stream targets</b>"));
     m_sharedHint->setText(

@@ -5,7 +5,8 @@
 // encoding (size, rate, bitrate, encoder, preset, keyframes, output gain), Start/Stop, and the
 // status of each target and of the recording. Every choice is kept in the "output/" settings
 // group. It builds the settings record the window starts the outputs with and applies the 8K
-// rules; it starts nothing itself.
+// rules; it starts nothing itself. "output/twinFolder" names the folder of the recording's twin
+// copy (empty: none); "output/keepFreeMiB" makes a segmented recording a ring (0: off).
 //
 // "output/filePath" holds the folder and the name pattern: "{date}" and "{time}" in the name
 // become the local date (yyyyMMdd) and time (HHmmss) when the outputs start, so that every take
@@ -91,6 +92,10 @@ private:
     QSpinBox *m_segmentMinutes = nullptr;
     QDoubleSpinBox *m_segmentGiB = nullptr;
     QLabel *m_recordingState = nullptr;
+    QLabel *m_twinLabel = nullptr;
+    QLineEdit *m_twin = nullptr; // the twin's folder: a copy of the recording of the same name
+    QLabel *m_keepFreeLabel = nullptr;
+    QSpinBox *m_keepFree = nullptr; // ring recording: MiB kept free by deleting old segments
 
     QLabel *m_targetsTitle = nullptr;
     QLabel *m_sharedHint = nullptr;

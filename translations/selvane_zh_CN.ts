@@ -2057,289 +2057,329 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::OutputSettingsPanel</name>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="389"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="404"/>
         <source>Recording folder</source>
         <translation>录制文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="412"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="427"/>
         <source>8K requires hardware HEVC encoding</source>
         <translation>8K 需要硬件 HEVC 编码</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="416"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="431"/>
         <source>8K60 uses the Performance preset to maintain real-time output</source>
         <translation>8K60 使用“性能”预设以保持实时输出</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="484"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="502"/>
         <source>failed: %1</source>
         <translation>失败：%1</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="487"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="505"/>
         <source>recording %1  %2  %3 MB</source>
         <translation>录制中 %1  %2  %3 MB</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="493"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="511"/>
         <source>stopped</source>
         <translation>已停止</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="510"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="528"/>
         <source>&lt;b&gt;Recording&lt;/b&gt;</source>
         <translation>&lt;b&gt;录制&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="511"/>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="512"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="529"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="530"/>
         <source>Record to file</source>
         <translation>录制到文件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="513"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="531"/>
         <source>Folder and file name; {date} and {time} become the start time</source>
         <translation>文件夹和文件名；{date} 和 {time} 会替换为开始时间</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="514"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="532"/>
         <source>Browse…</source>
         <translation>浏览…</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="515"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="533"/>
         <source>Choose the recording folder</source>
         <translation>选择录制文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="516"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="534"/>
         <source>Container:</source>
         <translation>封装格式：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="517"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="535"/>
         <source>Container</source>
         <translation>封装格式</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="518"/>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="519"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="536"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="537"/>
         <source>Segment recording</source>
         <translation>分段录制</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="520"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="538"/>
         <source> min</source>
         <translation> 分钟</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="521"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="539"/>
         <source>Segment minutes</source>
         <translation>分段时长</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="522"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="540"/>
         <source> GiB</source>
         <translation> GiB</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="523"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="541"/>
         <source>Segment size</source>
         <translation>分段大小</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="524"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="542"/>
         <source>Start a new file at a keyframe when either limit is reached</source>
         <translation>达到任一限制时，在关键帧处开始新文件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="525"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="543"/>
+        <source>Keep free:</source>
+        <translation>保留空闲：</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="544"/>
+        <source> MiB</source>
+        <translation> MiB</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="545"/>
+        <source>off</source>
+        <translation>关闭</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="546"/>
+        <source>Keep free</source>
+        <translation>保留空闲</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="547"/>
+        <source>Ring recording: with segments, this take&apos;s oldest segments are deleted while the disk has less free</source>
+        <translation>循环录制：启用分段时，磁盘空闲不足此值则删除本次录制最早的分段</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="549"/>
+        <source>Twin copy in:</source>
+        <translation>副本位置：</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="550"/>
+        <source>a folder on another disk (empty: none)</source>
+        <translation>另一磁盘上的文件夹（留空：无）</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="551"/>
+        <source>Twin folder</source>
+        <translation>副本文件夹</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="552"/>
         <source>Recording state</source>
         <translation>录制状态</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="526"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="553"/>
         <source>&lt;b&gt;Stream targets&lt;/b&gt;</source>
         <translation>&lt;b&gt;推流目标&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="528"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="555"/>
         <source>All enabled destinations share one encoder to minimize CPU/GPU load.</source>
         <translation>所有启用的目标共用一个编码器，以降低 CPU/GPU 负载。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="530"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="557"/>
         <source>Add</source>
         <translation>添加</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="531"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="558"/>
         <source>Edit</source>
         <translation>编辑</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="532"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="559"/>
         <source>Edit Target</source>
         <translation>编辑目标</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="533"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="560"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="534"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="561"/>
         <source>&lt;b&gt;Encoding&lt;/b&gt;</source>
         <translation>&lt;b&gt;编码&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="535"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="562"/>
         <source>Resolution:</source>
         <translation>分辨率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="536"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
         <source>Same as Program</source>
         <translation>与节目相同</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="538"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="565"/>
         <source>%1 (%2 x %3)</source>
         <translation>%1（%2 x %3）</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="543"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="570"/>
         <source>Recording/stream output resolution; &apos;Same as Program&apos; follows current canvas size.</source>
         <translation>录制/推流输出分辨率；“与节目相同”跟随当前画布尺寸。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="544"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="571"/>
         <source>Output resolution</source>
         <translation>输出分辨率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="545"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="572"/>
         <source>Frame rate:</source>
         <translation>帧率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="546"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="573"/>
         <source>Frame rate</source>
         <translation>帧率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="547"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="574"/>
         <source>Bitrate:</source>
         <translation>码率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="548"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="575"/>
         <source>Video bitrate</source>
         <translation>视频码率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="549"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="576"/>
         <source>Automatic</source>
         <translation>自动</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="550"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="577"/>
         <source>The bitrate follows the preset and the picture size</source>
         <translation>码率跟随预设和画面尺寸</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="551"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="578"/>
         <source>Automatic bitrate</source>
         <translation>自动码率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="552"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="579"/>
         <source>Encoder:</source>
         <translation>编码器：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="553"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="580"/>
         <source>Auto</source>
         <translation>自动</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="554"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="581"/>
         <source>Hardware</source>
         <translation>硬件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="555"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="582"/>
         <source>Software</source>
         <translation>软件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="556"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="583"/>
         <source>Encoder mode</source>
         <translation>编码模式</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="557"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="584"/>
         <source>Preset:</source>
         <translation>预设：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="558"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="585"/>
         <source>Performance</source>
         <translation>性能</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="559"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="586"/>
         <source>Balanced</source>
         <translation>均衡</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="560"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="587"/>
         <source>Quality</source>
         <translation>质量</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="561"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="588"/>
         <source>Quality preset</source>
         <translation>质量预设</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="562"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="589"/>
         <source>Keyframe interval:</source>
         <translation>关键帧间隔：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="590"/>
         <source>Keyframe interval</source>
         <translation>关键帧间隔</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="564"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="591"/>
         <source>Output Gain:</source>
         <translation>输出增益：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="565"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="592"/>
         <source>Output Gain</source>
         <translation>输出增益</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="566"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="593"/>
         <source>Adjusts the program gain for recording and streaming only. It does not affect channel mixing or monitoring.</source>
         <translation>仅调整录制和推流的节目增益，不影响通道混音和监听。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="568"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="595"/>
         <source>Recording and streaming use the effective canvas resolution. The resolution is locked while output is active.</source>
         <translation>录制和推流使用实际画布分辨率。输出进行时分辨率被锁定。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="571"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="598"/>
         <source>Start Outputs</source>
         <translation>开始输出</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="572"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="599"/>
         <source>Stop Outputs</source>
         <translation>停止输出</translation>
     </message>

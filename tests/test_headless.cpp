@@ -125,6 +125,26 @@ private slots:
             << bars + QStringList{"--transition", "mix:10"} << "from 100 to 10000 ms";
         QTest::newRow("stinger without its clip")
             << bars + QStringList{"--transition", "stinger:"} << "stinger:FILE";
+        // Failover and the recording's copies.
+        QTest::newRow("backup of channel 5")
+            << bars + QStringList{"--backup", "5=channel:1"} << "--backup expects N=ADDRESS";
+        QTest::newRow("backup of itself")
+            << bars + QStringList{"--backup", "1=channel:1"} << "must be another channel";
+        QTest::newRow("missing backup file")
+            << bars + QStringList{"--backup", "1=/nonexistent/loop.mp4"}
+            << "must be another channel";
+        QTest::newRow("failover too soon")
+            << bars + QStringList{"--failover-ms", "10"} << "from 100 to 3600000";
+        QTest::newRow("missing slate")
+            << bars + QStringList{"--slate", "/nonexistent/slate.png"} << "slate cannot be read";
+        QTest::newRow("twin without a recording")
+            << bars + QStringList{"--twin", "/tmp"} << "beside --record";
+        QTest::newRow("twin is the recording")
+            << bars + QStringList{"--record", "/tmp/twin-same.mp4", "--twin", "/tmp"}
+            << "is the recording itself";
+        QTest::newRow("ring without segments")
+            << bars + QStringList{"--record", "/tmp/ring.mp4", "--keep-free", "100"}
+            << "needs --segment-minutes";
     }
 
     void badArgumentsAreRefused()

@@ -6,6 +6,7 @@
 #include "compose/VulkanCompositor.h"
 #include "engine/ChannelSet.h"
 #include "engine/FailoverControl.h"
+#include "engine/FailoverSettingsJson.h"
 #include "engine/OutputRules.h"
 #include "engine/OutputSession.h"
 #include "engine/OverlaySlots.h"
@@ -713,7 +714,11 @@ bool Engine::outputsActive() const
 
 arrangement::Validation Engine::loadSchedule(const ProgramArrangement &arrangement)
 {
-    const arrangement::Validation check = arrangement::validate(arrangement);
+    arrangement::Validation check = arrangement::validate(arrangement);
+    QString why;
+    if (check.ok && !arrangement.failover.isEmpty() &&
+        !failoverFromJson(arrangement.failover, failover(), &why))
+        check = {false, tr("Invalid Schedule"), tr("\"failover\": %1").arg(why)};
     m_arrangementValid = check.ok;
     m_arrangement = check.ok ? arrangement : ProgramArrangement{};
     prepareStingers(m_arrangement);
@@ -722,6 +727,19 @@ arrangement::Validation Engine::loadSchedule(const ProgramArrangement &arrangeme
 
 bool Engine::startSchedule(QString *error)
 {
+    // The schedule's failover settings, over the show's own; on unless it says otherwise.
+    if (!m_arrangement.failover.isEmpty()) {
+        FailoverSettings settings = failover();
+        settings.enabled = true;
+        QString why;
+        const auto read = failoverFromJson(m_arrangement.failover, settings, &why);
+        const Problem problem = read ? setFailover(*read) : Problem{};
+        if (!read || problem) {
+            if (error)
+                *error = read ? problemText(problem) : why;
+            return false;
+        }
+    }
     return m_schedule->start(m_arrangement, error);
 }
 

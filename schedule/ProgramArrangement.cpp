@@ -265,6 +265,8 @@ QByteArray toJson(const ProgramArrangement &a)
         overlays.append(o);
     }
     root.insert("overlayClips", overlays);
+    if (!a.failover.isEmpty())
+        root.insert("failover", a.failover);
     return QJsonDocument(root).toJson(QJsonDocument::Indented);
 }
 
@@ -296,6 +298,7 @@ ProgramArrangement fromJson(const QByteArray &bytes, QString *error, QStringList
     for (const QJsonValue &value : root.value("overlayClips").toArray())
         if (value.isObject())
             result.overlayClips << readOverlayClip(value.toObject(), version);
+    result.failover = root.value("failover").toObject();
     return result;
 }
 

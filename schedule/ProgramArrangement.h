@@ -9,6 +9,7 @@
 #include "media/ProgramBus.h"
 
 #include <QByteArray>
+#include <QJsonObject>
 #include <QList>
 #include <QRectF>
 #include <QString>
@@ -71,6 +72,9 @@ struct ProgramArrangement
     QString timelineZero; // "yyyy-MM-dd HH:mm:ss", may be empty
     QList<SceneClip> sceneClips;
     QList<OverlayClip> overlayClips;
+    // What stands in when a channel fails while the schedule runs, as the remote control's
+    // failover fields; empty: the show's own settings. Checked and applied by the engine.
+    QJsonObject failover;
 
     friend bool operator==(const ProgramArrangement &, const ProgramArrangement &) = default;
 };

@@ -4,7 +4,9 @@
 
 #include "TestSupport.h"
 #include "engine/Engine.h"
+#include "schedule/ProgramArrangement.h"
 
+#include <QJsonObject>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -153,6 +155,33 @@ class TestFailover : public QObject
     }
 
 private slots:
+    void scheduleCarriesItsFailover()
+    {
+        const QByteArray schedule = R"({"format": "selvane_program_arrangement", "version": 3,
+            "sceneClips": [{"id": "a", "kind": "channel", "channel": 1, "startMs": 0}],
+            "failover": {"backups": {"1": "channel:2"}, "failoverMs": 1500}})";
+        QString error;
+        const ProgramArrangement arrangement = arrangement::fromJson(schedule, &error);
+        QVERIFY2(error.isEmpty(), qPrintable(error));
+        QVERIFY(arrangement::toJson(arrangement).contains("\"failoverMs\": 1500"));
+        Engine engine;
+        QVERIFY(engine.loadSchedule(arrangement).ok);
+        QVERIFY(!engine.failover().enabled); // applied when the schedule starts
+        QVERIFY2(engine.startSchedule(&error), qPrintable(error));
+        QVERIFY(engine.failover().enabled);
+        QCOMPARE(engine.failover().backups[0], QString("channel:2"));
+        QCOMPARE(engine.failover().failoverMs, 1500);
+        engine.stopSchedule();
+        // A field that is none, or a backup that cannot work, and the schedule is refused.
+        ProgramArrangement bad = arrangement;
+        bad.failover = QJsonObject{{"retries", 3}};
+        QVERIFY(!engine.loadSchedule(bad).ok);
+        bad.failover = QJsonObject{{"backups", QJsonObject{{"2", "channel:2"}}}};
+        QVERIFY(engine.loadSchedule(bad).ok);
+        QVERIFY(!engine.startSchedule(&error));
+        QVERIFY2(error.contains("channel 2"), qPrintable(error));
+    }
+
     void failsOverToItsBackupAndComesBack()
     {
         RtmpServer nginx;

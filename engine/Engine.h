@@ -8,7 +8,7 @@
 // Owns: the four channels and the four overlay-video slots (decoders on their own threads), the
 // program switcher on the program thread (composition, still pictures, hand-over to the
 // outputs), the overlay registry, the preview audio mixer on the audio thread, the output
-// session and the schedule runner.
+// session, the schedule runner, and the failover's standby (the backup or slate decoder).
 //
 // Threads: the engine lives on the GUI thread; call every method there, and every signal is
 // emitted there. No method waits for a decoder, the compositor or an encoder: cuts and source

@@ -70,7 +70,9 @@ public:
 
     struct Moment
     {
-        int from = -1;         // the channel on air (-1: a still picture or black)
+        // The source on air: a channel, or SourceFeeds::kStandby (a failed channel's stand-in);
+        // -1: a still picture or black.
+        int from = -1;
         int to = -1;           // the channel a transition goes to; -1 when none runs
         double position = 0.0; // how far the transition is, 0 .. 1
         Transition transition; // the running one's look

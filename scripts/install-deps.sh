@@ -14,7 +14,7 @@ PACKAGES=(
   fonts-dejavu-core fonts-noto-cjk
   pulseaudio pulseaudio-utils
   nginx libnginx-mod-rtmp libnginx-mod-stream microsocks dante-server
-  g++-mingw-w64-x86-64-posix time valgrind ccache
+  g++-mingw-w64-x86-64-posix time valgrind ccache gnuplot-nox
 )
 
 missing=()

@@ -3,13 +3,26 @@
 # targets while the RTMP server is killed and restarted again and again.
 #
 #   scripts/soak.sh [CYCLES] [UP_SECONDS] [DOWN_SECONDS]     (default 20 25 5: ten minutes)
+#   scripts/soak.sh long HOURS                                (scripts/lib/soak-long.sh)
 #
 # Prints, for every restart, how long the targets and the channel took to come back and how long
 # the targets' backoff had them wait (their reconnect attempts come 0.4 s after the drop, then
 # 1 s, 2 s, 4 s ... apart), and at the end whether the recording has every frame of the run.
 # Needs nginx with the rtmp module and ffmpeg; exits non-zero when a target came back later than
 # its backoff + 1 s (+ 1 s: the progress line comes once a second) or the recording lost frames.
+#
+# `long HOURS` is a show of HOURS hours (fractions allowed) with a schedule, two network inputs
+# that drop, one with a backup, two targets whose server restarts, a recording whose disk fills
+# up, and the remote control in use; its memory, threads and open files are sampled all along
+# into a CSV and a plot (gnuplot). See scripts/lib/soak-long.sh.
 set -euo pipefail
+
+if [[ ${1:-} == long ]]; then
+  root=$(cd "$(dirname "$0")/.." && pwd)
+  # shellcheck source=lib/soak-long.sh
+  source "$root/scripts/lib/soak-long.sh" "${2:-}"
+  exit 0
+fi
 
 cycles=${1:-20}
 up=${2:-25}

@@ -310,6 +310,21 @@ inline bool startsWithKeyFrame(const QString &path)
 // ---- flash and beep: how far sound is from its picture ----
 
 // Mono s16 samples of a file's audio and the time of its first sample.
+// The level in dB of a tone in `count` samples from `first` (Goertzel), 48 kHz mono.
+inline double toneDb(const std::vector<std::int16_t> &samples, qint64 first, int count, double hz)
+{
+    const double w = 2 * M_PI * hz / 48000.0, coefficient = 2 * std::cos(w);
+    double s1 = 0, s2 = 0;
+    for (qint64 i = std::max<qint64>(0, first); i < first + count && i < qint64(samples.size());
+         ++i) {
+        const double s = samples[std::size_t(i)] + coefficient * s1 - s2;
+        s2 = s1;
+        s1 = s;
+    }
+    const double power = s1 * s1 + s2 * s2 - coefficient * s1 * s2;
+    return 10 * std::log10(std::max(power, 1e-9));
+}
+
 inline bool decodeAudio(const QString &file, std::vector<std::int16_t> *samples,
                         double *startSeconds)
 {

@@ -84,19 +84,6 @@ std::string sequence(const std::vector<Run> &runs)
     return s;
 }
 
-double toneDb(const std::vector<std::int16_t> &samples, qint64 first, int count, double hz)
-{
-    const double w = 2 * M_PI * hz / 48000.0, coefficient = 2 * std::cos(w);
-    double s1 = 0, s2 = 0;
-    for (qint64 i = std::max<qint64>(0, first); i < first + count && i < qint64(samples.size());
-         ++i) {
-        const double s = samples[std::size_t(i)] + coefficient * s1 - s2;
-        s2 = s1;
-        s1 = s;
-    }
-    return 10 * std::log10(std::max(s1 * s1 + s2 * s2 - coefficient * s1 * s2, 1e-9));
-}
-
 // A red picture with a 400 Hz tone, published to nginx in real time.
 class RedPublisher
 {

@@ -97,21 +97,6 @@ double videoStartSeconds(const QString &file)
     return probe.readAllStandardOutput().trimmed().toDouble();
 }
 
-// The level in dB of a tone in `count` samples from `first` (Goertzel).
-double toneDb(const std::vector<std::int16_t> &samples, qint64 first, int count, double hz)
-{
-    const double w = 2 * M_PI * hz / 48000.0, coefficient = 2 * std::cos(w);
-    double s1 = 0, s2 = 0;
-    for (qint64 i = std::max<qint64>(0, first); i < first + count && i < qint64(samples.size());
-         ++i) {
-        const double s = samples[std::size_t(i)] + coefficient * s1 - s2;
-        s2 = s1;
-        s1 = s;
-    }
-    const double power = s1 * s1 + s2 * s2 - coefficient * s1 * s2;
-    return 10 * std::log10(std::max(power, 1e-9));
-}
-
 // A stinger clip made with the ffmpeg CLI: blue, with the alpha `alpha` (a geq expression of X,
 // Y, W, H and T), a 2 kHz tone, `seconds` long at `size` and `rate`, in `codec` (its arguments).
 bool makeStinger(const QString &file, const QString &alpha, const QStringList &codec,

@@ -32,7 +32,12 @@ void Engine::updateFailoverTransition()
 {
     if (!m_failover)
         return;
-    m_failover->setTransition(withStinger(m_transition, TransitionKind::Cut));
+    // A stinger stands in once its clip is loaded; until then a cut, without a word in the log
+    // (the take that meets an unready stinger says so).
+    const bool ready = m_transition.kind != TransitionKind::Stinger ||
+                       m_stingers->clip(m_transition.stingerFile, m_transition.cutMs);
+    m_failover->setTransition(ready ? withStinger(m_transition, TransitionKind::Cut)
+                                    : Transition{});
     m_failover->prepareFor(programChannel(), m_programSize);
 }
 

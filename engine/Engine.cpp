@@ -9,6 +9,7 @@
 #include "engine/FailoverSettingsJson.h"
 #include "engine/OutputRules.h"
 #include "engine/OutputSession.h"
+#include "engine/OutputTimetable.h"
 #include "engine/OverlaySlots.h"
 #include "engine/ProgramSwitcher.h"
 #include "engine/ResolutionPolicy.h"
@@ -146,8 +147,9 @@ Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBas
     connect(m_output, &OutputSession::streamStatusChanged, this, &Engine::streamStatusChanged);
     connect(m_output, &OutputSession::diskForecastChanged, this, &Engine::diskForecastChanged);
     connect(m_output, &OutputSession::started, this, [this](QSize size) {
-        // The schedule's time zero is the recording's: switches land where the schedule says.
-        if (m_schedule->isRunning())
+        // The schedule's time zero is the recording's: switches land where the schedule says
+        // (unless the outputs began at a time the schedule set for them).
+        if (m_schedule->isRunning() && !m_timetable->beganOnSchedule())
             m_schedule->restartClock(0);
         // The encode queue may hold this many pictures of the channels and of the compositor on
         // top of their pools' usual caps: a busy encoder never starves either.
@@ -185,6 +187,7 @@ Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBas
     connect(m_schedule, &ScheduleRunner::baseClipChanged, this, [this](const QString &id) {
         emit scheduleBaseClipChanged(id, m_schedule->clock().ms());
     });
+    setUpOutputTimes();
 
     // The mixer runs on a thread of its own once startAudio() is called.
     m_mixer = new PreviewAudioMixer(m_feeds, m_programClock);
@@ -687,7 +690,7 @@ void Engine::openPendingOutputs()
     m_haveSize = false; // the frame rate may have changed
     updateProgramSize();
     m_sizeLocked = true;
-    if (!m_output->start(settings.encoder, m_programSize)) {
+    if (!m_output->start(settings.encoder, m_programSize, std::exchange(m_pendingBeginUs, -1))) {
         m_sizeLocked = false;
         updateProgramSize();
     }
@@ -696,6 +699,7 @@ void Engine::openPendingOutputs()
 void Engine::stopOutputs()
 {
     m_pendingOutputs.reset();
+    m_pendingBeginUs = -1;
     m_runningOutputs = {};
     m_output->stop();
 }

@@ -210,6 +210,14 @@ public:
     // waiting out its backoff; false when it is not waiting (online, or no such target).
     bool reconnectTargetNow(int index);
     bool outputsActive() const;
+    // When the prepared outputs start and stop by themselves (a date-time, or the schedule's
+    // start and end); by hand by default. A running schedule with output times of its own
+    // follows those instead. Refused when a time has passed or the stop comes first. A start at
+    // its time that cannot work comes as outputsFailed, as a start by hand does.
+    Problem setOutputTimes(const OutputTimes &times);
+    OutputTimes outputTimes() const;
+    // Whether any start or stop is due by itself.
+    bool outputTimesPlanned() const;
 
     // ---- schedule ----
     // Checks and keeps an arrangement; `ok` false with the reason when it is not valid.
@@ -303,6 +311,7 @@ private:
     void failoverStats(ProgramStats &program) const;
     void prepareStingers(const ProgramArrangement &arrangement);
     void openPendingOutputs();
+    void setUpOutputTimes();
     // Opens them when the program's size is known (given, or shown by its source).
     void openPendingOutputsOnceSized();
     void applyOverlayAudio(int mediaId);
@@ -322,6 +331,8 @@ private:
     StingerCache *m_stingers = nullptr;
     FailoverControl *m_failover = nullptr;
     OutputSession *m_output = nullptr;
+    class OutputTimetable *m_timetable = nullptr;
+    qint64 m_pendingBeginUs = -1; // the program time the pending outputs begin at
     class Hands;
     std::unique_ptr<Hands> m_scheduleHands;
     ScheduleControl *m_scheduleControl = nullptr;

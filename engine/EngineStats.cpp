@@ -5,6 +5,7 @@
 #include "engine/ChannelSet.h"
 #include "engine/Engine.h"
 #include "engine/OutputSession.h"
+#include "engine/OutputTimetable.h"
 #include "engine/OverlaySlots.h"
 #include "engine/ProgramSwitcher.h"
 #include "schedule/ScheduleRunner.h"
@@ -56,6 +57,8 @@ EngineStats Engine::stats() const
     if (m_mixer)
         s.program.audio = m_mixer->levels().program();
     s.output = m_output->stats();
+    s.output.startsInMs = m_timetable->msUntilStart();
+    s.output.stopsInMs = m_timetable->msUntilStop();
     m_rates.apply(s);
     if (m_mixer) {
         for (const MediaOverlayRecord &record : m_overlays->mediaOverlays()) {

@@ -12,6 +12,7 @@
 #include "output/StreamUrl.h"
 #include "schedule/ProgramArrangement.h"
 
+#include <QDateTime>
 #include <QHash>
 #include <QList>
 #include <QMetaType>
@@ -76,6 +77,33 @@ struct FailoverSettings
     QString slatePath;
     QString slateText;
     bool operator==(const FailoverSettings &) const = default;
+};
+
+// A moment at which the outputs start or stop by themselves. ByHand: none, the operator does it;
+// Schedule: at `scheduleMs` on the running schedule's timeline (0: as the schedule starts);
+// ScheduleEnd: where the schedule's last clip ends, or as the schedule is stopped; Clock: at
+// the date-time `at`.
+struct OutputMoment
+{
+    enum class Kind
+    {
+        ByHand,
+        Schedule,
+        ScheduleEnd,
+        Clock,
+    };
+    Kind kind = Kind::ByHand;
+    qint64 scheduleMs = 0;
+    QDateTime at;
+    bool operator==(const OutputMoment &) const = default;
+};
+
+// When the outputs start and stop by themselves; both by hand by default.
+struct OutputTimes
+{
+    OutputMoment start;
+    OutputMoment stop;
+    bool operator==(const OutputTimes &) const = default;
 };
 
 // A camera or a microphone the system offers: the name the address carries ("dshow://capture?
@@ -196,6 +224,10 @@ struct OutputStats
     bool twinRecording = false; // a second copy of the recording is written
     RecordingStats twin;
     QList<TargetStats> targets;
+    // The outputs' times: how long until they start or stop by themselves, -1 when nothing is
+    // due (or not known yet: a time on a schedule that does not run).
+    qint64 startsInMs = -1;
+    qint64 stopsInMs = -1;
 };
 
 struct EngineStats

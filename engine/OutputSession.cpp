@@ -2,6 +2,7 @@
 
 #include "audio/PreviewAudioMixer.h"
 #include "engine/ProgramSwitcher.h"
+#include "media/AudioFormat.h"
 #include "output/OutputRouter.h"
 #include "output/VideoEncoderChoice.h"
 
@@ -12,6 +13,7 @@
 #include <QStorageInfo>
 #include <QThreadPool>
 #include <QTimer>
+#include <cmath>
 
 namespace selvane {
 
@@ -65,11 +67,12 @@ int OutputSession::queueDepth() const
     return m_router ? m_router->queueDepth() : 0;
 }
 
-bool OutputSession::start(const EncoderSettings &settings, QSize size)
+bool OutputSession::start(const EncoderSettings &settings, QSize size, qint64 beginUs)
 {
     if (m_state != State::Idle)
         return false;
     m_state = State::Starting;
+    m_beginUs = beginUs;
     m_stopAfterStart = false;
     m_settings = settings;
     // An earlier take of the same name is never replaced: the file gets a free name beside it
@@ -149,19 +152,37 @@ void OutputSession::onStarted(std::shared_ptr<OutputRouter> router, bool ok)
     m_twinForecast = {};
     m_forecastTimer->start();
     // The outputs' time zero is a tick of the program: every picture lands on a whole frame.
-    m_startUs = m_switcher.nextTickUs();
-    const qint64 startUs = m_startUs;
+    // Ticks are computed from a base with rounding, so a tick may fall a microsecond off the
+    // time worked out here: half a millisecond of slack keeps it.
+    constexpr qint64 kSlackUs = 500;
+    const qint64 startUs = std::max(m_switcher.nextTickUs(), tickAtOrAfter(m_beginUs));
+    if (m_beginUs >= 0 && startUs > m_beginUs + kSlackUs + 1000000 / std::max(1.0, m_settings.fps))
+        qWarning().noquote() << "Outputs began" << (startUs - m_beginUs) / 1000
+                             << "ms after their time: they took that long to open";
+    m_span = std::make_shared<Span>();
+    m_span->startUs.store(startUs);
+    const std::shared_ptr<Span> span = m_span;
     const std::weak_ptr<OutputRouter> weakRouter = m_router;
-    m_switcher.setOutputSink([weakRouter, startUs](const FrameTokenPtr &frame, qint64 programUs) {
-        if (programUs < startUs)
+    m_switcher.setOutputSink([weakRouter, span](const FrameTokenPtr &frame, qint64 programUs) {
+        const qint64 startUs = span->startUs.load();
+        if (programUs + kSlackUs < startUs || programUs + kSlackUs >= span->endUs.load())
             return;
         if (auto router = weakRouter.lock())
-            router->enqueueFrame(frame, programUs - startUs);
+            router->enqueueFrame(frame, std::max<qint64>(0, programUs - startUs));
     });
     if (m_mixer)
         m_mixer->setProgramTap(
-            [weakRouter, startUs](const std::int16_t *samples, int frames, qint64 programUs) {
+            [weakRouter, span](const std::int16_t *samples, int frames, qint64 programUs) {
+                const qint64 startUs = span->startUs.load();
                 if (programUs < startUs)
+                    return;
+                // The chunk that crosses the end gives what comes before it.
+                const qint64 endUs = span->endUs.load();
+                if (programUs >= endUs)
+                    return;
+                frames = int(std::min<qint64>(frames, (endUs - programUs) *
+                                                          selvane::audio::kSampleRate / 1000000));
+                if (frames <= 0)
                     return;
                 if (auto router = weakRouter.lock())
                     router->pushAudio(samples, frames, programUs - startUs);
@@ -169,6 +190,22 @@ void OutputSession::onStarted(std::shared_ptr<OutputRouter> router, bool ok)
     emit started(m_size);
     if (m_stopAfterStart)
         stop();
+}
+
+qint64 OutputSession::tickAtOrAfter(qint64 us) const
+{
+    const qint64 next = m_switcher.nextTickUs();
+    if (us <= next)
+        return next;
+    const double periodUs = 1e6 / (m_settings.fps > 0 ? m_settings.fps : 30.0);
+    const auto ticks = qint64(std::ceil(double(us - next) / periodUs - 1e-6));
+    return next + std::llround(double(ticks) * periodUs);
+}
+
+void OutputSession::endAt(qint64 programUs)
+{
+    if (m_state == State::Running)
+        m_span->endUs.store(std::max(m_span->startUs.load(), tickAtOrAfter(programUs)));
 }
 
 void OutputSession::onRouterFailure()

@@ -20,6 +20,8 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QStringList>
+#include <atomic>
+#include <limits>
 #include <memory>
 
 class OutputRouter;
@@ -39,8 +41,15 @@ public:
 
     void setMixer(PreviewAudioMixer *mixer) { m_mixer = mixer; }
 
-    // Starts the outputs at `size`; false when they run, start or stop already.
-    bool start(const EncoderSettings &settings, QSize size);
+    // Starts the outputs at `size`; false when they run, start or stop already. They begin at
+    // the first tick of the program at or after `beginUs` (program time), or at the first tick
+    // after they have opened when that is later: a start opened ahead lands on its frame.
+    bool start(const EncoderSettings &settings, QSize size, qint64 beginUs = -1);
+    // The outputs take no picture nor sound from the first tick at or after `programUs` on;
+    // stop() closes them (a stop set ahead lands on its frame). Running only.
+    void endAt(qint64 programUs);
+    // The program time of the outputs' first picture; 0 until they run.
+    qint64 startUs() const { return m_span->startUs.load(); }
     // Stops them; trailers are written before stopped() is emitted.
     void stop();
     // Blocks until a stop under way has finished (shutdown only).
@@ -79,8 +88,20 @@ private:
     // Once a second while running: the time left on each recording's disk.
     void forecastDisks();
 
+    // The first tick after `us` (program time) on the program's grid of ticks.
+    qint64 tickAtOrAfter(qint64 us) const;
+
+    // What the program's frames and sound are cut to: [startUs, endUs) in program time. Shared
+    // with the program thread and the audio thread, which read it for every frame and chunk.
+    struct Span
+    {
+        std::atomic<qint64> startUs{0};
+        std::atomic<qint64> endUs{std::numeric_limits<qint64>::max()};
+    };
+
     ProgramSwitcher &m_switcher;
-    qint64 m_startUs = 0; // the program time the outputs started at
+    std::shared_ptr<Span> m_span = std::make_shared<Span>();
+    qint64 m_beginUs = -1; // asked for by start()
     PreviewAudioMixer *m_mixer = nullptr;
     State m_state = State::Idle;
     bool m_stopAfterStart = false;

@@ -24,6 +24,8 @@ enum class ProblemKind
     EightKFlvTarget,         // subject: the target; 8K is HEVC, which FLV does not carry
     EightKNoHardwareEncoder, // detail: what the probe found
     OutputsNotOpened,        // no output could be opened (detail: why, when known)
+    OutputTimePassed,        // subject: the time as the operator gave it
+    OutputStopBeforeStart,   // the outputs' stop comes before their start
     // A source that would read what the outputs write: subject, the source; number 1 when it
     // is a local file (the words differ).
     SourceIsRecording,

@@ -109,6 +109,10 @@ QString problemText(const Problem &p, ProblemLanguage language)
         return say(QT_TRANSLATE_NOOP("Problem", "The twin recording \"%1\" is the recording "
                                                 "itself: choose another folder or disk."))
             .arg(p.subject);
+    case ProblemKind::OutputTimePassed:
+        return say(QT_TRANSLATE_NOOP("Problem", "That time has passed: %1")).arg(p.subject);
+    case ProblemKind::OutputStopBeforeStart:
+        return say(QT_TRANSLATE_NOOP("Problem", "The outputs must stop after they start."));
     case ProblemKind::NoImages:
         return say(QT_TRANSLATE_NOOP("Problem", "Choose a folder or images first."));
     case ProblemKind::BadBackup:

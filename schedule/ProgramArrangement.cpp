@@ -267,6 +267,16 @@ QByteArray toJson(const ProgramArrangement &a)
     root.insert("overlayClips", overlays);
     if (!a.failover.isEmpty())
         root.insert("failover", a.failover);
+    if (!a.outputs.isEmpty()) {
+        QJsonArray spans;
+        for (const OutputSpan &span : a.outputs) {
+            QJsonObject o{{"startMs", double(span.startMs)}};
+            if (span.endMs > 0)
+                o.insert("endMs", double(span.endMs));
+            spans.append(o);
+        }
+        root.insert("outputs", spans);
+    }
     return QJsonDocument(root).toJson(QJsonDocument::Indented);
 }
 
@@ -299,6 +309,15 @@ ProgramArrangement fromJson(const QByteArray &bytes, QString *error, QStringList
         if (value.isObject())
             result.overlayClips << readOverlayClip(value.toObject(), version);
     result.failover = root.value("failover").toObject();
+    // Readers that know nothing of "outputs" run the rest of the file as it is. A time that is
+    // not a number is kept as -1 for the check to name.
+    for (const QJsonValue &value : root.value("outputs").toArray()) {
+        const QJsonObject o = value.toObject();
+        const QJsonValue start = o.value("startMs"), end = o.value("endMs");
+        result.outputs << OutputSpan{
+            start.isDouble() ? qint64(start.toDouble()) : -1,
+            end.isUndefined() || end.isNull() ? 0 : (end.isDouble() ? qint64(end.toDouble()) : -1)};
+    }
     return result;
 }
 
@@ -372,6 +391,22 @@ Validation validate(const ProgramArrangement &a)
     }
     if (a.sceneClips.isEmpty())
         return invalid(tr("Add at least one valid base clip."));
+    qint64 freeFrom = 0; // where the outputs' last stretch ended
+    for (qsizetype i = 0; i < a.outputs.size(); ++i) {
+        const OutputSpan &span = a.outputs[i];
+        if (span.startMs < 0 || span.endMs < 0)
+            return invalid(tr("Outputs entry %1: \"startMs\" and \"endMs\" are milliseconds "
+                              "of 0 or more.")
+                               .arg(i + 1));
+        if (span.endMs != 0 && span.endMs <= span.startMs)
+            return invalid(tr("Outputs entry %1: it must stop after it starts.").arg(i + 1));
+        if (i > 0 && (span.startMs < freeFrom || a.outputs[i - 1].endMs == 0))
+            return invalid(tr("Outputs entry %1 starts before entry %2 has stopped: the outputs "
+                              "run one stretch at a time, in order.")
+                               .arg(i + 1)
+                               .arg(i));
+        freeFrom = span.endMs;
+    }
     return {};
 }
 

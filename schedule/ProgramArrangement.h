@@ -66,6 +66,16 @@ struct OverlayClip
     friend bool operator==(const OverlayClip &, const OverlayClip &) = default;
 };
 
+// A stretch of the schedule's timeline during which the outputs run: they start at startMs and
+// stop at endMs (0: when the schedule ends or is stopped).
+struct OutputSpan
+{
+    qint64 startMs = 0;
+    qint64 endMs = 0;
+
+    friend bool operator==(const OutputSpan &, const OutputSpan &) = default;
+};
+
 struct ProgramArrangement
 {
     int version = 3;
@@ -75,6 +85,8 @@ struct ProgramArrangement
     // What stands in when a channel fails while the schedule runs, as the remote control's
     // failover fields; empty: the show's own settings. Checked and applied by the engine.
     QJsonObject failover;
+    // When the outputs run while the schedule does, in order; empty: started by hand.
+    QList<OutputSpan> outputs;
 
     friend bool operator==(const ProgramArrangement &, const ProgramArrangement &) = default;
 };

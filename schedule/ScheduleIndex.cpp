@@ -56,6 +56,19 @@ int BaseTimeline::at(qint64 t, std::size_t &cursor) const
     return m_spans[cursor].clip;
 }
 
+qint64 BaseTimeline::nextChangeAfter(qint64 t) const
+{
+    const auto after =
+        std::upper_bound(m_spans.begin(), m_spans.end(), t,
+                         [](qint64 time, const Span &span) { return time < span.from; });
+    return after == m_spans.end() ? -1 : after->from;
+}
+
+qint64 BaseTimeline::end() const
+{
+    return !m_spans.empty() && m_spans.back().clip < 0 ? m_spans.back().from : -1;
+}
+
 void OverlayTimeline::build(const QList<OverlayClip> &clips)
 {
     m_starts.clear();

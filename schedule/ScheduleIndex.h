@@ -25,6 +25,10 @@ public:
     // The place of the clip due at `t`, or -1 for none. `cursor` keeps the span found last, for
     // the next question.
     int at(qint64 t, std::size_t &cursor) const;
+    // The first moment after `t` where the clip due changes, or -1 when it never does again.
+    qint64 nextChangeAfter(qint64 t) const;
+    // Where the last clip ends and nothing is due any more, or -1 when the last one never ends.
+    qint64 end() const;
 
 private:
     struct Span

@@ -35,6 +35,14 @@ void ScheduleClock::tick()
         m_ms += step;
 }
 
+qint64 ScheduleClock::msNow() const
+{
+    if (!m_running)
+        return m_ms;
+    const qint64 step = m_elapsed() - m_lastReading;
+    return step >= 1 && step <= kMaxTickGapMs ? m_ms + step : m_ms;
+}
+
 ScheduleRunner::ScheduleRunner(ProgramControl *control, QObject *parent)
     : QObject(parent), m_control(control)
 {
@@ -45,9 +53,12 @@ ScheduleRunner::ScheduleRunner(ProgramControl *control, QObject *parent)
         // again once the video stops reporting).
         const SceneClip *base = currentBase();
         if (base && base->kind == SceneClip::SceneVideo && m_sinceMediaDrive.isValid() &&
-            m_sinceMediaDrive.elapsed() < kMediaDriveTimeoutMs)
+            m_sinceMediaDrive.elapsed() < kMediaDriveTimeoutMs) {
+            armTimer();
             return;
+        }
         tick();
+        armTimer();
     });
     // The timer runs while a schedule does: a stopped clock would take nothing from its ticks.
 }
@@ -92,10 +103,10 @@ bool ScheduleRunner::start(const ProgramArrangement &arrangement, QString *error
     }
     m_baseCursor = m_prerollCursor = 0;
     m_running = true;
-    m_timer->start(kTickMs);
     emit programArrangementRunningChanged(true);
     m_clock.start(0);
     applyAt(0);
+    armTimer();
     return true;
 }
 
@@ -118,6 +129,15 @@ void ScheduleRunner::stop()
     m_clock.stop();
     m_timer->stop();
     emit programArrangementRunningChanged(false);
+}
+
+void ScheduleRunner::armTimer()
+{
+    if (!m_running)
+        return;
+    const qint64 now = m_clock.ms();
+    const qint64 next = m_baseTimeline.nextChangeAfter(now);
+    m_timer->start(next < 0 ? kTickMs : int(std::clamp<qint64>(next - now, 1, kTickMs)));
 }
 
 void ScheduleRunner::tick()

@@ -72,6 +72,8 @@ public:
             m_ms += ms;
     }
     qint64 ms() const { return m_ms; }
+    // The time it reads now, between ticks too.
+    qint64 msNow() const;
     bool isRunning() const { return m_running; }
 
     static constexpr qint64 kMaxTickGapMs = 4999;
@@ -116,6 +118,9 @@ public:
     selvane::Transition defaultTransition() const { return m_defaultTransition; }
 
     ScheduleClock &clock() { return m_clock; }
+    const ScheduleClock &clock() const { return m_clock; }
+    // Where the schedule's last base clip ends, or -1 when it runs until stopped.
+    qint64 endMs() const { return m_running ? m_baseTimeline.end() : -1; }
     QString currentBaseId() const { return m_currentBaseId; }
     QSet<QString> activeOverlayIds() const { return m_activeOverlays; }
     // The base clip being shown, or null.
@@ -129,6 +134,9 @@ private:
     // The place (in start order) of the base clip the schedule shows at `t`, or -1.
     int baseAt(qint64 t, std::size_t &cursor) const { return m_baseTimeline.at(t, cursor); }
     void applyOverlaysAt(qint64 t);
+    // The timer's next wait: a tick, or less when a base clip is due sooner, so that switches
+    // land on their millisecond rather than on the tick after it.
+    void armTimer();
 
     ProgramControl *m_control = nullptr;
     ProgramArrangement m_arrangement; // its clips sorted by start

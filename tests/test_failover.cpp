@@ -15,75 +15,6 @@ using namespace selvane;
 
 namespace {
 
-// One recorded picture's colour, as a letter: r(ed), g(reen), b(lue), y(ellow), k (dark),
-// m(ixed: a blend between two).
-std::string readColours(const QString &file)
-{
-    QProcess ffmpeg;
-    ffmpeg.start("ffmpeg", {"-v", "error", "-i", file, "-vf", "scale=8:6:flags=area", "-f",
-                            "rawvideo", "-pix_fmt", "rgb24", "-"});
-    ffmpeg.waitForFinished(60000);
-    const QByteArray rgb = ffmpeg.readAllStandardOutput();
-    const int size = 8 * 6 * 3;
-    std::string colours;
-    for (int at = 0; at + size <= rgb.size(); at += size) {
-        // The upper two thirds: a slate's words stand below them.
-        double r = 0, g = 0, b = 0;
-        for (int i = at; i < at + size * 2 / 3; i += 3) {
-            r += uchar(rgb[i]);
-            g += uchar(rgb[i + 1]);
-            b += uchar(rgb[i + 2]);
-        }
-        r /= 32 * 255.0, g /= 32 * 255.0, b /= 32 * 255.0;
-        char c = 'm';
-        if (r < 0.2 && g < 0.2 && b < 0.35)
-            c = 'k';
-        else if (r > 0.8 && g > 0.8 && b < 0.3)
-            c = 'y';
-        else if (r > 0.8 && g < 0.15 && b < 0.15)
-            c = 'r';
-        else if (g > 0.4 && r < 0.15 && b < 0.15)
-            c = 'g';
-        else if (b > 0.8 && r < 0.15 && g < 0.15)
-            c = 'b';
-        colours += c;
-    }
-    return colours;
-}
-
-// The runs of one colour: (colour, first picture, length), short flickers left out.
-struct Run
-{
-    char colour;
-    int first;
-    int length;
-};
-std::vector<Run> runsOf(const std::string &colours, int shortest = 5)
-{
-    std::vector<Run> runs;
-    for (int i = 0; i < int(colours.size());) {
-        int j = i;
-        while (j < int(colours.size()) && colours[std::size_t(j)] == colours[std::size_t(i)])
-            ++j;
-        if (j - i >= shortest) {
-            if (!runs.empty() && runs.back().colour == colours[std::size_t(i)])
-                runs.back().length = j - runs.back().first;
-            else
-                runs.push_back({colours[std::size_t(i)], i, j - i});
-        }
-        i = j;
-    }
-    return runs;
-}
-
-std::string sequence(const std::vector<Run> &runs)
-{
-    std::string s;
-    for (const Run &run : runs)
-        s += run.colour;
-    return s;
-}
-
 // A red picture with a 400 Hz tone, published to nginx in real time.
 class RedPublisher
 {
@@ -251,7 +182,7 @@ private slots:
         // The recording: red, the green backup, red again, blue channel 2, red; each switch a
         // 300 ms mix (m), and no black anywhere.
         const std::string colours = readColours(file);
-        const std::vector<Run> runs = runsOf(colours);
+        const std::vector<ColourRun> runs = runsOf(colours);
         QVERIFY2(sequence(runs) == "rmgmrmbmr", colours.c_str());
         QVERIFY(colours.find('k') == std::string::npos);
         for (std::size_t mix = 1; mix < runs.size(); mix += 2)
@@ -342,7 +273,7 @@ private slots:
 
         // Red, the yellow slate (with its words in a band), blue, the dark card, blue.
         const std::string colours = readColours(file);
-        const std::vector<Run> runs = runsOf(colours);
+        const std::vector<ColourRun> runs = runsOf(colours);
         QVERIFY2(sequence(runs) == "rybkb", colours.c_str());
         QCOMPARE(slateChanged.count(), 2);
     }

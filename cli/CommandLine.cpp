@@ -2,6 +2,7 @@
 
 #include "cli/OverlaySpecs.h"
 #include "engine/Engine.h"
+#include "engine/OutputMomentText.h"
 #include "engine/OutputRules.h"
 #include "media/TransitionWords.h"
 #include "schedule/ProgramArrangement.h"
@@ -120,6 +121,15 @@ void configureCommandLine(QCommandLineParser &parser)
                       tr("Publish the program to this URL (rtmp://, rtmps://, srt://, udp:// ...); "
                          "#FORMAT picks the container (flv, mpegts). Repeatable."),
                       "URL[#FORMAT]"});
+    parser.addOption({"start-at",
+                      tr("Start the outputs at this time rather than at once: a local date-time "
+                         "(2026-11-26T21:00[:SS]), a time of day (21:00[:SS], its next coming), "
+                         "or \"schedule\" (as the schedule starts)."),
+                      "WHEN"});
+    parser.addOption({"stop-at",
+                      tr("Stop the outputs at this time: a date-time, a time of day, or "
+                         "\"schedule\" (where the schedule ends)."),
+                      "WHEN"});
     parser.addOption(
         {"size", tr("Output size, e.g. 1280x720 (default: same as the program)."), "WxH"});
     parser.addOption({"fps", tr("Output frame rate: 30 or 60 (default 30)."), "FPS"});
@@ -255,6 +265,21 @@ bool readOutputOptions(const QCommandLineParser &parser, ShowOptions *options, Q
     if (out.segmentEnabled && !out.fileEnabled) {
         *error = tr("segment limits need --record");
         return false;
+    }
+    const QDateTime now = QDateTime::currentDateTime();
+    for (const auto &[name, moment, stop] :
+         {std::tuple{"start-at", &options->outputTimes.start, false},
+          std::tuple{"stop-at", &options->outputTimes.stop, true}}) {
+        if (!parser.isSet(name))
+            continue;
+        const std::optional<OutputMoment> read = readOutputMoment(parser.value(name), stop, now);
+        if (!read || read->kind == OutputMoment::Kind::ByHand) {
+            *error = tr("--%1 expects a date-time (2026-11-26T21:00), a time of day (21:00) or "
+                        "\"schedule\", got \"%2\"")
+                         .arg(QString::fromLatin1(name), parser.value(name));
+            return false;
+        }
+        *moment = *read;
     }
     double keepFree = 0;
     if (!positive("keep-free", &keepFree))

@@ -75,6 +75,7 @@ bool HeadlessRunner::loadSchedule()
         for (const QString &warning : warnings)
             std::fprintf(stderr, "selvane: warning: %s\n", qPrintable(warning));
     }
+    m_scheduleTimesOutputs = !arrangement.outputs.isEmpty();
     const arrangement::Validation check = m_engine->loadSchedule(arrangement);
     if (!check.ok) {
         const QString where =
@@ -139,12 +140,16 @@ int HeadlessRunner::run()
     connect(m_engine, &Engine::outputsFailed, this, [this](const Problem &problem) {
         std::fprintf(stderr, "selvane: %s\n", qPrintable(problemText(problem)));
         // Outputs the remote control started fail alone; the show goes on.
-        if (m_control && !std::exchange(m_commandLineOutputsPending, false))
+        if ((m_control || m_timedOutputs) && !std::exchange(m_commandLineOutputsPending, false))
             return;
         m_exitCode = 2;
         QTimer::singleShot(0, this, [this] { finish(); });
     });
 
+    // What the command line gives is also what the remote control starts without settings,
+    // and what starts at the outputs' times.
+    m_engine->setPreparedOutputs(
+        {m_options.output, {m_options.outputSize.isValid(), m_options.outputSize}});
     QString error;
     if (!applyShowOptions(*m_engine, m_options, &error) ||
         (m_scheduled && !m_engine->startSchedule(&error))) {
@@ -153,10 +158,11 @@ int HeadlessRunner::run()
         m_engine = nullptr;
         return 1;
     }
-    // What the command line gives is also what the remote control starts without settings.
-    m_engine->setPreparedOutputs(
-        {m_options.output, {m_options.outputSize.isValid(), m_options.outputSize}});
-    if (m_options.hasOutputs()) {
+    // Outputs with a start time of their own (the command line's, or the schedule's
+    // stretches) wait for it; a start then that fails is told and the show goes on.
+    m_timedOutputs =
+        m_options.outputTimes.start.kind != OutputMoment::Kind::ByHand || m_scheduleTimesOutputs;
+    if (m_options.hasOutputs() && !m_timedOutputs) {
         if (const Problem problem = m_engine->startOutputs()) {
             std::fprintf(stderr, "selvane: %s\n", qPrintable(problemText(problem)));
             m_exitCode = 2;
@@ -232,6 +238,10 @@ void HeadlessRunner::printProgress(bool final)
                 *failure = {true, file->failureReason, file->resumes, file->failed, file->path};
         }
     }
+    if (stats.output.startsInMs >= 0)
+        line += QStringLiteral("  outputs start in ") + clockText(stats.output.startsInMs);
+    else if (stats.output.stopsInMs >= 0)
+        line += QStringLiteral("  outputs stop in ") + clockText(stats.output.stopsInMs);
     // Each channel's state; a source that could not be opened (or a stream that never
     // connected) is remembered for the exit code.
     QStringList channels;

@@ -41,6 +41,8 @@ private:
     selvane::ShowOptions m_options;
     selvane::Engine *m_engine = nullptr;
     selvane::ControlServer *m_control = nullptr; // --control-port
+    bool m_scheduleTimesOutputs = false;         // the schedule says when the outputs run
+    bool m_timedOutputs = false;                 // the outputs wait for a start time
     bool m_commandLineOutputsPending = false;    // the outputs of the command line, not yet open
     QTimer *m_progressTimer = nullptr;
     QElapsedTimer m_clock;

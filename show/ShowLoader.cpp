@@ -34,6 +34,10 @@ bool applyShowOptions(Engine &engine, const ShowOptions &options, QString *error
     engine.setProgramVolume(float(options.programVolume));
     engine.setProgramGain(float(options.programGainPercent / 100.0));
     engine.setOutputSize({options.outputSize.isValid(), options.outputSize});
+    if (const Problem problem = engine.setOutputTimes(options.outputTimes)) {
+        *error = problemText(problem);
+        return false;
+    }
     engine.setScheduleTransition(options.scheduleTransition);
     for (const TextOverlayData &text : options.texts)
         engine.setTextOverlay(text);

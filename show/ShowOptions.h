@@ -45,6 +45,8 @@ struct ShowOptions
     bool hasOutputs() const { return output.fileEnabled || !output.streamTargets.isEmpty(); }
     // The window starts the outputs at once only when asked (the headless face always does).
     bool startOutputs = false;
+    // When the outputs start and stop by themselves (--start-at, --stop-at); by hand otherwise.
+    OutputTimes outputTimes;
 
     // The remote control (control/): its port (0: off, the window then follows its
     // "control/port" setting) and the address it listens on.

@@ -142,6 +142,12 @@ private slots:
         QTest::newRow("twin is the recording")
             << bars + QStringList{"--record", "/tmp/twin-same.mp4", "--twin", "/tmp"}
             << "is the recording itself";
+        QTest::newRow("start at no time")
+            << bars + QStringList{"--record", "/tmp/at.mp4", "--start-at", "teatime"}
+            << "--start-at expects a date-time";
+        QTest::newRow("stop at a time gone")
+            << bars + QStringList{"--record", "/tmp/at.mp4", "--stop-at", "2020-01-01T00:00"}
+            << "That time has passed";
         QTest::newRow("ring without segments")
             << bars + QStringList{"--record", "/tmp/ring.mp4", "--keep-free", "100"}
             << "needs --segment-minutes";
@@ -171,6 +177,44 @@ private slots:
                  again.out.constData());
         QCOMPARE(readAll(take), first);
         QVERIFY(probeFile(home.path("take_1.mp4")).ok);
+    }
+
+    // Outputs that wait for their time: the schedule's stretches, and date-times given on the
+    // command line; the progress line counts down to them.
+    void outputsRunAtTheirTimes()
+    {
+        IsolatedHome home;
+        const QString schedule = home.path("show.json");
+        QFile file(schedule);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(R"({"format": "selvane_program_arrangement", "version": 3,
+            "sceneClips": [{"id": "a", "kind": "channel", "channel": 0, "startMs": 0}],
+            "outputs": [{"startMs": 2500, "endMs": 4500}]})");
+        file.close();
+        const QString take = home.path("stretch.mkv");
+        ProcessResult r = runProcess(kBinary,
+                                     {"--headless", "--channel", kBars, "--schedule", schedule,
+                                      "--record", take, "--duration", "6"},
+                                     home.environment());
+        QCOMPARE(r.exitCode, 0);
+        QVERIFY2(r.out.contains("outputs stop in 00:00:0"), r.out.constData());
+        ProbedFile probed = probeFile(take);
+        QVERIFY2(probed.ok && probed.stream("h264") &&
+                     std::abs(probed.stream("h264")->frames - 60) <= 1,
+                 r.out.constData());
+
+        const QDateTime start = QDateTime::currentDateTime().addSecs(3);
+        const QString dated = home.path("dated.mkv");
+        r = runProcess(kBinary,
+                       {"--headless", "--channel", kBars, "--record", dated, "--duration", "7",
+                        "--start-at", start.toString("yyyy-MM-ddTHH:mm:ss"), "--stop-at",
+                        start.addSecs(2).toString("HH:mm:ss")},
+                       home.environment());
+        QCOMPARE(r.exitCode, 0);
+        probed = probeFile(dated);
+        QVERIFY2(probed.ok && probed.stream("h264") &&
+                     std::abs(probed.stream("h264")->frames - 60) <= 1,
+                 r.out.constData());
     }
 
     void streamTargetsAsTyped()

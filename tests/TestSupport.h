@@ -2,8 +2,9 @@
 
 // What the suites share: media made at test time with the ffmpeg CLI, real servers on loopback
 // (nginx-rtmp, a PulseAudio null sink), bounded runs of the selvane binary in a private home,
-// recordings read back with ffprobe, solid pictures from a pool, captured warnings, and the
-// flash-and-beep analysis that measures how far sound is from its picture.
+// recordings read back with ffprobe and decoded or copied with ffmpeg, solid pictures from a
+// pool, captured warnings, and the flash-and-beep analysis that measures how far sound is from
+// its picture.
 
 #include "engine/Problem.h"
 #include "media/FramePool.h"

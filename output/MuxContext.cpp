@@ -190,10 +190,11 @@ bool MuxContext::flushWhole()
         return false;
     avio_flush(io);
     // Writing stops at the first error (the I/O keeps it), so this position stays where the
-    // last flush that fully succeeded left it.
+    // last flush that fully succeeded left it. The furthest such position: a muxer that went
+    // back to fill in a field has not made the file shorter.
     if (io->error < 0)
         return false;
-    m_wholeEnd = avio_tell(io);
+    m_wholeEnd = std::max<qint64>(m_wholeEnd, avio_tell(io));
     return true;
 }
 

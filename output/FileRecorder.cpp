@@ -151,13 +151,13 @@ void FileRecorder::fail(const QString &reason)
                              << "- the streams go on; a new file is tried every second";
     }
     if (m_mux.isOpen()) {
-        // No trailer: the I/O has failed and writes nothing more, and the fragments already on
-        // the disk play as they are.
+        // No trailer: the I/O has failed and writes nothing more. The close cuts off the
+        // fragment the failure tore, and the whole ones before it play as they are.
         const QString path = m_mux.openedUrl();
-        const bool empty = m_mux.packetsWritten() == m_packetsAtOpen;
+        const bool noPackets = m_mux.packetsWritten() == m_packetsAtOpen;
         m_mux.close(false);
-        if (empty)
-            QFile::remove(path);
+        if (noPackets || m_mux.wholeEnd() <= m_mux.headerEnd())
+            QFile::remove(path); // a header at most: nothing of the show
     }
     if (m_rotating) {
         m_rotating = false;

@@ -1,10 +1,11 @@
 #pragma once
 
 // Owns the recording file: one MuxContext, cut into segments at keyframes when limits are set.
-// A file that cannot be written (disk full, folder gone, permission lost) is closed as it stands
-// (fragmented, so it plays up to its last fragment) and the recording is "failed" with the
-// reason; every second after that, at a keyframe, it tries again in a new file beside it (a free
-// name, never an earlier one). Nothing of this touches the stream targets.
+// A file that cannot be written (disk full, folder gone, permission lost) is closed and cut back
+// to the end of its last whole fragment (MuxContext does the cut), so it plays up to there, and
+// the recording is "failed" with the reason; every second after that, at a keyframe, it tries
+// again in a new file beside it (a free name, never an earlier one). Nothing of this touches the
+// stream targets.
 // Threads: open/submit/close run on the encode worker; the observers are safe from any thread.
 // With a free-space limit on a segmented recording (a ring), the oldest files of the take are
 // deleted while the disk is short of room, once a second at most.

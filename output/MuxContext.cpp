@@ -3,6 +3,8 @@
 #include "output/StreamUrl.h"
 
 #include <QDebug>
+#include <QFile>
+#include <QFileInfo>
 
 extern "C" {
 #include <libavutil/opt.h>
@@ -88,10 +90,11 @@ int MuxContext::open(const Setup &setup)
                                  << ffsupport::errorText("avformat_write_header", err);
         return err;
     }
-    // The header (for a fragmented MP4, the whole index) reaches the disk at once.
-    if (context->pb)
-        avio_flush(context->pb);
     m_context = std::move(context);
+    // The header (for a fragmented MP4, the whole index) reaches the disk at once.
+    m_headerEnd = m_wholeEnd = 0;
+    if (flushWhole())
+        m_headerEnd = m_wholeEnd;
     m_bytesSinceOpen = 0;
     m_earlyAudio.clear();
     {
@@ -171,9 +174,48 @@ void MuxContext::close(bool writeTrailer)
             qWarning().noquote() << "FfmpegEncoderSink: av_write_trailer failed:"
                                  << ffsupport::errorText("av_write_trailer", err);
     }
+    // Whatever is still buffered goes out now rather than unchecked in the I/O's close.
+    const bool torn = m_context->pb && !flushWhole();
     m_context.reset();
     m_packetsDropped.fetch_add(qint64(m_earlyAudio.size()));
     m_earlyAudio.clear();
+    if (torn && m_use == Use::Recording)
+        cutBackToWholeEnd(openedUrl());
+}
+
+bool MuxContext::flushWhole()
+{
+    AVIOContext *io = m_context ? m_context->pb : nullptr;
+    if (!io)
+        return false;
+    avio_flush(io);
+    // Writing stops at the first error (the I/O keeps it), so this position stays where the
+    // last flush that fully succeeded left it. The furthest such position: a muxer that went
+    // back to fill in a field has not made the file shorter.
+    if (io->error < 0)
+        return false;
+    m_wholeEnd = std::max<qint64>(m_wholeEnd, avio_tell(io));
+    return true;
+}
+
+void MuxContext::cutBackToWholeEnd(const QString &path) const
+{
+    // Never into the header: a file whose header never got to the disk has nothing to keep.
+    if (m_headerEnd <= 0 || m_wholeEnd < m_headerEnd)
+        return;
+    QFile file(path);
+    const QFileInfo info(path);
+    if (!info.isFile() || info.size() <= m_wholeEnd)
+        return;
+    if (file.resize(m_wholeEnd)) {
+        qInfo().noquote() << "FfmpegEncoderSink: recording" << path << "cut back to" << m_wholeEnd
+                          << "bytes, the end of its last whole fragment, from" << info.size();
+        return;
+    }
+    qWarning().noquote() << "FfmpegEncoderSink: recording" << path
+                         << "could not be cut back to the end of its last whole fragment ("
+                         << m_wholeEnd << "bytes):" << file.errorString()
+                         << "- it ends in a torn fragment";
 }
 
 bool MuxContext::ioHealthy() const
@@ -267,9 +309,11 @@ int MuxContext::writeOne(AVPacket *packet, bool video)
     if (err >= 0)
         m_packetsWritten.fetch_add(1);
     // A keyframe closes the previous fragment: pushing it to the disk now means a recording cut
-    // off at any moment plays up to its last fragment.
-    if (keyframe && m_use == Use::Recording && m_context->pb)
-        avio_flush(m_context->pb);
+    // off at any moment plays up to its last fragment. The muxer hands its I/O whole units only
+    // (a fragmented MP4 keeps the fragment being built in memory, Matroska its cluster), so once
+    // this flush succeeds the file ends with a whole one.
+    if (keyframe && m_use == Use::Recording)
+        flushWhole();
     return err;
 }
 

@@ -1,10 +1,13 @@
 #pragma once
 
 // Owns one opened output context (muxer, I/O, the streams copied from the encoders) and the
-// timestamp rules every destination shares: start at a video keyframe, hold early sound.
+// timestamp rules every destination shares: start at a video keyframe, hold early sound. A
+// recording knows where its last whole fragment ends on the disk, and a file whose writing
+// failed is cut back to there when it closes, so that it never ends in a torn fragment.
 // Threads: opened, written and closed by one thread at a time (its owner's); the counters and
 // openedUrl() may be read from any thread.
-// Reports: failures to open or finish as log lines (none while its owner is stopping).
+// Reports: failures to open or finish, and the cut of a failed file, as log lines (none while
+// its owner is stopping).
 
 #include "media/FfmpegTypes.h"
 
@@ -58,6 +61,7 @@ public:
     int write(AVPacket *packet, bool video);
     // The trailer alone, unlogged; close(false) must follow.
     int writeTrailer();
+    // A recording whose I/O has failed (now or before) is cut back to wholeEnd().
     void close(bool writeTrailer);
 
     bool isOpen() const { return bool(m_context); }
@@ -66,6 +70,10 @@ public:
     // What this file holds so far: the muxer keeps the current fragment until the next keyframe,
     // so the bytes handed to it measure that better than what has reached the disk.
     qint64 sizeSoFar() const;
+    // Recording: where the header ends, and where the last fragment (or the header) that
+    // reached the disk whole ends. Owner's thread; 0 before the header is on the disk.
+    qint64 headerEnd() const { return m_headerEnd; }
+    qint64 wholeEnd() const { return m_wholeEnd; }
     // The URL last opened (it stays after a close).
     QString openedUrl() const;
     qint64 packetsWritten() const { return m_packetsWritten.load(); }
@@ -79,6 +87,9 @@ private:
     bool addStreams(AVFormatContext *context);
     int openIo(AVFormatContext *context, const Setup &setup, const QString &masked);
     int writeOne(AVPacket *packet, bool video);
+    // Pushes what the muxer has finished to the disk; true when all of it got there so far.
+    bool flushWhole();
+    void cutBackToWholeEnd(const QString &path) const;
 
     const Use m_use;
     const std::shared_ptr<EncodedStreams> m_streams;
@@ -93,6 +104,8 @@ private:
     qint64 m_offsetUs = -1; // start offset; unset until the first video keyframe
     std::deque<ffsupport::PacketPtr> m_earlyAudio; // sound that came before that keyframe
     qint64 m_bytesSinceOpen = 0;
+    qint64 m_headerEnd = 0;
+    qint64 m_wholeEnd = 0;
 
     mutable std::mutex m_urlMutex;
     QString m_openedUrl;

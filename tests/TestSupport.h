@@ -2,8 +2,9 @@
 
 // What the suites share: media made at test time with the ffmpeg CLI, real servers on loopback
 // (nginx-rtmp, a PulseAudio null sink), bounded runs of the selvane binary in a private home,
-// recordings read back with ffprobe, solid pictures from a pool, captured warnings, and the
-// flash-and-beep analysis that measures how far sound is from its picture.
+// recordings read back with ffprobe and decoded or copied with ffmpeg, solid pictures from a
+// pool, captured warnings, and the flash-and-beep analysis that measures how far sound is from
+// its picture.
 
 #include "engine/Problem.h"
 #include "media/FramePool.h"
@@ -365,6 +366,35 @@ inline std::string sequence(const std::vector<ColourRun> &runs)
     for (const ColourRun &run : runs)
         s += run.colour;
     return s;
+}
+
+// What decoding every stream of the file to the end says at level "error": empty when the file
+// opens and all of it decodes.
+inline QByteArray decodeErrors(const QString &path)
+{
+    QProcess process;
+    process.start("ffmpeg", {"-v", "error", "-nostdin", "-i", path, "-f", "null", "-"});
+    if (!process.waitForFinished(60000))
+        return "ffmpeg did not finish";
+    QByteArray errors = process.readAllStandardError();
+    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+        errors += "ffmpeg exit code " + QByteArray::number(process.exitCode());
+    return errors;
+}
+
+// The MD5 of each video packet of a file in file order, copied, not decoded: two recordings of
+// the same encoder agree packet for packet where both hold the same pictures.
+inline QStringList videoPacketHashes(const QString &path)
+{
+    QProcess process;
+    process.start("ffmpeg", {"-v", "error", "-nostdin", "-i", path, "-map", "0:v", "-c", "copy",
+                             "-f", "framemd5", "-"});
+    process.waitForFinished(60000);
+    QStringList hashes;
+    for (const QByteArray &line : process.readAllStandardOutput().split('\n'))
+        if (!line.startsWith('#') && !line.trimmed().isEmpty())
+            hashes << QString::fromLatin1(line.split(',').last().trimmed());
+    return hashes;
 }
 
 // True when the first video frame of the file is a key frame.

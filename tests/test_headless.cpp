@@ -372,10 +372,25 @@ private slots:
         // The stream never noticed.
         const qint64 streamed = probeFile(home.path("rx.flv")).stream("h264")->frames;
         QVERIFY2(streamed >= written - 15, qPrintable(QString::number(streamed)));
-        // What was written before the disk filled plays; the rest went on in a new file.
-        const qint64 first = probeFile(disk + "/show.mp4").stream("h264")->frames;
+        // What was written before the disk filled plays, all of it: the fragment the full disk
+        // tore was cut off. The rest went on in a new file.
+        const ProbedFile cut = probeFile(disk + "/show.mp4");
+        QVERIFY2(cut.ok && cut.stream("h264"), cut.errors.constData());
+        const qint64 first = cut.stream("h264")->frames;
         const ProbedFile resumed = probeFile(disk + "/show_1.mp4");
         QVERIFY2(resumed.ok, resumed.errors.constData());
+        // Both hold the stream's pictures in order, none missing, the second file's later.
+        const QStringList streamedPackets = videoPacketHashes(home.path("rx.flv"));
+        qsizetype next = 0;
+        for (const QString &file : {disk + "/show.mp4", disk + "/show_1.mp4"}) {
+            const QByteArray errors = decodeErrors(file);
+            QVERIFY2(errors.isEmpty(), qPrintable(file + ": " + errors));
+            const QStringList packets = videoPacketHashes(file);
+            const qsizetype at = streamedPackets.indexOf(packets.value(0), next);
+            QVERIFY2(at >= next, qPrintable(file));
+            QCOMPARE(packets, streamedPackets.mid(at, packets.size()));
+            next = at + packets.size();
+        }
         QVERIFY2(first >= 2 * 30, qPrintable(QString::number(first)));
         QVERIFY2(resumed.stream("h264")->frames >= 4 * 30,
                  qPrintable(QString::number(resumed.stream("h264")->frames)));
@@ -400,6 +415,11 @@ private slots:
         QCOMPARE(full.exitCode(), 3);
         const QByteArray fullErr = full.readAllStandardError();
         QVERIFY2(fullErr.contains("no new file could be begun after it"), fullErr.constData());
+        // The file the disk stopped holds what it had whole, or is gone if that was nothing.
+        if (QFile::exists(disk + "/again.mp4")) {
+            const QByteArray errors = decodeErrors(disk + "/again.mp4");
+            QVERIFY2(errors.isEmpty(), errors.constData());
+        }
     }
 
     void twinRecordingsFailAndResumeEachOnItsOwn()
@@ -456,6 +476,10 @@ private slots:
             const ProbedFile first = probeFile(disks[d] + "/show.mp4");
             const ProbedFile resumed = probeFile(disks[d] + "/show_1.mp4");
             QVERIFY2(first.ok && resumed.ok, first.errors + resumed.errors);
+            for (const QString &file : {disks[d] + "/show.mp4", disks[d] + "/show_1.mp4"}) {
+                const QByteArray errors = decodeErrors(file);
+                QVERIFY2(errors.isEmpty(), qPrintable(file + ": " + errors));
+            }
             before[std::size_t(d)] = first.stream("h264")->frames;
             after[std::size_t(d)] = resumed.stream("h264")->frames;
         }
@@ -464,24 +488,17 @@ private slots:
         // The twin went on while the recording's disk was full, and the other way round.
         QVERIFY(before[1] > before[0] + 60);
         QVERIFY(after[0] > after[1] + 60);
-        // Where both wrote, they hold the same pictures: the same packets, byte for byte.
-        const auto hashes = [](const QString &file) {
-            QProcess md5;
-            md5.start("ffmpeg", {"-v", "error", "-i", file, "-map", "0:v", "-c", "copy", "-f",
-                                 "framemd5", "-"});
-            md5.waitForFinished(30000);
-            QStringList list;
-            for (const QByteArray &line : md5.readAllStandardOutput().split('\n'))
-                if (!line.startsWith('#') && !line.trimmed().isEmpty())
-                    list << QString::fromLatin1(line.split(',').last().trimmed());
-            return list;
-        };
-        const QStringList recording = hashes(disks[0] + "/show.mp4");
-        const QStringList twin = hashes(disks[1] + "/show.mp4");
-        // (A fragment cut short by the full disk ends the recording's first file: up to the
-        // pictures that decode whole.)
-        QVERIFY(before[0] > 40 && recording.size() >= before[0]);
-        QCOMPARE(twin.mid(0, before[0]), recording.mid(0, before[0]));
+        // Where both wrote, they hold the same pictures: the same packets, byte for byte, up to
+        // the end of each file the full disk stopped.
+        const QStringList recording = videoPacketHashes(disks[0] + "/show.mp4");
+        const QStringList twin = videoPacketHashes(disks[1] + "/show.mp4");
+        QVERIFY(before[0] > 40 && recording.size() == before[0]);
+        QCOMPARE(twin.mid(0, recording.size()), recording);
+        const QStringList recordingAfter = videoPacketHashes(disks[0] + "/show_1.mp4");
+        const QStringList twinAfter = videoPacketHashes(disks[1] + "/show_1.mp4");
+        const qsizetype at = recordingAfter.indexOf(twinAfter.value(0));
+        QVERIFY(at > 0 && twinAfter.size() == after[1]);
+        QCOMPARE(recordingAfter.mid(at, twinAfter.size()), twinAfter);
     }
 
     void diskForecastAndRingRecording()
@@ -528,6 +545,9 @@ private slots:
         qInfo("forecast %lld s left, the disk filled %.1f s later", predictedS, truthS);
         QVERIFY2(std::abs(predictedS - truthS) <= 0.1 * truthS + 1.0,
                  qPrintable(QString("%1 vs %2").arg(predictedS).arg(truthS)));
+        // The recording filled the disk itself: its file ends with the last whole fragment.
+        const QByteArray cutErrors = decodeErrors(disk + "/show.mp4");
+        QVERIFY2(cutErrors.isEmpty(), cutErrors.constData());
 
         // Ring: segments of 3 s, the oldest of this take deleted to keep 6 MiB free; another
         // take's file stays.

@@ -4,6 +4,7 @@
 #include "control/FailoverJson.h"
 #include "engine/CaptureSources.h"
 #include "engine/Engine.h"
+#include "engine/OutputMomentText.h"
 #include "engine/ScheduleFiles.h"
 #include "media/TransitionWords.h"
 
@@ -104,6 +105,28 @@ Reply ControlDispatch::execute(const ControlCommand &c)
         if (const Problem problem = engine.setFailover(*settings))
             return refused(problem);
         return ok(failoverJson(engine));
+    }
+    case Command::SetOutputTimes: {
+        // Each of "start" and "stop" as the command line writes it; one left out stays.
+        OutputTimes times = engine.outputTimes();
+        const QDateTime now = QDateTime::currentDateTime();
+        for (const auto &[name, moment, stop] :
+             {std::tuple{"start", &times.start, false}, std::tuple{"stop", &times.stop, true}}) {
+            const QJsonValue value = c.outputTimes.value(QLatin1String(name));
+            if (value.isUndefined())
+                continue;
+            const std::optional<OutputMoment> read =
+                value.isString() ? readOutputMoment(value.toString(), stop, now) : std::nullopt;
+            if (!read)
+                return failed(400, QStringLiteral("\"%1\" is \"hand\", \"schedule\", a "
+                                                  "date-time (2026-11-26T21:00) or a time of "
+                                                  "day (21:00)")
+                                       .arg(QLatin1String(name)));
+            *moment = *read;
+        }
+        if (const Problem problem = engine.setOutputTimes(times))
+            return refused(problem);
+        return ok(outputTimesJson(engine, engine.stats().output));
     }
     case Command::Snapshot: {
         Reply later; // the server answers with the next program picture

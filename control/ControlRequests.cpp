@@ -249,6 +249,8 @@ Route route(const QList<QByteArrayView> &s, ControlCommand *c)
             return {{{"POST", Command::StartOutputs}}, {}};
         if (count == 2 && is(1, "stop"))
             return {{{"POST", Command::StopOutputs}}, {}};
+        if (count == 2 && is(1, "times"))
+            return {{{"PUT", Command::SetOutputTimes}}, {}};
         if (count == 4 && is(1, "targets") && is(3, "reconnect")) {
             c->id = numberIn(s[2], 1, 999) - 1;
             if (c->id < 0)
@@ -555,6 +557,9 @@ Refusal readBody(const QByteArray &body, ControlCommand *c)
         break;
     case Command::SetFailover:
         c->failover = object; // read against the engine's settings by the dispatcher
+        break;
+    case Command::SetOutputTimes:
+        c->outputTimes = object;
         break;
     case Command::SetTransition:
         c->transition = object; // read against the engine's transition by the dispatcher

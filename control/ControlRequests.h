@@ -103,6 +103,7 @@ enum class Command
     FadeToBlack,
     ShowSlate,
     SetFailover,
+    SetOutputTimes,
     Snapshot,
     SetText,
     RemoveText,
@@ -148,6 +149,8 @@ struct ControlCommand
     std::optional<int> durationMs;
     // Failover: the settings' fields as sent, read against the engine's by the dispatcher.
     QJsonObject failover;
+    // The outputs' times as sent ("start", "stop"), read by the dispatcher.
+    QJsonObject outputTimes;
 };
 
 struct ParsedRequest

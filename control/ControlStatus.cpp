@@ -3,6 +3,7 @@
 #include "control/FailoverJson.h"
 #include "engine/CaptureSources.h"
 #include "engine/Engine.h"
+#include "engine/OutputMomentText.h"
 #include "media/TransitionWords.h"
 
 #include <QJsonArray>
@@ -91,7 +92,9 @@ QJsonObject outputJson(const OutputStats &o)
             {"recording", o.recording},
             {"file", file},
             {"twin", o.twinRecording ? QJsonValue(fileJson(o.twin)) : QJsonValue()},
-            {"targets", targets}};
+            {"targets", targets},
+            {"startsInMs", o.startsInMs},
+            {"stopsInMs", o.stopsInMs}};
 }
 
 } // namespace
@@ -151,7 +154,17 @@ QJsonObject statusJson(const Engine &engine)
             {"channels", channels},
             {"overlays", overlays},
             {"outputs", outputJson(stats.output)},
+            {"outputTimes", outputTimesJson(engine, stats.output)},
             {"schedule", schedule}};
+}
+
+QJsonObject outputTimesJson(const Engine &engine, const OutputStats &stats)
+{
+    const OutputTimes times = engine.outputTimes();
+    return {{"start", outputMomentText(times.start)},
+            {"stop", outputMomentText(times.stop)},
+            {"startsInMs", stats.startsInMs},
+            {"stopsInMs", stats.stopsInMs}};
 }
 
 QJsonObject productionJson(const Engine &engine)

@@ -22,6 +22,8 @@ QJsonObject levelsJson(const EngineStats &stats);
 QJsonObject overlaysJson(const Engine &engine);
 // The preview bus, the transition, the T-bar and fade to black.
 QJsonObject productionJson(const Engine &engine);
+// The outputs' start and stop times, and how long until they come.
+QJsonObject outputTimesJson(const Engine &engine, const OutputStats &stats);
 // What can be captured here, as the source dialog lists it: monitors and windows with the
 // address that captures each, cameras and microphones with the name the system knows them by.
 QJsonObject sourcesJson();

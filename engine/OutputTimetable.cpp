@@ -39,6 +39,7 @@ Problem OutputTimetable::setTimes(const OutputTimes &times)
                     << "apply from the next start";
         m_phase = Phase::Waiting;
         rearm();
+        check();
     }
     return {};
 }

@@ -202,6 +202,23 @@ private slots:
         QCOMPARE(colourRun(file), QString("rbg"));
         QVERIFY(events.next("levels", &at));
 
+        // A stop time from the desk ends outputs started by hand; times that cannot be are
+        // refused.
+        QCOMPARE(call("POST", "outputs/start", QJsonObject{{"record", m_dir.filePath("timed.mp4")}})
+                     .status,
+                 202);
+        QVERIFY(events.next("outputsStarted", &at));
+        const QString stopAt =
+            QDateTime::currentDateTime().addSecs(2).toString("yyyy-MM-ddTHH:mm:ss");
+        const Answer times = call("PUT", "outputs/times", QJsonObject{{"stop", stopAt}});
+        QCOMPARE(times.status, 200);
+        QCOMPARE(times.json()["stop"].toString(), stopAt);
+        QVERIFY(times.json()["stopsInMs"].toInteger() > 0);
+        QVERIFY(events.next("outputsStopped", &at, {}, 6000));
+        QCOMPARE(call("PUT", "outputs/times", QJsonObject{{"start", "teatime"}}).status, 400);
+        QCOMPARE(call("PUT", "outputs/times", QJsonObject{{"stop", "2020-01-01T00:00"}}).status,
+                 400);
+
         QCOMPARE(call("DELETE", "overlays/media/5").status, 200);
         QCOMPARE(call("DELETE", "overlays/text/7").status, 200);
         QCOMPARE(call("DELETE", "overlays/text/7").status, 404);

@@ -4,6 +4,7 @@
 #include "app/FailoverDesk.h"
 #include "app/Language.h"
 #include "app/OperatorTexts.h"
+#include "app/OutputTimesDesk.h"
 #include "app/Theme.h"
 #include "app/UpdateNotice.h"
 #include "app/WindowDocks.h"
@@ -21,6 +22,7 @@
 #include "panels/OutputFolder.h"
 #include "panels/OutputSettingsPanel.h"
 #include "panels/OutputStatusView.h"
+#include "panels/OutputTimesBox.h"
 #include "panels/PreviewCanvas.h"
 #include "panels/ProductionPanel.h"
 #include "panels/ProgramPreview.h"
@@ -342,6 +344,9 @@ void MainWindow::createDocks()
     auto *failover = new FailoverBox(m_outputPanel);
     m_outputPanel->addSection(failover);
     new FailoverDesk(*m_engine, m_channels, failover, m_production, this);
+    auto *times = new OutputTimesBox(m_outputPanel);
+    m_outputPanel->addSection(times);
+    new OutputTimesDesk(*m_engine, times, this);
 
     m_docks =
         new WindowDocks(this, {m_outputPanel, m_outputStatus, m_mixerPanel,

@@ -12,32 +12,32 @@
 <context>
     <name>HeadlessRunner</name>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="284"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="294"/>
         <source>the twin recording</source>
         <translation>副本录制</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="284"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="294"/>
         <source>the recording</source>
         <translation>录制</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="287"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="297"/>
         <source>%1 failed during the run (%2) and no new file could be begun after it; the streams went on</source>
         <translation>%1在运行中失败（%2），之后无法开始新文件；推流继续进行</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="291"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="301"/>
         <source>%1 failed during the run (%2); it went on in a new file %3 time(s), but was failing again at the end; the streams went on</source>
         <translation>%1在运行中失败（%2）；已在新文件中继续 %3 次，但结束时再次失败；推流继续进行</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="295"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="305"/>
         <source>%1 failed during the run (%2); the streams went on, and %1 went on in %3</source>
         <translation>%1在运行中失败（%2）；推流继续进行，%1在 %3 中继续</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="304"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="314"/>
         <source>channel %1: the source never opened (%2)</source>
         <translation>通道 %1：源始终未能打开（%2）</translation>
     </message>
@@ -45,54 +45,54 @@
 <context>
     <name>MainWindow</name>
     <message>
-        <location filename="../app/MainWindow.cpp" line="260"/>
+        <location filename="../app/MainWindow.cpp" line="262"/>
         <source>Channel %1: %2</source>
         <translation>通道 %1：%2</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="401"/>
+        <location filename="../app/MainWindow.cpp" line="406"/>
         <source>Schedule: Undo</source>
         <translation>节目编排：撤销</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="402"/>
+        <location filename="../app/MainWindow.cpp" line="407"/>
         <source>Schedule: Redo</source>
         <translation>节目编排：重做</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="418"/>
-        <location filename="../app/MainWindow.cpp" line="424"/>
-        <location filename="../app/MainWindow.cpp" line="436"/>
+        <location filename="../app/MainWindow.cpp" line="423"/>
+        <location filename="../app/MainWindow.cpp" line="429"/>
+        <location filename="../app/MainWindow.cpp" line="441"/>
         <source>Export Drawing</source>
         <translation>导出涂鸦</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="419"/>
+        <location filename="../app/MainWindow.cpp" line="424"/>
         <source>There is no drawing to export yet. Draw on the program preview with View -&gt; Drawing Tools.</source>
         <translation>还没有可导出的涂鸦。请通过“视图 -&gt; 涂鸦工具”在节目预览上绘制。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="425"/>
+        <location filename="../app/MainWindow.cpp" line="430"/>
         <source>PNG image (*.png)</source>
         <translation>PNG 图片 (*.png)</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="437"/>
+        <location filename="../app/MainWindow.cpp" line="442"/>
         <source>Unable to write the file.</source>
         <translation>无法写入文件。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="440"/>
+        <location filename="../app/MainWindow.cpp" line="445"/>
         <source>Drawing exported to %1</source>
         <translation>涂鸦已导出到 %1</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="749"/>
+        <location filename="../app/MainWindow.cpp" line="754"/>
         <source>About Selvane</source>
         <translation>关于 Selvane</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="568"/>
+        <location filename="../app/MainWindow.cpp" line="573"/>
         <source>The recording failed: %1
 
 The streams go on. A new file is tried every second and the recording goes on there as soon as writing works.</source>
@@ -101,42 +101,42 @@ The streams go on. A new file is tried every second and the recording goes on th
 推流继续进行。每秒会尝试一个新文件，一旦可以写入，录制就在新文件中继续。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="594"/>
+        <location filename="../app/MainWindow.cpp" line="599"/>
         <source>Source</source>
         <translation>输入源</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="612"/>
+        <location filename="../app/MainWindow.cpp" line="617"/>
         <source>Output</source>
         <translation>输出</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="632"/>
+        <location filename="../app/MainWindow.cpp" line="637"/>
         <source>Stream %1 expects a %2:// URL.</source>
         <translation>推流 %1 需要 %2:// 地址。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="705"/>
+        <location filename="../app/MainWindow.cpp" line="710"/>
         <source>Outputs are running</source>
         <translation>输出正在运行</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="706"/>
+        <location filename="../app/MainWindow.cpp" line="711"/>
         <source>Recording or streaming is running. Stop the outputs and close Selvane?</source>
         <translation>录制或推流正在进行。要停止输出并关闭 Selvane 吗？</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="744"/>
+        <location filename="../app/MainWindow.cpp" line="749"/>
         <source>Output Folder</source>
         <translation>输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="744"/>
+        <location filename="../app/MainWindow.cpp" line="749"/>
         <source>Unable to open the output folder.</source>
         <translation>无法打开输出文件夹。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="750"/>
+        <location filename="../app/MainWindow.cpp" line="755"/>
         <source>Selvane %1
 Live video mixer: four input channels, overlays, audio mixing, recording and live streaming.</source>
         <translation>Selvane %1
@@ -294,21 +294,31 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
     </message>
     <message>
         <location filename="../engine/ProblemText.cpp" line="113"/>
+        <source>That time has passed: %1</source>
+        <translation>该时间已经过去：%1</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="115"/>
+        <source>The outputs must stop after they start.</source>
+        <translation>输出的停止时间必须晚于开始时间。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="117"/>
         <source>Choose a folder or images first.</source>
         <translation>请先选择文件夹或图片。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="115"/>
+        <location filename="../engine/ProblemText.cpp" line="119"/>
         <source>The backup of channel %1 must be another channel (channel:1 to channel:4) or a file or stream address: %2</source>
         <translation>通道 %1 的备份必须是另一个通道（channel:1 到 channel:4）或文件、流地址：%2</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="121"/>
+        <location filename="../engine/ProblemText.cpp" line="125"/>
         <source>Failover times lie between 100 ms and one hour, not %1 ms.</source>
         <translation>故障切换时间须在 100 毫秒到一小时之间，而不是 %1 毫秒。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="125"/>
+        <location filename="../engine/ProblemText.cpp" line="129"/>
         <source>The slate cannot be read: %1</source>
         <translation>无法读取垫片画面：%1</translation>
     </message>
@@ -316,17 +326,17 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>ProgramArrangement</name>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="151"/>
+        <location filename="../cli/CommandLine.cpp" line="161"/>
         <source>Unable to open the file.</source>
         <translation>无法打开文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="175"/>
+        <location filename="../cli/CommandLine.cpp" line="185"/>
         <source>Schedule check passed: %1 base clip(s), %2 overlay clip(s).</source>
         <translation>节目编排检查通过：%1 个基础片段，%2 个叠加片段。</translation>
     </message>
     <message>
-        <location filename="../schedule/ScheduleRunner.cpp" line="68"/>
+        <location filename="../schedule/ScheduleRunner.cpp" line="79"/>
         <source>Add at least one valid base clip.</source>
         <translation>请至少添加一个有效的基础片段。</translation>
     </message>
@@ -439,421 +449,451 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <translation>基础片段 %1 显示通道 %2，但该通道没有信号源。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="279"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="291"/>
         <source>line 1, column 1: expected an object ({...}) at the top</source>
         <translation>第 1 行，第 1 列：顶层应为一个对象（{...}）</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="285"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="297"/>
         <source>not a Selvane schedule file (its &quot;format&quot; is not &quot;%1&quot;)</source>
         <translation>不是有效的节目编排文件（其 &quot;format&quot; 不是 &quot;%1&quot;）</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="305"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="327"/>
         <source>Invalid Schedule</source>
         <translation>无效的节目编排</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="308"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="330"/>
         <source>Missing Media</source>
         <translation>媒体缺失</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="328"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="350"/>
         <source>Every base clip needs an ID.</source>
         <translation>每个基础片段都需要 ID。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="330"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="352"/>
         <source>Duplicate base clip ID: %1</source>
         <translation>基础片段 ID 重复：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="333"/>
-        <location filename="../schedule/ProgramArrangement.cpp" line="352"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="355"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="374"/>
         <source>End time must be later than start time.</source>
         <translation>结束时间必须晚于开始时间。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="335"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="357"/>
         <source>Select an image directory.</source>
         <translation>请选择图片目录。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="337"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="359"/>
         <source>Select a video for the channel.</source>
         <translation>请为通道选择视频。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="339"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="361"/>
         <source>Base video was not found: %1</source>
         <translation>找不到基础视频：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="342"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="364"/>
         <source>Image directory was not found: %1</source>
         <translation>找不到图片目录：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="347"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="369"/>
         <source>Every overlay clip needs an ID.</source>
         <translation>每个叠加片段都需要 ID。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="349"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="371"/>
         <source>Duplicate overlay clip ID: %1</source>
         <translation>叠加片段 ID 重复：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="354"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="376"/>
         <source>Overlay text cannot be empty.</source>
         <translation>叠加文字不能为空。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="356"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="378"/>
         <source>Overlay clip %1: its text has %2 characters; a text holds at most %3.</source>
         <translation>叠加片段 %1：文本有 %2 个字符；文本最多 %3 个字符。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="362"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="384"/>
         <source>Select an overlay image file.</source>
         <translation>请选择叠加图片文件。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="364"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="386"/>
         <source>Overlay image was not found: %1</source>
         <translation>找不到叠加图片：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="366"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="388"/>
         <source>Select an overlay video.</source>
         <translation>请选择叠加视频。</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="368"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="390"/>
         <source>Overlay video was not found: %1</source>
         <translation>找不到叠加视频：%1</translation>
     </message>
     <message>
-        <location filename="../schedule/ProgramArrangement.cpp" line="371"/>
+        <location filename="../schedule/ProgramArrangement.cpp" line="393"/>
         <source>Add at least one valid base clip.</source>
         <translation>请至少添加一个有效的基础片段。</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="398"/>
+        <source>Outputs entry %1: &quot;startMs&quot; and &quot;endMs&quot; are milliseconds of 0 or more.</source>
+        <translation>输出条目 %1：&quot;startMs&quot; 和 &quot;endMs&quot; 是不小于 0 的毫秒数。</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="402"/>
+        <source>Outputs entry %1: it must stop after it starts.</source>
+        <translation>输出条目 %1：停止时间必须晚于开始时间。</translation>
+    </message>
+    <message>
+        <location filename="../schedule/ProgramArrangement.cpp" line="404"/>
+        <source>Outputs entry %1 starts before entry %2 has stopped: the outputs run one stretch at a time, in order.</source>
+        <translation>输出条目 %1 在条目 %2 停止之前开始：输出一次只运行一段，按顺序进行。</translation>
     </message>
 </context>
 <context>
     <name>selvane</name>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="31"/>
+        <location filename="../cli/CommandLine.cpp" line="32"/>
         <source>Selvane live video mixer. Without options the mixer window opens.</source>
         <translation>Selvane 直播视频混合器。不带选项时打开混合器窗口。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="34"/>
+        <location filename="../cli/CommandLine.cpp" line="35"/>
         <source>Run the engine without a window (no instance lock).</source>
         <translation>无窗口运行引擎（不占用单实例锁）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="36"/>
+        <location filename="../cli/CommandLine.cpp" line="37"/>
         <source>Play this program schedule (JSON) into the outputs.</source>
         <translation>将此节目编排（JSON）播出到输出。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="49"/>
+        <location filename="../cli/CommandLine.cpp" line="50"/>
         <source>When channel N fails on air (reconnecting, or no new picture for --failover-ms), show this instead: channel:M (another channel), or a file or stream address. A channel without one shows the slate. Repeatable; turns failover on.</source>
         <translation>当通道 N 在播出中故障（正在重连，或超过 --failover-ms 无新画面）时改为显示：channel:M（另一个通道），或文件、流地址。没有备份的通道显示垫片画面。可重复；同时开启故障切换。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="55"/>
+        <location filename="../cli/CommandLine.cpp" line="56"/>
         <source>The picture or clip shown for a failed channel without a backup (default: a card saying the programme will be back shortly); turns failover on.</source>
         <translation>没有备份的故障通道所显示的图片或片段（默认：提示节目马上回来的卡片）；同时开启故障切换。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="59"/>
+        <location filename="../cli/CommandLine.cpp" line="60"/>
         <source>Words over the slate.</source>
         <translation>垫片画面上的文字。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="61"/>
+        <location filename="../cli/CommandLine.cpp" line="62"/>
         <source>How long the channel on air may deliver no new picture before its backup replaces it (default 2000); turns failover on.</source>
         <translation>播出通道无新画面多长时间后由其备份替代（默认 2000）；同时开启故障切换。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="65"/>
+        <location filename="../cli/CommandLine.cpp" line="66"/>
         <source>How long a failed channel must deliver steadily before it goes back on air (default 3000).</source>
         <translation>故障通道须稳定输出多长时间才重新播出（默认 3000）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="68"/>
+        <location filename="../cli/CommandLine.cpp" line="69"/>
         <source>Run the built-in demo: test signals, a schedule, a ticker and an image overlay (no files needed).</source>
         <translation>运行内置演示：测试信号、节目编排、滚动字幕和图片叠加（无需任何文件）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="71"/>
+        <location filename="../cli/CommandLine.cpp" line="72"/>
         <source>Load a source into input channel N (1-4): a file path, a network URL, a capture address or lavfi://GRAPH. Repeatable.</source>
         <translation>为输入通道 N（1-4）加载信号源：文件路径、网络地址、采集地址或 lavfi://GRAPH。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="75"/>
+        <location filename="../cli/CommandLine.cpp" line="76"/>
         <source>Give channel N (1-4) the sound of this microphone (a PulseAudio source by name or description) instead of its own. Repeatable.</source>
         <translation>让通道 N（1-4）使用此麦克风（按名称或描述指定的 PulseAudio 源）的声音代替其自身声音。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="78"/>
+        <location filename="../cli/CommandLine.cpp" line="79"/>
         <source>Channel (1-4) that forms the program picture. Default 1.</source>
         <translation>构成节目画面的通道（1-4），默认 1。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="80"/>
+        <location filename="../cli/CommandLine.cpp" line="81"/>
         <source>Stop after this many seconds (default: until Ctrl+C).</source>
         <translation>运行指定秒数后停止（默认：直到 Ctrl+C）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="82"/>
+        <location filename="../cli/CommandLine.cpp" line="83"/>
         <source>Window: start the recording and streams of the show at once (without --headless they wait for the Start button).</source>
         <translation>窗口模式：立即开始节目的录制与推流（不加此项时等待按下“开始输出”）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="85"/>
+        <location filename="../cli/CommandLine.cpp" line="86"/>
         <source>Preview (speaker) volume of channel N, linear, e.g. 1=0.5. Repeatable.</source>
         <translation>通道 N 的预览（扬声器）音量，线性，例如 1=0.5。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="88"/>
+        <location filename="../cli/CommandLine.cpp" line="89"/>
         <source>Volume of the program channel in the program mix, linear (default 1).</source>
         <translation>节目通道在节目混音中的音量，线性（默认 1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="91"/>
+        <location filename="../cli/CommandLine.cpp" line="92"/>
         <source>Program bus gain for recording and streaming, in percent (default 100).</source>
         <translation>录制与推流的节目总线增益，百分比（默认 100）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="94"/>
+        <location filename="../cli/CommandLine.cpp" line="95"/>
         <source>Show a scrolling ticker with these words. Repeatable.</source>
         <translation>显示滚动字幕。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="96"/>
+        <location filename="../cli/CommandLine.cpp" line="97"/>
         <source>Show a picture in the rectangle x,y,w,h of the 640x360 scene. Repeatable.</source>
         <translation>在 640x360 场景的矩形 x,y,w,h 中显示图片。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="99"/>
+        <location filename="../cli/CommandLine.cpp" line="100"/>
         <source>Play a video (looping) in the rectangle x,y,w,h of the 640x360 scene. Repeatable.</source>
         <translation>在 640x360 场景的矩形 x,y,w,h 中循环播放视频。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="103"/>
+        <location filename="../cli/CommandLine.cpp" line="104"/>
         <source>Record the program to this file (MP4, MKV, MOV, TS ...).</source>
         <translation>将节目录制到此文件（MP4、MKV、MOV、TS……）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="105"/>
+        <location filename="../cli/CommandLine.cpp" line="106"/>
         <source>Write a second copy of the recording from the same encoded pictures: a file, or a folder (on another disk) for a file of the same name. Each copy fails and resumes on its own.</source>
         <translation>用同一编码画面写入录制的第二份副本：一个文件，或一个文件夹（位于另一磁盘）以存放同名文件。每份副本各自失败与恢复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="110"/>
+        <location filename="../cli/CommandLine.cpp" line="111"/>
         <source>Start a new recording file at a keyframe after this many minutes.</source>
         <translation>录制满指定分钟后在关键帧处开始新文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="114"/>
+        <location filename="../cli/CommandLine.cpp" line="115"/>
         <source>Start a new recording file at a keyframe once a file reaches this many GiB.</source>
         <translation>文件达到指定 GiB 后在关键帧处开始新文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="116"/>
+        <location filename="../cli/CommandLine.cpp" line="117"/>
         <source>Ring recording (with segments): delete this take&apos;s oldest segments while the recording&apos;s disk has less than this many MiB free.</source>
         <translation>循环录制（需分段）：当录制磁盘剩余空间少于此 MiB 数时，删除本次录制最早的分段。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="120"/>
+        <location filename="../cli/CommandLine.cpp" line="121"/>
         <source>Publish the program to this URL (rtmp://, rtmps://, srt://, udp:// ...); #FORMAT picks the container (flv, mpegts). Repeatable.</source>
         <translation>将节目推流到此地址（rtmp://、rtmps://、srt://、udp://……）；#FORMAT 指定封装格式（flv、mpegts）。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="124"/>
+        <location filename="../cli/CommandLine.cpp" line="125"/>
+        <source>Start the outputs at this time rather than at once: a local date-time (2026-11-26T21:00[:SS]), a time of day (21:00[:SS], its next coming), or &quot;schedule&quot; (as the schedule starts).</source>
+        <translation>在此时间而非立即启动输出：本地日期时间（2026-11-26T21:00[:SS]）、一天中的时间（21:00[:SS]，即下一次到来时），或 &quot;schedule&quot;（节目编排开始时）。</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="130"/>
+        <source>Stop the outputs at this time: a date-time, a time of day, or &quot;schedule&quot; (where the schedule ends).</source>
+        <translation>在此时间停止输出：日期时间、一天中的时间，或 &quot;schedule&quot;（节目编排结束处）。</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="134"/>
         <source>Output size, e.g. 1280x720 (default: same as the program).</source>
         <translation>输出尺寸，例如 1280x720（默认：与节目相同）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="125"/>
+        <location filename="../cli/CommandLine.cpp" line="135"/>
         <source>Output frame rate: 30 or 60 (default 30).</source>
         <translation>输出帧率：30 或 60（默认 30）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="126"/>
+        <location filename="../cli/CommandLine.cpp" line="136"/>
         <source>Video bitrate in kbit/s (default: automatic).</source>
         <translation>视频码率，kbit/s（默认：自动）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="128"/>
+        <location filename="../cli/CommandLine.cpp" line="138"/>
         <source>Video encoder: auto, hardware or software (default auto).</source>
         <translation>视频编码器：auto、hardware 或 software（默认 auto）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="130"/>
+        <location filename="../cli/CommandLine.cpp" line="140"/>
         <source>Quality preset: performance, balanced or quality (default balanced).</source>
         <translation>质量预设：performance、balanced 或 quality（默认 balanced）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="133"/>
+        <location filename="../cli/CommandLine.cpp" line="143"/>
         <source>Serve the remote control API (HTTP and WebSocket) on this port.</source>
         <translation>在此端口上提供远程控制 API（HTTP 和 WebSocket）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="136"/>
+        <location filename="../cli/CommandLine.cpp" line="146"/>
         <source>Address the remote control listens on (default 127.0.0.1).</source>
         <translation>远程控制监听的地址（默认 127.0.0.1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="224"/>
+        <location filename="../cli/CommandLine.cpp" line="234"/>
         <source>--record expects a file path</source>
         <translation>--record 需要文件路径</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="231"/>
+        <location filename="../cli/CommandLine.cpp" line="241"/>
         <source>--twin expects a file or a folder, beside --record</source>
         <translation>--twin 需要一个文件或文件夹，并须同时使用 --record</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="245"/>
+        <location filename="../cli/CommandLine.cpp" line="255"/>
         <source>--%1 expects a positive number, got &quot;%2&quot;</source>
         <translation>--%1 需要正数，收到 &quot;%2&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="256"/>
+        <location filename="../cli/CommandLine.cpp" line="266"/>
         <source>segment limits need --record</source>
         <translation>分段限制需要 --record</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="264"/>
+        <location filename="../cli/CommandLine.cpp" line="277"/>
+        <source>--%1 expects a date-time (2026-11-26T21:00), a time of day (21:00) or &quot;schedule&quot;, got &quot;%2&quot;</source>
+        <translation>--%1 需要日期时间（2026-11-26T21:00）、一天中的时间（21:00）或 &quot;schedule&quot;，收到 &quot;%2&quot;</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="289"/>
         <source>--keep-free deletes old segments: it needs --segment-minutes or --segment-gib</source>
         <translation>--keep-free 会删除旧分段：需要 --segment-minutes 或 --segment-gib</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="283"/>
+        <location filename="../cli/CommandLine.cpp" line="308"/>
         <source>--size expects an even width and height, got &quot;%1&quot;</source>
         <translation>--size 的宽和高必须是偶数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="381"/>
+        <location filename="../cli/CommandLine.cpp" line="406"/>
         <source>--control-port expects a port from 1 to 65535, got &quot;%1&quot;</source>
         <translation>--control-port 需要 1 到 65535 之间的端口，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="390"/>
+        <location filename="../cli/CommandLine.cpp" line="415"/>
         <source>--control-bind expects an IP address such as 127.0.0.1 or ::1, got &quot;%1&quot;</source>
         <translation>--control-bind 需要 IP 地址（如 127.0.0.1 或 ::1），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="418"/>
+        <location filename="../cli/CommandLine.cpp" line="443"/>
         <source>overlay &quot;%1&quot;: &quot;%2&quot; is not a file that can be read</source>
         <translation>叠加 &quot;%1&quot;：&quot;%2&quot; 不是可读取的文件</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="38"/>
+        <location filename="../cli/CommandLine.cpp" line="39"/>
         <source>Validate a program schedule and print it in the current format; with --channel options, warn of clips whose channel has no source.</source>
         <translation>校验节目编排并以当前格式输出；配合 --channel 选项时，对通道没有信号源的片段给出警告。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="42"/>
+        <location filename="../cli/CommandLine.cpp" line="43"/>
         <source>How the schedule&apos;s channel clips without a transition of their own come on air: cut, mix, wipe or dip, with :MS for its length (default 1000), e.g. mix:500; or stinger:FILE, a clip with alpha played over the switch, with @MS for where the switch happens (default: its middle), e.g. stinger:logo.mov@400. Default: cut.</source>
         <translation>节目单中没有指定转场的通道片段如何上播：cut、mix、wipe 或 dip，可加 :MS 指定时长（默认 1000），例如 mix:500；或 stinger:FILE，在切换时叠加播放一段带透明通道的片段，可加 @MS 指定切换发生的位置（默认：片段中点），例如 stinger:logo.mov@400。默认：cut。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="277"/>
+        <location filename="../cli/CommandLine.cpp" line="302"/>
         <source>--size expects WIDTHxHEIGHT, got &quot;%1&quot;</source>
         <translation>--size 需要 宽x高，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="291"/>
+        <location filename="../cli/CommandLine.cpp" line="316"/>
         <source>--fps expects 30 or 60, got &quot;%1&quot;</source>
         <translation>--fps 需要 30 或 60，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="300"/>
+        <location filename="../cli/CommandLine.cpp" line="325"/>
         <source>--bitrate expects kbit/s from 100 to 400000, got &quot;%1&quot;</source>
         <translation>--bitrate 需要 100 到 400000 之间的 kbit/s，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="309"/>
+        <location filename="../cli/CommandLine.cpp" line="334"/>
         <source>--encoder expects auto, hardware or software, got &quot;%1&quot;</source>
         <translation>--encoder 需要 auto、hardware 或 software，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="319"/>
+        <location filename="../cli/CommandLine.cpp" line="344"/>
         <source>--preset expects performance, balanced or quality, got &quot;%1&quot;</source>
         <translation>--preset 需要 performance、balanced 或 quality，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="348"/>
+        <location filename="../cli/CommandLine.cpp" line="373"/>
         <source>--volume expects N=V with N from 1 to 4 and V from 0 to 4, got &quot;%1&quot;</source>
         <translation>--volume 需要 N=V（N 为 1 到 4，V 为 0 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="358"/>
+        <location filename="../cli/CommandLine.cpp" line="383"/>
         <source>--program-volume expects a number from 0 to 4, got &quot;%1&quot;</source>
         <translation>--program-volume 需要 0 到 4 之间的数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="367"/>
+        <location filename="../cli/CommandLine.cpp" line="392"/>
         <source>--gain expects a percentage from 0 to 1000, got &quot;%1&quot;</source>
         <translation>--gain 需要 0 到 1000 之间的百分比，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="426"/>
+        <location filename="../cli/CommandLine.cpp" line="451"/>
         <source>at most %1 image and video overlays</source>
         <translation>图片与视频叠加最多 %1 个</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="441"/>
+        <location filename="../cli/CommandLine.cpp" line="466"/>
         <source>--backup expects N=ADDRESS or N=channel:M with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--backup 需要 N=地址 或 N=channel:M，N 为 1 到 4，实际为 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="463"/>
+        <location filename="../cli/CommandLine.cpp" line="488"/>
         <source>--%1 expects milliseconds from 100 to 3600000, got &quot;%2&quot;</source>
         <translation>--%1 需要 100 到 3600000 之间的毫秒数，实际为 &quot;%2&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="488"/>
+        <location filename="../cli/CommandLine.cpp" line="513"/>
         <source>--channel expects N=ADDRESS with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--channel 需要 N=地址（N 为 1 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="499"/>
+        <location filename="../cli/CommandLine.cpp" line="524"/>
         <source>--microphone expects N=NAME with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--microphone 需要 N=名称，N 为 1 到 4，收到的是“%1”</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="510"/>
+        <location filename="../cli/CommandLine.cpp" line="535"/>
         <source>--base expects a channel from 1 to 4, got &quot;%1&quot;</source>
         <translation>--base 需要 1 到 4 的通道，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="519"/>
+        <location filename="../cli/CommandLine.cpp" line="544"/>
         <source>--duration expects a positive number of seconds, got &quot;%1&quot;</source>
         <translation>--duration 需要正的秒数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="534"/>
+        <location filename="../cli/CommandLine.cpp" line="559"/>
         <source>--transition: %1, got &quot;%2&quot;</source>
         <translation>--transition：%1，收到的是“%2”</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="543"/>
+        <location filename="../cli/CommandLine.cpp" line="568"/>
         <source>--demo brings its own schedule; leave out --schedule</source>
         <translation>--demo 自带节目编排；请去掉 --schedule</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="556"/>
+        <location filename="../cli/CommandLine.cpp" line="581"/>
         <source>--headless needs at least one --channel</source>
         <translation>--headless 至少需要一个 --channel</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="560"/>
+        <location filename="../cli/CommandLine.cpp" line="585"/>
         <source>the base channel %1 has no source</source>
         <translation>基础通道 %1 没有信号源</translation>
     </message>
@@ -1605,6 +1645,19 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <location filename="../panels/DrawingToolBar.cpp" line="242"/>
         <source>Show the drawing on the program and in the outputs</source>
         <translation>在节目和输出中显示涂鸦</translation>
+    </message>
+</context>
+<context>
+    <name>selvane::Engine</name>
+    <message>
+        <location filename="../engine/Engine.cpp" line="725"/>
+        <source>Invalid Schedule</source>
+        <translation>无效的节目编排</translation>
+    </message>
+    <message>
+        <location filename="../engine/Engine.cpp" line="725"/>
+        <source>&quot;failover&quot;: %1</source>
+        <translation>&quot;failover&quot;：%1</translation>
     </message>
 </context>
 <context>
@@ -2470,6 +2523,69 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <location filename="../panels/OutputStatusView.cpp" line="133"/>
         <source>Output status</source>
         <translation>输出状态</translation>
+    </message>
+</context>
+<context>
+    <name>selvane::OutputTimesBox</name>
+    <message>
+        <location filename="../panels/OutputTimesBox.cpp" line="135"/>
+        <source>The outputs start in %1</source>
+        <translation>输出将在 %1 后开始</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputTimesBox.cpp" line="137"/>
+        <source>The outputs stop in %1</source>
+        <translation>输出将在 %1 后停止</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputTimesBox.cpp" line="139"/>
+        <source>Nothing due: the outputs start and stop by hand</source>
+        <translation>没有待执行的时间：输出由手动开始和停止</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputTimesBox.cpp" line="151"/>
+        <source>Start and Stop by Themselves</source>
+        <translation>自动开始和停止</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputTimesBox.cpp" line="152"/>
+        <source>Start:</source>
+        <translation>开始：</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputTimesBox.cpp" line="153"/>
+        <source>Stop:</source>
+        <translation>停止：</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputTimesBox.cpp" line="154"/>
+        <location filename="../panels/OutputTimesBox.cpp" line="157"/>
+        <source>By hand</source>
+        <translation>手动</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputTimesBox.cpp" line="155"/>
+        <source>At the schedule&apos;s start</source>
+        <translation>节目编排开始时</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputTimesBox.cpp" line="156"/>
+        <location filename="../panels/OutputTimesBox.cpp" line="159"/>
+        <source>At</source>
+        <translation>定时</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputTimesBox.cpp" line="158"/>
+        <source>At the schedule&apos;s end</source>
+        <translation>节目编排结束时</translation>
+    </message>
+</context>
+<context>
+    <name>selvane::OutputTimesDesk</name>
+    <message>
+        <location filename="../app/OutputTimesDesk.cpp" line="40"/>
+        <source>Output Times</source>
+        <translation>输出时间</translation>
     </message>
 </context>
 <context>

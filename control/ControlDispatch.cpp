@@ -99,7 +99,7 @@ Reply ControlDispatch::execute(const ControlCommand &c)
         return ok(failoverJson(engine));
     case Command::SetFailover: {
         QString error;
-        const auto settings = failoverFromJson(c.failover, engine.failover(), &error);
+        const auto settings = failoverFromJson(c.fields, engine.failover(), &error);
         if (!settings)
             return failed(400, error);
         if (const Problem problem = engine.setFailover(*settings))
@@ -112,7 +112,7 @@ Reply ControlDispatch::execute(const ControlCommand &c)
         const QDateTime now = QDateTime::currentDateTime();
         for (const auto &[name, moment, stop] :
              {std::tuple{"start", &times.start, false}, std::tuple{"stop", &times.stop, true}}) {
-            const QJsonValue value = c.outputTimes.value(QLatin1String(name));
+            const QJsonValue value = c.fields.value(QLatin1String(name));
             if (value.isUndefined())
                 continue;
             const std::optional<OutputMoment> read =

@@ -556,10 +556,8 @@ Refusal readBody(const QByteArray &body, ControlCommand *c)
         c->takeAtOnce = f.boolean("cut").value_or(false);
         break;
     case Command::SetFailover:
-        c->failover = object; // read against the engine's settings by the dispatcher
-        break;
     case Command::SetOutputTimes:
-        c->outputTimes = object;
+        c->fields = object; // read against the engine's settings by the dispatcher
         break;
     case Command::SetTransition:
         c->transition = object; // read against the engine's transition by the dispatcher

@@ -147,10 +147,9 @@ struct ControlCommand
     double position = 0;
     std::optional<bool> black;
     std::optional<int> durationMs;
-    // Failover: the settings' fields as sent, read against the engine's by the dispatcher.
-    QJsonObject failover;
-    // The outputs' times as sent ("start", "stop"), read by the dispatcher.
-    QJsonObject outputTimes;
+    // Failover, the outputs' times: the fields as sent, read against the engine's settings by
+    // the dispatcher.
+    QJsonObject fields;
 };
 
 struct ParsedRequest

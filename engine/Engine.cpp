@@ -148,8 +148,8 @@ Engine::Engine(QObject *parent) : QObject(parent), m_programPool(kProgramPoolBas
     connect(m_output, &OutputSession::diskForecastChanged, this, &Engine::diskForecastChanged);
     connect(m_output, &OutputSession::started, this, [this](QSize size) {
         // The schedule's time zero is the recording's: switches land where the schedule says
-        // (unless the outputs began at a time the schedule set for them).
-        if (m_schedule->isRunning() && !m_timetable->beganOnSchedule())
+        // (unless the outputs started at a time of their own: the schedule runs on).
+        if (m_schedule->isRunning() && !m_timetable->keepsScheduleClock())
             m_schedule->restartClock(0);
         // The encode queue may hold this many pictures of the channels and of the compositor on
         // top of their pools' usual caps: a busy encoder never starves either.

@@ -195,8 +195,10 @@ void OutputTimetable::check()
         if (*startIn < -1000)
             qWarning().noquote() << "Outputs start" << -*startIn / 1000
                                  << "s after their time: the time came while they could not";
-        m_onSchedule = stretch.start.kind == OutputMoment::Kind::Schedule &&
-                       stretch.start.scheduleMs > 0 && *startIn >= 0;
+        // Only a start at the schedule's own start makes the recording's zero the schedule's;
+        // any other (late or not) leaves the running schedule's clock alone.
+        m_onSchedule = stretch.start.kind != OutputMoment::Kind::Schedule ||
+                       stretch.start.scheduleMs > 0;
         if (const Problem problem = m_hooks.start(nowUs + std::max<qint64>(0, *startIn) * 1000)) {
             nextStretch();
             emit startFailed(problem);

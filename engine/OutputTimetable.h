@@ -65,9 +65,9 @@ public:
     // The outputs stopped, whoever stopped them.
     void outputsStopped();
 
-    // Whether the outputs running now began at a set moment of the schedule after its start
-    // (then the schedule's clock is theirs already and must not be restarted).
-    bool beganOnSchedule() const { return m_phase != Phase::Waiting && m_onSchedule; }
+    // Whether the outputs running now were started by a time other than the schedule's start
+    // (then a running schedule keeps its clock: restarting it would play it again).
+    bool keepsScheduleClock() const { return m_phase != Phase::Waiting && m_onSchedule; }
 
     // How long until the next start, or until the running stretch stops; -1 when none is due.
     qint64 msUntilStart() const;
@@ -102,7 +102,7 @@ private:
     bool m_fromSchedule = false; // the stretches are the schedule's
     int m_index = 0;
     Phase m_phase = Phase::Waiting;
-    bool m_onSchedule = false;
+    bool m_onSchedule = false; // opened by a time other than the schedule's start
     bool m_stopAsked = false; // the timetable stopped the outputs; they are closing
     qint64 m_endUs = 0;
     QTimer *m_timer = nullptr;

@@ -20,10 +20,16 @@ OutputTimesDesk::OutputTimesDesk(Engine &engine, OutputTimesBox *box, QWidget *w
                           << problemText(problem, ProblemLanguage::English);
         store(engine.outputTimes());
     }
-    m_box->show(engine.outputTimes());
+    m_shown = engine.outputTimes();
+    m_box->show(m_shown);
     connect(m_box, &OutputTimesBox::changed, this, [this] { apply(m_box->times()); });
     auto *countdown = new QTimer(this);
     connect(countdown, &QTimer::timeout, this, [this] {
+        // Times set elsewhere (the command line, the remote control) are shown too.
+        if (m_engine.outputTimes() != m_shown) {
+            m_shown = m_engine.outputTimes();
+            m_box->show(m_shown);
+        }
         const OutputStats output = m_engine.stats().output;
         m_box->showCountdown(output.startsInMs, output.stopsInMs);
     });
@@ -41,7 +47,8 @@ void OutputTimesDesk::apply(const OutputTimes &times)
     else
         store(times);
     m_applying = false;
-    m_box->show(m_engine.outputTimes());
+    m_shown = m_engine.outputTimes();
+    m_box->show(m_shown);
     const OutputStats output = m_engine.stats().output;
     m_box->showCountdown(output.startsInMs, output.stopsInMs);
 }

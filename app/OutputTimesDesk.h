@@ -3,8 +3,9 @@
 // The window's side of the outputs' own times: the times as the operator keeps them (settings
 // "output/startAt" and "output/stopAt", written as "hand", "schedule" or a date-time; one that
 // has passed by the next run is dropped), handed to the engine at start and on every change (a
-// refused change is shown and undone), and the countdown to the next start or stop, once a
-// second. The engine starts and stops the outputs; this only asks and shows.
+// refused change is shown and undone), and, once a second, the countdown to the next start or
+// stop and times set elsewhere (the command line, the remote control). The engine starts and
+// stops the outputs; this only asks and shows.
 //
 // GUI thread only.
 
@@ -35,6 +36,7 @@ private:
     OutputTimesBox *m_box;
     QWidget *m_window;
     bool m_applying = false;
+    OutputTimes m_shown; // what the box was last given
 };
 
 } // namespace selvane

@@ -4,7 +4,6 @@
 #include <QDateTimeEdit>
 #include <QEvent>
 #include <QFormLayout>
-#include <QHBoxLayout>
 #include <QLabel>
 
 namespace selvane {
@@ -53,15 +52,12 @@ OutputTimesBox::OutputTimesBox(QWidget *parent) : QGroupBox(parent)
         at->setDisplayFormat(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
         at->setCalendarPopup(true);
     }
+    // Each choice above its date-time: the output settings dock stays narrow.
     auto *form = new QFormLayout(this);
-    auto *startRow = new QHBoxLayout;
-    startRow->addWidget(m_startKind);
-    startRow->addWidget(m_startAt, 1);
-    auto *stopRow = new QHBoxLayout;
-    stopRow->addWidget(m_stopKind);
-    stopRow->addWidget(m_stopAt, 1);
-    form->addRow(m_startLabel, startRow);
-    form->addRow(m_stopLabel, stopRow);
+    form->addRow(m_startLabel, m_startKind);
+    form->addRow(QString(), m_startAt);
+    form->addRow(m_stopLabel, m_stopKind);
+    form->addRow(QString(), m_stopAt);
     form->addRow(m_countdown);
 
     const auto edited = [this] {

@@ -223,6 +223,11 @@ ProgramArrangement ScheduleWindow::arrangement() const
         clip.endMs = row.openEnded ? 0 : zero.msecsTo(row.end);
         a.overlayClips.append(clip);
     }
+    // What the editor does not show rides along from the file, the outputs' stretches moving
+    // with the clips when the origin does.
+    a.failover = m_carried.failover;
+    for (const auto &[start, end] : m_carried.outputs)
+        a.outputs.append({zero.msecsTo(start), end.isValid() ? zero.msecsTo(end) : 0});
     return a;
 }
 
@@ -251,6 +256,11 @@ void ScheduleWindow::loadArrangement(const ProgramArrangement &a)
     for (const OverlayClip &c : a.overlayClips)
         loaded.overlay.append({c, zero.addMSecs(c.startMs), zero.addMSecs(c.endMs), c.endMs == 0});
     loaded.origin = zero;
+    m_carried.failover = a.failover;
+    m_carried.outputs.clear();
+    for (const OutputSpan &span : a.outputs)
+        m_carried.outputs.append({zero.addMSecs(span.startMs),
+                                  span.endMs > 0 ? zero.addMSecs(span.endMs) : QDateTime()});
     edit(tr("Load Schedule"), loaded, {});
 }
 

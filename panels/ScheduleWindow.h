@@ -18,6 +18,7 @@
 #include "panels/ClipDialogs.h"
 #include "panels/ScheduleEdit.h"
 
+#include <QJsonObject>
 #include <QMessageBox>
 #include <QWidget>
 
@@ -108,6 +109,13 @@ private:
     Engine *m_engine = nullptr;
     BaseRowsModel *m_baseModel = nullptr;
     OverlayRowsModel *m_overlayModel = nullptr;
+    // The loaded file's failover settings and output stretches (at their times; an invalid end
+    // runs until the schedule ends): kept as they were and written back with the clips.
+    struct Carried
+    {
+        QJsonObject failover;
+        QList<std::pair<QDateTime, QDateTime>> outputs;
+    } m_carried;
     QDateTime m_committedOrigin; // the origin of the last edit (the box may be ahead of it)
     QUndoStack *m_undo = nullptr;
     QAction *m_undoAction = nullptr;

@@ -14,6 +14,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateTimeEdit>
+#include <QJsonObject>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -135,8 +136,8 @@ private slots:
         const QString file = dir.filePath("show.json");
         QVERIFY(w.exportTo(file));
         IsolatedHome home;
-        const ProcessResult checked =
-            runProcess(testsupport::builtProgram("SELVANE_BINARY"), {"--check-schedule", file}, home.environment());
+        const ProcessResult checked = runProcess(testsupport::builtProgram("SELVANE_BINARY"),
+                                                 {"--check-schedule", file}, home.environment());
         QVERIFY2(checked.exitCode == 0, checked.err.constData());
 
         // Cleared overlays come back with the file, exactly as they were.
@@ -144,6 +145,20 @@ private slots:
         QTest::mouseClick(named<QPushButton>(&w, "Clear Overlay Clips"), Qt::LeftButton);
         QCOMPARE(*said, QString("Clear Overlay Clips|Delete all overlay clips?"));
         QCOMPARE(summary(w), QString("Base 2  |  Overlay 0"));
+        QVERIFY(w.importFrom(file));
+        QCOMPARE(w.arrangement(), built);
+        // What the editor does not show (the outputs' stretches, failover) is written back as
+        // it came, and gone with a file without it.
+        ProgramArrangement extras = built;
+        extras.outputs = {{3000, 9000}, {12000, 0}};
+        extras.failover = QJsonObject{{"failoverMs", 1500}};
+        const QString extrasFile = QDir(dir.path()).filePath("extras.json");
+        QFile out(extrasFile);
+        QVERIFY(out.open(QIODevice::WriteOnly));
+        out.write(arrangement::toJson(extras));
+        out.close();
+        QVERIFY(w.importFrom(extrasFile));
+        QCOMPARE(w.arrangement(), extras);
         QVERIFY(w.importFrom(file));
         QCOMPARE(w.arrangement(), built);
 

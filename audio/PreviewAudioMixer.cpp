@@ -80,6 +80,12 @@ void PreviewAudioMixer::setProgramTap(ProgramTap tap)
     m_tap = std::move(tap);
 }
 
+void PreviewAudioMixer::setChannelTap(ChannelTap tap)
+{
+    std::lock_guard lock(m_tapMutex);
+    m_channelTap = std::move(tap);
+}
+
 void PreviewAudioMixer::start()
 {
     if (m_device || m_timer)
@@ -245,9 +251,16 @@ void PreviewAudioMixer::mixBlock(qint64 programUs)
         programShare[std::size_t(onAir.from)] = 1.0f;
     }
     const float programVolume = m_programVolume.load() * float(1.0 - onAir.black);
+    ChannelTap channelTap;
+    {
+        std::lock_guard lock(m_tapMutex);
+        channelTap = m_channelTap;
+    }
     for (int c = 0; c < 4; ++c) {
         const float v = m_channelVolumes[c].load();
         const int real = takeSource(m_feeds.channel(c), programUs);
+        if (channelTap)
+            channelTap(c, m_source.data(), kBlockFrames, programUs);
         if (real == 0) {
             m_levels.silenceChannel(c);
             continue;

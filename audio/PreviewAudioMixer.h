@@ -77,6 +77,11 @@ public:
     void setProgramOutputEnabled(bool enabled) { m_programOutputEnabled.store(enabled); }
     void setProgramGain(float gain) { m_programGain.store(gain); }
     void setProgramTap(ProgramTap tap);
+    // Every channel's own sound, before its volume, for every block (silence while it has
+    // none): the channels' recordings. Called on the mixer's thread; must return at once.
+    using ChannelTap = std::function<void(int channel, const std::int16_t *samples, int frames,
+                                          qint64 ptsUs)>;
+    void setChannelTap(ChannelTap tap);
 
     // The output side's read of the program queue; returns the bytes copied.
     qint64 readProgramAudio(char *data, qint64 maxBytes);
@@ -119,6 +124,7 @@ private:
 
     std::mutex m_tapMutex;
     ProgramTap m_tap;
+    ChannelTap m_channelTap;
 
     AudioQueueIODevice *m_device = nullptr;
     QAudioSink *m_sink = nullptr;

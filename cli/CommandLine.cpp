@@ -1,9 +1,11 @@
 #include "cli/CommandLine.h"
 
 #include "cli/OverlaySpecs.h"
+#include "cli/ProfileOptions.h"
 #include "engine/Engine.h"
 #include "engine/OutputMomentText.h"
 #include "engine/OutputRules.h"
+#include "output/EncodeProfiles.h"
 #include "media/TransitionWords.h"
 #include "schedule/ProgramArrangement.h"
 
@@ -101,7 +103,9 @@ void configureCommandLine(QCommandLineParser &parser)
                          "Repeatable."),
                       "PATH@x,y,w,h"});
     parser.addOption(
-        {"record", tr("Record the program to this file (MP4, MKV, MOV, TS ...)."), "PATH"});
+        {"record",
+         tr("Record the program to this file (MP4, MKV, MOV, TS ...); NAME= picks a profile."),
+         "[NAME=]PATH"});
     parser.addOption({"twin",
                       tr("Write a second copy of the recording from the same encoded pictures: "
                          "a file, or a folder (on another disk) for a file of the same name. "
@@ -120,7 +124,8 @@ void configureCommandLine(QCommandLineParser &parser)
     parser.addOption({"stream",
                       tr("Publish the program to this URL (rtmp://, rtmps://, srt://, udp:// ...); "
                          "#FORMAT picks the container (flv, mpegts). Repeatable."),
-                      "URL[#FORMAT]"});
+                      "[NAME=]URL[#FORMAT]"});
+    addProfileOptions(parser);
     parser.addOption({"start-at",
                       tr("Start the outputs at this time rather than at once: a local date-time "
                          "(2026-11-26T21:00[:SS]), a time of day (21:00[:SS], its next coming), "
@@ -290,8 +295,14 @@ bool readOutputOptions(const QCommandLineParser &parser, ShowOptions *options, Q
         return false;
     }
     out.keepFreeMiB = qint64(keepFree);
-    for (const QString &value : parser.values("stream"))
-        out.streamTargets << OutputRules::parseStreamTarget(value);
+    for (const QString &value : parser.values("stream")) {
+        // "NAME=URL": the target takes that profile.
+        QString url;
+        const QString profile = profiles::splitName(value, &url);
+        StreamTarget target = OutputRules::parseStreamTarget(url);
+        target.profile = profiles::isDefault(profile) ? QString() : profile;
+        out.streamTargets << target;
+    }
     if (parser.isSet("size")) {
         const QStringList parts = parser.value("size").toLower().split('x');
         bool okW = false;
@@ -347,6 +358,8 @@ bool readOutputOptions(const QCommandLineParser &parser, ShowOptions *options, Q
         }
         out.qualityPreset = preset;
     }
+    if (!readProfileOptions(parser, out, error))
+        return false;
     // The engine's checks, before anything starts (an output that is not given is no problem).
     const Problem problem = OutputRules::check(
         {out, {options->outputSize.isValid(), options->outputSize}}, options->outputSize);
@@ -354,7 +367,11 @@ bool readOutputOptions(const QCommandLineParser &parser, ShowOptions *options, Q
         const bool recording = problem.kind == ProblemKind::RecordingUnknownContainer ||
                                problem.kind == ProblemKind::RecordingFolderMissing ||
                                problem.kind == ProblemKind::RecordingFolderNotWritable;
-        *error = (recording ? QStringLiteral("--record: ") : QStringLiteral("--stream: ")) +
+        const bool profile = problem.kind >= ProblemKind::ProfileBadName &&
+                             problem.kind <= ProblemKind::IsoNeedsRecording;
+        *error = (recording  ? QStringLiteral("--record: ")
+                  : profile ? QStringLiteral("--profile: ")
+                             : QStringLiteral("--stream: ")) +
                  problemText(problem);
         return false;
     }

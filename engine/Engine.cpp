@@ -690,6 +690,18 @@ void Engine::openPendingOutputs()
     m_haveSize = false; // the frame rate may have changed
     updateProgramSize();
     m_sizeLocked = true;
+    // What a multiview names under each channel: a file's name or a stream's host, never a
+    // stream key.
+    std::array<QString, kChannelCount> labels;
+    for (int c = 0; c < kChannelCount; ++c) {
+        const SourceAddress source = m_channels->source(c);
+        const QString path = source.localPath();
+        labels[std::size_t(c)] = !path.isEmpty()            ? QFileInfo(path).fileName()
+                                 : !source.host().isEmpty() ? source.scheme() + "://" + source.host()
+                                                            : source.text().left(40);
+    }
+    m_output->setChannelLabels(labels);
+    m_output->setPreviewChannel(m_previewChannel);
     if (!m_output->start(settings.encoder, m_programSize, std::exchange(m_pendingBeginUs, -1))) {
         m_sizeLocked = false;
         updateProgramSize();

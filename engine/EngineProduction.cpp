@@ -3,6 +3,7 @@
 // threads from the feeds' bus; here the operator's requests become the bus's switches.
 
 #include "engine/ChannelSet.h"
+#include "engine/OutputSession.h"
 #include "engine/Engine.h"
 #include "engine/ProgramSwitcher.h"
 #include "engine/SlideShow.h"
@@ -27,6 +28,7 @@ void Engine::setPreviewChannel(int channel)
         emit tbarChanged(0.0);
     }
     m_previewChannel = preview;
+    m_output->setPreviewChannel(preview);
     m_switcher->setFullRateChannel(preview); // the preview monitor moves at the program's rate
     emit previewChannelChanged(preview);
 }

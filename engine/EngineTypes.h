@@ -189,6 +189,7 @@ struct TargetStats
     qint64 reconnects = 0;
     qint64 queueResets = 0;
     qint64 packetsDropped = 0; // queue resets, waits for a keyframe, time spent reconnecting
+    QString profile;           // the encode profile it takes ("default" for the default one)
 };
 
 struct RecordingStats
@@ -208,6 +209,33 @@ struct RecordingStats
     int diskWarning = 0;
 };
 
+// One encoder of the running outputs: the profile it encodes, what it shows ("program",
+// "multiview", "channel N"), its picture, its video bitrate as set and now (they differ while
+// an adaptive bitrate has stepped it down), its steps, and its pictures.
+struct EncodeStats
+{
+    QString profile;
+    QString source;
+    QSize size;
+    double fps = 0;
+    bool adaptive = false;
+    qint64 setKbps = 0;
+    qint64 currentKbps = 0;
+    int bitrateSteps = 0;
+    qint64 framesWritten = 0;
+    qint64 encoderDrops = 0;
+    QString encoder;
+    bool failed = false; // none of its outputs could be opened
+};
+
+// A channel recorded on its own.
+struct IsoStats
+{
+    int channel = 0; // 1-4
+    QString profile;
+    RecordingStats file;
+};
+
 struct OutputStats
 {
     bool running = false;
@@ -224,6 +252,9 @@ struct OutputStats
     bool twinRecording = false; // a second copy of the recording is written
     RecordingStats twin;
     QList<TargetStats> targets;
+    QList<EncodeStats> encodes; // the recording's encode first
+    QList<IsoStats> isoRecordings;
+    QString timecode; // the recordings' timecode origin
     // The outputs' times: how long until they start or stop by themselves, -1 when nothing is
     // due (or not known yet: a time on a schedule that does not run).
     qint64 startsInMs = -1;

@@ -3,6 +3,7 @@
 
 #include "engine/OutputRules.h"
 
+#include "output/EncodeProfiles.h"
 #include "output/VideoEncoderChoice.h"
 
 #include <QFileInfo>
@@ -49,6 +50,53 @@ OutputRules::EightKRules OutputRules::eightKRules(const OutputSettings &settings
     return rules;
 }
 
+Problem OutputRules::checkProfiles(const EncoderSettings &encoder)
+{
+    QStringList names;
+    for (const EncodeProfile &profile : encoder.profiles) {
+        if (!profiles::isValidName(profile.name) || profiles::isDefault(profile.name))
+            return {ProblemKind::ProfileBadName, profile.name};
+        if (names.contains(profile.name))
+            return {ProblemKind::ProfileTwice, profile.name};
+        names << profile.name;
+        if (profile.size.isValid() &&
+            (profile.size.width() < 16 || profile.size.height() < 16 ||
+             profile.size.width() > 8192 || profile.size.height() > 8192 ||
+             profile.size.width() % 2 || profile.size.height() % 2))
+            return {ProblemKind::ProfileBadSize, profile.name};
+        // A profile takes every picture of the program or fewer: never more than there are.
+        if (profile.fps > encoder.fps + 0.01)
+            return {ProblemKind::ProfileAboveProgramRate, profile.name, qint64(encoder.fps)};
+    }
+    const auto known = [&](const QString &name) {
+        return profiles::isDefault(name) || names.contains(name);
+    };
+    if (!known(encoder.fileProfile))
+        return {ProblemKind::ProfileUnknown, encoder.fileProfile};
+    for (const StreamTarget &target : encoder.streamTargets) {
+        if (!known(target.profile))
+            return {ProblemKind::ProfileUnknown, target.profile};
+        if (isHlsTarget(target) && (target.hlsSegmentSeconds < 1 || target.hlsSegmentSeconds > 6))
+            return {ProblemKind::HlsBadSegment, {}, target.hlsSegmentSeconds};
+        if (isHlsTarget(target) && (target.hlsWindow < 2 || target.hlsWindow > 60))
+            return {ProblemKind::HlsBadWindow, {}, target.hlsWindow};
+    }
+    QList<int> isoChannels;
+    for (const IsoRecording &iso : encoder.isoRecordings) {
+        if (iso.channel < 0 || iso.channel > 3)
+            return {ProblemKind::IsoBadChannel, {}, iso.channel + 1};
+        if (isoChannels.contains(iso.channel))
+            return {ProblemKind::IsoTwice, {}, iso.channel + 1};
+        isoChannels << iso.channel;
+        if (!known(iso.profile))
+            return {ProblemKind::ProfileUnknown, iso.profile};
+        if (iso.path.trimmed().isEmpty() &&
+            (!encoder.fileEnabled || encoder.filePath.trimmed().isEmpty()))
+            return ProblemKind::IsoNeedsRecording;
+    }
+    return {};
+}
+
 Problem OutputRules::check(const OutputSettings &settings, QSize programSize)
 {
     const EncoderSettings &encoder = settings.encoder;
@@ -76,6 +124,8 @@ Problem OutputRules::check(const OutputSettings &settings, QSize programSize)
         if (problem != OutputProblem::None)
             return {kindOf(problem), maskStreamUrl(target.url)};
     }
+    if (const Problem problem = checkProfiles(encoder))
+        return problem;
     // 8K is HEVC, and FLV carries H.264 only.
     if (eightKRules(settings, programSize).eightK)
         for (const StreamTarget &target : encoder.streamTargets)

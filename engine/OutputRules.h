@@ -29,6 +29,9 @@ public:
     // What keeps these settings from starting, whatever the engine's state: nothing to write,
     // the recording's container and folder, the targets, 8K over FLV.
     static Problem check(const OutputSettings &settings, QSize programSize);
+    // The encode profiles and what names them: valid and unique names, sizes, no rate above
+    // the program's, every name an output asks for defined, channel recordings, HLS limits.
+    static Problem checkProfiles(const EncoderSettings &encoder);
 };
 
 } // namespace selvane

@@ -1,9 +1,11 @@
 #include "engine/OutputSession.h"
 
 #include "audio/PreviewAudioMixer.h"
+#include "engine/MultiviewFeed.h"
 #include "engine/ProgramSwitcher.h"
 #include "media/AudioFormat.h"
 #include "output/OutputRouter.h"
+#include "output/StreamUrl.h"
 #include "output/VideoEncoderChoice.h"
 
 #include <QCoreApplication>
@@ -12,10 +14,31 @@
 #include <QPointer>
 #include <QStorageInfo>
 #include <QThreadPool>
+#include <QTime>
 #include <QTimer>
 #include <cmath>
 
 namespace selvane {
+
+namespace {
+
+// Ticks are computed from a base with rounding, so a tick may fall a microsecond off the time
+// worked out here: half a millisecond of slack keeps it.
+constexpr qint64 kSlackUs = 500;
+
+// The time of day to the second as a timecode, "HH:MM:SS:00" (a frame number would not be
+// valid in a profile of a lower rate).
+QString timecodeOf(const QTime &time)
+{
+    return QStringLiteral("%1:%2:%3:00")
+        .arg(time.hour(), 2, 10, QLatin1Char('0'))
+        .arg(time.minute(), 2, 10, QLatin1Char('0'))
+        .arg(time.second(), 2, 10, QLatin1Char('0'));
+}
+
+using WeakRouters = std::vector<std::weak_ptr<OutputRouter>>;
+
+} // namespace
 
 OutputSession::OutputSession(ProgramSwitcher &switcher, QObject *parent)
     : QObject(parent), m_switcher(switcher)
@@ -26,12 +49,43 @@ OutputSession::OutputSession(ProgramSwitcher &switcher, QObject *parent)
     connect(m_forecastTimer, &QTimer::timeout, this, &OutputSession::forecastDisks);
 }
 
+OutputSession::~OutputSession()
+{
+    *m_alive = false;
+    disconnectSources();
+    for (Encode &encode : m_encodes)
+        encode.router->stop();
+}
+
+void OutputSession::setChannelLabels(const std::array<QString, kChannelCount> &labels)
+{
+    m_labels = labels;
+    if (m_multiview)
+        m_multiview->setLabels(labels);
+}
+
+void OutputSession::setPreviewChannel(int channel)
+{
+    m_previewChannel = channel;
+    if (m_multiview)
+        m_multiview->setPreviewChannel(channel);
+}
+
+const OutputSession::Encode *OutputSession::primary() const
+{
+    for (const Encode &encode : m_encodes)
+        if (encode.plan.recording)
+            return &encode;
+    return m_encodes.empty() ? nullptr : &m_encodes.front();
+}
+
 void OutputSession::forecastDisks()
 {
-    if (m_state != State::Running || !m_router)
+    const Encode *recording = primary();
+    if (m_state != State::Running || !recording || !recording->plan.recording)
         return;
     const qint64 nowMs = m_elapsed.elapsed();
-    for (const FfmpegEncoderSink::OutputStats &d : m_router->destinationStats()) {
+    for (const FfmpegEncoderSink::OutputStats &d : recording->router->destinationStats()) {
         const bool twin = d.targetIndex == FfmpegEncoderSink::OutputStats::kTwin;
         if ((d.targetIndex != FfmpegEncoderSink::OutputStats::kRecording && !twin) ||
             d.path.isEmpty())
@@ -52,19 +106,12 @@ void OutputSession::forecastDisks()
     }
 }
 
-OutputSession::~OutputSession()
-{
-    *m_alive = false;
-    m_switcher.setOutputSink({});
-    if (m_mixer)
-        m_mixer->setProgramTap(nullptr);
-    if (m_router)
-        m_router->stop();
-}
-
 int OutputSession::queueDepth() const
 {
-    return m_router ? m_router->queueDepth() : 0;
+    int depth = m_multiview ? MultiviewFeed::kQueueDepth : 0;
+    for (const Encode &encode : m_encodes)
+        depth += encode.router->queueDepth();
+    return depth;
 }
 
 bool OutputSession::start(const EncoderSettings &settings, QSize size, qint64 beginUs)
@@ -79,59 +126,91 @@ bool OutputSession::start(const EncoderSettings &settings, QSize size, qint64 be
     // (segments are named by their time and number, and checked again as each one opens).
     if (m_settings.fileEnabled && !m_settings.segmentEnabled)
         m_settings.filePath = unusedRecordingPath(m_settings.filePath.trimmed());
+    // Every recording of the run carries the same origin: an editor lines them up by it.
+    m_settings.timecode = timecodeOf(QTime::currentTime());
     m_size = size;
     m_status.clear();
     for (int i = 0; i < settings.streamTargets.size(); ++i)
         m_status << QStringLiteral("connecting");
 
-    auto router = std::make_shared<OutputRouter>();
-    router->setSettings(m_settings);
-    router->setOutputSize(size);
-    // Reports come from the router's workers; they are handed to this thread, and dropped once
-    // the session is gone.
+    m_encodes.clear();
     const std::weak_ptr<bool> alive = m_alive;
     QPointer<OutputSession> self(this);
-    router->setStatusCallback([self, alive](int index, const QString &status) {
+    for (PlannedEncode &plan : planEncodes(m_settings, size)) {
+        if (plan.source == PlannedEncode::Source::Channel) {
+            plan.settings.encodeName = QStringLiteral("channel %1").arg(plan.channel + 1);
+            if (!plan.settings.segmentEnabled)
+                plan.settings.filePath = unusedRecordingPath(plan.settings.filePath);
+        }
+        plan.settings.timecode = m_settings.timecode;
+        auto router = std::make_shared<OutputRouter>();
+        router->setSettings(plan.settings);
+        router->setOutputSize(plan.size);
+        router->setSourceFps(m_settings.fps);
+        // Reports come from the routers' workers; they are handed to this thread, and dropped
+        // once the session is gone. A target's number is its place in the operator's list.
+        const std::vector<int> places = plan.targets;
+        router->setStatusCallback([self, alive, places](int local, const QString &status) {
+            if (local < 0 || std::size_t(local) >= places.size())
+                return;
+            const int index = places[std::size_t(local)];
+            QMetaObject::invokeMethod(
+                QCoreApplication::instance(),
+                [self, alive, index, status] {
+                    if (alive.expired() || !self)
+                        return;
+                    if (index >= 0 && index < self->m_status.size())
+                        self->m_status[index] = status;
+                    emit self->streamStatusChanged(index, status);
+                },
+                Qt::QueuedConnection);
+        });
+        const std::size_t at = m_encodes.size();
+        router->setFailureCallback([self, alive, at](OutputRouter::Failure, const QString &) {
+            QMetaObject::invokeMethod(
+                QCoreApplication::instance(),
+                [self, alive, at] {
+                    if (!alive.expired() && self)
+                        self->onRouterFailure(at);
+                },
+                Qt::QueuedConnection);
+        });
+        m_encodes.push_back({std::move(plan), std::move(router), false});
+    }
+    std::vector<std::shared_ptr<OutputRouter>> routers;
+    for (const Encode &encode : m_encodes)
+        routers.push_back(encode.router);
+    // The encoder probes and the folder checks take their time off this thread. One encode
+    // that cannot start stops the whole start: the operator hears of it before anything runs.
+    QThreadPool::globalInstance()->start([routers, self, alive] {
+        bool ok = !routers.empty();
+        for (const auto &router : routers)
+            if (ok && !router->start())
+                ok = false;
+        if (!ok)
+            for (const auto &router : routers)
+                router->stop();
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
-            [self, alive, index, status] {
-                if (alive.expired() || !self)
-                    return;
-                if (index >= 0 && index < self->m_status.size())
-                    self->m_status[index] = status;
-                emit self->streamStatusChanged(index, status);
-            },
-            Qt::QueuedConnection);
-    });
-    router->setFailureCallback([self, alive](OutputRouter::Failure, const QString &) {
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [self, alive] {
+            [routers, self, alive, ok] {
                 if (!alive.expired() && self)
-                    self->onRouterFailure();
-            },
-            Qt::QueuedConnection);
-    });
-    // The encoder probe and the folder check take their time off this thread.
-    QThreadPool::globalInstance()->start([router, self, alive] {
-        const bool ok = router->start();
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [router, self, alive, ok] {
-                if (!alive.expired() && self)
-                    self->onStarted(router, ok);
+                    self->onStarted(ok);
                 else if (ok)
-                    QThreadPool::globalInstance()->start([router] { router->stop(); });
+                    QThreadPool::globalInstance()->start([routers] {
+                        for (const auto &router : routers)
+                            router->stop();
+                    });
             },
             Qt::QueuedConnection);
     });
     return true;
 }
 
-void OutputSession::onStarted(std::shared_ptr<OutputRouter> router, bool ok)
+void OutputSession::onStarted(bool ok)
 {
     if (!ok) {
         m_state = State::Idle;
+        m_encodes.clear();
         // At 8K the encoder is hardware HEVC or nothing: that is what did not open.
         if (encoder::isEightK(m_size.width(), m_size.height()))
             emit failed({ProblemKind::EightKNoHardwareEncoder,
@@ -145,51 +224,145 @@ void OutputSession::onStarted(std::shared_ptr<OutputRouter> router, bool ok)
             emit failed(ProblemKind::OutputsNotOpened);
         return;
     }
-    m_router = std::move(router);
     m_state = State::Running;
     m_elapsed.start();
     m_fileForecast = {};
     m_twinForecast = {};
     m_forecastTimer->start();
     // The outputs' time zero is a tick of the program: every picture lands on a whole frame.
-    // Ticks are computed from a base with rounding, so a tick may fall a microsecond off the
-    // time worked out here: half a millisecond of slack keeps it.
-    constexpr qint64 kSlackUs = 500;
     const qint64 startUs = std::max(m_switcher.nextTickUs(), tickAtOrAfter(m_beginUs));
     if (m_beginUs >= 0 && startUs > m_beginUs + kSlackUs + 1000000 / std::max(1.0, m_settings.fps))
         qWarning().noquote() << "Outputs began" << (startUs - m_beginUs) / 1000
                              << "ms after their time: they took that long to open";
     m_span = std::make_shared<Span>();
     m_span->startUs.store(startUs);
-    const std::shared_ptr<Span> span = m_span;
-    const std::weak_ptr<OutputRouter> weakRouter = m_router;
-    m_switcher.setOutputSink([weakRouter, span](const FrameTokenPtr &frame, qint64 programUs) {
-        const qint64 startUs = span->startUs.load();
-        if (programUs + kSlackUs < startUs || programUs + kSlackUs >= span->endUs.load())
-            return;
-        if (auto router = weakRouter.lock())
-            router->enqueueFrame(frame, std::max<qint64>(0, programUs - startUs));
-    });
-    if (m_mixer)
-        m_mixer->setProgramTap(
-            [weakRouter, span](const std::int16_t *samples, int frames, qint64 programUs) {
-                const qint64 startUs = span->startUs.load();
-                if (programUs < startUs)
-                    return;
-                // The chunk that crosses the end gives what comes before it.
-                const qint64 endUs = span->endUs.load();
-                if (programUs >= endUs)
-                    return;
-                frames = int(std::min<qint64>(frames, (endUs - programUs) *
-                                                          selvane::audio::kSampleRate / 1000000));
-                if (frames <= 0)
-                    return;
-                if (auto router = weakRouter.lock())
-                    router->pushAudio(samples, frames, programUs - startUs);
-            });
+    connectSources();
     emit started(m_size);
     if (m_stopAfterStart)
         stop();
+}
+
+void OutputSession::connectSources()
+{
+    WeakRouters program, multiview;
+    std::array<WeakRouters, kChannelCount> channels;
+    QSize multiviewSize;
+    for (const Encode &encode : m_encodes) {
+        switch (encode.plan.source) {
+        case PlannedEncode::Source::Program:
+            program.push_back(encode.router);
+            break;
+        case PlannedEncode::Source::Multiview:
+            multiview.push_back(encode.router);
+            if (!multiviewSize.isValid())
+                multiviewSize = encode.plan.size;
+            break;
+        case PlannedEncode::Source::Channel:
+            channels[std::size_t(encode.plan.channel)].push_back(encode.router);
+            break;
+        }
+    }
+    const std::shared_ptr<Span> span = m_span;
+    const auto within = [span](qint64 programUs) {
+        return programUs + kSlackUs >= span->startUs.load() &&
+               programUs + kSlackUs < span->endUs.load();
+    };
+    if (!multiview.empty()) {
+        m_multiview = std::make_shared<MultiviewFeed>(multiviewSize, multiview);
+        m_multiview->setLabels(m_labels);
+        m_multiview->setPreviewChannel(m_previewChannel);
+    }
+    const std::shared_ptr<MultiviewFeed> feed = m_multiview;
+    ProgramSwitcher *switcher = &m_switcher;
+    m_switcher.setOutputSink([program, feed, span, within, switcher](const FrameTokenPtr &frame,
+                                                                     qint64 programUs) {
+        if (!within(programUs))
+            return;
+        const qint64 pts = std::max<qint64>(0, programUs - span->startUs.load());
+        for (const auto &weak : program)
+            if (auto router = weak.lock())
+                router->enqueueFrame(frame, pts);
+        if (feed)
+            feed->takeProgram(frame, pts, switcher->programChannel());
+    });
+    bool anyChannel = false;
+    for (const WeakRouters &routers : channels)
+        anyChannel = anyChannel || !routers.empty();
+    if (anyChannel || feed) {
+        // A channel that has shown nothing yet is recorded black, so that its file starts on
+        // the same tick as every other.
+        FrameWriter black;
+        black = FrameWriter(std::make_shared<FrameToken>());
+        black.prepareI420(16, 16);
+        std::memset(black.plane(0), 16, std::size_t(black->planeStride(0)) * 16);
+        std::memset(black.plane(1), 128, std::size_t(black->planeStride(1)) * 8);
+        std::memset(black.plane(2), 128, std::size_t(black->planeStride(2)) * 8);
+        const FrameTokenPtr none = std::move(black).publish();
+        m_switcher.setChannelSink(
+            [channels, feed, span, within, none](
+                const std::array<FrameTokenPtr, SourceFeeds::kChannels> &pictures,
+                qint64 programUs) {
+                if (!within(programUs))
+                    return;
+                const qint64 pts = std::max<qint64>(0, programUs - span->startUs.load());
+                for (std::size_t c = 0; c < channels.size(); ++c)
+                    for (const auto &weak : channels[c])
+                        if (auto router = weak.lock())
+                            router->enqueueFrame(pictures[c] ? pictures[c] : none, pts);
+                if (feed)
+                    feed->takeChannels(pictures);
+            });
+    }
+    if (!m_mixer)
+        return;
+    // The sound is cut to the same span; the chunk that crosses the end gives what comes
+    // before it.
+    const auto cut = [span](int *frames, qint64 programUs) {
+        const qint64 startUs = span->startUs.load();
+        const qint64 endUs = span->endUs.load();
+        if (programUs < startUs || programUs >= endUs)
+            return qint64(-1);
+        *frames = int(std::min<qint64>(*frames, (endUs - programUs) *
+                                                    selvane::audio::kSampleRate / 1000000));
+        return *frames > 0 ? programUs - startUs : qint64(-1);
+    };
+    WeakRouters programSound = program;
+    programSound.insert(programSound.end(), multiview.begin(), multiview.end());
+    m_mixer->setProgramTap(
+        [programSound, cut](const std::int16_t *samples, int frames, qint64 programUs) {
+            const qint64 pts = cut(&frames, programUs);
+            if (pts < 0)
+                return;
+            for (const auto &weak : programSound)
+                if (auto router = weak.lock())
+                    router->pushAudio(samples, frames, pts);
+        });
+    if (anyChannel)
+        m_mixer->setChannelTap(
+            [channels, cut](int channel, const std::int16_t *samples, int frames,
+                            qint64 programUs) {
+                if (channel < 0 || channel >= kChannelCount ||
+                    channels[std::size_t(channel)].empty())
+                    return;
+                const qint64 pts = cut(&frames, programUs);
+                if (pts < 0)
+                    return;
+                for (const auto &weak : channels[std::size_t(channel)])
+                    if (auto router = weak.lock())
+                        router->pushAudio(samples, frames, pts);
+            });
+}
+
+void OutputSession::disconnectSources()
+{
+    m_switcher.setOutputSink({});
+    m_switcher.setChannelSink({});
+    if (m_mixer) {
+        m_mixer->setProgramTap(nullptr);
+        m_mixer->setChannelTap(nullptr);
+    }
+    if (m_multiview)
+        m_multiview->stop();
 }
 
 qint64 OutputSession::tickAtOrAfter(qint64 us) const
@@ -208,12 +381,27 @@ void OutputSession::endAt(qint64 programUs)
         m_span->endUs.store(std::max(m_span->startUs.load(), tickAtOrAfter(programUs)));
 }
 
-void OutputSession::onRouterFailure()
+void OutputSession::onRouterFailure(std::size_t index)
 {
-    if (m_state != State::Running)
+    if (m_state != State::Running || index >= m_encodes.size() || m_encodes[index].failed)
         return;
-    stop();
-    emit failed(ProblemKind::OutputsNotOpened);
+    Encode &encode = m_encodes[index];
+    encode.failed = true;
+    bool anyLeft = false;
+    for (const Encode &other : m_encodes)
+        anyLeft = anyLeft || !other.failed;
+    if (!anyLeft) {
+        stop();
+        emit failed(ProblemKind::OutputsNotOpened);
+        return;
+    }
+    qWarning().noquote() << "Outputs: no output of the" << encode.plan.settings.encodeName
+                         << "encode could be opened; the other outputs go on";
+    for (const int target : encode.plan.targets)
+        if (target < m_status.size()) {
+            m_status[target] = QStringLiteral("stopped");
+            emit streamStatusChanged(target, m_status[target]);
+        }
 }
 
 void OutputSession::stop()
@@ -225,14 +413,17 @@ void OutputSession::stop()
     if (m_state != State::Running)
         return;
     m_state = State::Stopping;
-    m_switcher.setOutputSink({});
-    if (m_mixer)
-        m_mixer->setProgramTap(nullptr);
-    std::shared_ptr<OutputRouter> router = m_router;
+    disconnectSources();
+    std::vector<std::shared_ptr<OutputRouter>> routers;
+    for (const Encode &encode : m_encodes)
+        routers.push_back(encode.router);
     const std::weak_ptr<bool> alive = m_alive;
     QPointer<OutputSession> self(this);
-    QThreadPool::globalInstance()->start([router, self, alive] {
-        router->stop();
+    QThreadPool::globalInstance()->start([routers, self, alive] {
+        // Each router writes its trailers; one slow file does not hold back the others' stop
+        // for long, as each stop waits in slices.
+        for (const auto &router : routers)
+            router->stop();
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
             [self, alive] {
@@ -260,6 +451,7 @@ void OutputSession::finishStop()
 {
     m_state = State::Idle;
     m_forecastTimer->stop();
+    m_multiview.reset();
     for (QString &status : m_status)
         status = QStringLiteral("stopped");
     emit stopped();
@@ -267,74 +459,13 @@ void OutputSession::finishStop()
 
 bool OutputSession::reconnectTargetNow(int index)
 {
-    return m_router && m_state == State::Running && m_router->reconnectTargetNow(index);
-}
-
-namespace {
-void showForecast(RecordingStats &file, const DiskForecast &forecast)
-{
-    file.freeBytes = forecast.freeBytes();
-    file.secondsLeft = forecast.secondsLeft();
-    file.diskWarning = int(forecast.level());
-}
-} // namespace
-
-OutputStats OutputSession::stats() const
-{
-    OutputStats out;
-    out.running = m_state == State::Running;
-    out.stopping = m_state == State::Stopping;
-    out.recording = m_settings.fileEnabled && !m_settings.filePath.trimmed().isEmpty();
-    out.twinRecording = out.recording && !m_settings.twinFilePath.trimmed().isEmpty();
-    if (out.recording && !m_settings.segmentEnabled) {
-        out.file.path = m_settings.filePath; // until the file opens
-        if (out.twinRecording)
-            out.twin.path = m_settings.twinFilePath;
-    }
-    if (!m_router)
-        return out;
-    out.elapsedMs = out.running ? m_elapsed.elapsed() : 0;
-    out.encoder = m_router->encoderName();
-    out.bytesEncoded = m_router->bytesEncoded();
-    out.framesWritten = m_router->framesEncoded();
-    out.encoderDrops = m_router->droppedFrames();
-    out.audioChunksDropped = m_router->droppedAudioChunks();
-    for (int i = 0; i < m_status.size(); ++i) {
-        TargetStats target;
-        target.status = m_status[i];
-        out.targets.append(target);
-    }
-    for (const FfmpegEncoderSink::OutputStats &d : m_router->destinationStats()) {
-        if (d.targetIndex == FfmpegEncoderSink::OutputStats::kTwin) {
-            out.twin = {d.path.isEmpty() ? out.twin.path : d.path,
-                        d.bytesWritten,
-                        d.failed,
-                        d.failureReason,
-                        d.failures,
-                        d.resumes};
-            showForecast(out.twin, m_twinForecast);
-            continue;
-        }
-        if (d.targetIndex < 0) {
-            out.file = {d.path.isEmpty() ? out.file.path : d.path,
-                        d.bytesWritten,
-                        d.failed,
-                        d.failureReason,
-                        d.failures,
-                        d.resumes};
-            showForecast(out.file, m_fileForecast);
-            continue;
-        }
-        if (d.targetIndex >= out.targets.size())
-            continue;
-        TargetStats &target = out.targets[d.targetIndex];
-        target.url = d.path;
-        target.bytes = d.bytesWritten;
-        target.reconnects = d.reconnects;
-        target.queueResets = d.queueResets;
-        target.packetsDropped = d.packetsDropped;
-    }
-    return out;
+    if (m_state != State::Running)
+        return false;
+    for (const Encode &encode : m_encodes)
+        for (std::size_t local = 0; local < encode.plan.targets.size(); ++local)
+            if (encode.plan.targets[local] == index)
+                return encode.router->reconnectTargetNow(int(local));
+    return false;
 }
 
 } // namespace selvane

@@ -1,34 +1,44 @@
 #pragma once
 
-// One run of the outputs: the output router (encoder, recording, stream targets) fed by the
-// program switcher's frames and the mixer's program bus, both stamped by the program clock.
-// Starting probes the encoder and the recording folder and stopping writes trailers; both can
-// take a while, so they run on a pool thread and report back with signals. Program frames are
-// stamped with their tick's program time minus the tick the outputs started on, the program
-// sound likewise: both run on one clock.
+// One run of the outputs: an output router (encoder, recording, stream targets) for each
+// encode the run needs (OutputPlan: one per profile in use, one per channel recorded on its
+// own), fed by the program switcher's frames (or the multiview made from them, or a channel's
+// own pictures) and the mixer's program bus (or a channel's own sound), all stamped by the
+// program clock. Starting probes every encoder and the recording folders and stopping writes
+// trailers; both can take a while, so they run on a pool thread and report back with signals.
+// Program frames are stamped with their tick's program time minus the tick the outputs started
+// on, the sound likewise: every file and stream of the run starts on the same tick, and every
+// recording carries the same timecode origin.
+//
+// An encode none of whose outputs opens leaves the others running (its targets read
+// "stopped"); the run fails as a whole only when no encode has anything to write to.
 //
 // While the outputs run it forecasts, once a second, how long each recording's disk lasts at the
 // bitrate it is written at, and warns at 10 and 2 minutes left (diskForecastChanged).
 //
 // Threads: the session lives on the GUI thread; every method is called there and every signal
-// is emitted there. The router's callbacks arrive from its workers and are posted here.
+// is emitted there. The routers' callbacks arrive from their workers and are posted here.
 
 #include "engine/DiskForecast.h"
 #include "engine/EngineTypes.h"
+#include "engine/OutputPlan.h"
 #include "engine/Problem.h"
 
 #include <QElapsedTimer>
 #include <QObject>
 #include <QStringList>
+#include <array>
 #include <atomic>
 #include <limits>
 #include <memory>
+#include <vector>
 
 class OutputRouter;
 class PreviewAudioMixer;
 
 namespace selvane {
 
+class MultiviewFeed;
 class ProgramSwitcher;
 
 class OutputSession : public QObject
@@ -40,10 +50,14 @@ public:
     ~OutputSession() override;
 
     void setMixer(PreviewAudioMixer *mixer) { m_mixer = mixer; }
+    // What a multiview shows under each channel, and the channel on preview (its tally).
+    void setChannelLabels(const std::array<QString, kChannelCount> &labels);
+    void setPreviewChannel(int channel);
 
-    // Starts the outputs at `size`; false when they run, start or stop already. They begin at
-    // the first tick of the program at or after `beginUs` (program time), or at the first tick
-    // after they have opened when that is later: a start opened ahead lands on its frame.
+    // Starts the outputs with the program at `size`; false when they run, start or stop
+    // already. They begin at the first tick of the program at or after `beginUs` (program
+    // time), or at the first tick after they have opened when that is later: a start opened
+    // ahead lands on its frame.
     bool start(const EncoderSettings &settings, QSize size, qint64 beginUs = -1);
     // The outputs take no picture nor sound from the first tick at or after `programUs` on;
     // stop() closes them (a stop set ahead lands on its frame). Running only.
@@ -58,7 +72,7 @@ public:
     bool isActive() const { return m_state != State::Idle; }
     bool isRunning() const { return m_state == State::Running; }
     bool isStopping() const { return m_state == State::Stopping; }
-    // How many pictures the encode queue may hold while the outputs run.
+    // How many pictures the encode queues may hold between them while the outputs run.
     int queueDepth() const;
     OutputStats stats() const;
     // Stream target `index` tries again at once if it is waiting to reconnect.
@@ -82,11 +96,22 @@ private:
         Stopping,
     };
 
-    void onStarted(std::shared_ptr<OutputRouter> router, bool ok);
-    void onRouterFailure();
+    struct Encode
+    {
+        PlannedEncode plan;
+        std::shared_ptr<OutputRouter> router;
+        bool failed = false;
+    };
+
+    void onStarted(bool ok);
+    void onRouterFailure(std::size_t encode);
+    void connectSources();
+    void disconnectSources();
     void finishStop();
     // Once a second while running: the time left on each recording's disk.
     void forecastDisks();
+    // The encode that writes the program recording, or the first one (null when none).
+    const Encode *primary() const;
 
     // The first tick after `us` (program time) on the program's grid of ticks.
     qint64 tickAtOrAfter(qint64 us) const;
@@ -105,7 +130,10 @@ private:
     PreviewAudioMixer *m_mixer = nullptr;
     State m_state = State::Idle;
     bool m_stopAfterStart = false;
-    std::shared_ptr<OutputRouter> m_router;
+    std::vector<Encode> m_encodes;
+    std::shared_ptr<MultiviewFeed> m_multiview;
+    std::array<QString, kChannelCount> m_labels;
+    int m_previewChannel = -1;
     EncoderSettings m_settings;
     QSize m_size;
     QStringList m_status;

@@ -26,6 +26,16 @@ enum class ProblemKind
     OutputsNotOpened,        // no output could be opened (detail: why, when known)
     OutputTimePassed,        // subject: the time as the operator gave it
     OutputStopBeforeStart,   // the outputs' stop comes before their start
+    ProfileBadName,          // subject: the name as given
+    ProfileTwice,            // subject: the name defined twice
+    ProfileUnknown,          // subject: the name an output asks for
+    ProfileAboveProgramRate, // subject: the profile; number: the program's frame rate
+    ProfileBadSize,          // subject: the profile
+    IsoBadChannel,           // number: the channel as given (1-4)
+    IsoTwice,                // number: the channel (1-4) recorded on its own twice
+    IsoNeedsRecording,       // a channel's recording is named beside the program's
+    HlsBadSegment,           // number: the segment length in seconds as given
+    HlsBadWindow,            // number: the playlist's length as given
     // A source that would read what the outputs write: subject, the source; number 1 when it
     // is a local file (the words differ).
     SourceIsRecording,

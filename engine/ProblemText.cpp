@@ -113,6 +113,41 @@ QString problemText(const Problem &p, ProblemLanguage language)
         return say(QT_TRANSLATE_NOOP("Problem", "That time has passed: %1")).arg(p.subject);
     case ProblemKind::OutputStopBeforeStart:
         return say(QT_TRANSLATE_NOOP("Problem", "The outputs must stop after they start."));
+    case ProblemKind::ProfileBadName:
+        return say(QT_TRANSLATE_NOOP("Problem", "A profile's name holds letters, digits, \"-\" "
+                                                "and \"_\" only: \"%1\""))
+            .arg(p.subject);
+    case ProblemKind::ProfileTwice:
+        return say(QT_TRANSLATE_NOOP("Problem", "There are two profiles named \"%1\"."))
+            .arg(p.subject);
+    case ProblemKind::ProfileUnknown:
+        return say(QT_TRANSLATE_NOOP("Problem", "There is no profile named \"%1\"."))
+            .arg(p.subject);
+    case ProblemKind::ProfileAboveProgramRate:
+        return say(QT_TRANSLATE_NOOP("Problem", "The profile \"%1\" runs faster than the "
+                                                "program's %2 frames a second."))
+            .arg(p.subject)
+            .arg(p.number);
+    case ProblemKind::ProfileBadSize:
+        return say(QT_TRANSLATE_NOOP("Problem", "The profile \"%1\" needs an even width and "
+                                                "height from 16 to 8192."))
+            .arg(p.subject);
+    case ProblemKind::IsoBadChannel:
+        return say(QT_TRANSLATE_NOOP("Problem", "Channels 1 to 4 can be recorded on their own, "
+                                                "not %1."))
+            .arg(p.number);
+    case ProblemKind::IsoTwice:
+        return say(QT_TRANSLATE_NOOP("Problem", "Channel %1 is recorded on its own twice."))
+            .arg(p.number);
+    case ProblemKind::IsoNeedsRecording:
+        return say(QT_TRANSLATE_NOOP("Problem", "A channel's own recording is written beside the "
+                                                "program's: choose a recording file first."));
+    case ProblemKind::HlsBadSegment:
+        return say(QT_TRANSLATE_NOOP("Problem", "HLS segments last 1 to 6 seconds, not %1."))
+            .arg(p.number);
+    case ProblemKind::HlsBadWindow:
+        return say(QT_TRANSLATE_NOOP("Problem", "An HLS playlist names 2 to 60 segments, not %1."))
+            .arg(p.number);
     case ProblemKind::NoImages:
         return say(QT_TRANSLATE_NOOP("Problem", "Choose a folder or images first."));
     case ProblemKind::BadBackup:

@@ -176,6 +176,12 @@ void ProgramSwitcher::setOutputSink(OutputSink sink)
     m_outputSink = std::move(sink);
 }
 
+void ProgramSwitcher::setChannelSink(ChannelSink sink)
+{
+    std::lock_guard lock(m_mutex);
+    m_channelSink = std::move(sink);
+}
+
 void ProgramSwitcher::setPreviewDemand(bool program, bool channels, bool overlays)
 {
     m_programWanted.store(program);
@@ -564,11 +570,19 @@ void ProgramSwitcher::tick(qint64 programUs)
 
     OverlayScenePtr scene;
     OutputSink sink, tap;
+    ChannelSink channelSink;
     {
         std::lock_guard lock(m_mutex);
         scene = m_scene;
         sink = m_outputSink;
         tap = m_pictureTap;
+        channelSink = m_channelSink;
+    }
+    if (channelSink) {
+        std::array<FrameTokenPtr, SourceFeeds::kChannels> pictures;
+        for (int c = 0; c < SourceFeeds::kChannels; ++c)
+            pictures[std::size_t(c)] = m_channels[std::size_t(c)].pacer.current();
+        channelSink(pictures, programUs);
     }
     FrameTokenPtr program = m_compositor.compose(base, scene.get());
     if (moment.black > 0.0)

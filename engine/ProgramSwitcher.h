@@ -93,6 +93,11 @@ public:
     void showStandby(const Transition &transition);
     void setOutputSize(QSize size, double fps);
     void setOutputSink(OutputSink sink);
+    // Receives, at every tick and before the program frame, each channel's picture of that tick
+    // as decoded (null: none yet), on the program thread; it must return at once.
+    using ChannelSink = std::function<void(
+        const std::array<FrameTokenPtr, SourceFeeds::kChannels> &pictures, qint64 programUs)>;
+    void setChannelSink(ChannelSink sink);
     // Also receives every program frame on the program thread (a face's preview scaler); it
     // must return at once.
     void setPictureTap(OutputSink tap);
@@ -201,6 +206,7 @@ private:
     QSize m_outputSize{1920, 1080};
     double m_fps = 30.0;
     OutputSink m_outputSink;
+    ChannelSink m_channelSink;
     OutputSink m_pictureTap;
     Counters m_counters;
 

@@ -164,6 +164,7 @@ bool FfmpegEncoderSink::cacheStreamParameters()
         avcodec_parameters_from_context(m_streams->video.get(), m_videoCodec.get()) < 0)
         return false;
     m_streams->videoTimeBase = m_videoCodec->time_base;
+    m_streams->frameRate = m_videoCodec->framerate;
     m_streams->audio.reset();
     if (m_audioCodec) {
         m_streams->audio.reset(avcodec_parameters_alloc());
@@ -190,6 +191,7 @@ bool FfmpegEncoderSink::openOutputs()
             if (path.trimmed().isEmpty())
                 continue;
             auto file = std::make_unique<FileRecorder>(path.trimmed(), path, m_streams, m_now);
+            file->setTimecode(m_settings.timecode);
             file->setSegmentLimits({m_settings.segmentEnabled, m_settings.segmentMinutes,
                                     m_settings.segmentGiB,
                                     m_settings.segmentEnabled ? m_settings.keepFreeMiB << 20 : 0});
@@ -201,8 +203,7 @@ bool FfmpegEncoderSink::openOutputs()
     }
     for (int index = 0; index < m_settings.streamTargets.size(); ++index) {
         const StreamTarget &target = m_settings.streamTargets[index];
-        auto publisher = StreamPublisher::forTarget(target.url, target.formatName, index, m_streams,
-                                                    m_status, m_now);
+        auto publisher = StreamPublisher::forTarget(target, index, m_streams, m_status, m_now);
         if (!publisher) {
             if (m_status)
                 m_status(index, "stopped");
@@ -262,6 +263,10 @@ bool FfmpegEncoderSink::open(const EncoderSettings &settings)
     if (!m_packet || !cacheStreamParameters())
         return false;
     m_sizeWarningGiven = false;
+    m_setKbps.store(m_videoCodec->bit_rate / 1000);
+    m_currentKbps.store(m_videoCodec->bit_rate / 1000);
+    m_bitrateSteps.store(0);
+    m_adaptive.reset(m_videoCodec->bit_rate / 1000, m_settings.adaptiveFloorPercent);
     if (!openOutputs()) {
         closeOutputs();
         return false;
@@ -291,6 +296,7 @@ bool FfmpegEncoderSink::reopenVideoEncoderForNewSize(int width, int height)
         return false;
     }
     m_streams->videoTimeBase = m_videoCodec->time_base;
+    m_streams->frameRate = m_videoCodec->framerate;
     return true;
 }
 
@@ -358,6 +364,7 @@ int FfmpegEncoderSink::pushVideoFrame(FrameTokenPtr frame, qint64 ptsUs)
     m_lastVideoPts = pts;
     const int err = encodeAndDistribute(m_videoCodec.get(), input, true);
     borrowed.reset(); // the encoder has copied it: the picture goes back to its pool
+    adaptBitrate();
     if (!m_audioAligned && m_audioCodec) {
         if (m_videoStartUs == AV_NOPTS_VALUE)
             m_videoStartUs = av_rescale_q(pts, base, AVRational{1, 1000000});
@@ -544,6 +551,43 @@ std::vector<FfmpegEncoderSink::OutputStats> FfmpegEncoderSink::outputStats() con
         stats.push_back(out);
     }
     return stats;
+}
+
+void FfmpegEncoderSink::adaptBitrate()
+{
+    if (!m_settings.adaptiveBitrate || m_targets.empty())
+        return;
+    std::vector<selvane::AdaptiveBitrate::Reading> readings;
+    readings.reserve(m_targets.size());
+    for (const auto &target : m_targets)
+        readings.push_back({target->queuedPackets(), target->queueResets(), target->bytesWritten()});
+    const qint64 nowMs = std::chrono::duration_cast<std::chrono::milliseconds>(
+                             selvane::steadyNow(m_now).time_since_epoch())
+                             .count();
+    const qint64 before = m_adaptive.currentKbps();
+    const qint64 kbps = m_adaptive.update(nowMs, readings);
+    if (kbps <= 0)
+        return;
+    // The encoder takes the new rate with its next picture (x264 reconfigures in place).
+    const qint64 bitrate = kbps * 1000;
+    m_videoCodec->bit_rate = bitrate;
+    m_videoCodec->rc_max_rate = bitrate;
+    if (m_videoCodec->rc_min_rate > 0)
+        m_videoCodec->rc_min_rate = bitrate;
+    m_videoCodec->rc_buffer_size =
+        int(std::min<qint64>(m_settings.livePublish ? bitrate : 2 * bitrate, INT_MAX));
+    m_currentKbps.store(kbps);
+    m_bitrateSteps.store(m_adaptive.steps());
+    if (kbps < before)
+        qInfo().noquote() << "Adaptive bitrate:" << m_settings.encodeName << before << "->" << kbps
+                          << "kbit/s (a target is congested; it sent"
+                          << m_adaptive.measuredKbps() << "kbit/s)";
+    else
+        qInfo().noquote() << "Adaptive bitrate:" << m_settings.encodeName << before << "->" << kbps
+                          << "kbit/s (the targets keep up)";
+    if (!m_encoderName.startsWith(QLatin1String("libx26")))
+        qWarning().noquote() << "Adaptive bitrate:" << m_settings.encodeName << m_encoderName
+                             << "may keep its bitrate until the outputs restart";
 }
 
 void FfmpegEncoderSink::closeOutputs()

@@ -9,6 +9,7 @@
 // any thread. The status callback is called from the encode worker and the network workers.
 
 #include "media/FfmpegTypes.h"
+#include "output/AdaptiveBitrate.h"
 #include "output/EncoderFrameConverter.h"
 #include "output/EncoderSettings.h"
 #include "output/FileRecorder.h"
@@ -53,6 +54,11 @@ public:
     qint64 framesEncoded() const { return m_framesEncoded.load(); }
     // Frames the encoders refused and packets they failed to hand out.
     qint64 encoderErrors() const { return m_encoderErrors.load(); }
+    // The video bitrate asked of the encoder now and as set (kbit/s), and how many times an
+    // adaptive bitrate has changed it. Any thread.
+    qint64 currentKbps() const { return m_currentKbps.load(); }
+    qint64 setKbps() const { return m_setKbps.load(); }
+    int bitrateSteps() const { return m_bitrateSteps.load(); }
     struct OutputStats
     {
         static constexpr int kRecording = -1;
@@ -91,6 +97,8 @@ private:
     void encodeAudioFrames();
     void alignAudioTo(qint64 videoStartUs);
     void finishAudioWithPicture();
+    // With an adaptive bitrate: reads the targets' queues and changes the bitrate when due.
+    void adaptBitrate();
 
     EncoderSettings m_settings;
     StatusCallback m_status;
@@ -126,4 +134,8 @@ private:
     std::atomic<qint64> m_bytesEncoded{0};
     std::atomic<qint64> m_framesEncoded{0};
     std::atomic<qint64> m_encoderErrors{0};
+    selvane::AdaptiveBitrate m_adaptive;
+    std::atomic<qint64> m_currentKbps{0};
+    std::atomic<qint64> m_setKbps{0};
+    std::atomic<int> m_bitrateSteps{0};
 };

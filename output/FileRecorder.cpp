@@ -61,6 +61,7 @@ int FileRecorder::openSegmentOrFile(const QString &path)
     MuxContext::Setup setup;
     setup.url = unusedRecordingPath(path);
     setup.originalUrl = m_originalPath;
+    setup.timecode = m_timecode;
     const int err = m_mux.open(setup);
     if (err >= 0) {
         m_packetsAtOpen = m_mux.packetsWritten();

@@ -44,6 +44,8 @@ public:
     FileRecorder &operator=(const FileRecorder &) = delete;
 
     void setSegmentLimits(const SegmentLimits &limits) { m_segments = limits; }
+    // Every file of the take carries this timecode origin ("HH:MM:SS:FF"; empty: none).
+    void setTimecode(const QString &timecode) { m_timecode = timecode; }
 
     bool open();
     // Writes a copy of the packet; the caller keeps its own.
@@ -77,6 +79,7 @@ private:
     void write(ffsupport::PacketPtr packet, bool video);
     QString segmentPath() const;
     void fail(const QString &reason);
+    QString m_timecode;
     bool tryResume();
     std::chrono::steady_clock::time_point now() const;
     // Ring recording: deletes this take's oldest files while the disk is short of room.

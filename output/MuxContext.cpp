@@ -82,6 +82,10 @@ int MuxContext::open(const Setup &setup)
     } else if (formatName == "flv") {
         muxerOptions.set("flvflags", "no_duration_filesize");
     }
+    if (setup.muxerOptions)
+        setup.muxerOptions(muxerOptions);
+    if (!setup.timecode.isEmpty())
+        av_dict_set(&context->metadata, "timecode", setup.timecode.toLatin1().constData(), 0);
     const int err = avformat_write_header(context.get(), muxerOptions.address());
     if (err < 0) {
         if (!quiet())
@@ -114,6 +118,8 @@ bool MuxContext::addStreams(AVFormatContext *context)
         return false;
     }
     video->time_base = m_streams->videoTimeBase;
+    video->avg_frame_rate = m_streams->frameRate;
+    video->r_frame_rate = m_streams->frameRate;
     m_videoTimeBase = m_streams->videoTimeBase;
     m_audioTimeBase = m_streams->audioTimeBase;
     m_videoIndex = video->index;

@@ -27,6 +27,7 @@ struct EncodedStreams
     std::mutex mutex;
     ffsupport::CodecParametersPtr video;
     AVRational videoTimeBase{1, 30};
+    AVRational frameRate{30, 1}; // the pictures' rate (a timecode counts in it)
     ffsupport::CodecParametersPtr audio; // null when the outputs carry video only
     AVRational audioTimeBase{1, 48000};
 };
@@ -47,6 +48,10 @@ public:
         AVIOInterruptCB interrupt{nullptr, nullptr};
         // Filled once the context and its streams exist, right before the I/O opens.
         std::function<void(ffsupport::Dictionary &)> ioOptions;
+        // The muxer's own options for this output (an HLS folder's segments and playlist).
+        std::function<void(ffsupport::Dictionary &)> muxerOptions;
+        // A recording's timecode origin, "HH:MM:SS:FF" (empty: none).
+        QString timecode;
     };
 
     // `stopping` (may be null) silences the failures its owner caused by stopping.

@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <cmath>
 
 namespace {
 
@@ -73,6 +74,8 @@ bool OutputRouter::start()
         }
     }
     state->live = !m_settings.streamTargets.isEmpty();
+    if (m_sourceFps > m_settings.fps + 0.01)
+        state->keepFps = m_settings.fps;
     state->depth = queueDepthFor(m_size, state->live);
     qInfo().noquote() << "OutputRouter: encode queue depth" << state->depth << "for"
                       << (state->live ? "live output" : "file recording");
@@ -178,6 +181,13 @@ void OutputRouter::enqueueFrame(FrameTokenPtr frame, qint64 ptsUs)
         std::lock_guard lock(state->mutex);
         if (!state->running || state->stop)
             return;
+        if (state->keepFps > 0) {
+            // A profile of a lower rate takes the first picture of each of its own slots.
+            const auto slot = qint64(std::floor(double(ptsUs) * state->keepFps / 1e6 + 1e-3));
+            if (slot == state->lastSlot)
+                return;
+            state->lastSlot = slot;
+        }
         if (int(state->frames.size()) >= state->depth) {
             // Live output drops the oldest picture so the stream stays current; a recording
             // keeps what it has and drops the newest queued one.
@@ -310,6 +320,24 @@ QString OutputRouter::encoderName() const
 {
     const std::shared_ptr<EncodeWorkerState> state = currentState();
     return state && state->sink ? state->sink->encoderName() : QString();
+}
+
+qint64 OutputRouter::currentKbps() const
+{
+    const std::shared_ptr<EncodeWorkerState> state = currentState();
+    return state && state->sink ? state->sink->currentKbps() : 0;
+}
+
+qint64 OutputRouter::setKbps() const
+{
+    const std::shared_ptr<EncodeWorkerState> state = currentState();
+    return state && state->sink ? state->sink->setKbps() : 0;
+}
+
+int OutputRouter::bitrateSteps() const
+{
+    const std::shared_ptr<EncodeWorkerState> state = currentState();
+    return state && state->sink ? state->sink->bitrateSteps() : 0;
 }
 
 bool OutputRouter::reconnectTargetNow(int index)

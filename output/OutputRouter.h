@@ -57,6 +57,8 @@ public:
         qint64 droppedFrames = 0;
         qint64 droppedAudioChunks = 0;
         quint64 sequence = 0;
+        double keepFps = 0;       // above 0: only the first picture of each 1/keepFps slot
+        qint64 lastSlot = -1;
         std::unique_ptr<FfmpegEncoderSink> sink;
         EncoderSettings settings;
         QSize size;
@@ -76,6 +78,9 @@ public:
     void setStatusCallback(StatusCallback callback) { m_status = std::move(callback); }
     void setFailureCallback(FailureCallback callback) { m_failure = std::move(callback); }
     void setClock(SteadyNow now) { m_now = std::move(now); }
+    // The rate pictures are handed in at; when the settings ask for fewer a second, the
+    // pictures between are left out as they come (before queueing).
+    void setSourceFps(double fps) { m_sourceFps = fps; }
 
     bool start();
     void stop();
@@ -93,6 +98,10 @@ public:
     qint64 framesEncoded() const;
     bool isSinkOpen() const;
     QString encoderName() const;
+    // The sink's video bitrate now and as set (kbit/s), and the adaptive steps so far.
+    qint64 currentKbps() const;
+    qint64 setKbps() const;
+    int bitrateSteps() const;
     // Per destination, the sink's view (any thread): recording first, then the targets.
     std::vector<FfmpegEncoderSink::OutputStats> destinationStats() const;
     // See FfmpegEncoderSink::reconnectTargetNow. Any thread.
@@ -113,6 +122,7 @@ private:
 
     EncoderSettings m_settings;
     QSize m_size{1920, 1080};
+    double m_sourceFps = 0;
     StatusCallback m_status;
     FailureCallback m_failure;
     SteadyNow m_now;

@@ -7,8 +7,12 @@
 #include "net/SocksTcpRelay.h"
 #include "output/StreamUrl.h"
 
+#include <QDateTime>
 #include <QDebug>
+#include <QDir>
+#include <QFileInfo>
 #include <QUrl>
+#include <algorithm>
 
 namespace selvane {
 
@@ -36,12 +40,26 @@ StreamPublisher::~StreamPublisher()
     close();
 }
 
-std::unique_ptr<StreamPublisher> StreamPublisher::forTarget(const QString &original,
-                                                            const QString &formatName,
+std::unique_ptr<StreamPublisher> StreamPublisher::forTarget(const StreamTarget &target,
                                                             int targetIndex,
                                                             std::shared_ptr<EncodedStreams> streams,
                                                             StatusCallback status, SteadyNow now)
 {
+    const QString &original = target.url;
+    const QString &formatName = target.formatName;
+    if (isHlsTarget(target)) {
+        // A folder on this machine: made when missing, written like any target (a full disk
+        // or a folder taken away is retried like a dead server).
+        const QString playlist = QFileInfo(original.trimmed()).absoluteFilePath();
+        QDir().mkpath(QFileInfo(playlist).absolutePath());
+        auto publisher =
+            std::make_unique<StreamPublisher>(playlist, original, QStringLiteral("hls"),
+                                              targetIndex, std::move(streams), std::move(status),
+                                              std::move(now));
+        publisher->m_hls = {std::clamp(target.hlsSegmentSeconds, 1, 6),
+                            std::clamp(target.hlsWindow, 2, 60)};
+        return publisher;
+    }
     QString url = original.trimmed();
     const QUrl parsed(url, QUrl::StrictMode);
     if (url.isEmpty() || !parsed.isValid() || parsed.scheme().isEmpty() ||
@@ -171,6 +189,8 @@ int StreamPublisher::connectOnce(bool afterFailure)
     setup.ioOptions = [this, afterFailure, &openUrl, &route](ffsupport::Dictionary &options) {
         fillIoOptions(options, afterFailure, openUrl, route);
     };
+    if (m_hls.segmentSeconds > 0)
+        setup.muxerOptions = [this](ffsupport::Dictionary &options) { fillHlsOptions(options); };
     if (const int err = m_mux.open(setup); err < 0) {
         // The muxer sees a closed connection; the relay knows what the proxy said.
         const QString why = relay ? proxy::relayFailureSince(*relay, serialBefore) : QString();
@@ -188,6 +208,8 @@ int StreamPublisher::connectOnce(bool afterFailure)
 void StreamPublisher::fillIoOptions(ffsupport::Dictionary &options, bool afterFailure,
                                     const QString &openUrl, const OptionList &route) const
 {
+    if (m_hls.segmentSeconds > 0)
+        return; // the HLS muxer writes its own files
     options.set("rw_timeout", afterFailure ? rc::kReconnectTimeoutUs : rc::kFirstConnectTimeoutUs);
     options.set("tcp_nodelay", "1");
     const QString lower = m_url.toLower();
@@ -224,6 +246,22 @@ void StreamPublisher::fillIoOptions(ffsupport::Dictionary &options, bool afterFa
         options.set(key.constData(), value.constData());
     qInfo().noquote() << "FfmpegEncoderSink: opening publish URL" << maskStreamUrl(openUrl)
                       << (route.isEmpty() && openUrl == m_url ? "(direct)" : "(local SOCKS relay)");
+}
+
+void StreamPublisher::fillHlsOptions(ffsupport::Dictionary &options) const
+{
+    // Segments are named by the moment this connection opened, so that a new run (or a new
+    // connection after a failure) never writes over the files of an earlier one. A segment is
+    // written under a temporary name and renamed once whole; the playlist likewise.
+    const QFileInfo playlist(m_url);
+    const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd_HHmmss"));
+    const QString segments = playlist.dir().filePath(playlist.completeBaseName() + QLatin1Char('_') +
+                                                     stamp + QStringLiteral("_%05d.ts"));
+    options.set("hls_time", QByteArray::number(m_hls.segmentSeconds).constData());
+    options.set("hls_list_size", QByteArray::number(m_hls.window).constData());
+    options.set("hls_flags", "delete_segments+temp_file+program_date_time+independent_segments");
+    options.set("hls_segment_filename", segments.toUtf8().constData());
+    options.set("hls_delete_threshold", "2");
 }
 
 void StreamPublisher::dropQueueLocked()
@@ -402,7 +440,7 @@ void StreamPublisher::retryConnection()
         m_nextRetry = now() + std::chrono::milliseconds(delayMs);
     }
     if (rc::shouldLog(attempt, 1, 64))
-        qWarning().noquote() << "FfmpegEncoderSink: RTMP mux reopen failed, attempt" << attempt
+        qWarning().noquote() << "FfmpegEncoderSink: target reopen failed, attempt" << attempt
                              << "next in" << delayMs << "ms" << maskStreamUrl(m_url);
     report("reconnecting");
 }
@@ -423,6 +461,12 @@ std::chrono::steady_clock::time_point StreamPublisher::nextRetryAt() const
 {
     std::lock_guard lock(m_mutex);
     return m_nextRetry;
+}
+
+qint64 StreamPublisher::queuedPackets() const
+{
+    std::lock_guard lock(m_mutex);
+    return qint64(m_queue.size());
 }
 
 int StreamPublisher::reopenAttempts() const

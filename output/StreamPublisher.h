@@ -17,6 +17,7 @@
 
 #include "media/SteadyClock.h"
 #include "net/ProxySettings.h"
+#include "output/EncoderSettings.h"
 #include "output/MuxContext.h"
 
 #include <QByteArray>
@@ -45,8 +46,9 @@ public:
     // A publisher for a target as the user gave it: the URL checked (null, logged, when it is
     // not usable), YouTube RTMP moved to RTMPS, RTMP and RTSP routed through the SOCKS relay
     // when a SOCKS proxy applies to the target's host.
-    static std::unique_ptr<StreamPublisher> forTarget(const QString &url, const QString &formatName,
-                                                      int targetIndex,
+    // An HLS target writes its folder: segments of its length, a playlist of its window, old
+    // segments deleted, the playlist replaced whole (never half-written).
+    static std::unique_ptr<StreamPublisher> forTarget(const StreamTarget &target, int targetIndex,
                                                       std::shared_ptr<EncodedStreams> streams,
                                                       StatusCallback status, SteadyNow now);
 
@@ -88,6 +90,8 @@ public:
     qint64 reconnects() const { return m_reconnectCount.load(); }
     // Queue resets, outages and the wait for a keyframe after either, and what the muxer left out.
     qint64 packetsDropped() const { return m_packetsDropped.load() + m_mux.packetsDropped(); }
+    // Packets waiting to be sent now (the backlog a slow link builds). Any thread.
+    qint64 queuedPackets() const;
 
 private:
     using Queued = std::pair<ffsupport::PacketPtr, bool>; // the packet, and whether it is video
@@ -103,6 +107,7 @@ private:
     void handleWriteFailure(int err);
     bool drainOverLocked() const;
     void dropQueueLocked();
+    void fillHlsOptions(ffsupport::Dictionary &options) const;
     void report(const char *word);
     bool shouldInterrupt() const;
     static int interruptCallback(void *opaque);
@@ -115,6 +120,11 @@ private:
     StatusCallback m_status;
     SteadyNow m_now;
     proxy::Server m_socks;
+    struct
+    {
+        int segmentSeconds = 0; // 0: not an HLS folder
+        int window = 0;
+    } m_hls;
     mutable std::mutex m_relayMutex;
     std::shared_ptr<SocksTcpRelay> m_relay; // the network worker's; guarded for relay()
 

@@ -79,6 +79,8 @@ bool isMuxer(const QString &name)
 QString impliedFormat(const QString &url)
 {
     const QString lower = url.trimmed().toLower();
+    if (lower.endsWith(QLatin1String(".m3u8")) && !lower.contains(QLatin1String("://")))
+        return QStringLiteral("hls");
     if (isRtmpFamilyUrl(lower))
         return QStringLiteral("flv");
     for (const char *scheme : {"srt://", "udp://", "rtp://", "http://", "https://"})
@@ -120,8 +122,21 @@ OutputProblem recordingProblem(const QString &path)
     return OutputProblem::None;
 }
 
+bool isHlsTarget(const StreamTarget &target)
+{
+    return target.formatName.trimmed().toLower() == QLatin1String("hls");
+}
+
 OutputProblem streamTargetProblem(const StreamTarget &target)
 {
+    if (isHlsTarget(target)) {
+        // A folder on this machine (made when missing) that any web server serves.
+        const QString path = target.url.trimmed();
+        if (path.isEmpty() || path.contains(QLatin1String("://")) ||
+            !path.toLower().endsWith(QLatin1String(".m3u8")))
+            return OutputProblem::BadTargetUrl;
+        return OutputProblem::None;
+    }
     const QUrl url(target.url, QUrl::StrictMode);
     // UDP, RTP and SRT listeners may leave the host out ("srt://:9000?mode=listener").
     if (!url.isValid() || url.scheme().isEmpty() || !target.url.contains("://") ||

@@ -32,7 +32,8 @@ namespace selvane {
 // A target as the operator writes it, "URL" or "URL#FORMAT": FORMAT is split off only when the
 // text after the last "#" names an FFmpeg muxer, so that an SRT stream id such as
 // "#!::r=live/key,m=publish" stays in the URL. Without it the container follows the URL's
-// kind: FLV for RTMP, MPEG-TS for SRT, UDP, RTP and HTTP(S); empty when nothing fits.
+// kind: FLV for RTMP, MPEG-TS for SRT, UDP, RTP and HTTP(S), HLS for a local path to a
+// playlist (".m3u8"); empty when nothing fits.
 StreamTarget parseStreamTarget(const QString &text);
 
 // What keeps an output from working, found before anything starts.
@@ -47,6 +48,8 @@ enum class OutputProblem
 };
 OutputProblem recordingProblem(const QString &path);
 OutputProblem streamTargetProblem(const StreamTarget &target);
+// An HLS folder: the target's URL is the path of its playlist ("live/index.m3u8").
+bool isHlsTarget(const StreamTarget &target);
 
 // A path beside `path` that names no existing file: `path` itself, or "take_1.mp4",
 // "take_2.mp4" ... for "take.mp4". No take is ever replaced.

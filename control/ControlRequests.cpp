@@ -1,5 +1,7 @@
 #include "control/ControlRequests.h"
 
+#include "control/RequestFields.h"
+
 #include "engine/Engine.h"
 #include "engine/OutputRules.h"
 
@@ -272,119 +274,6 @@ Route route(const QList<QByteArrayView> &s, ControlCommand *c)
 
 // ---- the body ----
 
-// Reads the fields of one JSON object; the first problem is kept and later reads do nothing.
-class Fields
-{
-public:
-    explicit Fields(QJsonObject object) : m_object(std::move(object)) {}
-
-    bool has(const char *key) const { return m_object.contains(QLatin1String(key)); }
-    QJsonValue value(const char *key) const { return m_object.value(QLatin1String(key)); }
-    const Refusal &refusal() const { return m_refusal; }
-    bool ok() const { return m_refusal.ok(); }
-    void fail(const QString &message)
-    {
-        if (m_refusal.ok())
-            m_refusal = refuse(400, message);
-    }
-
-    std::optional<double> number(const char *key, double low, double high, bool required = false)
-    {
-        const QJsonValue v = value(key);
-        if (!ok() || !check(key, v, required, v.isDouble(), "a number"))
-            return std::nullopt;
-        const double d = v.toDouble();
-        if (!(d >= low && d <= high)) {
-            fail(QStringLiteral("\"%1\" must be from %2 to %3")
-                     .arg(QLatin1String(key))
-                     .arg(low)
-                     .arg(high));
-            return std::nullopt;
-        }
-        return d;
-    }
-    std::optional<qint64> integer(const char *key, double low, double high, bool required = false)
-    {
-        const std::optional<double> d = number(key, low, high, required);
-        if (!d)
-            return std::nullopt;
-        if (std::floor(*d) != *d) {
-            fail(QStringLiteral("\"%1\" must be a whole number").arg(QLatin1String(key)));
-            return std::nullopt;
-        }
-        return qint64(*d);
-    }
-    std::optional<bool> boolean(const char *key)
-    {
-        const QJsonValue v = value(key);
-        if (!ok() || !check(key, v, false, v.isBool(), "true or false"))
-            return std::nullopt;
-        return v.toBool();
-    }
-    std::optional<QString> string(const char *key, qsizetype maxLength, bool required = false)
-    {
-        const QJsonValue v = value(key);
-        if (!ok() || !check(key, v, required, v.isString(), "a string"))
-            return std::nullopt;
-        const QString s = v.toString();
-        if (s.size() > maxLength) {
-            fail(QStringLiteral("\"%1\" is longer than %2 characters")
-                     .arg(QLatin1String(key))
-                     .arg(maxLength));
-            return std::nullopt;
-        }
-        return s;
-    }
-    // One of `words` (case-insensitive); its index.
-    std::optional<int> word(const char *key, const QStringList &words, bool required = false)
-    {
-        const std::optional<QString> s = string(key, 64, required);
-        if (!s)
-            return std::nullopt;
-        const int index = int(words.indexOf(s->trimmed().toLower()));
-        if (index < 0) {
-            fail(QStringLiteral("\"%1\" must be one of: %2")
-                     .arg(QLatin1String(key), words.join(QStringLiteral(", "))));
-            return std::nullopt;
-        }
-        return index;
-    }
-    // {"rgba": ARGB} or a colour name.
-    void colour(const char *key)
-    {
-        const QJsonValue v = value(key);
-        if (!ok() || v.isUndefined())
-            return;
-        if (v.isString() && QColor::isValidColorName(v.toString()))
-            return;
-        const QJsonValue rgba = v.toObject().value(QLatin1String("rgba"));
-        if (rgba.isDouble() && rgba.toDouble() >= 0 && rgba.toDouble() <= 4294967295.0 &&
-            std::floor(rgba.toDouble()) == rgba.toDouble())
-            return;
-        fail(QStringLiteral("\"%1\" must be a colour name or {\"rgba\": ARGB}")
-                 .arg(QLatin1String(key)));
-    }
-
-private:
-    bool check(const char *key, const QJsonValue &v, bool required, bool rightType,
-               const char *what)
-    {
-        if (v.isUndefined()) {
-            if (required)
-                fail(QStringLiteral("\"%1\" is missing").arg(QLatin1String(key)));
-            return false;
-        }
-        if (!rightType) {
-            fail(QStringLiteral("\"%1\" must be %2").arg(QLatin1String(key), QLatin1String(what)));
-            return false;
-        }
-        return true;
-    }
-
-    QJsonObject m_object;
-    Refusal m_refusal;
-};
-
 // The body as one JSON object; an empty body is an empty object when `emptyIsObject`.
 bool readObject(const QByteArray &body, bool emptyIsObject, QJsonObject *object, Refusal *refusal)
 {
@@ -432,72 +321,6 @@ void checkTextFields(Fields &f)
     f.integer("scrollTimes", TextOverlayData::kMinScrollTimes, TextOverlayData::kMaxScrollTimes);
     f.number("scrollViewportWidth", -1, 10000);
     f.number("scrollViewportHeight", -1, 10000);
-}
-
-void readOutputFields(Fields &f, OutputRequest *out)
-{
-    if (f.has("record")) {
-        if (f.value("record").isNull())
-            out->record = QString();
-        else if (const auto path = f.string("record", 4096))
-            out->record = path->trimmed();
-    }
-    if (f.has("twin")) {
-        if (f.value("twin").isNull())
-            out->twin = QString();
-        else if (const auto path = f.string("twin", 4096))
-            out->twin = path->trimmed();
-    }
-    if (f.has("streams")) {
-        const QJsonValue streams = f.value("streams");
-        if (!streams.isArray()) {
-            f.fail(QStringLiteral("\"streams\" must be an array of URLs"));
-            return;
-        }
-        const QJsonArray list = streams.toArray();
-        if (list.size() > 16) {
-            f.fail(QStringLiteral("at most 16 stream targets"));
-            return;
-        }
-        QList<StreamTarget> targets;
-        for (const QJsonValue &entry : list) {
-            const QString text = entry.toString().trimmed();
-            if (!entry.isString() || text.isEmpty() || text.size() > 4096) {
-                f.fail(QStringLiteral("\"streams\" must be an array of URLs"));
-                return;
-            }
-            targets << OutputRules::parseStreamTarget(text);
-        }
-        out->streams = targets;
-    }
-    if (const auto size = f.string("size", 32)) {
-        const QString text = size->trimmed().toLower();
-        const QStringList parts = text.split('x');
-        bool okW = false;
-        bool okH = false;
-        const int w = parts.value(0).toInt(&okW);
-        const int h = parts.value(1).toInt(&okH);
-        if (text == QLatin1String("program"))
-            out->size = QSize();
-        else if (parts.size() == 2 && okW && okH && w >= 2 && h >= 2 && w <= 8192 && h <= 8192 &&
-                 w % 2 == 0 && h % 2 == 0)
-            out->size = QSize(w, h);
-        else
-            f.fail(QStringLiteral("\"size\" must be \"program\" or WIDTHxHEIGHT, even, "
-                                  "2 to 8192"));
-    }
-    if (const auto fps = f.integer("fps", 30, 60)) {
-        if (*fps != 30 && *fps != 60)
-            f.fail(QStringLiteral("\"fps\" must be 30 or 60"));
-        out->fps = double(*fps);
-    }
-    if (const auto bitrate = f.integer("bitrate", 0, 400000)) {
-        if (*bitrate != 0 && *bitrate < 100)
-            f.fail(QStringLiteral("\"bitrate\" must be 0 (automatic) or 100 to 400000 kbit/s"));
-        out->bitrateKbps = int(*bitrate);
-    }
-    out->encoderMode = f.word("encoder", {"auto", "hardware", "software"});
-    out->qualityPreset = f.word("preset", {"performance", "balanced", "quality"});
 }
 
 Refusal readBody(const QByteArray &body, ControlCommand *c)
@@ -766,34 +589,6 @@ ParsedRequest parseRequest(QByteArrayView method, QByteArrayView path, const Hea
     }
     parsed.refusal = readBody(body, &parsed.command);
     return parsed;
-}
-
-OutputSettings applyOutputRequest(const OutputRequest &request, OutputSettings settings)
-{
-    EncoderSettings &e = settings.encoder;
-    if (request.record) {
-        e.filePath = *request.record;
-        e.fileEnabled = !request.record->isEmpty();
-        if (!e.fileEnabled)
-            e.segmentEnabled = false;
-    }
-    if (request.twin)
-        e.twinFilePath = *request.twin;
-    if (!e.fileEnabled)
-        e.twinFilePath.clear();
-    if (request.streams)
-        e.streamTargets = *request.streams;
-    if (request.size)
-        settings.size = {request.size->isValid(), *request.size};
-    if (request.fps)
-        e.fps = *request.fps;
-    if (request.bitrateKbps)
-        e.bitrateKbps = *request.bitrateKbps;
-    if (request.encoderMode)
-        e.encoderMode = *request.encoderMode;
-    if (request.qualityPreset)
-        e.qualityPreset = *request.qualityPreset;
-    return settings;
 }
 
 } // namespace selvane::control

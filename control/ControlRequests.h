@@ -83,6 +83,11 @@ struct OutputRequest
     std::optional<int> bitrateKbps;
     std::optional<int> encoderMode;
     std::optional<int> qualityPreset;
+    std::optional<bool> adaptive; // the default profile's adaptive bitrate
+    std::optional<int> adaptiveFloor;
+    std::optional<QList<EncodeProfile>> profiles;
+    std::optional<QString> recordProfile;
+    std::optional<QList<IsoRecording>> iso;
 };
 OutputSettings applyOutputRequest(const OutputRequest &request, OutputSettings settings);
 

@@ -66,8 +66,25 @@ QJsonObject outputJson(const OutputStats &o)
                                    {"kbps", rounded(t.kbps)},
                                    {"bytes", t.bytes},
                                    {"reconnects", t.reconnects},
-                                   {"packetsDropped", t.packetsDropped}});
+                                   {"packetsDropped", t.packetsDropped},
+                                   {"profile", t.profile}});
     }
+    // Every encoder of the run: its profile, what it shows, its bitrate as set and now.
+    QJsonArray encodes;
+    for (const EncodeStats &e : o.encodes)
+        encodes.append(QJsonObject{
+            {"profile", e.profile},
+            {"source", e.source},
+            {"size", QStringLiteral("%1x%2").arg(e.size.width()).arg(e.size.height())},
+            {"fps", e.fps},
+            {"adaptive", e.adaptive},
+            {"setKbps", e.setKbps},
+            {"currentKbps", e.currentKbps},
+            {"bitrateSteps", e.bitrateSteps},
+            {"framesWritten", e.framesWritten},
+            {"encoderDrops", e.encoderDrops},
+            {"encoder", e.encoder},
+            {"failed", e.failed}});
     const auto fileJson = [](const RecordingStats &stats) {
         QJsonObject file{{"path", stats.path},
                          {"bytes", stats.bytes},
@@ -82,6 +99,13 @@ QJsonObject outputJson(const OutputStats &o)
         return file;
     };
     const QJsonObject file = fileJson(o.file);
+    QJsonArray iso;
+    for (const IsoStats &i : o.isoRecordings) {
+        QJsonObject entry = fileJson(i.file);
+        entry.insert("channel", i.channel);
+        entry.insert("profile", i.profile);
+        iso.append(entry);
+    }
     return {{"running", o.running},
             {"stopping", o.stopping},
             {"elapsedMs", o.elapsedMs},
@@ -93,6 +117,9 @@ QJsonObject outputJson(const OutputStats &o)
             {"file", file},
             {"twin", o.twinRecording ? QJsonValue(fileJson(o.twin)) : QJsonValue()},
             {"targets", targets},
+            {"encodes", encodes},
+            {"iso", iso},
+            {"timecode", o.timecode},
             {"startsInMs", o.startsInMs},
             {"stopsInMs", o.stopsInMs}};
 }

@@ -79,8 +79,8 @@ public:
     void setProgramTap(ProgramTap tap);
     // Every channel's own sound, before its volume, for every block (silence while it has
     // none): the channels' recordings. Called on the mixer's thread; must return at once.
-    using ChannelTap = std::function<void(int channel, const std::int16_t *samples, int frames,
-                                          qint64 ptsUs)>;
+    using ChannelTap =
+        std::function<void(int channel, const std::int16_t *samples, int frames, qint64 ptsUs)>;
     void setChannelTap(ChannelTap tap);
 
     // The output side's read of the program queue; returns the bytes copied.

@@ -5,8 +5,8 @@
 #include "engine/Engine.h"
 #include "engine/OutputMomentText.h"
 #include "engine/OutputRules.h"
-#include "output/EncodeProfiles.h"
 #include "media/TransitionWords.h"
+#include "output/EncodeProfiles.h"
 #include "schedule/ProgramArrangement.h"
 
 #include <QCommandLineParser>
@@ -369,9 +369,9 @@ bool readOutputOptions(const QCommandLineParser &parser, ShowOptions *options, Q
                                problem.kind == ProblemKind::RecordingFolderNotWritable;
         const bool profile = problem.kind >= ProblemKind::ProfileBadName &&
                              problem.kind <= ProblemKind::IsoNeedsRecording;
-        *error = (recording  ? QStringLiteral("--record: ")
+        *error = (recording ? QStringLiteral("--record: ")
                   : profile ? QStringLiteral("--profile: ")
-                             : QStringLiteral("--stream: ")) +
+                            : QStringLiteral("--stream: ")) +
                  problemText(problem);
         return false;
     }

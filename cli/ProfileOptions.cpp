@@ -139,8 +139,8 @@ bool readProfileOptions(const QCommandLineParser &parser, EncoderSettings &out, 
             *error = tr("--iso records beside the program: it needs --record");
             return false;
         }
-        out.isoRecordings << IsoRecording{channel - 1, profiles::isDefault(name) ? QString() : name,
-                                          {}};
+        out.isoRecordings << IsoRecording{
+            channel - 1, profiles::isDefault(name) ? QString() : name, {}};
     }
     for (const auto &[option, low, high] :
          {std::tuple{"hls-segment", 1, 6}, std::tuple{"hls-window", 2, 60}}) {
@@ -158,7 +158,7 @@ bool readProfileOptions(const QCommandLineParser &parser, EncoderSettings &out, 
         }
         for (StreamTarget &target : out.streamTargets)
             (QLatin1String(option) == QLatin1String("hls-segment") ? target.hlsSegmentSeconds
-                                                                    : target.hlsWindow) = value;
+                                                                   : target.hlsWindow) = value;
     }
     return true;
 }

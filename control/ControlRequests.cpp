@@ -1,7 +1,6 @@
 #include "control/ControlRequests.h"
 
 #include "control/RequestFields.h"
-
 #include "engine/Engine.h"
 #include "engine/OutputRules.h"
 

@@ -72,19 +72,19 @@ QJsonObject outputJson(const OutputStats &o)
     // Every encoder of the run: its profile, what it shows, its bitrate as set and now.
     QJsonArray encodes;
     for (const EncodeStats &e : o.encodes)
-        encodes.append(QJsonObject{
-            {"profile", e.profile},
-            {"source", e.source},
-            {"size", QStringLiteral("%1x%2").arg(e.size.width()).arg(e.size.height())},
-            {"fps", e.fps},
-            {"adaptive", e.adaptive},
-            {"setKbps", e.setKbps},
-            {"currentKbps", e.currentKbps},
-            {"bitrateSteps", e.bitrateSteps},
-            {"framesWritten", e.framesWritten},
-            {"encoderDrops", e.encoderDrops},
-            {"encoder", e.encoder},
-            {"failed", e.failed}});
+        encodes.append(
+            QJsonObject{{"profile", e.profile},
+                        {"source", e.source},
+                        {"size", QStringLiteral("%1x%2").arg(e.size.width()).arg(e.size.height())},
+                        {"fps", e.fps},
+                        {"adaptive", e.adaptive},
+                        {"setKbps", e.setKbps},
+                        {"currentKbps", e.currentKbps},
+                        {"bitrateSteps", e.bitrateSteps},
+                        {"framesWritten", e.framesWritten},
+                        {"encoderDrops", e.encoderDrops},
+                        {"encoder", e.encoder},
+                        {"failed", e.failed}});
     const auto fileJson = [](const RecordingStats &stats) {
         QJsonObject file{{"path", stats.path},
                          {"bytes", stats.bytes},

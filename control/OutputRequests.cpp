@@ -179,7 +179,8 @@ void readOutputFields(Fields &f, OutputRequest *out)
     if (const auto floor = f.integer("adaptiveFloor", 5, 100))
         out->adaptiveFloor = int(*floor);
     if (const auto profile = f.string("recordProfile", 32))
-        out->recordProfile = profiles::isDefault(profile->trimmed()) ? QString() : profile->trimmed();
+        out->recordProfile =
+            profiles::isDefault(profile->trimmed()) ? QString() : profile->trimmed();
     readProfiles(f, out);
     readIso(f, out);
 }

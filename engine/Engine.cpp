@@ -696,9 +696,10 @@ void Engine::openPendingOutputs()
     for (int c = 0; c < kChannelCount; ++c) {
         const SourceAddress source = m_channels->source(c);
         const QString path = source.localPath();
-        labels[std::size_t(c)] = !path.isEmpty()            ? QFileInfo(path).fileName()
-                                 : !source.host().isEmpty() ? source.scheme() + "://" + source.host()
-                                                            : source.text().left(40);
+        labels[std::size_t(c)] = !path.isEmpty() ? QFileInfo(path).fileName()
+                                 : !source.host().isEmpty()
+                                     ? source.scheme() + "://" + source.host()
+                                     : source.text().left(40);
     }
     m_output->setChannelLabels(labels);
     m_output->setPreviewChannel(m_previewChannel);

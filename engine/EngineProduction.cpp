@@ -3,8 +3,8 @@
 // threads from the feeds' bus; here the operator's requests become the bus's switches.
 
 #include "engine/ChannelSet.h"
-#include "engine/OutputSession.h"
 #include "engine/Engine.h"
+#include "engine/OutputSession.h"
 #include "engine/ProgramSwitcher.h"
 #include "engine/SlideShow.h"
 #include "engine/StingerCache.h"

@@ -136,9 +136,9 @@ FrameTokenPtr MultiviewFeed::compose(const Tick &tick)
         sources = m_sources;
     }
     const int preview = tick.previewChannel;
-    const FrameToken *previewPicture =
-        preview >= 0 && preview < kChannelCount ? tick.channels[std::size_t(preview)].get()
-                                                : nullptr;
+    const FrameToken *previewPicture = preview >= 0 && preview < kChannelCount
+                                           ? tick.channels[std::size_t(preview)].get()
+                                           : nullptr;
     drawPicture(m_tiles[kPreviewTile], previewPicture, out);
     drawPicture(m_tiles[kProgramTile], tick.program.get(), out);
     for (int c = 0; c < kChannelCount; ++c)
@@ -156,8 +156,9 @@ FrameTokenPtr MultiviewFeed::compose(const Tick &tick)
     for (int c = 0; c < kChannelCount; ++c) {
         Tile &tile = m_tiles[std::size_t(2 + c)];
         const QString source = sources[std::size_t(c)];
-        drawLabel(tile, source.isEmpty() ? QString::number(c + 1)
-                                         : QStringLiteral("%1  %2").arg(c + 1).arg(source),
+        drawLabel(tile,
+                  source.isEmpty() ? QString::number(c + 1)
+                                   : QStringLiteral("%1  %2").arg(c + 1).arg(source),
                   out);
         if (c == tick.programChannel)
             drawFrame(tile.rect, kRed, out);
@@ -177,10 +178,10 @@ void MultiviewFeed::drawPicture(Tile &tile, const FrameToken *picture, FrameWrit
     fit = QSize(std::max(2, fit.width() & ~1), std::max(2, fit.height() & ~1));
     const int x = (r.x() + (r.width() - fit.width()) / 2) & ~1;
     const int y = (r.y() + (r.height() - fit.height()) / 2) & ~1;
-    tile.scaler.reset(sws_getCachedContext(
-        tile.scaler.release(), picture->width, picture->height,
-        picture->isI420() ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_RGBA, fit.width(), fit.height(),
-        AV_PIX_FMT_YUV420P, SWS_BILINEAR, nullptr, nullptr, nullptr));
+    tile.scaler.reset(sws_getCachedContext(tile.scaler.release(), picture->width, picture->height,
+                                           picture->isI420() ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_RGBA,
+                                           fit.width(), fit.height(), AV_PIX_FMT_YUV420P,
+                                           SWS_BILINEAR, nullptr, nullptr, nullptr));
     if (!tile.scaler)
         return;
     const FrameToken::AvPlanes src = picture->avPlanes();
@@ -233,8 +234,8 @@ void MultiviewFeed::drawFrame(const QRect &rect, int yuv[3], FrameWriter &out)
                         std::size_t(x1 - x0));
         for (int p = 1; p < 3; ++p)
             for (int y = y0 / 2; y < y1 / 2; ++y)
-                std::memset(out.plane(p) + std::ptrdiff_t(y) * out->planeStride(p) + x0 / 2,
-                            yuv[p], std::size_t((x1 - x0) / 2));
+                std::memset(out.plane(p) + std::ptrdiff_t(y) * out->planeStride(p) + x0 / 2, yuv[p],
+                            std::size_t((x1 - x0) / 2));
     };
     const int x0 = rect.x(), y0 = rect.y(), x1 = rect.x() + rect.width(),
               y1 = rect.y() + rect.height();

@@ -23,8 +23,8 @@ struct PlannedEncode
         Channel, // a channel's own pictures and sound (a channel's recording)
     };
     Source source = Source::Program;
-    int channel = -1;  // Channel: 0-based
-    QString profile;   // its name ("default" for the default profile)
+    int channel = -1; // Channel: 0-based
+    QString profile;  // its name ("default" for the default profile)
     EncoderSettings settings;
     QSize size;
     std::vector<int> targets; // for each of settings.streamTargets, its place in the list

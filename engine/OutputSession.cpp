@@ -274,17 +274,17 @@ void OutputSession::connectSources()
     }
     const std::shared_ptr<MultiviewFeed> feed = m_multiview;
     ProgramSwitcher *switcher = &m_switcher;
-    m_switcher.setOutputSink([program, feed, span, within, switcher](const FrameTokenPtr &frame,
-                                                                     qint64 programUs) {
-        if (!within(programUs))
-            return;
-        const qint64 pts = std::max<qint64>(0, programUs - span->startUs.load());
-        for (const auto &weak : program)
-            if (auto router = weak.lock())
-                router->enqueueFrame(frame, pts);
-        if (feed)
-            feed->takeProgram(frame, pts, switcher->programChannel());
-    });
+    m_switcher.setOutputSink(
+        [program, feed, span, within, switcher](const FrameTokenPtr &frame, qint64 programUs) {
+            if (!within(programUs))
+                return;
+            const qint64 pts = std::max<qint64>(0, programUs - span->startUs.load());
+            for (const auto &weak : program)
+                if (auto router = weak.lock())
+                    router->enqueueFrame(frame, pts);
+            if (feed)
+                feed->takeProgram(frame, pts, switcher->programChannel());
+        });
     bool anyChannel = false;
     for (const WeakRouters &routers : channels)
         anyChannel = anyChannel || !routers.empty();
@@ -299,9 +299,9 @@ void OutputSession::connectSources()
         std::memset(black.plane(2), 128, std::size_t(black->planeStride(2)) * 8);
         const FrameTokenPtr none = std::move(black).publish();
         m_switcher.setChannelSink(
-            [channels, feed, span, within, none](
-                const std::array<FrameTokenPtr, SourceFeeds::kChannels> &pictures,
-                qint64 programUs) {
+            [channels, feed, span, within,
+             none](const std::array<FrameTokenPtr, SourceFeeds::kChannels> &pictures,
+                   qint64 programUs) {
                 if (!within(programUs))
                     return;
                 const qint64 pts = std::max<qint64>(0, programUs - span->startUs.load());
@@ -322,8 +322,8 @@ void OutputSession::connectSources()
         const qint64 endUs = span->endUs.load();
         if (programUs < startUs || programUs >= endUs)
             return qint64(-1);
-        *frames = int(std::min<qint64>(*frames, (endUs - programUs) *
-                                                    selvane::audio::kSampleRate / 1000000));
+        *frames = int(
+            std::min<qint64>(*frames, (endUs - programUs) * selvane::audio::kSampleRate / 1000000));
         return *frames > 0 ? programUs - startUs : qint64(-1);
     };
     WeakRouters programSound = program;
@@ -338,19 +338,17 @@ void OutputSession::connectSources()
                     router->pushAudio(samples, frames, pts);
         });
     if (anyChannel)
-        m_mixer->setChannelTap(
-            [channels, cut](int channel, const std::int16_t *samples, int frames,
-                            qint64 programUs) {
-                if (channel < 0 || channel >= kChannelCount ||
-                    channels[std::size_t(channel)].empty())
-                    return;
-                const qint64 pts = cut(&frames, programUs);
-                if (pts < 0)
-                    return;
-                for (const auto &weak : channels[std::size_t(channel)])
-                    if (auto router = weak.lock())
-                        router->pushAudio(samples, frames, pts);
-            });
+        m_mixer->setChannelTap([channels, cut](int channel, const std::int16_t *samples, int frames,
+                                               qint64 programUs) {
+            if (channel < 0 || channel >= kChannelCount || channels[std::size_t(channel)].empty())
+                return;
+            const qint64 pts = cut(&frames, programUs);
+            if (pts < 0)
+                return;
+            for (const auto &weak : channels[std::size_t(channel)])
+                if (auto router = weak.lock())
+                    router->pushAudio(samples, frames, pts);
+        });
 }
 
 void OutputSession::disconnectSources()

@@ -17,8 +17,12 @@ void showForecast(RecordingStats &file, const DiskForecast &forecast)
 
 RecordingStats recordingOf(const FfmpegEncoderSink::OutputStats &d, const QString &until)
 {
-    return {d.path.isEmpty() ? until : d.path, d.bytesWritten, d.failed, d.failureReason,
-            d.failures, d.resumes};
+    return {d.path.isEmpty() ? until : d.path,
+            d.bytesWritten,
+            d.failed,
+            d.failureReason,
+            d.failures,
+            d.resumes};
 }
 
 QString sourceWord(const PlannedEncode &plan)

@@ -36,8 +36,8 @@ qint64 AdaptiveBitrate::update(qint64 nowMs, const std::vector<Reading> &targets
             continue;
         congested = true;
         if (comparable && now.bytesWritten >= m_previous[i].bytesWritten)
-            slowestKbps = std::min(slowestKbps, (now.bytesWritten - m_previous[i].bytesWritten) *
-                                                    8 / elapsedMs);
+            slowestKbps = std::min(slowestKbps,
+                                   (now.bytesWritten - m_previous[i].bytesWritten) * 8 / elapsedMs);
     }
     m_previous = targets;
     m_lastReadingMs = nowMs;

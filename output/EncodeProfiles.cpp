@@ -36,9 +36,9 @@ const char *presetWord(qint32 preset)
 
 std::optional<EncodeProfile> parse(const QString &text, QString *error)
 {
-    static const QRegularExpression form(QStringLiteral(
-        R"(^([^=]+)=(\d+)x(\d+)@(\d+(?:\.\d+)?):(\d+)(?::([a-z]+))?$)"),
-                                         QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression form(
+        QStringLiteral(R"(^([^=]+)=(\d+)x(\d+)@(\d+(?:\.\d+)?):(\d+)(?::([a-z]+))?$)"),
+        QRegularExpression::CaseInsensitiveOption);
     const QRegularExpressionMatch m = form.match(text.trimmed());
     const auto fail = [&](const QString &why) {
         if (error)

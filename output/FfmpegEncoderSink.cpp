@@ -209,6 +209,8 @@ bool FfmpegEncoderSink::openOutputs()
                 m_status(index, "stopped");
             continue;
         }
+        if (m_settings.adaptiveBitrate)
+            publisher->setSendBufferBytes(int(std::max<qint64>(65536, m_setKbps.load() * 125 / 2)));
         if (publisher->open())
             ++opened;
         publisher->startWorker();
@@ -560,7 +562,8 @@ void FfmpegEncoderSink::adaptBitrate()
     std::vector<selvane::AdaptiveBitrate::Reading> readings;
     readings.reserve(m_targets.size());
     for (const auto &target : m_targets)
-        readings.push_back({target->queuedPackets(), target->queueResets(), target->bytesWritten()});
+        readings.push_back(
+            {target->queuedPackets(), target->queueResets(), target->bytesWritten()});
     const qint64 nowMs = std::chrono::duration_cast<std::chrono::milliseconds>(
                              selvane::steadyNow(m_now).time_since_epoch())
                              .count();
@@ -580,8 +583,8 @@ void FfmpegEncoderSink::adaptBitrate()
     m_bitrateSteps.store(m_adaptive.steps());
     if (kbps < before)
         qInfo().noquote() << "Adaptive bitrate:" << m_settings.encodeName << before << "->" << kbps
-                          << "kbit/s (a target is congested; it sent"
-                          << m_adaptive.measuredKbps() << "kbit/s)";
+                          << "kbit/s (a target is congested; it sent" << m_adaptive.measuredKbps()
+                          << "kbit/s)";
     else
         qInfo().noquote() << "Adaptive bitrate:" << m_settings.encodeName << before << "->" << kbps
                           << "kbit/s (the targets keep up)";

@@ -27,7 +27,7 @@ struct EncodedStreams
     std::mutex mutex;
     ffsupport::CodecParametersPtr video;
     AVRational videoTimeBase{1, 30};
-    AVRational frameRate{30, 1}; // the pictures' rate (a timecode counts in it)
+    AVRational frameRate{30, 1};         // the pictures' rate (a timecode counts in it)
     ffsupport::CodecParametersPtr audio; // null when the outputs carry video only
     AVRational audioTimeBase{1, 48000};
 };

@@ -57,7 +57,7 @@ public:
         qint64 droppedFrames = 0;
         qint64 droppedAudioChunks = 0;
         quint64 sequence = 0;
-        double keepFps = 0;       // above 0: only the first picture of each 1/keepFps slot
+        double keepFps = 0; // above 0: only the first picture of each 1/keepFps slot
         qint64 lastSlot = -1;
         std::unique_ptr<FfmpegEncoderSink> sink;
         EncoderSettings settings;

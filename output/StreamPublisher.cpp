@@ -52,10 +52,9 @@ std::unique_ptr<StreamPublisher> StreamPublisher::forTarget(const StreamTarget &
         // or a folder taken away is retried like a dead server).
         const QString playlist = QFileInfo(original.trimmed()).absoluteFilePath();
         QDir().mkpath(QFileInfo(playlist).absolutePath());
-        auto publisher =
-            std::make_unique<StreamPublisher>(playlist, original, QStringLiteral("hls"),
-                                              targetIndex, std::move(streams), std::move(status),
-                                              std::move(now));
+        auto publisher = std::make_unique<StreamPublisher>(
+            playlist, original, QStringLiteral("hls"), targetIndex, std::move(streams),
+            std::move(status), std::move(now));
         publisher->m_hls = {std::clamp(target.hlsSegmentSeconds, 1, 6),
                             std::clamp(target.hlsWindow, 2, 60)};
         return publisher;
@@ -190,7 +189,9 @@ int StreamPublisher::connectOnce(bool afterFailure)
         fillIoOptions(options, afterFailure, openUrl, route);
     };
     if (m_hls.segmentSeconds > 0)
-        setup.muxerOptions = [this](ffsupport::Dictionary &options) { fillHlsOptions(options); };
+        setup.muxerOptions = [this](ffsupport::Dictionary &options) {
+            fillHlsOptions(options);
+        };
     if (const int err = m_mux.open(setup); err < 0) {
         // The muxer sees a closed connection; the relay knows what the proxy said.
         const QString why = relay ? proxy::relayFailureSince(*relay, serialBefore) : QString();
@@ -212,6 +213,8 @@ void StreamPublisher::fillIoOptions(ffsupport::Dictionary &options, bool afterFa
         return; // the HLS muxer writes its own files
     options.set("rw_timeout", afterFailure ? rc::kReconnectTimeoutUs : rc::kFirstConnectTimeoutUs);
     options.set("tcp_nodelay", "1");
+    if (m_sendBufferBytes > 0)
+        options.set("send_buffer_size", QByteArray::number(m_sendBufferBytes).constData());
     const QString lower = m_url.toLower();
     if (isRtmpFamilyUrl(m_url))
         options.set("rtmp_live", "live");
@@ -255,8 +258,8 @@ void StreamPublisher::fillHlsOptions(ffsupport::Dictionary &options) const
     // written under a temporary name and renamed once whole; the playlist likewise.
     const QFileInfo playlist(m_url);
     const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd_HHmmss"));
-    const QString segments = playlist.dir().filePath(playlist.completeBaseName() + QLatin1Char('_') +
-                                                     stamp + QStringLiteral("_%05d.ts"));
+    const QString segments = playlist.dir().filePath(
+        playlist.completeBaseName() + QLatin1Char('_') + stamp + QStringLiteral("_%05d.ts"));
     options.set("hls_time", QByteArray::number(m_hls.segmentSeconds).constData());
     options.set("hls_list_size", QByteArray::number(m_hls.window).constData());
     options.set("hls_flags", "delete_segments+temp_file+program_date_time+independent_segments");

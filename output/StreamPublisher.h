@@ -61,6 +61,10 @@ public:
 
     // Publishes through a local relay to this SOCKS proxy (invalid: direct).
     void setSocksProxy(proxy::Server socks) { m_socks = std::move(socks); }
+    // Caps the connection's send buffer (TCP-based targets), so that a slow link shows in this
+    // target's queue within a second or two rather than after megabytes held by the system: an
+    // adaptive bitrate reads that queue. 0: the system's own.
+    void setSendBufferBytes(int bytes) { m_sendBufferBytes = bytes; }
     // The relay's counters while it runs (null when the target is direct); any thread.
     std::shared_ptr<SocksTcpRelay> relay() const;
 
@@ -120,6 +124,7 @@ private:
     StatusCallback m_status;
     SteadyNow m_now;
     proxy::Server m_socks;
+    int m_sendBufferBytes = 0;
     struct
     {
         int segmentSeconds = 0; // 0: not an HLS folder

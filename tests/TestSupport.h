@@ -563,7 +563,8 @@ public:
                 "pid %1/nginx.pid;\nerror_log %1/logs/error.log warn;\n"
                 "events { worker_connections 256; }\n"
                 "rtmp { server { listen 127.0.0.1:%2; chunk_size 4096;\n"
-                "  application live { live on; record off; drop_idle_publisher 5s; } } }\n%3")
+                "  application live { live on; record off; drop_idle_publisher 5s; }\n"
+                "  application alt { live on; record off; drop_idle_publisher 5s; } } }\n%3")
                 .arg(m_dir.path())
                 .arg(m_port)
                 .arg(http)
@@ -602,9 +603,10 @@ public:
 
     quint16 port() const { return m_port; }
     quint16 httpPort() const { return m_httpPort; }
-    QString url(const QString &key) const
+    // A stream of the application "live" (or "alt", the server's second application).
+    QString url(const QString &key, const QString &application = QStringLiteral("live")) const
     {
-        return QStringLiteral("rtmp://127.0.0.1:%1/live/%2").arg(m_port).arg(key);
+        return QStringLiteral("rtmp://127.0.0.1:%1/%2/%3").arg(m_port).arg(application, key);
     }
     QByteArray errorLog() const { return readAll(QDir(m_dir.path()).filePath("logs/error.log")); }
 

@@ -3,7 +3,7 @@
 # nginx with the rtmp module, which cuts it into HLS; nginx's http server hands that folder to
 # READERS HTTP readers on loopback that behave like HLS players for SECONDS seconds.
 #
-#   scripts/fanout.sh [READERS] [SECONDS]        (default 50 60: about a minute and a half)
+#   scripts/fanout.sh [READERS] [SECONDS]        (default 50 60: a little over a minute)
 #
 # Two Selvanes run the same show side by side (a 1280x720 30 fps test signal with a tone, x264,
 # one RTMP target each): the baseline, which nobody reads, and the fan-out, whose HLS the readers
@@ -40,10 +40,11 @@ command -v nginx >/dev/null || { echo "fanout: nginx is missing (apt-get install
 
 # Selvane's work does not depend on the audience: one encode and one RTMP connection whatever
 # reads the HLS. On two cores shared with other work the show costs 28 to 42 % of a core
-# depending on the minute, but two identical shows measured over the same minute stay within
-# 0.3 points of each other: the machine's load and the readers' and nginx's cycles weigh on both
-# alike. 3 points is about a tenth of the show and ten times that side-by-side noise: a cost that
-# grew with the audience would pass it at 50 readers, the machine's wobble does not.
+# depending on the minute, but two identical shows measured over the same window stay within a
+# point of each other (0.1 to 1.0 in the runs made with this script, the short windows the
+# widest): the machine's load and the readers' and nginx's cycles weigh on both alike. 3 points
+# is three times that side-by-side noise and under a tenth of the show: a cost that grew with the
+# audience would pass it at 50 readers, the machine's wobble does not.
 threshold=3
 fragment=2       # seconds of an HLS segment (the encoder's keyframes come every 2 s)
 warm=4           # seconds after the first segment before the measured window opens
@@ -280,7 +281,7 @@ stop_show() { # NAME PID
 
 # The baseline show runs beside the fan-out show, not before it: on a machine shared with others
 # the CPU a show costs moves by ten points of a core from one minute to the next, while two shows
-# measured over the same minute stay within a few tenths of a point of each other.
+# measured over the same minute stay within a point of each other.
 start_show baseline
 baseline_pid=$show_pid
 selvane_pids=$show_pid

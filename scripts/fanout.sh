@@ -7,14 +7,13 @@
 #
 # Two Selvanes run the same show side by side (a 1280x720 30 fps test signal with a tone, x264,
 # one RTMP target each): the baseline, which nobody reads, and the fan-out, whose HLS the readers
-# read. Each reader fetches the playlist,
-# starts three segments from its live end as players do, fetches every new segment once and
-# polls the playlist again every half target duration. Prints per reader the segments and bytes
-# fetched, playlist failures (no answer), HTTP errors (a status other than 200), segments that
-# are no MPEG-TS, the longest wait between two new segments and the segments it missed among
-# those published during its window (the first and the last aside); then min/median/max over the
-# readers, and both Selvanes' CPU (utime + stime from /proc/PID/stat, in % of one core) over the
-# readers' window, with nginx's and the readers' own.
+# read. Each reader fetches the playlist, starts three segments from its live end as players do,
+# fetches every new segment once and polls the playlist again every half target duration.
+# Prints per reader the segments and bytes fetched, playlist failures (no answer), HTTP errors (a
+# status other than 200), segments that are no MPEG-TS, the longest wait between two new segments
+# and the segments it missed among those published during its window (the first and the last
+# aside); then min/median/max over the readers, and both Selvanes' CPU (utime + stime from
+# /proc/PID/stat, in % of one core) over the readers' window, with nginx's and the readers' own.
 #
 # SELVANE_BUILD_DIR picks the build folder (default build/, relative to the tree or absolute).
 # Needs nginx with the rtmp module (Debian: nginx, libnginx-mod-rtmp). Exits non-zero when a

@@ -52,13 +52,12 @@ while True:
         time.sleep(0.01); continue
     try:
         data = conn.recv(int(tokens) if throttled else 65536)
+        if not data:
+            break
     except socket.timeout:
-        data = b"?"[:0]
-        if time.monotonic() - t0 > 1e9: break
+        data = b""
     except OSError:
         break
-    if data is None: break
-    if len(data) == 0 and not isinstance(data, bytes): break
     tokens -= len(data); got += len(data); out.write(data)
     while t >= second + 1:
         log.write(f"{second + 1},{got * 8 / 1000:.0f}\n"); log.flush(); got = 0; second += 1
@@ -72,23 +71,33 @@ SELVANE_CONTROL_TOKEN=$token "$binary" --headless --control-port "$control" \
   --stream "net=tcp://127.0.0.1:$port#mpegts" --duration "$seconds" >"$work/show.log" 2>&1 &
 show_pid=$!
 
-echo "t,current_kbps,set_kbps,steps" >"$work/encoder.csv"
-t0=$(date +%s.%N)
-while kill -0 "$show_pid" 2>/dev/null; do
-  status=$(curl -fsS -H @"$headers" "http://127.0.0.1:$control/api/v1/status" 2>/dev/null || true)
-  if [[ -n $status ]]; then
-    now=$(date +%s.%N)
-    python3 -c '
-import json, sys
-t = float(sys.argv[1]) - float(sys.argv[2])
-s = json.loads(sys.stdin.read())
-for e in s.get("outputs", {}).get("encodes", []):
-    if e["profile"] == "net":
-        print(f"{t:.1f},{e[\"currentKbps\"]},{e[\"setKbps\"]},{e[\"bitrateSteps\"]}")' "$now" "$t0" \
-      <<<"$status" >>"$work/encoder.csv" || true
-  fi
-  sleep 0.5
-done
+# Twice a second, the encoder's bitrate from the remote control (the token read from the
+# private header file, never on a command line).
+python3 - "$control" "$headers" "$work/encoder.csv" "$show_pid" <<'PY'
+import json, os, sys, time, urllib.request
+port, headers, out, pid = sys.argv[1], sys.argv[2], sys.argv[3], int(sys.argv[4])
+auth = open(headers).read().split(":", 1)[1].strip()
+log = open(out, "w")
+log.write("t,current_kbps,set_kbps,steps\n")
+t0 = time.monotonic()
+while True:
+    try:
+        os.kill(pid, 0)
+    except OSError:
+        break
+    try:
+        request = urllib.request.Request(f"http://127.0.0.1:{port}/api/v1/status",
+                                         headers={"Authorization": auth})
+        status = json.load(urllib.request.urlopen(request, timeout=2))
+        for e in status.get("outputs", {}).get("encodes", []):
+            if e["profile"] == "net" and e["setKbps"] > 0:
+                log.write(f"{time.monotonic() - t0:.1f},{e['currentKbps']},{e['setKbps']},"
+                          f"{e['bitrateSteps']}\n")
+                log.flush()
+    except OSError:
+        pass
+    time.sleep(0.5)
+PY
 wait "$show_pid" || true
 show_pid=
 kill "$reader_pid" 2>/dev/null || true

@@ -219,6 +219,37 @@ private slots:
         QCOMPARE(call("PUT", "outputs/times", QJsonObject{{"stop", "2020-01-01T00:00"}}).status,
                  400);
 
+        // Profiles, a channel's own recording and an HLS target on the low profile.
+        const QString hls = m_dir.filePath("web/low.m3u8");
+        const QJsonObject profiled{
+            {"record", m_dir.filePath("profiled.mp4")},
+            {"profiles", QJsonArray{QJsonObject{{"name", "low"}, {"size", "160x90"},
+                                                {"bitrate", 300}, {"adaptive", true}}}},
+            {"iso", QJsonArray{QJsonObject{{"channel", 2}, {"profile", "low"}}}},
+            {"streams", QJsonArray{QJsonObject{{"url", hls}, {"profile", "low"},
+                                               {"hlsSegment", 1}}}}};
+        QCOMPARE(call("POST", "outputs/start", profiled).status, 202);
+        QVERIFY(events.next("outputsStarted", &at));
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(hls), 8000);
+        const QJsonObject outputs = call("GET", "status").json()["outputs"].toObject();
+        QCOMPARE(outputs["encodes"].toArray().size(), 3);
+        QCOMPARE(outputs["targets"].toArray()[0].toObject()["profile"].toString(), "low");
+        QCOMPARE(outputs["iso"].toArray()[0].toObject()["channel"].toInt(), 2);
+        QCOMPARE(call("POST", "outputs/stop").status, 200);
+        QVERIFY(events.next("outputsStopped", &at, {}, 10000));
+        const QString iso = m_dir.filePath("profiled_iso2.mp4");
+        const ProcessResult size = runProcess(
+            "ffprobe",
+            {"-v", "error", "-show_entries", "stream=width,height", "-of", "csv=p=0", iso},
+            QProcessEnvironment::systemEnvironment(), 20000);
+        QVERIFY2(size.out.startsWith("160,90"), size.out.constData());
+        for (const QJsonObject &bad :
+             {QJsonObject{{"profiles", QJsonArray{QJsonObject{{"name", "a b"}, {"size", "64x64"},
+                                                              {"bitrate", 300}}}}},
+              QJsonObject{{"iso", QJsonArray{7}}},
+              QJsonObject{{"streams", QJsonArray{QJsonObject{{"url", hls}, {"profile", "nope"}}}}}})
+            QCOMPARE(call("POST", "outputs/start", bad).status, 400);
+
         QCOMPARE(call("DELETE", "overlays/media/5").status, 200);
         QCOMPARE(call("DELETE", "overlays/text/7").status, 200);
         QCOMPARE(call("DELETE", "overlays/text/7").status, 404);

@@ -135,6 +135,15 @@ int HeadlessRunner::run()
         std::fprintf(stdout, "outputs started: %dx%d@%g%s%s\n", size.width(), size.height(),
                      m_options.output.fps, output.recording ? "  recording " : "",
                      output.recording ? qPrintable(file) : "");
+        // Each further encode and each channel's own recording on a line of its own.
+        for (const EncodeStats &encode : output.encodes)
+            if (encode.profile != QLatin1String("default") || encode.source != "program")
+                std::fprintf(stdout, "  encode %s: %s %dx%d@%g%s\n", qPrintable(encode.profile),
+                             qPrintable(encode.source), encode.size.width(), encode.size.height(),
+                             encode.fps, encode.adaptive ? " adaptive bitrate" : "");
+        for (const IsoStats &iso : output.isoRecordings)
+            std::fprintf(stdout, "  channel %d recording %s\n", iso.channel,
+                         qPrintable(iso.file.path));
         std::fflush(stdout);
     });
     connect(m_engine, &Engine::outputsFailed, this, [this](const Problem &problem) {

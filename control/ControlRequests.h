@@ -6,6 +6,7 @@
 // or into the refusal it earns (status and message). Checks that need the engine or the disk
 // (does the file exist, is the target waiting) are the server's. Plain functions, any thread.
 
+#include "control/OutputRequest.h"
 #include "engine/EngineTypes.h"
 
 #include <QByteArray>
@@ -26,16 +27,6 @@ inline constexpr qsizetype kMaxHeadBytes = 16 * 1024;
 inline constexpr int kMaxOverlayId = 999999;
 
 using Headers = QList<QPair<QByteArray, QByteArray>>;
-
-// status 0: accepted. Otherwise the HTTP status and a message for the client; `allow` lists the
-// methods a path takes (405).
-struct Refusal
-{
-    int status = 0;
-    QString message;
-    QByteArray allow;
-    bool ok() const { return status == 0; }
-};
 
 struct RequestHead
 {
@@ -71,25 +62,6 @@ Refusal admitHead(const RequestHead &head, QByteArrayView token);
 
 // "Bearer TOKEN" against the token, in time that does not depend on where they differ.
 bool bearerMatches(QByteArrayView authorization, QByteArrayView token);
-
-// Optional fields of POST /outputs/start; what is absent comes from the show's own settings.
-struct OutputRequest
-{
-    std::optional<QString> record; // empty: no recording
-    std::optional<QString> twin;   // the recording's second copy; empty: none
-    std::optional<QList<StreamTarget>> streams;
-    std::optional<QSize> size; // an invalid size: the program's own
-    std::optional<double> fps;
-    std::optional<int> bitrateKbps;
-    std::optional<int> encoderMode;
-    std::optional<int> qualityPreset;
-    std::optional<bool> adaptive; // the default profile's adaptive bitrate
-    std::optional<int> adaptiveFloor;
-    std::optional<QList<EncodeProfile>> profiles;
-    std::optional<QString> recordProfile;
-    std::optional<QList<IsoRecording>> iso;
-};
-OutputSettings applyOutputRequest(const OutputRequest &request, OutputSettings settings);
 
 enum class Command
 {

@@ -4,16 +4,26 @@
 // becomes the request's refusal (400) and later reads do nothing. A value used on the control
 // server's thread while one request is read.
 
-#include "control/ControlRequests.h"
-
+#include <QByteArray>
 #include <QColor>
 #include <QJsonObject>
 #include <QJsonValue>
+#include <QString>
 #include <QStringList>
 #include <cmath>
 #include <optional>
 
 namespace selvane::control {
+
+// status 0: accepted. Otherwise the HTTP status and a message for the client; `allow` lists the
+// methods a path takes (405).
+struct Refusal
+{
+    int status = 0;
+    QString message;
+    QByteArray allow;
+    bool ok() const { return status == 0; }
+};
 
 // Reads the fields of one JSON object; the first problem is kept and later reads do nothing.
 class Fields
@@ -127,8 +137,5 @@ private:
     QJsonObject m_object;
     Refusal m_refusal;
 };
-
-// The output fields of a start request (recording, targets, encoding, profiles).
-void readOutputFields(Fields &f, OutputRequest *out);
 
 } // namespace selvane::control

@@ -47,7 +47,9 @@ log.write("t,received_kbps\n")
 while True:
     now = time.monotonic(); t = now - t0
     throttled = start <= t < end
-    tokens = min(tokens + (now - last) * kbps * 125, kbps * 125 / 10); last = now
+    # A bucket of at most 100 ms at the link's rate; empty whenever the link is wide open.
+    tokens = min(tokens + (now - last) * kbps * 125, kbps * 125 / 10) if throttled else 0.0
+    last = now
     if throttled and tokens < 1024:
         time.sleep(0.01); continue
     try:

@@ -2,7 +2,8 @@
 // objects naming a profile or an HLS folder's shape), the default profile's encoding, the named
 // profiles and the channels recorded on their own.
 
-#include "control/RequestFields.h"
+#include "control/OutputRequest.h"
+
 #include "engine/OutputRules.h"
 #include "output/EncodeProfiles.h"
 

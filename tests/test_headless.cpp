@@ -151,6 +151,16 @@ private slots:
         QTest::newRow("ring without segments")
             << bars + QStringList{"--record", "/tmp/ring.mp4", "--keep-free", "100"}
             << "needs --segment-minutes";
+        QTest::newRow("profile that does not read")
+            << bars + QStringList{"--record", "/tmp/p.mp4", "--profile", "low=640x360:800"}
+            << "NAME=WxH@FPS:KBPS";
+        QTest::newRow("target on an unknown profile")
+            << bars + QStringList{"--stream", "web=rtmp://127.0.0.1/live/k"}
+            << "no profile named \"web\"";
+        QTest::newRow("channel recording without a recording")
+            << bars + QStringList{"--iso", "2"} << "needs --record";
+        QTest::newRow("channel recording of channel 5")
+            << bars + QStringList{"--record", "/tmp/p.mp4", "--iso", "5"} << "from 1 to 4";
     }
 
     void badArgumentsAreRefused()

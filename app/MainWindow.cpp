@@ -675,17 +675,25 @@ bool MainWindow::loadShow(const ShowOptions &show, bool startOutputs, QString *e
         return false;
     if (show.output.fileEnabled)
         m_outputPanel->setRecording(true, show.output.filePath);
+    if (!show.output.profiles.isEmpty())
+        m_outputPanel->setProfiles(show.output.profiles);
     if (!show.output.streamTargets.isEmpty()) {
         QList<OutputSettingsPanel::TargetEntry> targets;
         for (const StreamTarget &target : show.output.streamTargets) {
             OutputSettingsPanel::TargetEntry entry;
             const QString scheme = QUrl(target.url).scheme().toLower();
-            entry.kind = scheme == "rtmp"    ? "RTMP"
+            const bool hls = isHlsTarget(target);
+            entry.kind = hls                 ? "HLS folder"
+                         : scheme == "rtmp"  ? "RTMP"
                          : scheme == "rtmps" ? "RTMPS"
                          : scheme == "srt"   ? "SRT"
                                              : "Custom";
-            entry.server =
-                target.formatName.isEmpty() ? target.url : target.url + "#" + target.formatName;
+            entry.server = hls || target.formatName.isEmpty()
+                               ? target.url
+                               : target.url + "#" + target.formatName;
+            entry.profile = target.profile;
+            entry.hlsSegmentSeconds = target.hlsSegmentSeconds;
+            entry.hlsWindow = target.hlsWindow;
             targets << entry;
         }
         m_outputPanel->setTargets(targets);

@@ -3,8 +3,11 @@
 #include "engine/Engine.h"
 #include "engine/OutputRules.h"
 #include "media/StoredSettings.h"
+#include "output/EncodeProfiles.h"
+#include "panels/EncodeProfilesBox.h"
 #include "panels/OutputFolder.h"
 #include "panels/OutputStatusView.h"
+#include "panels/RecordingProfileBox.h"
 #include "panels/StreamTargetModel.h"
 
 #include <QCheckBox>
@@ -94,6 +97,7 @@ OutputSettingsPanel::OutputSettingsPanel(QWidget *parent) : QWidget(parent)
     m_keepFree = new QSpinBox(this);
     m_keepFree->setRange(0, 10'000'000);
     m_keepFree->setSingleStep(1024);
+    m_recordingProfile = new RecordingProfileBox(this);
     m_recordingState = new QLabel(this);
     m_recordingState->setObjectName("recordingState");
     m_recordingState->setWordWrap(true);
@@ -153,6 +157,7 @@ OutputSettingsPanel::OutputSettingsPanel(QWidget *parent) : QWidget(parent)
     m_eightKHint->setStyleSheet("color:#ff9f43;");
     m_eightKHint->setWordWrap(true);
     m_eightKHint->hide();
+    m_profiles = new EncodeProfilesBox(this);
 
     m_start = new QPushButton(this);
     m_start->setAccessibleName("Start Outputs");
@@ -210,6 +215,7 @@ OutputSettingsPanel::OutputSettingsPanel(QWidget *parent) : QWidget(parent)
     copies->addRow(m_keepFreeLabel, m_keepFree);
     copies->addRow(m_twinLabel, m_twin);
     layout->addLayout(copies);
+    layout->addWidget(m_recordingProfile);
     layout->addWidget(m_recordingState);
     layout->addWidget(m_targetsTitle);
     layout->addWidget(m_targetTable);
@@ -220,6 +226,7 @@ OutputSettingsPanel::OutputSettingsPanel(QWidget *parent) : QWidget(parent)
     layout->addWidget(m_eightKHint);
     layout->addWidget(m_gainHint);
     layout->addWidget(m_lockHint);
+    layout->addWidget(m_profiles);
     layout->addStretch(1);
     m_sections = layout;
 
@@ -272,6 +279,32 @@ OutputSettingsPanel::OutputSettingsPanel(QWidget *parent) : QWidget(parent)
         saveTargets();
         emit settingsChanged();
     });
+    // The profiles named anywhere are the ones the box holds; the program's rate bounds theirs.
+    const auto profilesEdited = [this] {
+        m_recordingProfile->setProfileNames(m_profiles->names());
+        m_targetModel->setProfileNames(m_profiles->names());
+        m_profiles->setProgramFps(m_fps->currentData().toDouble());
+    };
+    profilesEdited();
+    connect(m_profiles, &EncodeProfilesBox::changed, this, [this, profilesEdited] {
+        profilesEdited();
+        showTargets();
+        emit settingsChanged();
+    });
+    connect(m_fps, &QComboBox::currentIndexChanged, this, profilesEdited);
+    // A renamed profile stays the one its targets and recordings take.
+    connect(m_profiles, &EncodeProfilesBox::renamed, this,
+            [this](const QString &from, const QString &to) {
+                QList<TargetEntry> targets = m_targetModel->targets();
+                for (TargetEntry &target : targets)
+                    if (target.profile == from)
+                        target.profile = to;
+                m_targetModel->setTargets(targets);
+                saveTargets();
+                m_recordingProfile->renameProfile(from, to);
+            });
+    connect(m_recordingProfile, &RecordingProfileBox::changed, this,
+            &OutputSettingsPanel::settingsChanged);
     connect(m_start, &QPushButton::clicked, this, &OutputSettingsPanel::startOutputsRequested);
     connect(m_stop, &QPushButton::clicked, this, &OutputSettingsPanel::stopOutputsRequested);
     applyEightKRules();
@@ -311,9 +344,13 @@ void OutputSettingsPanel::load()
     std::sort(order.begin(), order.end());
     for (int index : order) {
         s.beginGroup(QString::number(index));
-        targets << TargetEntry{s.value("protocol", "Custom").toString(),
-                               s.value("enabled", true).toBool(), s.value("url").toString(),
-                               s.value("key").toString()};
+        TargetEntry target{s.value("protocol", "Custom").toString(),
+                           s.value("enabled", true).toBool(), s.value("url").toString(),
+                           s.value("key").toString()};
+        target.profile = s.value("profile").toString();
+        target.hlsSegmentSeconds = s.value("hlsSegmentSeconds", 2).toInt();
+        target.hlsWindow = s.value("hlsWindow", 6).toInt();
+        targets << target;
         s.endGroup();
     }
     s.endGroup();
@@ -353,6 +390,9 @@ void OutputSettingsPanel::saveTargets()
         s.setValue(group + "enabled", targets[i].enabled);
         s.setValue(group + "url", targets[i].server);
         s.setValue(group + "key", targets[i].key);
+        s.setValue(group + "profile", targets[i].profile);
+        s.setValue(group + "hlsSegmentSeconds", targets[i].hlsSegmentSeconds);
+        s.setValue(group + "hlsWindow", targets[i].hlsWindow);
     }
 }
 
@@ -360,6 +400,7 @@ void OutputSettingsPanel::showTargets()
 {
     m_targetTable->resizeColumnToContents(StreamTargetModel::OnColumn);
     m_targetTable->resizeColumnToContents(StreamTargetModel::KindColumn);
+    m_targetTable->resizeColumnToContents(StreamTargetModel::ProfileColumn);
 }
 
 QList<OutputSettingsPanel::TargetEntry> OutputSettingsPanel::targets() const
@@ -375,6 +416,14 @@ void OutputSettingsPanel::setTargets(const QList<TargetEntry> &targets)
     emit settingsChanged();
 }
 
+void OutputSettingsPanel::setProfiles(const QList<EncodeProfile> &profiles)
+{
+    m_profiles->setProfiles(profiles);
+    m_recordingProfile->setProfileNames(m_profiles->names());
+    m_targetModel->setProfileNames(m_profiles->names());
+    emit settingsChanged();
+}
+
 void OutputSettingsPanel::setRecording(bool enabled, const QString &path)
 {
     m_record->setChecked(enabled);
@@ -387,7 +436,8 @@ void OutputSettingsPanel::editTarget(int row)
 {
     const QList<TargetEntry> &targets = m_targetModel->targets();
     const bool adding = row < 0 || row >= targets.size();
-    StreamTargetDialog dialog(this, adding ? TargetEntry{"RTMP", true, {}, {}} : targets[row]);
+    StreamTargetDialog dialog(this, adding ? TargetEntry{"RTMP", true, {}, {}} : targets[row],
+                              m_profiles->names());
     if (dialog.exec() != QDialog::Accepted)
         return;
     if (adding)
@@ -449,12 +499,27 @@ OutputSettings OutputSettingsPanel::settings() const
         e.twinFilePath = QDir(m_twin->text().trimmed()).filePath(QFileInfo(e.filePath).fileName());
     for (const TargetEntry &t : m_targetModel->targets())
         if (t.enabled && !t.server.trimmed().isEmpty())
-            e.streamTargets << OutputRules::parseStreamTarget(t.url());
+            e.streamTargets << t.target();
     e.fps = m_fps->currentData().toDouble();
     e.bitrateKbps = m_bitrateAuto->isChecked() ? 0 : m_bitrate->value();
     e.keyframeSeconds = m_keyframe->value();
     e.encoderMode = m_encoder->currentIndex();
     e.qualityPreset = m_preset->currentIndex();
+    e.adaptiveBitrate = m_profiles->adaptiveBitrate();
+    e.adaptiveFloorPercent = m_profiles->adaptiveFloorPercent();
+    // Every profile takes the encoder and the keyframe interval chosen for the encoding.
+    for (EncodeProfile profile : m_profiles->profiles()) {
+        profile.encoderMode = e.encoderMode;
+        profile.keyframeSeconds = e.keyframeSeconds;
+        e.profiles << profile;
+    }
+    const QString fileProfile = m_recordingProfile->fileProfile();
+    e.fileProfile = profiles::isDefault(fileProfile) ? QString() : fileProfile;
+    for (IsoRecording iso : m_recordingProfile->isoRecordings()) {
+        if (profiles::isDefault(iso.profile))
+            iso.profile.clear();
+        e.isoRecordings << iso;
+    }
     const QSize size = chosenSize();
     out.size = {size.isValid() && !size.isEmpty(), size.isEmpty() ? QSize() : size};
     return out;
@@ -476,6 +541,8 @@ void OutputSettingsPanel::setOutputsRunning(bool running)
              m_record, m_file, m_browse, m_container, m_segment, m_segmentMinutes, m_segmentGiB,
              m_twin, m_keepFree, m_addTarget, m_editTarget, m_removeTarget})
         w->setEnabled(!running);
+    m_profiles->setRunning(running);
+    m_recordingProfile->setRunning(running);
     if (!running)
         m_bitrate->setDisabled(m_bitrateAuto->isChecked());
     m_lockHint->setVisible(running);
@@ -551,8 +618,8 @@ void OutputSettingsPanel::retranslateUi()
     m_twin->setAccessibleName(tr("Twin folder"));
     m_recordingState->setAccessibleName(tr("Recording state"));
     m_targetsTitle->setText(tr("<b>Stream targets</b>"));
-    m_sharedHint->setText(
-        tr("All enabled destinations share one encoder to minimize CPU/GPU load."));
+    m_sharedHint->setText(tr("Destinations on the same encode profile share one encoder to "
+                             "minimize CPU/GPU load."));
     m_targetModel->retranslate();
     m_addTarget->setText(tr("Add"));
     m_editTarget->setText(tr("Edit"));

@@ -11,7 +11,13 @@
 // "output/filePath" holds the folder and the name pattern: "{date}" and "{time}" in the name
 // become the local date (yyyyMMdd) and time (HHmmss) when the outputs start, so that every take
 // gets a name of its own. Stream targets live in "output/streams/N/" with "protocol", "enabled",
-// "url" (the server) and "key".
+// "url" (the server; an HLS folder's playlist), "key", "profile" (empty: the default one),
+// "hlsSegmentSeconds" and "hlsWindow".
+//
+// The encode profiles (EncodeProfilesBox, below the encoding) and the recording's profile and
+// channels recorded on their own (RecordingProfileBox, in the recording part) keep their own
+// settings; this panel puts them into the record it builds, with the encoder and keyframe
+// interval of the encoding for every profile.
 //
 // GUI thread only. Emits startOutputsRequested and stopOutputsRequested (the buttons),
 // programGainChanged(linear) (the output gain), settingsChanged (any choice).
@@ -34,6 +40,9 @@ class QVBoxLayout;
 
 namespace selvane {
 
+class EncodeProfilesBox;
+class RecordingProfileBox;
+
 class OutputSettingsPanel : public QWidget
 {
     Q_OBJECT
@@ -46,6 +55,8 @@ public:
     OutputSettings settings() const;
     QList<TargetEntry> targets() const;
     void setTargets(const QList<TargetEntry> &targets);
+    // Profiles from elsewhere (a show's), kept as the operator's.
+    void setProfiles(const QList<EncodeProfile> &profiles);
     void setRecording(bool enabled, const QString &path);
     void setOutputsRunning(bool running);
     // Target status by the engine's index: the position among the enabled targets.
@@ -96,6 +107,7 @@ private:
     QLineEdit *m_twin = nullptr; // the twin's folder: a copy of the recording of the same name
     QLabel *m_keepFreeLabel = nullptr;
     QSpinBox *m_keepFree = nullptr; // ring recording: MiB kept free by deleting old segments
+    RecordingProfileBox *m_recordingProfile = nullptr;
 
     QLabel *m_targetsTitle = nullptr;
     QLabel *m_sharedHint = nullptr;
@@ -123,6 +135,7 @@ private:
     QLabel *m_gainHint = nullptr;
     QLabel *m_lockHint = nullptr;
     QLabel *m_eightKHint = nullptr;
+    EncodeProfilesBox *m_profiles = nullptr;
 
     QVBoxLayout *m_sections = nullptr;
     QPushButton *m_start = nullptr;

@@ -70,6 +70,17 @@ QString OutputStatusView::text() const
     return m_label->text();
 }
 
+QString OutputStatusView::bitrateText(qint64 nowKbps, qint64 setKbps)
+{
+    const auto grouped = [](qint64 value) {
+        QString digits = QString::number(value);
+        for (qsizetype at = digits.size() - 3; at > 0 && digits[at - 1].isDigit(); at -= 3)
+            digits.insert(at, QChar(0x00A0));
+        return digits;
+    };
+    return tr("%1 / %2 kbit/s").arg(grouped(nowKbps), grouped(setKbps));
+}
+
 QString OutputStatusView::diskText(const RecordingStats &file)
 {
     // Amber at ten minutes left, red at two: the operator has time to act.
@@ -120,11 +131,52 @@ void OutputStatusView::showStats(const OutputStats &stats, QSize programSize, do
                     lines << diskText(*file);
             }
         }
+        for (const EncodeStats &e : stats.encodes) {
+            // "program", "multiview" or "channel N" in the operator's words.
+            QString source = e.source;
+            if (e.source == QLatin1String("program"))
+                source = tr("program");
+            else if (e.source == QLatin1String("multiview"))
+                source = tr("multiview");
+            else if (e.source.startsWith(QLatin1String("channel ")))
+                source = tr("channel %1").arg(e.source.section(' ', 1));
+            QString line = tr("Encode %1 (%2)  %3x%4 @ %5 fps  ·  %6")
+                               .arg(e.profile.toHtmlEscaped(), source.toHtmlEscaped())
+                               .arg(e.size.width())
+                               .arg(e.size.height())
+                               .arg(e.fps, 0, 'g', 3)
+                               .arg(bitrateText(e.currentKbps, e.setKbps));
+            if (e.failed)
+                line = QStringLiteral("<span style='color:#ff5a5a'>%1  ·  %2</span>")
+                           .arg(line, tr("failed"));
+            else if (e.adaptive && e.currentKbps < e.setKbps)
+                line = QStringLiteral("<span style='color:#ff9f43'>%1  ·  %2</span>")
+                           .arg(line, tr("stepped down"));
+            else if (e.adaptive)
+                line += QStringLiteral("  ·  ") + tr("adaptive");
+            lines << line;
+        }
+        for (const IsoStats &iso : stats.isoRecordings) {
+            const QString name = QFileInfo(iso.file.path).fileName().toHtmlEscaped();
+            if (iso.file.failed)
+                lines << tr("<span style='color:#ff5a5a'>Channel %1 on its own failed: %2</span> "
+                            "(%3)")
+                             .arg(iso.channel)
+                             .arg(iso.file.failureReason.toHtmlEscaped(), name);
+            else
+                lines << tr("Channel %1 on its own %2  ·  %3")
+                             .arg(iso.channel)
+                             .arg(name, bytesText(iso.file.bytes));
+        }
         for (int i = 0; i < stats.targets.size(); ++i) {
             const TargetStats &t = stats.targets[i];
-            lines << QStringLiteral("<span style='color:%1'>●</span> %2  %3  ·  %4 kbit/s")
-                         .arg(statusColour(t.status), t.url.toHtmlEscaped(), statusWord(t.status))
-                         .arg(qRound(t.kbps));
+            QString line =
+                QStringLiteral("<span style='color:%1'>●</span> %2  %3  ·  %4 kbit/s")
+                    .arg(statusColour(t.status), t.url.toHtmlEscaped(), statusWord(t.status))
+                    .arg(qRound(t.kbps));
+            if (!t.profile.isEmpty() && t.profile != QLatin1String("default"))
+                line += QStringLiteral("  ·  ") + t.profile.toHtmlEscaped();
+            lines << line;
         }
     }
     const QString text = lines.join("<br>");

@@ -32,13 +32,23 @@ QVariant StreamTargetModel::data(const QModelIndex &index, int role) const
         break;
     case KindColumn:
         if (role == Qt::DisplayRole)
-            return target.kind;
+            return StreamTargetDialog::kindText(target.kind);
         break;
     case AddressColumn:
         // The key never shows: the server, and dots where the key goes.
         if (role == Qt::DisplayRole || role == Qt::ToolTipRole)
             return maskStreamUrl(target.server) + (target.key.isEmpty() ? QString() : "/••••");
         break;
+    case ProfileColumn: {
+        const bool missing = !target.profile.isEmpty() && !m_profiles.contains(target.profile);
+        if (role == Qt::DisplayRole)
+            return target.profile.isEmpty() ? tr("default") : target.profile;
+        if (role == Qt::ForegroundRole && missing)
+            return QColor("#ff5a5a");
+        if (role == Qt::ToolTipRole && missing)
+            return tr("There is no profile of this name: the outputs will not start");
+        break;
+    }
     case StatusColumn:
         if (role == Qt::DisplayRole)
             return OutputStatusView::statusWord(status);
@@ -62,6 +72,8 @@ QVariant StreamTargetModel::headerData(int section, Qt::Orientation orientation,
         return tr("Kind");
     case AddressColumn:
         return tr("Address");
+    case ProfileColumn:
+        return tr("Profile");
     case StatusColumn:
         return tr("Status");
     default:
@@ -149,11 +161,20 @@ void StreamTargetModel::setStatus(int index, const QString &status)
     }
 }
 
+void StreamTargetModel::setProfileNames(const QStringList &names)
+{
+    if (names == m_profiles)
+        return;
+    m_profiles = names;
+    if (!m_targets.isEmpty())
+        emit dataChanged(index(0, ProfileColumn), index(rowCount() - 1, ProfileColumn));
+}
+
 void StreamTargetModel::retranslate()
 {
     emit headerDataChanged(Qt::Horizontal, 0, ColumnCount - 1);
     if (!m_targets.isEmpty())
-        emit dataChanged(index(0, StatusColumn), index(rowCount() - 1, StatusColumn));
+        emit dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1));
 }
 
 } // namespace selvane

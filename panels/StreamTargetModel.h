@@ -1,8 +1,9 @@
 #pragma once
 
 // The stream targets as the operator set them, as a table model: one row per target with its
-// on/off box, kind, address (the key never shown: dots where it goes) and the status the
-// engine last reported for it. The model holds the list; the Output Settings panel stores it and
+// on/off box, kind, address (the key never shown: dots where it goes), the encode profile it
+// takes (marked when no profile of that name exists any more) and the status the engine last
+// reported for it. The model holds the list; the Output Settings panel stores it and
 // builds the outputs from it.
 //
 // GUI thread only. Emits targetsEdited when the operator changed the list through the model
@@ -26,6 +27,7 @@ public:
         OnColumn,
         KindColumn,
         AddressColumn,
+        ProfileColumn,
         StatusColumn,
         ColumnCount
     };
@@ -49,6 +51,8 @@ public:
     // The status of the engine's target `index`: its position among the enabled targets with
     // an address, as the outputs were built.
     void setStatus(int index, const QString &status);
+    // The named profiles there are: a target naming another one shows it missing.
+    void setProfileNames(const QStringList &names);
     // The header's and the status words again, in the language now chosen.
     void retranslate();
 
@@ -58,6 +62,7 @@ signals:
 private:
     QList<StreamTargetEntry> m_targets;
     QStringList m_status; // by row
+    QStringList m_profiles;
 };
 
 } // namespace selvane

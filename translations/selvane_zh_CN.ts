@@ -87,7 +87,7 @@
         <translation>涂鸦已导出到 %1</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="754"/>
+        <location filename="../app/MainWindow.cpp" line="762"/>
         <source>About Selvane</source>
         <translation>关于 Selvane</translation>
     </message>
@@ -116,27 +116,27 @@ The streams go on. A new file is tried every second and the recording goes on th
         <translation>推流 %1 需要 %2:// 地址。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="710"/>
+        <location filename="../app/MainWindow.cpp" line="718"/>
         <source>Outputs are running</source>
         <translation>输出正在运行</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="711"/>
+        <location filename="../app/MainWindow.cpp" line="719"/>
         <source>Recording or streaming is running. Stop the outputs and close Selvane?</source>
         <translation>录制或推流正在进行。要停止输出并关闭 Selvane 吗？</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="749"/>
+        <location filename="../app/MainWindow.cpp" line="757"/>
         <source>Output Folder</source>
         <translation>输出文件夹</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="749"/>
+        <location filename="../app/MainWindow.cpp" line="757"/>
         <source>Unable to open the output folder.</source>
         <translation>无法打开输出文件夹。</translation>
     </message>
     <message>
-        <location filename="../app/MainWindow.cpp" line="755"/>
+        <location filename="../app/MainWindow.cpp" line="763"/>
         <source>Selvane %1
 Live video mixer: four input channels, overlays, audio mixing, recording and live streaming.</source>
         <translation>Selvane %1
@@ -304,21 +304,71 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
     </message>
     <message>
         <location filename="../engine/ProblemText.cpp" line="117"/>
+        <source>A profile&apos;s name holds letters, digits, &quot;-&quot; and &quot;_&quot; only: &quot;%1&quot;</source>
+        <translation>配置名称只能包含字母、数字、“-”和“_”：“%1”</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="121"/>
+        <source>There are two profiles named &quot;%1&quot;.</source>
+        <translation>有两个名为“%1”的配置。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="124"/>
+        <source>There is no profile named &quot;%1&quot;.</source>
+        <translation>没有名为“%1”的配置。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="127"/>
+        <source>The profile &quot;%1&quot; runs faster than the program&apos;s %2 frames a second.</source>
+        <translation>配置“%1”的帧率高于节目的每秒 %2 帧。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="132"/>
+        <source>The profile &quot;%1&quot; needs an even width and height from 16 to 8192.</source>
+        <translation>配置“%1”的宽度和高度须为 16 到 8192 之间的偶数。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="136"/>
+        <source>Channels 1 to 4 can be recorded on their own, not %1.</source>
+        <translation>只有通道 1 到 4 可以单独录制，不能是 %1。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="140"/>
+        <source>Channel %1 is recorded on its own twice.</source>
+        <translation>通道 %1 被设置了两次单独录制。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="143"/>
+        <source>A channel&apos;s own recording is written beside the program&apos;s: choose a recording file first.</source>
+        <translation>通道的单独录制文件写在节目录制文件旁边：请先选择录制文件。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="146"/>
+        <source>HLS segments last 1 to 6 seconds, not %1.</source>
+        <translation>HLS 分片时长为 1 到 6 秒，不能是 %1。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="149"/>
+        <source>An HLS playlist names 2 to 60 segments, not %1.</source>
+        <translation>HLS 播放列表包含 2 到 60 个分片，不能是 %1。</translation>
+    </message>
+    <message>
+        <location filename="../engine/ProblemText.cpp" line="152"/>
         <source>Choose a folder or images first.</source>
         <translation>请先选择文件夹或图片。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="119"/>
+        <location filename="../engine/ProblemText.cpp" line="154"/>
         <source>The backup of channel %1 must be another channel (channel:1 to channel:4) or a file or stream address: %2</source>
         <translation>通道 %1 的备份必须是另一个通道（channel:1 到 channel:4）或文件、流地址：%2</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="125"/>
+        <location filename="../engine/ProblemText.cpp" line="160"/>
         <source>Failover times lie between 100 ms and one hour, not %1 ms.</source>
         <translation>故障切换时间须在 100 毫秒到一小时之间，而不是 %1 毫秒。</translation>
     </message>
     <message>
-        <location filename="../engine/ProblemText.cpp" line="129"/>
+        <location filename="../engine/ProblemText.cpp" line="164"/>
         <source>The slate cannot be read: %1</source>
         <translation>无法读取垫片画面：%1</translation>
     </message>
@@ -326,12 +376,12 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>ProgramArrangement</name>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="161"/>
+        <location filename="../cli/CommandLine.cpp" line="166"/>
         <source>Unable to open the file.</source>
         <translation>无法打开文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="185"/>
+        <location filename="../cli/CommandLine.cpp" line="190"/>
         <source>Schedule check passed: %1 base clip(s), %2 overlay clip(s).</source>
         <translation>节目编排检查通过：%1 个基础片段，%2 个叠加片段。</translation>
     </message>
@@ -568,332 +618,332 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane</name>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="32"/>
+        <location filename="../cli/CommandLine.cpp" line="34"/>
         <source>Selvane live video mixer. Without options the mixer window opens.</source>
         <translation>Selvane 直播视频混合器。不带选项时打开混合器窗口。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="35"/>
+        <location filename="../cli/CommandLine.cpp" line="37"/>
         <source>Run the engine without a window (no instance lock).</source>
         <translation>无窗口运行引擎（不占用单实例锁）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="37"/>
+        <location filename="../cli/CommandLine.cpp" line="39"/>
         <source>Play this program schedule (JSON) into the outputs.</source>
         <translation>将此节目编排（JSON）播出到输出。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="50"/>
+        <location filename="../cli/CommandLine.cpp" line="52"/>
         <source>When channel N fails on air (reconnecting, or no new picture for --failover-ms), show this instead: channel:M (another channel), or a file or stream address. A channel without one shows the slate. Repeatable; turns failover on.</source>
         <translation>当通道 N 在播出中故障（正在重连，或超过 --failover-ms 无新画面）时改为显示：channel:M（另一个通道），或文件、流地址。没有备份的通道显示垫片画面。可重复；同时开启故障切换。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="56"/>
+        <location filename="../cli/CommandLine.cpp" line="58"/>
         <source>The picture or clip shown for a failed channel without a backup (default: a card saying the programme will be back shortly); turns failover on.</source>
         <translation>没有备份的故障通道所显示的图片或片段（默认：提示节目马上回来的卡片）；同时开启故障切换。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="60"/>
+        <location filename="../cli/CommandLine.cpp" line="62"/>
         <source>Words over the slate.</source>
         <translation>垫片画面上的文字。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="62"/>
+        <location filename="../cli/CommandLine.cpp" line="64"/>
         <source>How long the channel on air may deliver no new picture before its backup replaces it (default 2000); turns failover on.</source>
         <translation>播出通道无新画面多长时间后由其备份替代（默认 2000）；同时开启故障切换。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="66"/>
+        <location filename="../cli/CommandLine.cpp" line="68"/>
         <source>How long a failed channel must deliver steadily before it goes back on air (default 3000).</source>
         <translation>故障通道须稳定输出多长时间才重新播出（默认 3000）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="69"/>
+        <location filename="../cli/CommandLine.cpp" line="71"/>
         <source>Run the built-in demo: test signals, a schedule, a ticker and an image overlay (no files needed).</source>
         <translation>运行内置演示：测试信号、节目编排、滚动字幕和图片叠加（无需任何文件）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="72"/>
+        <location filename="../cli/CommandLine.cpp" line="74"/>
         <source>Load a source into input channel N (1-4): a file path, a network URL, a capture address or lavfi://GRAPH. Repeatable.</source>
         <translation>为输入通道 N（1-4）加载信号源：文件路径、网络地址、采集地址或 lavfi://GRAPH。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="76"/>
+        <location filename="../cli/CommandLine.cpp" line="78"/>
         <source>Give channel N (1-4) the sound of this microphone (a PulseAudio source by name or description) instead of its own. Repeatable.</source>
         <translation>让通道 N（1-4）使用此麦克风（按名称或描述指定的 PulseAudio 源）的声音代替其自身声音。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="79"/>
+        <location filename="../cli/CommandLine.cpp" line="81"/>
         <source>Channel (1-4) that forms the program picture. Default 1.</source>
         <translation>构成节目画面的通道（1-4），默认 1。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="81"/>
+        <location filename="../cli/CommandLine.cpp" line="83"/>
         <source>Stop after this many seconds (default: until Ctrl+C).</source>
         <translation>运行指定秒数后停止（默认：直到 Ctrl+C）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="83"/>
+        <location filename="../cli/CommandLine.cpp" line="85"/>
         <source>Window: start the recording and streams of the show at once (without --headless they wait for the Start button).</source>
         <translation>窗口模式：立即开始节目的录制与推流（不加此项时等待按下“开始输出”）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="86"/>
+        <location filename="../cli/CommandLine.cpp" line="88"/>
         <source>Preview (speaker) volume of channel N, linear, e.g. 1=0.5. Repeatable.</source>
         <translation>通道 N 的预览（扬声器）音量，线性，例如 1=0.5。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="89"/>
+        <location filename="../cli/CommandLine.cpp" line="91"/>
         <source>Volume of the program channel in the program mix, linear (default 1).</source>
         <translation>节目通道在节目混音中的音量，线性（默认 1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="92"/>
+        <location filename="../cli/CommandLine.cpp" line="94"/>
         <source>Program bus gain for recording and streaming, in percent (default 100).</source>
         <translation>录制与推流的节目总线增益，百分比（默认 100）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="95"/>
+        <location filename="../cli/CommandLine.cpp" line="97"/>
         <source>Show a scrolling ticker with these words. Repeatable.</source>
         <translation>显示滚动字幕。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="97"/>
+        <location filename="../cli/CommandLine.cpp" line="99"/>
         <source>Show a picture in the rectangle x,y,w,h of the 640x360 scene. Repeatable.</source>
         <translation>在 640x360 场景的矩形 x,y,w,h 中显示图片。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="100"/>
+        <location filename="../cli/CommandLine.cpp" line="102"/>
         <source>Play a video (looping) in the rectangle x,y,w,h of the 640x360 scene. Repeatable.</source>
         <translation>在 640x360 场景的矩形 x,y,w,h 中循环播放视频。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="104"/>
-        <source>Record the program to this file (MP4, MKV, MOV, TS ...).</source>
-        <translation>将节目录制到此文件（MP4、MKV、MOV、TS……）。</translation>
-    </message>
-    <message>
-        <location filename="../cli/CommandLine.cpp" line="106"/>
+        <location filename="../cli/CommandLine.cpp" line="110"/>
         <source>Write a second copy of the recording from the same encoded pictures: a file, or a folder (on another disk) for a file of the same name. Each copy fails and resumes on its own.</source>
         <translation>用同一编码画面写入录制的第二份副本：一个文件，或一个文件夹（位于另一磁盘）以存放同名文件。每份副本各自失败与恢复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="111"/>
+        <location filename="../cli/CommandLine.cpp" line="115"/>
         <source>Start a new recording file at a keyframe after this many minutes.</source>
         <translation>录制满指定分钟后在关键帧处开始新文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="115"/>
+        <location filename="../cli/CommandLine.cpp" line="119"/>
         <source>Start a new recording file at a keyframe once a file reaches this many GiB.</source>
         <translation>文件达到指定 GiB 后在关键帧处开始新文件。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="117"/>
+        <location filename="../cli/CommandLine.cpp" line="121"/>
         <source>Ring recording (with segments): delete this take&apos;s oldest segments while the recording&apos;s disk has less than this many MiB free.</source>
         <translation>循环录制（需分段）：当录制磁盘剩余空间少于此 MiB 数时，删除本次录制最早的分段。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="121"/>
+        <location filename="../cli/CommandLine.cpp" line="125"/>
         <source>Publish the program to this URL (rtmp://, rtmps://, srt://, udp:// ...); #FORMAT picks the container (flv, mpegts). Repeatable.</source>
         <translation>将节目推流到此地址（rtmp://、rtmps://、srt://、udp://……）；#FORMAT 指定封装格式（flv、mpegts）。可重复。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="125"/>
+        <location filename="../cli/CommandLine.cpp" line="130"/>
         <source>Start the outputs at this time rather than at once: a local date-time (2026-11-26T21:00[:SS]), a time of day (21:00[:SS], its next coming), or &quot;schedule&quot; (as the schedule starts).</source>
         <translation>在此时间而非立即启动输出：本地日期时间（2026-11-26T21:00[:SS]）、一天中的时间（21:00[:SS]，即下一次到来时），或 &quot;schedule&quot;（节目编排开始时）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="130"/>
+        <location filename="../cli/CommandLine.cpp" line="135"/>
         <source>Stop the outputs at this time: a date-time, a time of day, or &quot;schedule&quot; (where the schedule ends).</source>
         <translation>在此时间停止输出：日期时间、一天中的时间，或 &quot;schedule&quot;（节目编排结束处）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="134"/>
+        <location filename="../cli/CommandLine.cpp" line="139"/>
         <source>Output size, e.g. 1280x720 (default: same as the program).</source>
         <translation>输出尺寸，例如 1280x720（默认：与节目相同）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="135"/>
+        <location filename="../cli/CommandLine.cpp" line="140"/>
         <source>Output frame rate: 30 or 60 (default 30).</source>
         <translation>输出帧率：30 或 60（默认 30）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="136"/>
+        <location filename="../cli/CommandLine.cpp" line="141"/>
         <source>Video bitrate in kbit/s (default: automatic).</source>
         <translation>视频码率，kbit/s（默认：自动）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="138"/>
+        <location filename="../cli/CommandLine.cpp" line="143"/>
         <source>Video encoder: auto, hardware or software (default auto).</source>
         <translation>视频编码器：auto、hardware 或 software（默认 auto）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="140"/>
+        <location filename="../cli/CommandLine.cpp" line="145"/>
         <source>Quality preset: performance, balanced or quality (default balanced).</source>
         <translation>质量预设：performance、balanced 或 quality（默认 balanced）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="143"/>
+        <location filename="../cli/CommandLine.cpp" line="148"/>
         <source>Serve the remote control API (HTTP and WebSocket) on this port.</source>
         <translation>在此端口上提供远程控制 API（HTTP 和 WebSocket）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="146"/>
+        <location filename="../cli/CommandLine.cpp" line="151"/>
         <source>Address the remote control listens on (default 127.0.0.1).</source>
         <translation>远程控制监听的地址（默认 127.0.0.1）。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="234"/>
+        <location filename="../cli/CommandLine.cpp" line="239"/>
         <source>--record expects a file path</source>
         <translation>--record 需要文件路径</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="241"/>
+        <location filename="../cli/CommandLine.cpp" line="246"/>
         <source>--twin expects a file or a folder, beside --record</source>
         <translation>--twin 需要一个文件或文件夹，并须同时使用 --record</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="255"/>
+        <location filename="../cli/CommandLine.cpp" line="260"/>
         <source>--%1 expects a positive number, got &quot;%2&quot;</source>
         <translation>--%1 需要正数，收到 &quot;%2&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="266"/>
+        <location filename="../cli/CommandLine.cpp" line="271"/>
         <source>segment limits need --record</source>
         <translation>分段限制需要 --record</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="277"/>
+        <location filename="../cli/CommandLine.cpp" line="282"/>
         <source>--%1 expects a date-time (2026-11-26T21:00), a time of day (21:00) or &quot;schedule&quot;, got &quot;%2&quot;</source>
         <translation>--%1 需要日期时间（2026-11-26T21:00）、一天中的时间（21:00）或 &quot;schedule&quot;，收到 &quot;%2&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="289"/>
+        <location filename="../cli/CommandLine.cpp" line="294"/>
         <source>--keep-free deletes old segments: it needs --segment-minutes or --segment-gib</source>
         <translation>--keep-free 会删除旧分段：需要 --segment-minutes 或 --segment-gib</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="308"/>
+        <location filename="../cli/CommandLine.cpp" line="319"/>
         <source>--size expects an even width and height, got &quot;%1&quot;</source>
         <translation>--size 的宽和高必须是偶数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="406"/>
+        <location filename="../cli/CommandLine.cpp" line="423"/>
         <source>--control-port expects a port from 1 to 65535, got &quot;%1&quot;</source>
         <translation>--control-port 需要 1 到 65535 之间的端口，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="415"/>
+        <location filename="../cli/CommandLine.cpp" line="432"/>
         <source>--control-bind expects an IP address such as 127.0.0.1 or ::1, got &quot;%1&quot;</source>
         <translation>--control-bind 需要 IP 地址（如 127.0.0.1 或 ::1），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="443"/>
+        <location filename="../cli/CommandLine.cpp" line="460"/>
         <source>overlay &quot;%1&quot;: &quot;%2&quot; is not a file that can be read</source>
         <translation>叠加 &quot;%1&quot;：&quot;%2&quot; 不是可读取的文件</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="39"/>
+        <location filename="../cli/CommandLine.cpp" line="41"/>
         <source>Validate a program schedule and print it in the current format; with --channel options, warn of clips whose channel has no source.</source>
         <translation>校验节目编排并以当前格式输出；配合 --channel 选项时，对通道没有信号源的片段给出警告。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="43"/>
+        <location filename="../cli/CommandLine.cpp" line="45"/>
         <source>How the schedule&apos;s channel clips without a transition of their own come on air: cut, mix, wipe or dip, with :MS for its length (default 1000), e.g. mix:500; or stinger:FILE, a clip with alpha played over the switch, with @MS for where the switch happens (default: its middle), e.g. stinger:logo.mov@400. Default: cut.</source>
         <translation>节目单中没有指定转场的通道片段如何上播：cut、mix、wipe 或 dip，可加 :MS 指定时长（默认 1000），例如 mix:500；或 stinger:FILE，在切换时叠加播放一段带透明通道的片段，可加 @MS 指定切换发生的位置（默认：片段中点），例如 stinger:logo.mov@400。默认：cut。</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="302"/>
+        <location filename="../cli/CommandLine.cpp" line="107"/>
+        <source>Record the program to this file (MP4, MKV, MOV, TS ...); NAME= picks a profile.</source>
+        <translation>将节目录制到此文件（MP4、MKV、MOV、TS ……）；NAME= 选择配置。</translation>
+    </message>
+    <message>
+        <location filename="../cli/CommandLine.cpp" line="313"/>
         <source>--size expects WIDTHxHEIGHT, got &quot;%1&quot;</source>
         <translation>--size 需要 宽x高，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="316"/>
+        <location filename="../cli/CommandLine.cpp" line="327"/>
         <source>--fps expects 30 or 60, got &quot;%1&quot;</source>
         <translation>--fps 需要 30 或 60，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="325"/>
+        <location filename="../cli/CommandLine.cpp" line="336"/>
         <source>--bitrate expects kbit/s from 100 to 400000, got &quot;%1&quot;</source>
         <translation>--bitrate 需要 100 到 400000 之间的 kbit/s，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="334"/>
+        <location filename="../cli/CommandLine.cpp" line="345"/>
         <source>--encoder expects auto, hardware or software, got &quot;%1&quot;</source>
         <translation>--encoder 需要 auto、hardware 或 software，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="344"/>
+        <location filename="../cli/CommandLine.cpp" line="355"/>
         <source>--preset expects performance, balanced or quality, got &quot;%1&quot;</source>
         <translation>--preset 需要 performance、balanced 或 quality，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="373"/>
+        <location filename="../cli/CommandLine.cpp" line="390"/>
         <source>--volume expects N=V with N from 1 to 4 and V from 0 to 4, got &quot;%1&quot;</source>
         <translation>--volume 需要 N=V（N 为 1 到 4，V 为 0 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="383"/>
+        <location filename="../cli/CommandLine.cpp" line="400"/>
         <source>--program-volume expects a number from 0 to 4, got &quot;%1&quot;</source>
         <translation>--program-volume 需要 0 到 4 之间的数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="392"/>
+        <location filename="../cli/CommandLine.cpp" line="409"/>
         <source>--gain expects a percentage from 0 to 1000, got &quot;%1&quot;</source>
         <translation>--gain 需要 0 到 1000 之间的百分比，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="451"/>
+        <location filename="../cli/CommandLine.cpp" line="468"/>
         <source>at most %1 image and video overlays</source>
         <translation>图片与视频叠加最多 %1 个</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="466"/>
+        <location filename="../cli/CommandLine.cpp" line="483"/>
         <source>--backup expects N=ADDRESS or N=channel:M with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--backup 需要 N=地址 或 N=channel:M，N 为 1 到 4，实际为 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="488"/>
+        <location filename="../cli/CommandLine.cpp" line="505"/>
         <source>--%1 expects milliseconds from 100 to 3600000, got &quot;%2&quot;</source>
         <translation>--%1 需要 100 到 3600000 之间的毫秒数，实际为 &quot;%2&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="513"/>
+        <location filename="../cli/CommandLine.cpp" line="530"/>
         <source>--channel expects N=ADDRESS with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--channel 需要 N=地址（N 为 1 到 4），收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="524"/>
+        <location filename="../cli/CommandLine.cpp" line="541"/>
         <source>--microphone expects N=NAME with N from 1 to 4, got &quot;%1&quot;</source>
         <translation>--microphone 需要 N=名称，N 为 1 到 4，收到的是“%1”</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="535"/>
+        <location filename="../cli/CommandLine.cpp" line="552"/>
         <source>--base expects a channel from 1 to 4, got &quot;%1&quot;</source>
         <translation>--base 需要 1 到 4 的通道，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="544"/>
+        <location filename="../cli/CommandLine.cpp" line="561"/>
         <source>--duration expects a positive number of seconds, got &quot;%1&quot;</source>
         <translation>--duration 需要正的秒数，收到 &quot;%1&quot;</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="559"/>
+        <location filename="../cli/CommandLine.cpp" line="576"/>
         <source>--transition: %1, got &quot;%2&quot;</source>
         <translation>--transition：%1，收到的是“%2”</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="568"/>
+        <location filename="../cli/CommandLine.cpp" line="585"/>
         <source>--demo brings its own schedule; leave out --schedule</source>
         <translation>--demo 自带节目编排；请去掉 --schedule</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="581"/>
+        <location filename="../cli/CommandLine.cpp" line="598"/>
         <source>--headless needs at least one --channel</source>
         <translation>--headless 至少需要一个 --channel</translation>
     </message>
     <message>
-        <location filename="../cli/CommandLine.cpp" line="585"/>
+        <location filename="../cli/CommandLine.cpp" line="602"/>
         <source>the base channel %1 has no source</source>
         <translation>基础通道 %1 没有信号源</translation>
     </message>
@@ -1031,6 +1081,66 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <location filename="../show/ShowLoader.cpp" line="15"/>
         <source>Unable to open the file. %1</source>
         <translation>无法打开文件。%1</translation>
+    </message>
+    <message>
+        <location filename="../cli/ProfileOptions.cpp" line="38"/>
+        <source>Define an encode profile: its name (letters, digits, - and _), size, frame rate, kbit/s and preset (performance, balanced, quality). &quot;--stream NAME=URL&quot;, &quot;--record NAME=PATH&quot; and &quot;--iso NAME=N&quot; use it; without NAME= they use the default profile (--size, --fps, --bitrate). Repeatable.</source>
+        <translation>定义一个编码配置：名称（字母、数字、- 和 _）、尺寸、帧率、kbit/s 和预设（performance、balanced、quality）。“--stream NAME=URL”、“--record NAME=PATH”和“--iso NAME=N”使用它；不带 NAME= 时使用默认配置（--size、--fps、--bitrate）。可重复。</translation>
+    </message>
+    <message>
+        <location filename="../cli/ProfileOptions.cpp" line="45"/>
+        <source>The profile&apos;s bitrate steps down while one of its targets is congested (to FLOOR percent of its bitrate at least, default 30) and back up once they keep up. NAME may be &quot;default&quot;. Repeatable.</source>
+        <translation>当配置的某个目标拥塞时，其码率逐步降低（最低到码率的 FLOOR 百分比，默认 30），跟上后再恢复。NAME 可以是“default”。可重复。</translation>
+    </message>
+    <message>
+        <location filename="../cli/ProfileOptions.cpp" line="50"/>
+        <source>The profile shows the multiview (preview, program and the four channels, labelled) instead of the program. Repeatable.</source>
+        <translation>该配置输出多画面（预览、节目和四个通道，带标注）而不是节目。可重复。</translation>
+    </message>
+    <message>
+        <location filename="../cli/ProfileOptions.cpp" line="54"/>
+        <source>Record channel N on its own beside the program recording, as decoded and with its own sound, from the same instant (file &quot;&lt;recording&gt;_isoN.&lt;ext&gt;&quot;). Repeatable.</source>
+        <translation>在节目录制旁边单独录制通道 N，按解码所得画面并带其自身声音，从同一时刻开始（文件“&lt;录制&gt;_isoN.&lt;扩展名&gt;”）。可重复。</translation>
+    </message>
+    <message>
+        <location filename="../cli/ProfileOptions.cpp" line="59"/>
+        <source>Length of an HLS target&apos;s segments in seconds, 1 to 6 (default 2). An HLS target is a path to its playlist: --stream live/index.m3u8.</source>
+        <translation>HLS 目标的分片时长（秒），1 到 6（默认 2）。HLS 目标是其播放列表的路径：--stream live/index.m3u8。</translation>
+    </message>
+    <message>
+        <location filename="../cli/ProfileOptions.cpp" line="63"/>
+        <source>How many segments an HLS playlist names, 2 to 60 (default 6); older ones are deleted.</source>
+        <translation>HLS 播放列表包含的分片数，2 到 60（默认 6）；更早的分片会被删除。</translation>
+    </message>
+    <message>
+        <location filename="../cli/ProfileOptions.cpp" line="78"/>
+        <source>--profile: &quot;%1&quot; is defined twice</source>
+        <translation>--profile：“%1”被定义了两次</translation>
+    </message>
+    <message>
+        <location filename="../cli/ProfileOptions.cpp" line="84"/>
+        <source>--%1: there is no profile named &quot;%2&quot; (define it with --profile)</source>
+        <translation>--%1：没有名为“%2”的配置（请用 --profile 定义）</translation>
+    </message>
+    <message>
+        <location filename="../cli/ProfileOptions.cpp" line="94"/>
+        <source>--adaptive expects NAME[:FLOOR] with FLOOR from 5 to 100, got &quot;%1&quot;</source>
+        <translation>--adaptive 需要 NAME[:FLOOR]，FLOOR 为 5 到 100，实际为“%1”</translation>
+    </message>
+    <message>
+        <location filename="../cli/ProfileOptions.cpp" line="133"/>
+        <source>--iso expects a channel from 1 to 4, got &quot;%1&quot;</source>
+        <translation>--iso 需要 1 到 4 的通道，实际为“%1”</translation>
+    </message>
+    <message>
+        <location filename="../cli/ProfileOptions.cpp" line="139"/>
+        <source>--iso records beside the program: it needs --record</source>
+        <translation>--iso 录制在节目录制旁边：需要 --record</translation>
+    </message>
+    <message>
+        <location filename="../cli/ProfileOptions.cpp" line="152"/>
+        <source>--%1 expects a whole number from %2 to %3, got &quot;%4&quot;</source>
+        <translation>--%1 需要 %2 到 %3 之间的整数，实际为“%4”</translation>
     </message>
 </context>
 <context>
@@ -1648,14 +1758,266 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
     </message>
 </context>
 <context>
+    <name>selvane::EncodeProfileDialog</name>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="29"/>
+        <source>Encode profile</source>
+        <translation>编码配置</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="32"/>
+        <source>e.g. low, mobile_720</source>
+        <translation>例如 low、mobile_720</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="42"/>
+        <source>program&apos;s</source>
+        <translation>同节目</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="50"/>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="53"/>
+        <source>%1 fps</source>
+        <translation>%1 帧/秒</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="50"/>
+        <source>The program&apos;s</source>
+        <translation>同节目</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="59"/>
+        <source> kbit/s</source>
+        <translation> kbit/s</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="60"/>
+        <source>Automatic</source>
+        <translation>自动</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="64"/>
+        <source>Performance</source>
+        <translation>性能</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="64"/>
+        <source>Balanced</source>
+        <translation>均衡</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="64"/>
+        <source>Quality</source>
+        <translation>质量</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="66"/>
+        <source>Adaptive bitrate</source>
+        <translation>自适应码率</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="68"/>
+        <source>The bitrate steps down while a target of this profile is congested, and back up once it keeps up</source>
+        <translation>当此配置的目标拥塞时码率逐步降低，跟上后再恢复</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="75"/>
+        <source>down to </source>
+        <translation>最低 </translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="79"/>
+        <source>Shows the multiview</source>
+        <translation>输出多画面</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="81"/>
+        <source>Its outputs show the multiview (preview, program and the four channels) instead of the program</source>
+        <translation>其输出显示多画面（预览、节目和四个通道）而不是节目</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="98"/>
+        <source>OK</source>
+        <translation>确定</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="100"/>
+        <source>Cancel</source>
+        <translation>取消</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="103"/>
+        <source>Name:</source>
+        <translation>名称：</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="104"/>
+        <source>Size:</source>
+        <translation>尺寸：</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="105"/>
+        <source>Frame rate:</source>
+        <translation>帧率：</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="106"/>
+        <source>Bitrate:</source>
+        <translation>码率：</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="107"/>
+        <source>Preset:</source>
+        <translation>预设：</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="137"/>
+        <source>Give the profile a name.</source>
+        <translation>请为配置命名。</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="139"/>
+        <source>&quot;default&quot; is the Encoding settings: choose another name.</source>
+        <translation>“default”就是编码设置：请换一个名称。</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfileDialog.cpp" line="141"/>
+        <source>Set both the width and the height, or neither for the program&apos;s size.</source>
+        <translation>请同时设置宽度和高度，或都不设置以使用节目尺寸。</translation>
+    </message>
+</context>
+<context>
+    <name>selvane::EncodeProfilesBox</name>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="146"/>
+        <source>default</source>
+        <translation>默认</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="150"/>
+        <source>%1 (missing)</source>
+        <translation>%1（不存在）</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="212"/>
+        <source>Performance</source>
+        <translation>性能</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="212"/>
+        <source>Balanced</source>
+        <translation>均衡</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="212"/>
+        <source>Quality</source>
+        <translation>质量</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="218"/>
+        <source>program&apos;s size</source>
+        <translation>同节目尺寸</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="219"/>
+        <source>%1 fps</source>
+        <translation>%1 帧/秒</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="219"/>
+        <source>program&apos;s rate</source>
+        <translation>同节目帧率</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="220"/>
+        <source>%1 kbit/s</source>
+        <translation>%1 kbit/s</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="221"/>
+        <source>automatic bitrate</source>
+        <translation>自动码率</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="223"/>
+        <source>adaptive down to %1 %</source>
+        <translation>自适应，最低 %1 %</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="224"/>
+        <source>fixed bitrate</source>
+        <translation>固定码率</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="226"/>
+        <source>shows the multiview</source>
+        <translation>输出多画面</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="273"/>
+        <source>Encode profiles</source>
+        <translation>编码配置</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="274"/>
+        <source>Adaptive bitrate</source>
+        <translation>自适应码率</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="275"/>
+        <source>The default profile&apos;s bitrate steps down while a target is congested, and back up once it keeps up</source>
+        <translation>当目标拥塞时默认配置的码率逐步降低，跟上后再恢复</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="277"/>
+        <source>down to </source>
+        <translation>最低 </translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="278"/>
+        <source>Name</source>
+        <translation>名称</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="278"/>
+        <source>Picture</source>
+        <translation>画面</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="278"/>
+        <source>Encoding</source>
+        <translation>编码</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="279"/>
+        <source>Add…</source>
+        <translation>添加…</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="280"/>
+        <source>Edit…</source>
+        <translation>编辑…</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="281"/>
+        <source>Remove</source>
+        <translation>删除</translation>
+    </message>
+    <message>
+        <location filename="../panels/EncodeProfilesBox.cpp" line="282"/>
+        <source>The Encoding settings above are the &quot;default&quot; profile. Each profile named by the recording or a target is encoded once, with the encoder and keyframe interval chosen above.</source>
+        <translation>上面的编码设置即“default”（默认）配置。录制或目标所用的每个配置只编码一次，并使用上面选择的编码器和关键帧间隔。</translation>
+    </message>
+</context>
+<context>
     <name>selvane::Engine</name>
     <message>
-        <location filename="../engine/Engine.cpp" line="725"/>
+        <location filename="../engine/Engine.cpp" line="737"/>
         <source>Invalid Schedule</source>
         <translation>无效的节目编排</translation>
     </message>
     <message>
-        <location filename="../engine/Engine.cpp" line="725"/>
+        <location filename="../engine/Engine.cpp" line="737"/>
         <source>&quot;failover&quot;: %1</source>
         <translation>&quot;failover&quot;：%1</translation>
     </message>
@@ -2110,329 +2472,329 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::OutputSettingsPanel</name>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="404"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="454"/>
         <source>Recording folder</source>
         <translation>录制文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="427"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="477"/>
         <source>8K requires hardware HEVC encoding</source>
         <translation>8K 需要硬件 HEVC 编码</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="431"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="481"/>
         <source>8K60 uses the Performance preset to maintain real-time output</source>
         <translation>8K60 使用“性能”预设以保持实时输出</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="502"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="569"/>
         <source>failed: %1</source>
         <translation>失败：%1</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="505"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="572"/>
         <source>recording %1  %2  %3 MB</source>
         <translation>录制中 %1  %2  %3 MB</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="511"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="578"/>
         <source>stopped</source>
         <translation>已停止</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="528"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="595"/>
         <source>&lt;b&gt;Recording&lt;/b&gt;</source>
         <translation>&lt;b&gt;录制&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="529"/>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="530"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="596"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="597"/>
         <source>Record to file</source>
         <translation>录制到文件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="531"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="598"/>
         <source>Folder and file name; {date} and {time} become the start time</source>
         <translation>文件夹和文件名；{date} 和 {time} 会替换为开始时间</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="532"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="599"/>
         <source>Browse…</source>
         <translation>浏览…</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="533"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="600"/>
         <source>Choose the recording folder</source>
         <translation>选择录制文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="534"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="601"/>
         <source>Container:</source>
         <translation>封装格式：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="535"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="602"/>
         <source>Container</source>
         <translation>封装格式</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="536"/>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="537"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="603"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="604"/>
         <source>Segment recording</source>
         <translation>分段录制</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="538"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="605"/>
         <source> min</source>
         <translation> 分钟</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="539"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="606"/>
         <source>Segment minutes</source>
         <translation>分段时长</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="540"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="607"/>
         <source> GiB</source>
         <translation> GiB</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="541"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="608"/>
         <source>Segment size</source>
         <translation>分段大小</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="542"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="609"/>
         <source>Start a new file at a keyframe when either limit is reached</source>
         <translation>达到任一限制时，在关键帧处开始新文件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="543"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="610"/>
         <source>Keep free:</source>
         <translation>保留空闲：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="544"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="611"/>
         <source> MiB</source>
         <translation> MiB</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="545"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="612"/>
         <source>off</source>
         <translation>关闭</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="546"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="613"/>
         <source>Keep free</source>
         <translation>保留空闲</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="547"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="614"/>
         <source>Ring recording: with segments, this take&apos;s oldest segments are deleted while the disk has less free</source>
         <translation>循环录制：启用分段时，磁盘空闲不足此值则删除本次录制最早的分段</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="549"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="616"/>
         <source>Twin copy in:</source>
         <translation>副本位置：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="550"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="617"/>
         <source>a folder on another disk (empty: none)</source>
         <translation>另一磁盘上的文件夹（留空：无）</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="551"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="618"/>
         <source>Twin folder</source>
         <translation>副本文件夹</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="552"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="619"/>
         <source>Recording state</source>
         <translation>录制状态</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="553"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="620"/>
         <source>&lt;b&gt;Stream targets&lt;/b&gt;</source>
         <translation>&lt;b&gt;推流目标&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="555"/>
-        <source>All enabled destinations share one encoder to minimize CPU/GPU load.</source>
-        <translation>所有启用的目标共用一个编码器，以降低 CPU/GPU 负载。</translation>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="621"/>
+        <source>Destinations on the same encode profile share one encoder to minimize CPU/GPU load.</source>
+        <translation>使用同一编码配置的目标共用一个编码器，以降低 CPU/GPU 负载。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="557"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="624"/>
         <source>Add</source>
         <translation>添加</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="558"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="625"/>
         <source>Edit</source>
         <translation>编辑</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="559"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="626"/>
         <source>Edit Target</source>
         <translation>编辑目标</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="560"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="627"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="561"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="628"/>
         <source>&lt;b&gt;Encoding&lt;/b&gt;</source>
         <translation>&lt;b&gt;编码&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="562"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="629"/>
         <source>Resolution:</source>
         <translation>分辨率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="563"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="630"/>
         <source>Same as Program</source>
         <translation>与节目相同</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="565"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="632"/>
         <source>%1 (%2 x %3)</source>
         <translation>%1（%2 x %3）</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="570"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="637"/>
         <source>Recording/stream output resolution; &apos;Same as Program&apos; follows current canvas size.</source>
         <translation>录制/推流输出分辨率；“与节目相同”跟随当前画布尺寸。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="571"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="638"/>
         <source>Output resolution</source>
         <translation>输出分辨率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="572"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="639"/>
         <source>Frame rate:</source>
         <translation>帧率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="573"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="640"/>
         <source>Frame rate</source>
         <translation>帧率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="574"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="641"/>
         <source>Bitrate:</source>
         <translation>码率：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="575"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="642"/>
         <source>Video bitrate</source>
         <translation>视频码率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="576"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="643"/>
         <source>Automatic</source>
         <translation>自动</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="577"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="644"/>
         <source>The bitrate follows the preset and the picture size</source>
         <translation>码率跟随预设和画面尺寸</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="578"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="645"/>
         <source>Automatic bitrate</source>
         <translation>自动码率</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="579"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="646"/>
         <source>Encoder:</source>
         <translation>编码器：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="580"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="647"/>
         <source>Auto</source>
         <translation>自动</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="581"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="648"/>
         <source>Hardware</source>
         <translation>硬件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="582"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="649"/>
         <source>Software</source>
         <translation>软件</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="583"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="650"/>
         <source>Encoder mode</source>
         <translation>编码模式</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="584"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="651"/>
         <source>Preset:</source>
         <translation>预设：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="585"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="652"/>
         <source>Performance</source>
         <translation>性能</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="586"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="653"/>
         <source>Balanced</source>
         <translation>均衡</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="587"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="654"/>
         <source>Quality</source>
         <translation>质量</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="588"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="655"/>
         <source>Quality preset</source>
         <translation>质量预设</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="589"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="656"/>
         <source>Keyframe interval:</source>
         <translation>关键帧间隔：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="590"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="657"/>
         <source>Keyframe interval</source>
         <translation>关键帧间隔</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="591"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="658"/>
         <source>Output Gain:</source>
         <translation>输出增益：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="592"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="659"/>
         <source>Output Gain</source>
         <translation>输出增益</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="593"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="660"/>
         <source>Adjusts the program gain for recording and streaming only. It does not affect channel mixing or monitoring.</source>
         <translation>仅调整录制和推流的节目增益，不影响通道混音和监听。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="595"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="662"/>
         <source>Recording and streaming use the effective canvas resolution. The resolution is locked while output is active.</source>
         <translation>录制和推流使用实际画布分辨率。输出进行时分辨率被锁定。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="598"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="665"/>
         <source>Start Outputs</source>
         <translation>开始输出</translation>
     </message>
     <message>
-        <location filename="../panels/OutputSettingsPanel.cpp" line="599"/>
+        <location filename="../panels/OutputSettingsPanel.cpp" line="666"/>
         <source>Stop Outputs</source>
         <translation>停止输出</translation>
     </message>
@@ -2465,62 +2827,112 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
         <translation>已停止</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="78"/>
+        <location filename="../panels/OutputStatusView.cpp" line="81"/>
+        <source>%1 / %2 kbit/s</source>
+        <translation>%1 / %2 kbit/s</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputStatusView.cpp" line="89"/>
         <source>%1 s</source>
         <translation>%1 秒</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="79"/>
+        <location filename="../panels/OutputStatusView.cpp" line="90"/>
         <source>%1 min</source>
         <translation>%1 分钟</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="80"/>
+        <location filename="../panels/OutputStatusView.cpp" line="91"/>
         <source>%1 h</source>
         <translation>%1 小时</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="82"/>
+        <location filename="../panels/OutputStatusView.cpp" line="93"/>
         <source>Disk: %1 left at this bitrate  ·  %2 free</source>
         <translation>磁盘：按当前码率还可录 %1  ·  剩余 %2</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="93"/>
+        <location filename="../panels/OutputStatusView.cpp" line="104"/>
         <source>Outputs are stopped.</source>
         <translation>输出已停止。</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="95"/>
+        <location filename="../panels/OutputStatusView.cpp" line="106"/>
         <source>&lt;b&gt;On air&lt;/b&gt; %1  ·  %2x%3 @ %4 fps  ·  %5 kbit/s</source>
         <translation>&lt;b&gt;播出中&lt;/b&gt; %1  ·  %2x%3 @ %4 帧/秒  ·  %5 kbit/s</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="101"/>
+        <location filename="../panels/OutputStatusView.cpp" line="112"/>
         <source>Encoder: %1  ·  frames %2  ·  dropped %3</source>
         <translation>编码器：%1  ·  帧 %2  ·  丢弃 %3</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="112"/>
+        <location filename="../panels/OutputStatusView.cpp" line="123"/>
         <source>&lt;span style=&apos;color:#ff5a5a&apos;&gt;Twin failed: %1&lt;/span&gt; (%2)</source>
         <translation>&lt;span style=&apos;color:#ff5a5a&apos;&gt;副本录制失败：%1&lt;/span&gt;（%2）</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="113"/>
+        <location filename="../panels/OutputStatusView.cpp" line="124"/>
         <source>&lt;span style=&apos;color:#ff5a5a&apos;&gt;Recording failed: %1&lt;/span&gt; (%2)</source>
         <translation>&lt;span style=&apos;color:#ff5a5a&apos;&gt;录制失败：%1&lt;/span&gt;（%2）</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="117"/>
+        <location filename="../panels/OutputStatusView.cpp" line="128"/>
         <source>Recording %1  ·  %2</source>
         <translation>录制 %1  ·  %2</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="117"/>
+        <location filename="../panels/OutputStatusView.cpp" line="128"/>
         <source>Twin %1  ·  %2</source>
         <translation>副本 %1  ·  %2</translation>
     </message>
     <message>
-        <location filename="../panels/OutputStatusView.cpp" line="133"/>
+        <location filename="../panels/OutputStatusView.cpp" line="138"/>
+        <source>program</source>
+        <translation>节目</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputStatusView.cpp" line="140"/>
+        <source>multiview</source>
+        <translation>多画面</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputStatusView.cpp" line="142"/>
+        <source>channel %1</source>
+        <translation>通道 %1</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputStatusView.cpp" line="143"/>
+        <source>Encode %1 (%2)  %3x%4 @ %5 fps  ·  %6</source>
+        <translation>编码 %1（%2）  %3x%4 @ %5 帧/秒  ·  %6</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputStatusView.cpp" line="151"/>
+        <source>failed</source>
+        <translation>失败</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputStatusView.cpp" line="154"/>
+        <source>stepped down</source>
+        <translation>已降低</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputStatusView.cpp" line="156"/>
+        <source>adaptive</source>
+        <translation>自适应</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputStatusView.cpp" line="162"/>
+        <source>&lt;span style=&apos;color:#ff5a5a&apos;&gt;Channel %1 on its own failed: %2&lt;/span&gt; (%3)</source>
+        <translation>&lt;span style=&apos;color:#ff5a5a&apos;&gt;通道 %1 单独录制失败：%2&lt;/span&gt;（%3）</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputStatusView.cpp" line="167"/>
+        <source>Channel %1 on its own %2  ·  %3</source>
+        <translation>通道 %1 单独录制 %2  ·  %3</translation>
+    </message>
+    <message>
+        <location filename="../panels/OutputStatusView.cpp" line="185"/>
         <source>Output status</source>
         <translation>输出状态</translation>
     </message>
@@ -2528,54 +2940,54 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::OutputTimesBox</name>
     <message>
-        <location filename="../panels/OutputTimesBox.cpp" line="135"/>
+        <location filename="../panels/OutputTimesBox.cpp" line="131"/>
         <source>The outputs start in %1</source>
         <translation>输出将在 %1 后开始</translation>
     </message>
     <message>
-        <location filename="../panels/OutputTimesBox.cpp" line="137"/>
+        <location filename="../panels/OutputTimesBox.cpp" line="133"/>
         <source>The outputs stop in %1</source>
         <translation>输出将在 %1 后停止</translation>
     </message>
     <message>
-        <location filename="../panels/OutputTimesBox.cpp" line="139"/>
+        <location filename="../panels/OutputTimesBox.cpp" line="135"/>
         <source>Nothing due: the outputs start and stop by hand</source>
         <translation>没有待执行的时间：输出由手动开始和停止</translation>
     </message>
     <message>
-        <location filename="../panels/OutputTimesBox.cpp" line="151"/>
+        <location filename="../panels/OutputTimesBox.cpp" line="147"/>
         <source>Start and Stop by Themselves</source>
         <translation>自动开始和停止</translation>
     </message>
     <message>
-        <location filename="../panels/OutputTimesBox.cpp" line="152"/>
+        <location filename="../panels/OutputTimesBox.cpp" line="148"/>
         <source>Start:</source>
         <translation>开始：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputTimesBox.cpp" line="153"/>
+        <location filename="../panels/OutputTimesBox.cpp" line="149"/>
         <source>Stop:</source>
         <translation>停止：</translation>
     </message>
     <message>
-        <location filename="../panels/OutputTimesBox.cpp" line="154"/>
-        <location filename="../panels/OutputTimesBox.cpp" line="157"/>
+        <location filename="../panels/OutputTimesBox.cpp" line="150"/>
+        <location filename="../panels/OutputTimesBox.cpp" line="153"/>
         <source>By hand</source>
         <translation>手动</translation>
     </message>
     <message>
-        <location filename="../panels/OutputTimesBox.cpp" line="155"/>
+        <location filename="../panels/OutputTimesBox.cpp" line="151"/>
         <source>At the schedule&apos;s start</source>
         <translation>节目编排开始时</translation>
     </message>
     <message>
-        <location filename="../panels/OutputTimesBox.cpp" line="156"/>
-        <location filename="../panels/OutputTimesBox.cpp" line="159"/>
+        <location filename="../panels/OutputTimesBox.cpp" line="152"/>
+        <location filename="../panels/OutputTimesBox.cpp" line="155"/>
         <source>At</source>
         <translation>定时</translation>
     </message>
     <message>
-        <location filename="../panels/OutputTimesBox.cpp" line="158"/>
+        <location filename="../panels/OutputTimesBox.cpp" line="154"/>
         <source>At the schedule&apos;s end</source>
         <translation>节目编排结束时</translation>
     </message>
@@ -2583,7 +2995,7 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::OutputTimesDesk</name>
     <message>
-        <location filename="../app/OutputTimesDesk.cpp" line="40"/>
+        <location filename="../app/OutputTimesDesk.cpp" line="46"/>
         <source>Output Times</source>
         <translation>输出时间</translation>
     </message>
@@ -3256,6 +3668,39 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
     </message>
 </context>
 <context>
+    <name>selvane::RecordingProfileBox</name>
+    <message>
+        <location filename="../panels/RecordingProfileBox.cpp" line="123"/>
+        <source>Profile:</source>
+        <translation>配置：</translation>
+    </message>
+    <message>
+        <location filename="../panels/RecordingProfileBox.cpp" line="124"/>
+        <source>The encode profile the recording takes</source>
+        <translation>录制所用的编码配置</translation>
+    </message>
+    <message>
+        <location filename="../panels/RecordingProfileBox.cpp" line="125"/>
+        <source>Record on its own:</source>
+        <translation>单独录制：</translation>
+    </message>
+    <message>
+        <location filename="../panels/RecordingProfileBox.cpp" line="127"/>
+        <source>Record channel %1 on its own, with its own sound</source>
+        <translation>单独录制通道 %1，带其自身声音</translation>
+    </message>
+    <message>
+        <location filename="../panels/RecordingProfileBox.cpp" line="128"/>
+        <source>Channels&apos; profile:</source>
+        <translation>通道配置：</translation>
+    </message>
+    <message>
+        <location filename="../panels/RecordingProfileBox.cpp" line="129"/>
+        <source>A channel recorded on its own is written beside the recording as NAME_isoN with the same container.</source>
+        <translation>单独录制的通道以 名称_isoN 写在录制文件旁边，封装格式相同。</translation>
+    </message>
+</context>
+<context>
     <name>selvane::ScheduleRowsModel</name>
     <message>
         <location filename="../panels/ScheduleRowsModel.cpp" line="27"/>
@@ -3300,310 +3745,310 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::ScheduleWindow</name>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="405"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="418"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="672"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="415"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="428"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="682"/>
         <source>Clear Overlay Clips</source>
         <translation>清空叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="406"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="416"/>
         <source>Delete all overlay clips?</source>
         <translation>删除全部叠加片段？</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="408"/>
         <location filename="../panels/ScheduleWindow.cpp" line="418"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="666"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="428"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="676"/>
         <source>Clear Base Clips</source>
         <translation>清空基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="409"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="419"/>
         <source>Delete all base clips?</source>
         <translation>删除全部基础片段？</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="441"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="451"/>
         <source>Base %1  |  Overlay %2</source>
         <translation>基础 %1  |  叠加 %2</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="467"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="477"/>
         <source>Import Program Schedule</source>
         <translation>导入节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="467"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="477"/>
         <source>JSON (*.json);;All files (*)</source>
         <translation>JSON (*.json);;所有文件 (*)</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="476"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="482"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="677"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="486"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="492"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="687"/>
         <source>Import</source>
         <translation>导入</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="476"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="486"/>
         <source>Unable to open the file.</source>
         <translation>无法打开该文件。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="494"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="528"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="678"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="504"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="538"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="688"/>
         <source>Export</source>
         <translation>导出</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="495"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="505"/>
         <source>There are no valid clips to export. Check the validation messages.</source>
         <translation>没有可导出的有效片段。请查看校验提示。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="512"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="522"/>
         <source>Export Program Schedule</source>
         <translation>导出节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="514"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="524"/>
         <source>JSON (*.json)</source>
         <translation>JSON (*.json)</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="528"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="538"/>
         <source>Unable to write the file.</source>
         <translation>无法写入该文件。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="551"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="553"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="561"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="563"/>
         <source>Schedule Check</source>
         <translation>编排检查</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="547"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="557"/>
         <source>Schedule check passed: %1 base clip(s), %2 overlay clip(s).</source>
         <translation>节目编排检查通过：%1 个基础片段，%2 个叠加片段。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="565"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="576"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="645"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="646"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="575"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="586"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="655"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="656"/>
         <source>Program Schedule</source>
         <translation>节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="566"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="576"/>
         <source>Add at least one valid base clip.</source>
         <translation>请至少添加一个有效的基础片段。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="647"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="657"/>
         <source>Timeline origin:</source>
         <translation>时间轴起点：</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="648"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="658"/>
         <source>Timeline origin</source>
         <translation>时间轴起点</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="649"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="659"/>
         <source>Clip times are measured from this date and time.</source>
         <translation>片段时间从此日期时间起算。</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="650"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="660"/>
         <source>&lt;b&gt;Base Clips&lt;/b&gt;</source>
         <translation>&lt;b&gt;基础片段&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="651"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="661"/>
         <source>Base clips</source>
         <translation>基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="653"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
         <source>&lt;b&gt;Overlay Clips&lt;/b&gt;</source>
         <translation>&lt;b&gt;叠加片段&lt;/b&gt;</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="654"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="664"/>
         <source>Overlay clips</source>
         <translation>叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="661"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="667"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="671"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="677"/>
         <source>Add...</source>
         <translation>添加...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="322"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="661"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="332"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="671"/>
         <source>Add Base Clip</source>
         <translation>添加基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="662"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="668"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="672"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="678"/>
         <source>Edit...</source>
         <translation>编辑...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="336"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="662"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="346"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="672"/>
         <source>Edit Base Clip</source>
         <translation>编辑基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="679"/>
         <source>Remove</source>
         <translation>删除</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="379"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="663"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="389"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
         <source>Remove Base Clip</source>
         <translation>删除基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="664"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
         <source>Move Up</source>
         <translation>上移</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="397"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="664"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="407"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="674"/>
         <source>Move Base Clip Up</source>
         <translation>上移基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="665"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="671"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="675"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="681"/>
         <source>Move Down</source>
         <translation>下移</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="397"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="665"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="407"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="675"/>
         <source>Move Base Clip Down</source>
         <translation>下移基础片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="666"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="672"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="676"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="682"/>
         <source>Clear</source>
         <translation>清空</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="351"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="667"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="361"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="677"/>
         <source>Add Overlay Clip</source>
         <translation>添加叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="254"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="264"/>
         <source>Load Schedule</source>
         <translation>载入节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="299"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="309"/>
         <source>Change Timeline Origin</source>
         <translation>更改时间轴起点</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="365"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="668"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="375"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="678"/>
         <source>Edit Overlay Clip</source>
         <translation>编辑叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="379"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="669"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="389"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="679"/>
         <source>Remove Overlay Clip</source>
         <translation>删除叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="396"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="670"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="406"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
         <source>Move Overlay Clip Up</source>
         <translation>上移叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="396"/>
-        <location filename="../panels/ScheduleWindow.cpp" line="671"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="406"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="681"/>
         <source>Move Overlay Clip Down</source>
         <translation>下移叠加片段</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="683"/>
         <source>Undo</source>
         <translation>撤销</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="673"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="683"/>
         <source>Undo Schedule Edit</source>
         <translation>撤销节目编排编辑</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="675"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="685"/>
         <source>Redo</source>
         <translation>重做</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="675"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="685"/>
         <source>Redo Schedule Edit</source>
         <translation>重做节目编排编辑</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="677"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="687"/>
         <source>Import...</source>
         <translation>导入...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="678"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="688"/>
         <source>Export...</source>
         <translation>导出...</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="679"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="689"/>
         <source>Check</source>
         <translation>检查</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="690"/>
         <source>Stop Schedule</source>
         <translation>停止节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="680"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="690"/>
         <source>Start Schedule</source>
         <translation>开始节目编排</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="683"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="693"/>
         <source>RUNNING</source>
         <translation>运行中</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="683"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="693"/>
         <source>READY</source>
         <translation>就绪</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="684"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="694"/>
         <source>Schedule state</source>
         <translation>编排状态</translation>
     </message>
     <message>
-        <location filename="../panels/ScheduleWindow.cpp" line="690"/>
+        <location filename="../panels/ScheduleWindow.cpp" line="700"/>
         <source>Clip count</source>
         <translation>片段数量</translation>
     </message>
@@ -3918,74 +4363,135 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::StreamTargetDialog</name>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="29"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="55"/>
         <source>Stream target</source>
         <translation>推流目标</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="33"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="60"/>
         <source>Target kind</source>
         <translation>目标类型</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="36"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="63"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="130"/>
         <source>Server URL</source>
         <translation>服务器地址</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="40"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="65"/>
+        <source>Browse…</source>
+        <translation>浏览…</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetDialog.cpp" line="69"/>
         <source>Stream key</source>
         <translation>推流密钥</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="41"/>
-        <location filename="../panels/StreamTargetDialog.cpp" line="46"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="70"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="75"/>
         <source>Show</source>
         <translation>显示</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="43"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="72"/>
         <source>Show the stream key</source>
         <translation>显示推流密钥</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="46"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="75"/>
         <source>Hide</source>
         <translation>隐藏</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="48"/>
-        <location filename="../panels/StreamTargetDialog.cpp" line="50"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="83"/>
+        <source> s</source>
+        <translation> 秒</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetDialog.cpp" line="88"/>
+        <source> segments</source>
+        <translation> 个分片</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetDialog.cpp" line="90"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="92"/>
         <source>Use this target</source>
         <translation>使用此目标</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="59"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="104"/>
         <source>OK</source>
         <translation>确定</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="61"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="106"/>
         <source>Cancel</source>
         <translation>取消</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="64"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="109"/>
         <source>Kind:</source>
         <translation>类型：</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="65"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="112"/>
+        <source>Segment length:</source>
+        <translation>分片时长：</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetDialog.cpp" line="113"/>
+        <source>Playlist holds:</source>
+        <translation>播放列表包含：</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetDialog.cpp" line="114"/>
+        <source>Profile:</source>
+        <translation>配置：</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetDialog.cpp" line="129"/>
         <source>Server:</source>
         <translation>服务器：</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="66"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="111"/>
         <source>Stream key:</source>
         <translation>推流密钥：</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetDialog.cpp" line="89"/>
+        <location filename="../panels/StreamTargetDialog.cpp" line="44"/>
+        <source>HLS folder</source>
+        <translation>HLS 文件夹</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetDialog.cpp" line="46"/>
+        <source>Custom</source>
+        <translation>自定义</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetDialog.cpp" line="129"/>
+        <source>Playlist:</source>
+        <translation>播放列表：</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetDialog.cpp" line="143"/>
+        <source>HLS playlist</source>
+        <translation>HLS 播放列表</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetDialog.cpp" line="143"/>
+        <source>HLS playlists (*.m3u8)</source>
+        <translation>HLS 播放列表 (*.m3u8)</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetDialog.cpp" line="175"/>
+        <source>Enter the path of the playlist on this machine, such as /srv/www/live/index.m3u8.</source>
+        <translation>请输入本机上播放列表的路径，例如 /srv/www/live/index.m3u8。</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetDialog.cpp" line="177"/>
         <source>Enter a server URL such as rtmp://host/app or srt://host:port.</source>
         <translation>请填写服务器地址，例如 rtmp://host/app 或 srt://host:port。</translation>
     </message>
@@ -3993,22 +4499,37 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::StreamTargetModel</name>
     <message>
-        <location filename="../panels/StreamTargetModel.cpp" line="60"/>
+        <location filename="../panels/StreamTargetModel.cpp" line="45"/>
+        <source>default</source>
+        <translation>默认</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetModel.cpp" line="49"/>
+        <source>There is no profile of this name: the outputs will not start</source>
+        <translation>没有此名称的配置：输出将无法开始</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetModel.cpp" line="70"/>
         <source>On</source>
         <translation>启用</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetModel.cpp" line="62"/>
+        <location filename="../panels/StreamTargetModel.cpp" line="72"/>
         <source>Kind</source>
         <translation>类型</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetModel.cpp" line="64"/>
+        <location filename="../panels/StreamTargetModel.cpp" line="74"/>
         <source>Address</source>
         <translation>地址</translation>
     </message>
     <message>
-        <location filename="../panels/StreamTargetModel.cpp" line="66"/>
+        <location filename="../panels/StreamTargetModel.cpp" line="76"/>
+        <source>Profile</source>
+        <translation>配置</translation>
+    </message>
+    <message>
+        <location filename="../panels/StreamTargetModel.cpp" line="78"/>
         <source>Status</source>
         <translation>状态</translation>
     </message>

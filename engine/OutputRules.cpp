@@ -71,7 +71,7 @@ Problem OutputRules::checkProfiles(const EncoderSettings &encoder)
     const auto known = [&](const QString &name) {
         return profiles::isDefault(name) || names.contains(name);
     };
-    if (!known(encoder.fileProfile))
+    if (encoder.fileEnabled && !known(encoder.fileProfile))
         return {ProblemKind::ProfileUnknown, encoder.fileProfile};
     for (const StreamTarget &target : encoder.streamTargets) {
         if (!known(target.profile))
@@ -126,11 +126,18 @@ Problem OutputRules::check(const OutputSettings &settings, QSize programSize)
     }
     if (const Problem problem = checkProfiles(encoder))
         return problem;
-    // 8K is HEVC, and FLV carries H.264 only.
-    if (eightKRules(settings, programSize).eightK)
-        for (const StreamTarget &target : encoder.streamTargets)
-            if (isFlvTarget(target.url, target.formatName))
-                return {ProblemKind::EightKFlvTarget, maskStreamUrl(target.url)};
+    // 8K is HEVC, and FLV carries H.264 only: at the size of each target's own profile.
+    const QSize defaultSize = settings.size.explicitSize ? settings.size.size : programSize;
+    for (const StreamTarget &target : encoder.streamTargets) {
+        const std::optional<EncodeProfile> profile = profiles::find(encoder, target.profile);
+        const QSize size =
+            profile && !profiles::isDefault(target.profile) && profile->size.isValid()
+                ? profile->size
+                : defaultSize;
+        if (encoder::isEightK(size.width(), size.height()) &&
+            isFlvTarget(target.url, target.formatName))
+            return {ProblemKind::EightKFlvTarget, maskStreamUrl(target.url)};
+    }
     return {};
 }
 

@@ -31,7 +31,9 @@ qint64 AdaptiveBitrate::update(qint64 nowMs, const std::vector<Reading> &targets
         const Reading &now = targets[i];
         const bool reset = comparable && now.queueResets > m_previous[i].queueResets;
         const bool backlog = now.queuedPackets > kCongestedPackets;
-        calm = calm && !reset && now.queuedPackets <= kCalmPackets;
+        // A target that sent nothing (down, reconnecting, its queue dropped) proves nothing.
+        const bool sending = comparable && now.bytesWritten > m_previous[i].bytesWritten;
+        calm = calm && sending && !reset && now.queuedPackets <= kCalmPackets;
         if (!reset && !backlog)
             continue;
         congested = true;

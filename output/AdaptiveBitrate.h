@@ -3,7 +3,8 @@
 // Decides an encoder's bitrate from how its stream targets keep up: a target whose queue grows
 // (or had to be reset) is congested, and the bitrate steps down towards what that target has
 // been sending, never below the floor; once every queue has stayed short for a while it steps
-// back up towards the set bitrate. A value object fed readings by its owner (the encode worker)
+// back up towards the set bitrate (only while every target sends: one that is down proves
+// nothing about the link). A value object fed readings by its owner (the encode worker)
 // at least twice a second; it takes the time as an argument, so it runs on any clock.
 
 #include <QtGlobal>

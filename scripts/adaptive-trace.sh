@@ -2,9 +2,9 @@
 # The adaptive bitrate against a link that narrows and widens again (by hand, never in CI).
 #
 #   scripts/adaptive-trace.sh [SECONDS] [CONGESTED_FROM] [CONGESTED_UNTIL] [LINK_KBPS]
-#                                               (default 100 10 40 800)
+#                                               (default 100 10 40 600)
 #
-# A headless show streams an adaptive profile (1280x720, 30 fps, 3000 kbit/s, floor 20 %) as
+# A headless show streams an adaptive profile (640x360, 30 fps, 2000 kbit/s, floor 20 %) as
 # MPEG-TS over TCP to a reader on loopback that takes at most LINK_KBPS kbit/s (its receive
 # buffer kept small) from CONGESTED_FROM to CONGESTED_UNTIL seconds after it connects, and all
 # that comes otherwise. Twice a second the encoder's bitrate is read from the remote control's
@@ -16,7 +16,7 @@ set -euo pipefail
 seconds=${1:-100}
 from=${2:-10}
 until=${3:-40}
-link=${4:-800}
+link=${4:-600}
 root=$(cd "$(dirname "$0")/.." && pwd)
 binary="$root/${SELVANE_BUILD_DIR:-build}/selvane"
 [[ -x $binary ]] || { echo "adaptive-trace: build first (scripts/build.sh)" >&2; exit 2; }
@@ -67,9 +67,9 @@ PY
 reader_pid=$!
 
 SELVANE_CONTROL_TOKEN=$token "$binary" --headless --control-port "$control" \
-  --channel "1=lavfi://testsrc2=size=1280x720:rate=30[out0];sine=frequency=1000[out1]" \
-  --size 1280x720 --fps 30 --encoder software --preset performance --bitrate 1500 \
-  --record "$work/fixed.mp4" --profile net=1280x720@30:3000:performance --adaptive net:20 \
+  --channel "1=lavfi://testsrc2=size=640x360:rate=30[out0];sine=frequency=1000[out1]" \
+  --size 640x360 --fps 30 --encoder software --preset performance --bitrate 1000 \
+  --record "$work/fixed.mp4" --profile net=640x360@30:2000:performance --adaptive net:20 \
   --stream "net=tcp://127.0.0.1:$port#mpegts" --duration "$seconds" >"$work/show.log" 2>&1 &
 show_pid=$!
 

@@ -12,32 +12,32 @@
 <context>
     <name>HeadlessRunner</name>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="294"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="303"/>
         <source>the twin recording</source>
         <translation>副本录制</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="294"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="303"/>
         <source>the recording</source>
         <translation>录制</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="297"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="306"/>
         <source>%1 failed during the run (%2) and no new file could be begun after it; the streams went on</source>
         <translation>%1在运行中失败（%2），之后无法开始新文件；推流继续进行</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="301"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="310"/>
         <source>%1 failed during the run (%2); it went on in a new file %3 time(s), but was failing again at the end; the streams went on</source>
         <translation>%1在运行中失败（%2）；已在新文件中继续 %3 次，但结束时再次失败；推流继续进行</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="305"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="314"/>
         <source>%1 failed during the run (%2); the streams went on, and %1 went on in %3</source>
         <translation>%1在运行中失败（%2）；推流继续进行，%1在 %3 中继续</translation>
     </message>
     <message>
-        <location filename="../cli/HeadlessRunner.cpp" line="314"/>
+        <location filename="../cli/HeadlessRunner.cpp" line="323"/>
         <source>channel %1: the source never opened (%2)</source>
         <translation>通道 %1：源始终未能打开（%2）</translation>
     </message>
@@ -2012,12 +2012,12 @@ If the log shows RTMP_Connect0 / 10060, the PC cannot TCP-reach the server (comm
 <context>
     <name>selvane::Engine</name>
     <message>
-        <location filename="../engine/Engine.cpp" line="737"/>
+        <location filename="../engine/Engine.cpp" line="738"/>
         <source>Invalid Schedule</source>
         <translation>无效的节目编排</translation>
     </message>
     <message>
-        <location filename="../engine/Engine.cpp" line="737"/>
+        <location filename="../engine/Engine.cpp" line="738"/>
         <source>&quot;failover&quot;: %1</source>
         <translation>&quot;failover&quot;：%1</translation>
     </message>

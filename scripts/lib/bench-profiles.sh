@@ -73,6 +73,33 @@ ladder_check() { # SIDE RUNGS: each rung's size and video frames into ladder_wor
   done
 }
 
+ladder_x264_options() { # FILE: the options x264 wrote into the first picture, one a line
+  ffmpeg -nostdin -v error -i "$1" -map 0:v:0 -c copy -frames:v 1 -f h264 - 2>/dev/null |
+    strings | grep -m 1 'x264 - core' | sed 's/.*options: //' | tr ' ' '\n' | sort || true
+}
+
+ladder_compare_x264() { # RUNGS: whether each rung's encoder ran with the same options on both sides
+  local n="$1" r ours theirs differ=""
+  ladder_outputs ours "$n"
+  local mine=("${ladder_files[@]}")
+  ladder_outputs theirs "$n"
+  for r in $(seq 1 "$n"); do
+    ours="$(ladder_x264_options "${mine[$((r - 1))]}")"
+    theirs="$(ladder_x264_options "${ladder_files[$((r - 1))]}")"
+    if [ -z "$ours" ] || [ -z "$theirs" ]; then
+      differ+=" ${ladder_sizes[$((r - 1))]}: options not found;"
+    elif [ "$ours" != "$theirs" ]; then
+      differ+=" ${ladder_sizes[$((r - 1))]}: selvane $(comm -23 <(echo "$ours") <(echo "$theirs") |
+        paste -sd ' ') against $(comm -13 <(echo "$ours") <(echo "$theirs") | paste -sd ' ');"
+    fi
+  done
+  if [ -z "$differ" ]; then
+    echo "                     x264 options (from the streams): the same on both sides, every rung"
+  else
+    echo "                     x264 options differ:$differ"
+  fi
+}
+
 selvane_ladder() { # RUNGS: Selvane's options for the ladder, into ladder_args
   local n="$1" r
   ladder_outputs ours "$n"
@@ -146,6 +173,7 @@ bench_profiles() {
         "$(core_pct "$(cpu theirs)" "$seconds")"
       ladder_check theirs "$n"
       printf '                     files: %s\n' "$ladder_words"
+      [ "$i" -gt 1 ] || [ "$n" -lt 3 ] || ladder_compare_x264 "$n"
       rm -rf "${work:?}/ours" "${work:?}/theirs"
     done
   done

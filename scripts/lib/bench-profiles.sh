@@ -169,8 +169,8 @@ bench_profiles() {
       ffmpeg_ladder "$n"
       run_ffmpeg theirs "${ladder_args[@]}"
       f_cpu[n]+="$(cpu theirs) "
-      printf 'round %d  %d rung(s)  ffmpeg  CPU %6.2f s (%3s %%)\n' "$i" "$n" "$(cpu theirs)" \
-        "$(core_pct "$(cpu theirs)" "$seconds")"
+      printf 'round %d  %d rung(s)  ffmpeg  CPU %6.2f s (%3s %%)  wall %s s\n' "$i" "$n" \
+        "$(cpu theirs)" "$(core_pct "$(cpu theirs)" "$seconds")" "$(wall theirs)"
       ladder_check theirs "$n"
       printf '                     files: %s\n' "$ladder_words"
       [ "$i" -gt 1 ] || [ "$n" -lt 3 ] || ladder_compare_x264 "$n"

@@ -22,6 +22,11 @@
 #   profile   (1 20)  one run of each side of a show (SELVANE_BENCH_SHOW, default show) and of
 #                     the bare transcode under perf record: CPU seconds by library, and
 #                     Selvane's hottest functions outside the codecs (needs linux-perf)
+#   profiles (3 20)  encode profiles: a 1080p30 H.264 + AAC file encoded at 1080p30 6000 kbit/s
+#                    to MP4, then + 720p30 2500 kbit/s and + 360p30 800 kbit/s to HLS folders,
+#                    one encoder each; beside it the CLI's ladder in one process (decoded once,
+#                    split, scaled, one x264 + AAC per rung): CPU in % of a core per rung
+#                    count, the ratio, what each rung adds, every rung's size and frames
 #   memory  (1 600)  the show, RSS sampled every 10 s; the series, first/last/max and
 #                    whether it grew by more than 10 % from the 60 s sample to the end
 #   scale   (3 20)   CPU against (a) 1, 2, 3, 4 file channels loaded (channel 1 on the program,
@@ -59,7 +64,7 @@ if [ $# -gt 0 ] && ! [[ $1 =~ ^[0-9]+$ ]]; then
   shift
 fi
 case "$case_name" in
-signal | scale | relay) default_rounds=3 default_seconds=20 ;;
+signal | scale | relay | profiles) default_rounds=3 default_seconds=20 ;;
 show | show-hevc | show-vp9 | shows) default_rounds=5 default_seconds=20 ;;
 profile) default_rounds=1 default_seconds=20 ;;
 window) default_rounds=3 default_seconds=30 ;;
@@ -68,7 +73,7 @@ memory) default_rounds=1 default_seconds=600 ;;
 keepup) default_rounds=3 default_seconds=10 ;;
 transitions) default_rounds=3 default_seconds=60 ;;
 *)
-  echo "usage: scripts/bench.sh [signal|show|show-hevc|show-vp9|shows|profile|memory|scale|keepup|relay|window|capture|transitions] [ROUNDS] [SECONDS]" >&2
+  echo "usage: scripts/bench.sh [signal|show|show-hevc|show-vp9|shows|profile|profiles|memory|scale|keepup|relay|window|capture|transitions] [ROUNDS] [SECONDS]" >&2
   exit 2
   ;;
 esac
@@ -681,6 +686,8 @@ PY
 . "$root/scripts/lib/bench-shows.sh"
 # shellcheck source=lib/bench-production.sh
 . "$root/scripts/lib/bench-production.sh"
+# shellcheck source=lib/bench-profiles.sh
+. "$root/scripts/lib/bench-profiles.sh"
 
 header
 "bench_$case_name"

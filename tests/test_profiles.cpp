@@ -199,6 +199,25 @@ class TestProfiles : public QObject
         return p;
     }
 
+    // A test signal with a tone on channel 1, on air.
+    static bool onAir(Engine &engine, const QString &picture)
+    {
+        engine.startAudio();
+        const bool ok =
+            !engine.setChannelSource(0, "lavfi://" + picture + "[out0];sine=frequency=1000[out1]");
+        engine.cutTo(0);
+        return ok;
+    }
+
+    // Outputs of this size, encoded quickly.
+    static OutputSettings at(QSize size)
+    {
+        OutputSettings settings;
+        settings.size = {true, size};
+        settings.encoder.qualityPreset = EncoderSettings::Performance;
+        return settings;
+    }
+
     static EncodeStats encodeOf(const OutputStats &stats, const QString &profile)
     {
         for (const EncodeStats &e : stats.encodes)
@@ -266,15 +285,10 @@ private slots:
         RtmpServer server;
         QVERIFY(server.start());
         Engine engine;
-        engine.startAudio();
-        QVERIFY(!engine.setChannelSource(
-            0, "lavfi://testsrc2=size=1280x720:rate=30[out0];sine=frequency=1000[out1]"));
-        engine.cutTo(0);
-        OutputSettings settings;
+        QVERIFY(onAir(engine, "testsrc2=size=1280x720:rate=30"));
+        OutputSettings settings = at(QSize(1280, 720));
         EncoderSettings &e = settings.encoder;
-        settings.size = {true, QSize(1280, 720)};
         e.bitrateKbps = 3000;
-        e.qualityPreset = EncoderSettings::Performance;
         e.profiles << profile("low", QSize(640, 360), 15, 600);
         e.streamTargets << StreamTarget(server.url("main"), "flv")
                         << StreamTarget(server.url("low", "alt"), "flv");
@@ -318,14 +332,9 @@ private slots:
         // reader that takes 100 kB/s until it is released.
         ThrottledReader reader(path("net.ts"), 100 * 1000);
         Engine engine;
-        engine.startAudio();
-        QVERIFY(!engine.setChannelSource(
-            0, "lavfi://testsrc2=size=640x360:rate=30[out0];sine=frequency=1000[out1]"));
-        engine.cutTo(0);
-        OutputSettings settings;
+        QVERIFY(onAir(engine, "testsrc2=size=640x360:rate=30"));
+        OutputSettings settings = at(QSize(640, 360));
         EncoderSettings &e = settings.encoder;
-        settings.size = {true, QSize(640, 360)};
-        e.qualityPreset = EncoderSettings::Performance;
         e.bitrateKbps = 1500;
         e.fileEnabled = true;
         e.filePath = path("whole.mp4");
@@ -456,14 +465,9 @@ private slots:
     void hlsFolderReadableWhileWrittenAndCompleteAtTheStop()
     {
         Engine engine;
-        engine.startAudio();
-        QVERIFY(!engine.setChannelSource(
-            0, "lavfi://testsrc2=size=640x360:rate=30[out0];sine=frequency=1000[out1]"));
-        engine.cutTo(0);
-        OutputSettings settings;
+        QVERIFY(onAir(engine, "testsrc2=size=640x360:rate=30"));
+        OutputSettings settings = at(QSize(640, 360));
         EncoderSettings &e = settings.encoder;
-        settings.size = {true, QSize(640, 360)};
-        e.qualityPreset = EncoderSettings::Performance;
         e.keyframeSeconds = 1;
         const QString playlist = path("web/live/index.m3u8");
         e.streamTargets << StreamTarget(playlist, "hls");

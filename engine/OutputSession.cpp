@@ -322,8 +322,12 @@ void OutputSession::connectSources()
         const qint64 endUs = span->endUs.load();
         if (programUs < startUs || programUs >= endUs)
             return qint64(-1);
-        *frames = int(
-            std::min<qint64>(*frames, (endUs - programUs) * selvane::audio::kSampleRate / 1000000));
+        // Only a chunk within a second of a set end is shortened (an open end is the largest
+        // time there is: its distance times the rate would overflow).
+        const qint64 leftUs = endUs - programUs;
+        if (leftUs < 1000000)
+            *frames =
+                int(std::min<qint64>(*frames, leftUs * selvane::audio::kSampleRate / 1000000));
         return *frames > 0 ? programUs - startUs : qint64(-1);
     };
     WeakRouters programSound = program;

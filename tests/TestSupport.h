@@ -440,8 +440,10 @@ inline bool decodeAudio(const QString &file, std::vector<std::int16_t> *samples,
     decode.waitForFinished(120000);
     const QByteArray raw = decode.readAllStandardOutput();
     samples->resize(std::size_t(raw.size() / 2));
+    if (samples->empty())
+        return false;
     std::memcpy(samples->data(), raw.constData(), samples->size() * 2);
-    return !samples->empty();
+    return true;
 }
 
 // A flash of 100 ms and a beep of 100 ms at the start of every second, coded: second n flashes

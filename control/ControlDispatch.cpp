@@ -128,6 +128,8 @@ Reply ControlDispatch::execute(const ControlCommand &c)
             return refused(problem);
         return ok(outputTimesJson(engine, engine.stats().output));
     }
+    case Command::EventTicket: // the server's own, answered before it comes here
+    case Command::ChannelSnapshot:
     case Command::Snapshot: {
         Reply later; // the server answers with the next program picture
         later.deferred = true;

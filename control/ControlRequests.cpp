@@ -188,12 +188,16 @@ Route route(const QList<QByteArrayView> &s, ControlCommand *c)
         return {{{"GET", Command::Sources}}, {}};
     if (count == 1 && is(0, "events"))
         return {{{"GET", Command::Events}}, {}};
+    if (count == 2 && is(0, "events") && is(1, "ticket"))
+        return {{{"POST", Command::EventTicket}}, {}};
     if (is(0, "channels") && (count == 2 || count == 3)) {
         c->channel = numberIn(s[1], 1, kChannelCount) - 1;
         if (c->channel < 0)
             return unknown(QStringLiteral("channels are 1 to %1").arg(kChannelCount));
         if (count == 2)
             return {{{"PUT", Command::SetChannel}, {"DELETE", Command::ClearChannel}}, {}};
+        if (is(2, "snapshot.jpg"))
+            return {{{"GET", Command::ChannelSnapshot}}, {}};
         if (is(2, "pause"))
             return {{{"POST", Command::PauseChannel}}, {}};
         if (is(2, "resume"))
@@ -333,6 +337,8 @@ Refusal readBody(const QByteArray &body, ControlCommand *c)
     case Command::PauseChannel:
     case Command::ResumeChannel:
     case Command::Snapshot:
+    case Command::ChannelSnapshot:
+    case Command::EventTicket:
     case Command::RemoveText:
     case Command::RemoveMedia:
     case Command::StopOutputs:
@@ -503,10 +509,11 @@ bool bearerMatches(QByteArrayView authorization, QByteArrayView token)
     return difference == 0;
 }
 
-Refusal admitHead(const RequestHead &head, QByteArrayView token)
+Refusal admitHead(const RequestHead &head, QByteArrayView token, bool ticketed)
 {
     ControlCommand command;
-    const Refusal routed = routeRequest(head.method, head.path, head.headers, token, &command);
+    const Refusal routed =
+        routeRequest(head.method, head.path, head.headers, token, &command, ticketed);
     if (!routed.ok())
         return routed;
     if (head.chunked)
@@ -517,7 +524,7 @@ Refusal admitHead(const RequestHead &head, QByteArrayView token)
 }
 
 Refusal routeRequest(QByteArrayView method, QByteArrayView path, const Headers &headers,
-                     QByteArrayView token, ControlCommand *command)
+                     QByteArrayView token, ControlCommand *command, bool ticketed)
 {
     QByteArray authorization;
     QByteArray upgrade;
@@ -527,7 +534,7 @@ Refusal routeRequest(QByteArrayView method, QByteArrayView path, const Headers &
         if (upgrade.isNull() && equalsNoCase(key, "upgrade"))
             upgrade = value;
     }
-    if (!bearerMatches(authorization, token))
+    if (!ticketed && !bearerMatches(authorization, token))
         return refuse(401, QStringLiteral("missing or wrong bearer token"));
     const qsizetype query = path.indexOf('?');
     if (query >= 0)
@@ -561,6 +568,9 @@ Refusal routeRequest(QByteArrayView method, QByteArrayView path, const Headers &
             matched = true;
         }
     }
+    // A ticket opens the event stream and nothing else.
+    if (matched && ticketed && command->command != Command::Events)
+        return refuse(401, QStringLiteral("missing or wrong bearer token"));
     if (!matched)
         return refuse(405,
                       QStringLiteral("%1 takes %2")

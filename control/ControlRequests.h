@@ -58,7 +58,8 @@ struct HeadScan
 HeadScan scanHead(QByteArrayView received);
 
 // Token, path, method and body size, judged from the head alone (before any body is read).
-Refusal admitHead(const RequestHead &head, QByteArrayView token);
+// `ticketed`: the request carried a valid event ticket instead of the token.
+Refusal admitHead(const RequestHead &head, QByteArrayView token, bool ticketed = false);
 
 // "Bearer TOKEN" against the token, in time that does not depend on where they differ.
 bool bearerMatches(QByteArrayView authorization, QByteArrayView token);
@@ -82,6 +83,8 @@ enum class Command
     SetFailover,
     SetOutputTimes,
     Snapshot,
+    ChannelSnapshot,
+    EventTicket,
     SetText,
     RemoveText,
     SetMedia,
@@ -138,7 +141,7 @@ struct ParsedRequest
 // Token, path and method, and the upgrade the event socket needs: everything but the body.
 // `path` as sent (the query is ignored); `token` the one every request must carry.
 Refusal routeRequest(QByteArrayView method, QByteArrayView path, const Headers &headers,
-                     QByteArrayView token, ControlCommand *command);
+                     QByteArrayView token, ControlCommand *command, bool ticketed = false);
 
 // The whole request: the route, then the body's fields.
 ParsedRequest parseRequest(QByteArrayView method, QByteArrayView path, const Headers &headers,

@@ -6,11 +6,11 @@
 #include "control/ControlToken.h"
 #include "control/EventSocket.h"
 #include "control/HttpWire.h"
+#include "control/PanelPictures.h"
+#include "control/WebFiles.h"
 #include "engine/Engine.h"
-#include "engine/OverlayDrawing.h"
 
-#include <QBuffer>
-#include <QImage>
+#include <QDebug>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
@@ -24,13 +24,10 @@ using namespace control;
 namespace {
 
 constexpr int kMaxConnections = 64;
-constexpr int kMaxSnapshotWaits = 16;
 constexpr int kHeadTimeoutMs = 10000;
 constexpr int kConnectionLifetimeMs = 30000;
-constexpr int kSnapshotWaitMs = 2000;
 constexpr int kDrainMs = 2000;
 constexpr qint64 kMaxDrainBytes = 16 * 1024 * 1024;
-const QSize kSnapshotSize(640, 360);
 
 // Where a connection is: its head being read, its body being read, answered (what still comes
 // is read and dropped), or an event client.
@@ -62,16 +59,12 @@ private:
 
 ControlServer::ControlServer(Engine *engine, QObject *parent) : QObject(parent), m_engine(engine)
 {
-    m_snapshotTimer = new QTimer(this);
-    m_snapshotTimer->setInterval(100);
-    connect(m_snapshotTimer, &QTimer::timeout, this, &ControlServer::expireSnapshots);
     if (!engine)
         return;
     m_dispatch = std::make_unique<ControlDispatch>(*engine);
     m_events = new ControlEvents(*engine, this);
+    m_pictures = new PanelPictures(*engine, this);
     connect(engine, &QObject::destroyed, this, &ControlServer::close);
-    connect(engine, &Engine::programFrame, this,
-            [this](const FrameTokenPtr &frame, int) { onProgramFrame(frame); });
 }
 
 ControlServer::~ControlServer()
@@ -105,8 +98,8 @@ void ControlServer::close()
     m_closed = true;
     if (m_gate)
         m_gate->close();
-    m_snapshotTimer->stop();
-    m_snapshots.clear();
+    if (m_pictures)
+        m_pictures->closeAll();
     m_pending.clear();
     if (m_events)
         m_events->closeAll();
@@ -189,15 +182,51 @@ void ControlServer::inspect(QTcpSocket *socket)
         return;
     }
     const RequestHead &head = scan.head;
-    const Refusal admitted = admitHead(head, m_token);
+    const qint64 bodyToDrain = scan.headBytes + std::min(head.contentLength, kMaxDrainBytes);
+    // The web panel's own files need no token: the page signs in itself.
+    if (const std::optional<Reply> file = webFile(head.method, head.path)) {
+        socket->setProperty(kState, Draining);
+        socket->setProperty(kDrained, socket->readAll().size());
+        socket->setProperty(kDrainLimit, bodyToDrain);
+        writeReply(socket, *file);
+        return;
+    }
+    if (const qint64 lockedMs = m_guard.lockedForMs(socket->peerAddress()); lockedMs > 0) {
+        const QByteArray retry = QByteArray::number((lockedMs + 999) / 1000);
+        Reply refusal = errorReply(
+            429, QStringLiteral("too many wrong tokens from this address; try again in %1 s")
+                     .arg(QString::fromLatin1(retry)));
+        refusal.extraHeaders = "Retry-After: " + retry + "\r\n";
+        socket->setProperty(kState, Draining);
+        socket->setProperty(kDrained, socket->readAll().size());
+        socket->setProperty(kDrainLimit, bodyToDrain);
+        writeReply(socket, refusal);
+        return;
+    }
+    if (const Refusal origin = checkOrigin(head); !origin.ok()) {
+        refuseAtGate(socket, origin.status, origin.message, {}, bodyToDrain);
+        return;
+    }
+    // A browser's event stream comes with a ticket in place of the token (see SignInGuard.h).
+    bool ticketed = false;
+    if (head.webSocket) {
+        const QByteArray ticket = offeredTicket(head.header("Sec-WebSocket-Protocol"));
+        if (!ticket.isEmpty() && !(ticketed = m_tickets.redeem(ticket))) {
+            signInFailed(socket);
+            refuseAtGate(socket, 401, QStringLiteral("the event ticket is unknown, used or old"),
+                         {}, bodyToDrain);
+            return;
+        }
+    }
+    const Refusal admitted = admitHead(head, m_token, ticketed);
     if (!admitted.ok()) {
-        refuseAtGate(socket, admitted.status, admitted.message, admitted.allow,
-                     scan.headBytes + std::min(head.contentLength, kMaxDrainBytes));
+        if (admitted.status == 401 && !head.header("Authorization").trimmed().isEmpty())
+            signInFailed(socket);
+        refuseAtGate(socket, admitted.status, admitted.message, admitted.allow, bodyToDrain);
         return;
     }
     if (!m_engine || m_closed) {
-        refuseAtGate(socket, 503, QStringLiteral("the show is ending"), {},
-                     scan.headBytes + std::min(head.contentLength, kMaxDrainBytes));
+        refuseAtGate(socket, 503, QStringLiteral("the show is ending"), {}, bodyToDrain);
         return;
     }
     if (head.webSocket) {
@@ -270,55 +299,31 @@ void ControlServer::answer(const RequestHead &head, const QByteArray &body, QTcp
         reply.allow = parsed.refusal.allow;
     } else if (!m_engine || m_closed) {
         reply = errorReply(503, QStringLiteral("the show is ending"));
+    } else if (parsed.command.command == Command::EventTicket) {
+        reply = okReply({{"ticket", QString::fromLatin1(m_tickets.issue())},
+                         {"expiresInMs", EventTickets::kLifetimeMs}});
     } else {
         reply = m_dispatch->execute(parsed.command);
     }
     if (reply.deferred) {
-        // A snapshot: answered with the next program picture, within two seconds.
-        if (m_snapshots.size() >= kMaxSnapshotWaits) {
-            writeReply(socket, errorReply(503, QStringLiteral("too many snapshots waiting")));
-            return;
-        }
-        m_snapshots.append({socket, QDeadlineTimer(kSnapshotWaitMs)});
-        m_snapshotTimer->start();
+        // A snapshot: answered with its source's next picture.
+        const ControlCommand &c = parsed.command;
+        m_pictures->request(
+            socket, c.command == Command::ChannelSnapshot ? c.channel : PanelPictures::kProgram);
         return;
     }
     writeReply(socket, reply);
 }
 
-// ---- snapshots ----
-
-void ControlServer::onProgramFrame(const FrameTokenPtr &frame)
+void ControlServer::signInFailed(QTcpSocket *socket)
 {
-    if (m_snapshots.isEmpty() || !frame)
-        return;
-    // The picture is made now and the frame let go at once: the pools are bounded.
-    const QImage picture = OverlayDrawing::picture(frame, kSnapshotSize);
-    QByteArray jpeg;
-    QBuffer buffer(&jpeg);
-    buffer.open(QIODevice::WriteOnly);
-    if (picture.isNull() || !picture.save(&buffer, "JPEG", 85))
-        return;
-    const Reply reply{200, jpeg, "image/jpeg"};
-    for (const SnapshotWait &wait : std::exchange(m_snapshots, {}))
-        if (wait.socket)
-            writeReply(wait.socket, reply);
-    m_snapshotTimer->stop();
-}
-
-void ControlServer::expireSnapshots()
-{
-    for (qsizetype i = m_snapshots.size() - 1; i >= 0; --i) {
-        const SnapshotWait wait = m_snapshots[i];
-        if (wait.socket && !wait.deadline.hasExpired())
-            continue;
-        m_snapshots.removeAt(i);
-        if (wait.socket)
-            writeReply(wait.socket,
-                       errorReply(503, QStringLiteral("no program picture came in time")));
-    }
-    if (m_snapshots.isEmpty())
-        m_snapshotTimer->stop();
+    const QHostAddress from = socket->peerAddress();
+    if (m_guard.failed(from))
+        qWarning().noquote() << QStringLiteral(
+                                    "control: %1 wrong tokens from %2 within a minute; its "
+                                    "requests are refused for a minute")
+                                    .arg(SignInGuard::kMaxFailures)
+                                    .arg(from.toString());
 }
 
 } // namespace selvane

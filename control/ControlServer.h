@@ -1,17 +1,20 @@
 #pragma once
 
 // The remote control: JSON over HTTP under /api/v1 (cuts, channels, overlays, volumes, outputs,
-// schedules, the status and a program snapshot) and a WebSocket of events at /api/v1/events, for
-// button panels, a second computer and scripts. It drives the engine through the Engine API only.
+// schedules, the status, program and channel snapshots) and a WebSocket of events at
+// /api/v1/events, for button panels, a second computer and scripts; and the web panel's files
+// at /. It drives the engine through the Engine API only.
 //
-// Owns: the listening socket, where each connection's request head is read first (its size,
-// token, path and method; a refusal is answered there before any body is taken), then its body;
-// the command's dispatch (ControlDispatch), the event stream (ControlEvents), and the snapshot
-// requests waiting for the next program picture. One request per connection; HTTP/1.1 and the
-// WebSocket are spoken here (HttpWire, EventSocket), on Qt Network alone.
+// Owns: the listening socket, where each connection's request head is read first (the panel's
+// files are answered there; then the address's failed sign-ins, the origin, the size, token or
+// event ticket, path and method; a refusal is answered before any body is taken), then its body;
+// the command's dispatch (ControlDispatch), the event stream (ControlEvents), the pictures
+// (PanelPictures), the failed sign-ins and the event tickets (SignInGuard). One request per
+// connection; HTTP/1.1 and the WebSocket are spoken here (HttpWire, EventSocket), on Qt Network
+// alone.
 //
 // Threads: the GUI thread (the engine's) only. Every request is answered in one pass through
-// the event loop, except snapshots, which wait for the next program picture (at most two
+// the event loop, except snapshots, which wait for their source's next picture (at most two
 // seconds). Nothing waits on a decoder or an encoder.
 //
 // Emits nothing: what happens goes to the event clients as JSON ("channel", "cut", "stream",
@@ -19,11 +22,10 @@
 // second ...).
 
 #include "control/ControlRequests.h"
+#include "control/SignInGuard.h"
 #include "engine/EngineTypes.h"
-#include "media/FrameToken.h"
 
 #include <QByteArray>
-#include <QDeadlineTimer>
 #include <QHash>
 #include <QHostAddress>
 #include <QList>
@@ -32,7 +34,6 @@
 #include <memory>
 
 class QTcpSocket;
-class QTimer;
 
 namespace selvane {
 
@@ -41,6 +42,7 @@ class Engine;
 namespace control {
 class ControlDispatch;
 class ControlEvents;
+class PanelPictures;
 } // namespace control
 
 class ControlServer : public QObject
@@ -69,12 +71,15 @@ private:
     void answer(const control::RequestHead &head, const QByteArray &body, QTcpSocket *socket);
     void refuseAtGate(QTcpSocket *socket, int status, const QString &message,
                       const QByteArray &allow = {}, qint64 bodyToDrain = 0);
-    void onProgramFrame(const FrameTokenPtr &frame);
-    void expireSnapshots();
+    // Wrong credentials from the socket's address; logged when that locks the address out.
+    void signInFailed(QTcpSocket *socket);
 
     QPointer<Engine> m_engine;
     std::unique_ptr<control::ControlDispatch> m_dispatch;
     control::ControlEvents *m_events = nullptr;
+    control::PanelPictures *m_pictures = nullptr;
+    control::SignInGuard m_guard;
+    control::EventTickets m_tickets;
     Gate *m_gate = nullptr;
     QByteArray m_token;
     QString m_tokenFile;
@@ -89,14 +94,6 @@ private:
         qsizetype headBytes = 0;
     };
     QHash<QTcpSocket *, PendingRequest> m_pending;
-
-    struct SnapshotWait
-    {
-        QPointer<QTcpSocket> socket;
-        QDeadlineTimer deadline;
-    };
-    QList<SnapshotWait> m_snapshots;
-    QTimer *m_snapshotTimer = nullptr;
 };
 
 } // namespace selvane

@@ -109,6 +109,7 @@ QJsonObject outputJson(const OutputStats &o)
     return {{"running", o.running},
             {"stopping", o.stopping},
             {"elapsedMs", o.elapsedMs},
+            {"startedAtMs", o.startedAtMs},
             {"encoder", o.encoder},
             {"framesWritten", o.framesWritten},
             {"kbps", rounded(o.kbps)},
@@ -130,7 +131,10 @@ QJsonObject overlaysJson(const Engine &engine)
 {
     QJsonArray texts;
     for (const TextOverlayData &text : engine.textOverlays())
-        texts.append(QJsonObject{{"id", text.id}, {"text", text.text}, {"enabled", text.enabled}});
+        texts.append(QJsonObject{{"id", text.id},
+                                 {"text", text.text},
+                                 {"enabled", text.enabled},
+                                 {"record", text.toJson()}}); // what PUT takes back whole
     QJsonArray media;
     for (const MediaOverlayRecord &m : engine.mediaOverlays())
         media.append(
@@ -142,7 +146,8 @@ QJsonObject overlaysJson(const Engine &engine)
                         {"w", m.rect.width()},
                         {"h", m.rect.height()},
                         {"opacity", m.opacity},
-                        {"visible", m.visible}});
+                        {"visible", m.visible},
+                        {"loop", m.loop}});
     return {{"text", texts}, {"media", media}};
 }
 

@@ -57,9 +57,14 @@ EventSocket *EventSocket::accept(QTcpSocket *socket, const RequestHead &head, qs
         return nullptr;
     }
     socket->read(headBytes); // the handshake's head, read by the gate so far only by a peek
+    // A browser offers the stream's name beside its ticket and wants the name back.
+    QByteArray protocol;
+    for (const QByteArray &offered : head.header("Sec-WebSocket-Protocol").split(','))
+        if (offered.trimmed() == kProtocolName)
+            protocol = "Sec-WebSocket-Protocol: " + QByteArray(kProtocolName) + "\r\n";
     socket->write("HTTP/1.1 101 Switching Protocols\r\nUpgrade: websocket\r\n"
                   "Connection: Upgrade\r\nSec-WebSocket-Accept: " +
-                  acceptKey(key) + "\r\n\r\n");
+                  acceptKey(key) + "\r\n" + protocol + "\r\n");
     return new EventSocket(socket, parent);
 }
 

@@ -22,6 +22,8 @@ class EventSocket : public QObject
     Q_OBJECT
 
 public:
+    // The subprotocol a browser names beside its ticket (see SignInGuard.h).
+    static constexpr char kProtocolName[] = "selvane-events";
     // The largest frame taken from a client; one larger ends the link.
     static constexpr qint64 kMaxIncomingFrameBytes = 64 * 1024;
 

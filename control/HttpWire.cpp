@@ -1,5 +1,7 @@
 #include "control/HttpWire.h"
 
+#include "control/WebFiles.h"
+
 #include <QJsonDocument>
 #include <QTcpSocket>
 
@@ -32,6 +34,8 @@ QByteArray reasonPhrase(int status)
         return "Bad Request";
     case 401:
         return "Unauthorized";
+    case 403:
+        return "Forbidden";
     case 404:
         return "Not Found";
     case 405:
@@ -48,6 +52,8 @@ QByteArray reasonPhrase(int status)
         return "URI Too Long";
     case 426:
         return "Upgrade Required";
+    case 429:
+        return "Too Many Requests";
     case 431:
         return "Request Header Fields Too Large";
     case 503:
@@ -67,6 +73,7 @@ void writeReply(QTcpSocket *socket, const Reply &reply, bool close)
         out += "Allow: " + reply.allow + "\r\n";
     if (reply.status == 401)
         out += "WWW-Authenticate: Bearer\r\n";
+    out += browserSafetyHeaders();
     out += reply.extraHeaders;
     socket->write(out + "\r\n" + reply.body);
     if (close)

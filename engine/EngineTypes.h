@@ -241,6 +241,8 @@ struct OutputStats
     bool running = false;
     bool stopping = false;
     qint64 elapsedMs = 0;
+    // Wall-clock time (ms since 1970) of the outputs' first picture; 0 while stopped.
+    qint64 startedAtMs = 0;
     QString encoder;
     qint64 bytesEncoded = 0;
     qint64 framesWritten = 0; // pictures the encoder has written

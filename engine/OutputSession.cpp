@@ -9,6 +9,7 @@
 #include "output/VideoEncoderChoice.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDebug>
 #include <QFileInfo>
 #include <QPointer>
@@ -236,6 +237,7 @@ void OutputSession::onStarted(bool ok)
                              << "ms after their time: they took that long to open";
     m_span = std::make_shared<Span>();
     m_span->startUs.store(startUs);
+    m_startedAtMs = QDateTime::currentMSecsSinceEpoch() + (startUs - m_switcher.nowUs()) / 1000;
     connectSources();
     emit started(m_size);
     if (m_stopAfterStart)

@@ -138,6 +138,7 @@ private:
     QSize m_size;
     QStringList m_status;
     QElapsedTimer m_elapsed;
+    qint64 m_startedAtMs = 0; // wall clock of the first picture
     class QTimer *m_forecastTimer = nullptr;
     DiskForecast m_fileForecast;
     DiskForecast m_twinForecast;

@@ -65,6 +65,7 @@ OutputStats OutputSession::stats() const
     if (!main)
         return out;
     out.elapsedMs = out.running ? m_elapsed.elapsed() : 0;
+    out.startedAtMs = out.running ? m_startedAtMs : 0;
     out.encoder = main->router->encoderName();
     out.framesWritten = main->router->framesEncoded();
     for (const Encode &encode : m_encodes) {

@@ -614,4 +614,9 @@ void ProgramSwitcher::tick(qint64 programUs)
         emit previewReady();
 }
 
+qint64 ProgramSwitcher::nowUs() const
+{
+    return m_clock.nowUs();
+}
+
 } // namespace selvane

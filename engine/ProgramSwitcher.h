@@ -103,6 +103,8 @@ public:
     void setPictureTap(OutputSink tap);
     // The program time of the next tick (outputs start on a tick).
     qint64 nextTickUs() const { return m_nextTickPublished.load(); }
+    // The program clock now (any thread).
+    qint64 nowUs() const;
 
     // Which previews anyone takes: the others are neither kept nor announced (any thread).
     void setPreviewDemand(bool program, bool channels, bool overlays);

@@ -15,6 +15,7 @@ PACKAGES=(
   pulseaudio pulseaudio-utils
   nginx libnginx-mod-rtmp libnginx-mod-stream microsocks dante-server
   g++-mingw-w64-x86-64-posix time valgrind ccache gnuplot-nox
+  chromium chromium-driver python3-selenium
 )
 
 missing=()

@@ -107,6 +107,12 @@ public:
         return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
     }
     QByteArray output() const { return m_out; }
+    // The log lines written to standard error so far.
+    QByteArray errors()
+    {
+        m_err += m_process.readAllStandardError();
+        return m_err;
+    }
     QString url(const QString &path) const
     {
         return QStringLiteral("http://127.0.0.1:%1/api/v1/%2").arg(m_port).arg(path);
@@ -139,6 +145,7 @@ private:
     IsolatedHome m_home;
     QProcess m_process;
     QByteArray m_out;
+    QByteArray m_err;
     quint16 m_port = 0;
     QNetworkAccessManager m_net;
 };

@@ -390,6 +390,15 @@ private slots:
                 QVERIFY(browser->shot(
                     m_shots.filePath(QStringLiteral("web_%1_%2.png").arg(name, language))));
             }
+            // Every control has a name a screen reader can say.
+            const QString unnamed =
+                browser
+                    ->js("return [...document.querySelectorAll('button, input, select, textarea')]"
+                         ".filter(e => e.offsetParent && !(e.getAttribute('aria-label') || "
+                         "e.labels?.length || e.textContent.trim() || e.title))"
+                         ".map(e => e.id || e.outerHTML.slice(0, 60)).join(', ')")
+                    .toString();
+            QVERIFY2(unnamed.isEmpty(), qPrintable(unnamed));
             QCOMPARE(consoleErrors(*browser), QString());
         }
         const QImage phone(m_shots.filePath("web_phone_zh.png"));

@@ -1,7 +1,5 @@
 #include "control/HttpWire.h"
 
-#include "control/WebFiles.h"
-
 #include <QJsonDocument>
 #include <QTcpSocket>
 
@@ -61,6 +59,17 @@ QByteArray reasonPhrase(int status)
     default:
         return "Error";
     }
+}
+
+QByteArray browserSafetyHeaders()
+{
+    return "Content-Security-Policy: default-src 'none'; script-src 'self'; style-src 'self'; "
+           "img-src 'self' blob: data:; connect-src 'self'; base-uri 'none'; "
+           "form-action 'none'; frame-ancestors 'none'\r\n"
+           "X-Content-Type-Options: nosniff\r\n"
+           "Referrer-Policy: no-referrer\r\n"
+           "X-Frame-Options: DENY\r\n"
+           "Cross-Origin-Resource-Policy: same-origin\r\n";
 }
 
 void writeReply(QTcpSocket *socket, const Reply &reply, bool close)

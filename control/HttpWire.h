@@ -32,6 +32,10 @@ Reply okReply(QJsonObject object = {}, int status = 200);
 // {"error": message, "status": status}.
 Reply errorReply(int status, const QString &message);
 QByteArray reasonPhrase(int status);
+// Header lines every answer carries: a strict content policy (the web panel's own scripts,
+// styles and pictures, connections to this server only), no sniffing of types, no referrer,
+// no framing.
+QByteArray browserSafetyHeaders();
 
 // Writes the whole response; closes the connection once it is out unless told not to.
 void writeReply(QTcpSocket *socket, const Reply &reply, bool close = true);

@@ -77,17 +77,6 @@ std::optional<Reply> webFile(QByteArrayView method, QByteArrayView path)
     return reply;
 }
 
-QByteArray browserSafetyHeaders()
-{
-    return "Content-Security-Policy: default-src 'none'; script-src 'self'; style-src 'self'; "
-           "img-src 'self' blob: data:; connect-src 'self'; base-uri 'none'; "
-           "form-action 'none'; frame-ancestors 'none'\r\n"
-           "X-Content-Type-Options: nosniff\r\n"
-           "Referrer-Policy: no-referrer\r\n"
-           "X-Frame-Options: DENY\r\n"
-           "Cross-Origin-Resource-Policy: same-origin\r\n";
-}
-
 Refusal checkOrigin(const RequestHead &head)
 {
     const QByteArray site = head.header("Sec-Fetch-Site").trimmed().toLower();

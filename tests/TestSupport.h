@@ -300,12 +300,17 @@ inline ProbedFile probeFile(const QString &path, bool countFrames = true)
 }
 
 // One recorded picture's colour, as a letter: r(ed), g(reen), b(lue), y(ellow), k (dark),
-// m(ixed: a blend between two).
-inline std::string readColours(const QString &file)
+// m(ixed: a blend between two). `asStored`: one letter for each picture in the file, none made
+// up for gaps in its times.
+inline std::string readColours(const QString &file, bool asStored = false)
 {
     QProcess ffmpeg;
-    ffmpeg.start("ffmpeg", {"-v", "error", "-i", file, "-vf", "scale=8:6:flags=area", "-f",
-                            "rawvideo", "-pix_fmt", "rgb24", "-"});
+    QStringList sync;
+    if (asStored)
+        sync << "-fps_mode"
+             << "passthrough";
+    ffmpeg.start("ffmpeg", QStringList{"-v", "error", "-i", file, "-vf", "scale=8:6:flags=area"} +
+                               sync + QStringList{"-f", "rawvideo", "-pix_fmt", "rgb24", "-"});
     ffmpeg.waitForFinished(60000);
     const QByteArray rgb = ffmpeg.readAllStandardOutput();
     const int size = 8 * 6 * 3;

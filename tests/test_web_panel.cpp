@@ -49,11 +49,11 @@ Pictures readPictures(const QString &file)
         for (double &s : pictures.seconds)
             s -= first;
     }
-    pictures.colours = readColours(file);
+    pictures.colours = readColours(file, true);
     QProcess ffmpeg;
     ffmpeg.start("ffmpeg",
                  {"-v", "error", "-i", file, "-vf", "crop=iw:ih/4:0:ih*3/4,scale=16:2:flags=area",
-                  "-f", "rawvideo", "-pix_fmt", "rgb24", "-"});
+                  "-fps_mode", "passthrough", "-f", "rawvideo", "-pix_fmt", "rgb24", "-"});
     ffmpeg.waitForFinished(60000);
     const QByteArray rgb = ffmpeg.readAllStandardOutput();
     for (qsizetype at = 0; at + 96 <= rgb.size(); at += 96) {
@@ -322,6 +322,7 @@ private slots:
         const Pictures pictures = readPictures(file);
         QVERIFY(pictures.seconds.size() > 60);
         QCOMPARE(pictures.colours.size(), pictures.seconds.size());
+        QCOMPARE(pictures.yellowBand.size(), pictures.seconds.size());
         const auto wallMs = [&](std::size_t i) {
             return startedAtMs + pictures.seconds[i] * 1000;
         };

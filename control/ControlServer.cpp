@@ -185,10 +185,7 @@ void ControlServer::inspect(QTcpSocket *socket)
     const qint64 bodyToDrain = scan.headBytes + std::min(head.contentLength, kMaxDrainBytes);
     // The web panel's own files need no token: the page signs in itself.
     if (const std::optional<Reply> file = webFile(head.method, head.path)) {
-        socket->setProperty(kState, Draining);
-        socket->setProperty(kDrained, socket->readAll().size());
-        socket->setProperty(kDrainLimit, bodyToDrain);
-        writeReply(socket, *file);
+        answerAtGate(socket, *file, bodyToDrain);
         return;
     }
     if (const qint64 lockedMs = m_guard.lockedForMs(socket->peerAddress()); lockedMs > 0) {
@@ -197,10 +194,7 @@ void ControlServer::inspect(QTcpSocket *socket)
             429, QStringLiteral("too many wrong tokens from this address; try again in %1 s")
                      .arg(QString::fromLatin1(retry)));
         refusal.extraHeaders = "Retry-After: " + retry + "\r\n";
-        socket->setProperty(kState, Draining);
-        socket->setProperty(kDrained, socket->readAll().size());
-        socket->setProperty(kDrainLimit, bodyToDrain);
-        writeReply(socket, refusal);
+        answerAtGate(socket, refusal, bodyToDrain);
         return;
     }
     if (const Refusal origin = checkOrigin(head); !origin.ok()) {
@@ -272,6 +266,11 @@ void ControlServer::refuseAtGate(QTcpSocket *socket, int status, const QString &
 {
     Reply reply = errorReply(status, message);
     reply.allow = allow;
+    answerAtGate(socket, reply, bodyToDrain);
+}
+
+void ControlServer::answerAtGate(QTcpSocket *socket, const Reply &reply, qint64 bodyToDrain)
+{
     socket->setProperty(kState, Draining);
     // What the client still sends is read and dropped, so that closing does not reset the
     // connection before the answer is read.

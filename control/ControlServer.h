@@ -43,6 +43,7 @@ namespace control {
 class ControlDispatch;
 class ControlEvents;
 class PanelPictures;
+struct Reply;
 } // namespace control
 
 class ControlServer : public QObject
@@ -71,6 +72,8 @@ private:
     void answer(const control::RequestHead &head, const QByteArray &body, QTcpSocket *socket);
     void refuseAtGate(QTcpSocket *socket, int status, const QString &message,
                       const QByteArray &allow = {}, qint64 bodyToDrain = 0);
+    // Answers before any body is taken, reading and dropping up to `bodyToDrain` bytes first.
+    void answerAtGate(QTcpSocket *socket, const control::Reply &reply, qint64 bodyToDrain);
     // Wrong credentials from the socket's address; logged when that locks the address out.
     void signInFailed(QTcpSocket *socket);
 
